@@ -1,0 +1,65 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "db/Globals.h"
+#include "db/SettingsStore.h"
+#include "db/TextLookup.h"
+#include "db/UserDialog.h"
+#include "intake/CodeMappings.h"
+#include "platform/Clock.h"
+#include "platform/Process.h"
+
+namespace varnlog::app {
+
+/// The services start-up and the main window work with.
+struct Services {
+  db::SettingsStore& ini;
+  const db::TextLookup& texts;
+  db::UserDialog& user;
+  const platform::Clock& clock;
+};
+
+void RegisterReportComponents(platform::Launcher& launcher);
+
+/// The imaging suite's data folder, asked of its library one folder above the program; "" on any failure.
+[[nodiscard]] std::string HostDataPath();
+
+/// Makes LogEngineGl and opens the workspace "MyWs".
+[[nodiscard]] bool OpenLogWorkspace(db::Globals& globals);
+
+void LoadSettings(db::Globals& globals, const db::SettingsStore& ini);
+void SaveSettings(const db::Globals& globals, db::SettingsStore& ini);
+void ReadHostSettings(db::Globals& globals, const db::SettingsStore& ini);
+
+[[nodiscard]] std::string GetConfigValue(const db::Globals& globals, std::string_view key);
+/// Changes an existing key; a key without a row is never made (false).
+bool SetConfigValue(const db::Globals& globals, std::string_view key, std::string_view value);
+[[nodiscard]] bool ReadDBVersion(db::Globals& globals);
+
+/// Copies the empty log from the program folder when strDataFileGl does not exist; false (after
+/// MN_ERR_DBINSTALL) when that failed.
+bool InstallDataFile(const db::Globals& globals, const Services& services);
+
+/// Opens and checks a log as far as no window is needed: open, upgrade, version. On success strDataFileGl is
+/// `file`; on failure the reason has been shown and the log is closed.
+[[nodiscard]] bool OpenAndCheckDataFile(db::Globals& globals, const Services& services,
+                                        const std::string& file, bool readOnly = false);
+/// Version "1.0" to "1.1"; false when TConfig or TXray is missing.
+[[nodiscard]] bool UpgradeDataFile(db::Globals& globals, const std::string& file);
+
+/// Falls back to kAll when the remembered selection's values are incomplete.
+void CheckRememberedSelection(db::Globals& globals);
+
+/// Section "Config", key "SchemeUS" of the imaging suite's INI file, read on every call.
+class HostToothScheme final : public intake::ToothScheme {
+ public:
+  explicit HostToothScheme(const db::SettingsStore& ini) : ini_(ini) {}
+  [[nodiscard]] bool SchemeUS() const override;
+
+ private:
+  const db::SettingsStore& ini_;
+};
+
+}  // namespace varnlog::app

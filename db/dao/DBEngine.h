@@ -1,0 +1,165 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "db/dao/EngineError.h"
+#include "db/dao/Recordset.h"
+#include "db/dao/TableDef.h"
+
+namespace varnlog::dao {
+
+class Connection;  // one open file; private to this folder
+
+/// An open database file. Record sets keep the file open as long as they live; Close() makes every further
+/// use of them throw kObjectInvalid.
+class Database {
+ public:
+  explicit Database(std::shared_ptr<Connection> connection);
+  ~Database();
+
+  [[nodiscard]] std::string Name() const;  // path
+  [[nodiscard]] bool IsReadOnly() const;
+
+  /// The tables' names as declared, the engine's own left out.
+  [[nodiscard]] std::vector<std::string> TableNames() const;
+  /// Letter case of the name is ignored; throws kItemNotFound.
+  [[nodiscard]] TableDef TableDefs(std::string_view name);
+
+  /// `source` is a table's name or one SELECT statement in the engine's SQL. Without a type: a table's name
+  /// gives a table-type record set, a statement with DISTINCT or computed columns a snapshot, any other a
+  /// dynaset. Throws kSyntaxError with a text that names the place, kTableNotFound, kTooFewParameters (a
+  /// name that is no field), kNotSupported (a type the source cannot have).
+  [[nodiscard]] std::unique_ptr<Recordset> OpenRecordset(std::string_view source,
+                                                         std::optional<RecordsetType> type = std::nullopt);
+
+  /// Runs statements in the storage's own SQL, for making and converting databases; never with text that came
+  /// from outside the program.
+  void Execute(std::string_view storageSql);
+
+  /// Everything that is wrong with the file, one finding an entry; empty when it is sound.
+  [[nodiscard]] std::vector<std::string> Check();
+
+  void Close();
+
+ private:
+  std::shared_ptr<Connection> connection_;
+};
+
+/// A named session. Transactions reach over its databases.
+class Workspace {
+ public:
+  explicit Workspace(std::string name, std::string user);
+  ~Workspace();
+
+  [[nodiscard]] const std::string& Name() const { return name_; }
+  [[nodiscard]] const std::string& UserName() const { return user_; }
+
+  /// `connect` is "" or ";pwd=..."; a password for a file that has none is ignored. Throws kFileNotFound,
+  /// kInvalidPath, kCannotOpen (a folder), kFileInUse, kNoPermission, kUnrecognisedFormat, kDamaged.
+  [[nodiscard]] std::shared_ptr<Database> OpenDatabase(const std::string& path, bool exclusive, bool readOnly,
+                                                       std::string_view connect = {});
+
+  /// Takes the write lock at once, waiting for another workstation's up to the lock retry time, so that of
+  /// two that update the same log one waits for the other. Nested transactions are not supported
+  /// (kInvalidTransaction).
+  void BeginTrans();
+  void CommitTrans();
+  void Rollback();
+
+  void Close();
+
+ private:
+  std::string name_;
+  std::string user_;
+  std::vector<std::weak_ptr<Connection>> connections_;
+  bool inTransaction_ = false;
+};
+
+/// Option bits of CompactDatabase and CreateDatabase.
+enum CompactOption : int { kNoOption = 0, kEncrypt = 2, kDecrypt = 4 };
+
+/// SetOption's numbers.
+enum class EngineOption : int {
+  kPageTimeout = 6,
+  kMaxBufferSize = 8,  // KiB of page cache
+  kLockRetry = 57,
+  kUserCommitSync = 58,
+  kImplicitCommitSync = 59,
+  kExclusiveAsyncDelay = 60,
+  kSharedAsyncDelay = 61,
+  kMaxLocksPerFile = 62,
+  kLockDelay = 63,
+  kRecycleLVs = 65,
+  kFlushTransactionTimeout = 66,
+};
+
+/// ISAMStats' numbers.
+enum class EngineStatistic : int {
+  kDiskReads = 0,
+  kDiskWrites = 1,
+  kCacheReads = 2,
+  kReadAheadCacheReads = 3,
+  kLocksPlaced = 4,
+  kLocksReleased = 5,
+};
+
+/// What a long maintenance operation reports: the part done, 0 to 1. Returning false stops it, leaving the
+/// source as it was.
+using MaintenanceProgress = std::function<bool(double)>;
+
+/// The engine: one for the process (Instance()), or one of its own for a test. All calls come from one
+/// thread.
+class DBEngine {
+ public:
+  DBEngine();
+  ~DBEngine();
+  [[nodiscard]] static DBEngine& Instance();
+
+  /// The workgroup file that names the accounts; checked by CreateWorkspace.
+  [[nodiscard]] const std::string& SystemDB() const { return systemDB_; }
+  void SetSystemDB(std::string path) { systemDB_ = std::move(path); }
+
+  /// Throws kWorkgroupFileMissing or kBadAccount. The workspace is not yet in the collection.
+  [[nodiscard]] std::shared_ptr<Workspace> CreateWorkspace(std::string name, std::string user,
+                                                           std::string_view password);
+  void AppendWorkspace(std::shared_ptr<Workspace> workspace);
+  void RemoveWorkspace(std::string_view name);
+  /// Throws kItemNotFound.
+  [[nodiscard]] std::shared_ptr<Workspace> Workspaces(std::string_view name) const;
+
+  /// Makes an empty file; throws kFileExists. `locale` is accepted and has no effect: text order is always
+  /// the engine's one collation. kEncrypt has no counterpart and is accepted.
+  [[nodiscard]] std::shared_ptr<Database> CreateDatabase(const std::string& path, std::string_view locale,
+                                                         int options);
+  /// Writes a compacted copy; `target` must not exist (kFileExists). The source stays as it is, and no target
+  /// is left behind by a failure. kEncrypt and kDecrypt only compact: files are not encrypted.
+  void CompactDatabase(const std::string& source, const std::string& target, int options = kNoOption,
+                       const MaintenanceProgress& progress = {});
+  /// Mends the file in place: a sound one is left alone; otherwise every readable row goes into a new file
+  /// that takes its place, and the damaged one stays beside it as NAME.damaged. Throws kUnrecognisedFormat
+  /// when nothing can be read.
+  void RepairDatabase(const std::string& path, const MaintenanceProgress& progress = {});
+
+  /// dbRefreshCache: finishes pending writes and makes the next read look at the disk.
+  void Idle(bool refreshCache);
+
+  /// A count since the process started or since it was last reset.
+  std::int64_t ISAMStats(EngineStatistic statistic, bool reset = false);
+
+  /// Numbers or "Yes"/"No". What the storage has no counterpart for is accepted (see DBEngine.cpp's table).
+  void SetOption(EngineOption option, const std::variant<std::int32_t, std::string>& value);
+
+ private:
+  std::string systemDB_;
+  std::vector<std::shared_ptr<Workspace>> workspaces_;
+};
+
+}  // namespace varnlog::dao

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace varnlog::dao {
+
+/// The engine's error numbers (DAO's). Callers compare them; people read the text.
+enum class ErrorNumber : int {
+  kNone = 0,
+  kNoCurrentRecord = 3021,
+  kDuplicateKey = 3022,
+  kFileNotFound = 3024,
+  kNotEnoughDiskSpace = 3026,
+  kReadOnlyDatabase = 3027,
+  kWorkgroupFileMissing = 3028,
+  kBadAccount = 3029,
+  kNoPermission = 3033,
+  kInvalidTransaction = 3034,
+  kInvalidPath = 3044,
+  kFileInUse = 3045,
+  kDamaged = 3049,
+  kCannotOpen = 3051,
+  kDiskError = 3056,
+  kTooFewParameters = 3061,
+  kSyntaxError = 3075,
+  kTableNotFound = 3078,
+  kObjectNotFound = 3011,
+  kTooLongForField = 3163,
+  kRecordDeleted = 3167,
+  kDataChanged = 3197,
+  kFileExists = 3204,
+  kNotSupported = 3251,
+  kItemNotFound = 3265,
+  kUnrecognisedFormat = 3343,
+  kObjectInvalid = 3420,
+  kUnexpected = 3000,
+};
+
+/// The one exception of the engine. Nothing else leaves db/dao/, apart from std::bad_alloc.
+class EngineError : public std::runtime_error {
+ public:
+  EngineError(ErrorNumber number, const std::string& text) : std::runtime_error(text), number_(number) {}
+
+  [[nodiscard]] ErrorNumber number() const { return number_; }
+
+ private:
+  ErrorNumber number_;
+};
+
+}  // namespace varnlog::dao

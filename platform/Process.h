@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace varnlog::platform {
+
+/// Starts other programs. A test watches what would have been started.
+class Launcher {
+ public:
+  virtual ~Launcher() = default;
+  /// Starts `command` (program, arguments) without waiting for it and without a window; false when it could
+  /// not be started.
+  virtual bool Start(const std::vector<std::string>& command) = 0;
+};
+
+class SystemLauncher final : public Launcher {
+ public:
+  bool Start(const std::vector<std::string>& command) override;
+};
+
+/// True where the operating system has a registration program for components ("Regsvr32.exe").
+[[nodiscard]] bool HasComponentRegistration();
+
+}  // namespace varnlog::platform

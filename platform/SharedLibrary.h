@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace varnlog::platform {
+
+/// A library loaded at run time; unloaded by the destructor.
+class SharedLibrary {
+ public:
+  /// Nothing loaded when the file is missing or is no library of this system; Error() says why.
+  explicit SharedLibrary(const std::filesystem::path& path);
+  ~SharedLibrary();
+  SharedLibrary(const SharedLibrary&) = delete;
+  SharedLibrary& operator=(const SharedLibrary&) = delete;
+
+  [[nodiscard]] bool IsLoaded() const { return handle_ != nullptr; }
+  [[nodiscard]] const std::string& Error() const { return error_; }
+
+  /// The exported function, or nullptr.
+  template <typename Function>
+  [[nodiscard]] Function* Symbol(const char* name) const {
+    return reinterpret_cast<Function*>(Address(name));
+  }
+
+ private:
+  [[nodiscard]] void* Address(const char* name) const;
+  void* handle_ = nullptr;
+  std::string error_;
+};
+
+}  // namespace varnlog::platform
