@@ -1,0 +1,95 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "db/Globals.h"
+
+namespace varnlog::app {
+
+/// Every command of the main window. Menus, toolbar, shortcuts and enabling are built from the tables below.
+enum class CommandId {
+  mnuFileNew,
+  mnuFileOpen,
+  mnuFilePrintPreview,
+  mnuFilePrint,
+  mnuFilePrintSetup,
+  mnuFileEnd,
+  mnuEditUpdate,
+  mnuSortPatAll,
+  mnuSortPatPeriod,
+  mnuSortDateAll,
+  mnuSortDateAllXI,
+  mnuSortDateAllXP,
+  mnuSortDateAllXC,
+  mnuSortDateAllXS,
+  mnuSortDateAllXV,
+  mnuSortAll,
+  mnuViewToolbar,
+  mnuViewStatusbar,
+  mnuViewBigIcons,
+  mnuViewLoad,
+  mnuViewProperties,
+  mnuHelpOnHelp,
+  mnuHelpContents,
+  mnuHelpIndex,
+  mnuHelpSearch,
+  mnuHelpInfo,
+};
+
+/// When a command can be used.
+enum class EnabledWhen {
+  kAlways,
+  kNever,         // the entry stands in the menu but has no command
+  kDataFileOpen,  // a log is open
+  kUpdatable,     // a log is open and not read-only
+  kPrintable,     // the log view is shown
+};
+
+struct CommandDef {
+  CommandId id;
+  std::string_view name;     // object name of the action
+  std::string_view textKey;  // caption
+  std::string_view icon;     // name of an icon, or empty
+  std::string_view shortcut;
+  EnabledWhen enabledWhen;
+  bool isChecked;  // shows a check mark
+};
+
+[[nodiscard]] std::span<const CommandDef> AllCommands();
+[[nodiscard]] const CommandDef& Def(CommandId id);
+
+/// One line of a menu.
+struct MenuEntry {
+  enum class Kind { kCommand, kSeparator, kRecentFiles };
+  Kind kind = Kind::kSeparator;
+  CommandId command = CommandId::mnuFileNew;
+};
+
+struct MenuDef {
+  std::string_view name;
+  std::string_view textKey;
+  std::span<const MenuEntry> entries;
+};
+
+[[nodiscard]] std::span<const MenuDef> Menus();
+
+/// One button of the toolbar; without a key it is a separator.
+struct ToolbarButton {
+  std::string_view key;
+  std::string_view tooltipKey;
+  CommandId command = CommandId::mnuFileNew;
+};
+
+[[nodiscard]] std::span<const ToolbarButton> Toolbar();
+
+/// What the enabling rules look at.
+struct CommandState {
+  bool dataFileOpen = false;
+  bool readOnly = false;
+  bool logViewShown = false;
+};
+
+[[nodiscard]] bool IsEnabled(EnabledWhen rule, const CommandState& state);
+
+}  // namespace varnlog::app

@@ -1,0 +1,43 @@
+#include "app/SelectionCommands.h"
+
+namespace varnlog::app {
+
+using db::SelectionKind;
+
+namespace {
+
+bool AskFor(SelectionKind kind, SelectionDialogs& dialogs) {
+  switch (kind) {
+    case SelectionKind::kAll:
+      return true;
+    case SelectionKind::kPatient:
+      return dialogs.AskPatient();
+    case SelectionKind::kPatientPeriod:
+      return dialogs.AskPatient() && dialogs.AskPeriod();
+    default:
+      return dialogs.AskPeriod();
+  }
+}
+
+}  // namespace
+
+bool ChooseSelection(db::Globals& globals, SelectionKind kind, SelectionDialogs& dialogs) {
+  const SelectionKind oldKind = globals.SortSelectionGl;
+  const std::string oldName = globals.strPatNameGl;
+  const std::string oldFirstName = globals.strPatFirstnameGl;
+  const platform::DateTime oldBirthday = globals.dPatBirthdayGl;
+  // The period dialog looks at the kind to fill a missing date.
+  globals.SortSelectionGl = kind;
+  if (AskFor(kind, dialogs)) return true;
+  globals.SortSelectionGl = oldKind;
+  globals.strPatNameGl = oldName;
+  globals.strPatFirstnameGl = oldFirstName;
+  globals.dPatBirthdayGl = oldBirthday;
+  return false;
+}
+
+bool UpdatesOnActivation(const db::Globals& globals, bool logViewLoaded) {
+  return globals.UpdateOnActivation && !globals.ReadOnlyGl && !globals.UpdateDeclinedGl && logViewLoaded;
+}
+
+}  // namespace varnlog::app

@@ -1,0 +1,92 @@
+#include "dialogs/PatientSearch.h"
+
+#include "db/modCommon.h"
+
+namespace varnlog::dialogs {
+
+using db::literals::operator""_key;
+
+namespace {
+
+constexpr std::string_view kBirthSign = " *";
+
+std::string_view Trimmed(std::string_view text) {
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::string SearchSql(std::string_view text) {
+  std::string sql =
+      "SELECT DISTINCT TXray.tXraySName, TXray.tXraySFirstname, TXray.tXrayDBirthday, "
+      "[tXraySName] & \", \" & [tXraySFirstname] AS FullName "
+      "FROM TXray WHERE ((([tXraySName] & \", \" & [tXraySFirstname]) Like '";
+  return sql.append(text).append("*'));");
+}
+
+/// A list entry taken apart again.
+struct EntryParts {
+  std::string name;
+  std::string firstName;
+  std::optional<platform::DateTime> birth;
+};
+
+/// The surname ends at the first comma and the birth date begins behind the first birth sign; a surname that
+/// holds a comma is not found again.
+EntryParts SplitEntry(std::string_view entry, const platform::ShortDate& shortDate) {
+  EntryParts parts;
+  const auto comma = entry.find(',');
+  const auto star = entry.find('*');
+  if (comma == std::string_view::npos || star == std::string_view::npos) return parts;
+  parts.name = entry.substr(0, comma);
+  if (star >= comma + 3) parts.firstName = entry.substr(comma + 2, star - comma - 3);
+  parts.birth = shortDate.Parse(entry.substr(star + 1));
+  return parts;
+}
+
+std::string ConfirmSql(const EntryParts& parts) {
+  return "SELECT DISTINCT TXray.tXraySName, TXray.tXraySFirstname, TXray.tXrayDBirthday "
+         "FROM TXray WHERE ((TXray.tXraySName='" +
+         parts.name + "') AND (TXray.tXraySFirstname='" + parts.firstName +
+         "') AND (TXray.tXrayDBirthday=" + db::SqlDateLiteral(*parts.birth) + "))";
+}
+
+}  // namespace
+
+SearchResult PatientSearch::Search(std::string_view text) {
+  const std::string_view pattern = Trimmed(text);
+  SearchResult result;
+  const auto rows = log_.OpenRecordset(SearchSql(pattern));
+  const dao::Field& name = rows->Fields("tXraySName");
+  const dao::Field& firstName = rows->Fields("tXraySFirstname");
+  const dao::Field& birth = rows->Fields("tXrayDBirthday");
+  for (; !rows->IsEOF(); rows->MoveNext()) {
+    std::string entry(name.Text());
+    entry.append(", ").append(firstName.Text()).append(kBirthSign).append(shortDate_.Format(birth.Date()));
+    result.entries.push_back(std::move(entry));
+  }
+  if (result.entries.empty()) {
+    const bool hasWildcard = pattern.find('*') != std::string_view::npos;
+    result.message = hasWildcard ? "PS_ERR_NOTFOUND"_key : "PS_ERR_NOPATIENT"_key;
+  } else {
+    const std::string_view first = result.entries.front();
+    result.searchBox = Trimmed(first.substr(0, first.find(kBirthSign)));
+  }
+  return result;
+}
+
+Confirmation PatientSearch::Confirm(std::string_view selected, std::string_view searchText) {
+  if (selected.empty()) return searchText.empty() ? Confirmation::kBeep : Confirmation::kSearchAgain;
+  const EntryParts parts = SplitEntry(selected, shortDate_);
+  if (!parts.birth) return Confirmation::kNotFound;
+  const auto rows = log_.OpenRecordset(ConfirmSql(parts));
+  if (rows->IsEOF()) return Confirmation::kNotFound;
+  rows->MoveLast();
+  if (rows->RecordCount() >= 2) return Confirmation::kNotUnique;
+  globals_.strPatNameGl = rows->Fields("tXraySName").Text();
+  globals_.strPatFirstnameGl = rows->Fields("tXraySFirstname").Text();
+  globals_.dPatBirthdayGl = rows->Fields("tXrayDBirthday").Date();
+  return Confirmation::kDone;
+}
+
+}  // namespace varnlog::dialogs

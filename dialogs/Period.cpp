@@ -1,0 +1,46 @@
+#include "dialogs/Period.h"
+
+namespace varnlog::dialogs {
+
+using db::SelectionKind;
+using db::literals::operator""_key;
+
+PeriodBoxes Period::CurrentYear() const {
+  const platform::DateTime today = clock_.Today();
+  const platform::DateTime newYear = platform::DateTime::FromSerial(today.Year(), 1, 1);
+  return {shortDate_.Format(newYear), shortDate_.Format(today)};
+}
+
+std::optional<PeriodProblem> Period::Validate(const PeriodBoxes& boxes, int box) const {
+  const std::string& text = boxes.at(static_cast<std::size_t>(box));
+  if (shortDate_.Parse(text)) return std::nullopt;
+  return PeriodProblem{"BE_DATENOTVALID"_key, text, box};
+}
+
+std::optional<PeriodProblem> Period::FillMissing(PeriodBoxes& boxes) const {
+  const SelectionKind kind = globals_.SortSelectionGl;
+  if (kind == SelectionKind::kAll || kind == SelectionKind::kPatient) return std::nullopt;
+  if (boxes[1].empty() && !boxes[0].empty()) {
+    if (auto problem = Validate(boxes, 0)) return problem;
+    boxes[1] = shortDate_.Format(clock_.Today());
+  } else if (boxes[0].empty() && !boxes[1].empty()) {
+    if (auto problem = Validate(boxes, 1)) return problem;
+    boxes[0] = kind == SelectionKind::kPatientPeriod
+                   ? shortDate_.Format(globals_.dPatBirthdayGl)
+                   : shortDate_.FormatGeneral(platform::DateTime::FromSerial(1880, 1, 1));
+  }
+  return std::nullopt;
+}
+
+std::optional<PeriodProblem> Period::Confirm(PeriodBoxes& boxes) {
+  if (boxes[0].empty() && boxes[1].empty()) return PeriodProblem{"BE_ATLEAST1DATE"_key, {}, 0};
+  if (auto problem = FillMissing(boxes)) return problem;
+  for (const int box : {0, 1}) {
+    if (auto problem = Validate(boxes, box)) return problem;
+  }
+  globals_.dBegGl = shortDate_.Parse(boxes[0])->DatePart();
+  globals_.dEndGl = shortDate_.Parse(boxes[1])->DatePart();
+  return std::nullopt;
+}
+
+}  // namespace varnlog::dialogs

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include "db/Globals.h"
+#include "db/TextLookup.h"
+#include "platform/Clock.h"
+#include "platform/ShortDate.h"
+
+namespace varnlog::dialogs {
+
+/// What stands in the two date boxes: [0] from, [1] to.
+using PeriodBoxes = std::array<std::string, 2>;
+
+/// Why the period dialog stays open.
+struct PeriodProblem {
+  db::TextKey message;
+  std::string dData;  // fills the message's placeholder of that name
+  int focus = 0;      // the box that gets the focus
+};
+
+/// What the period dialog decides. The selection kind in `globals` says how a missing date is filled.
+class Period {
+ public:
+  Period(db::Globals& globals, const platform::ShortDate& shortDate, const platform::Clock& clock)
+      : globals_(globals), shortDate_(shortDate), clock_(clock) {}
+
+  /// 1 January of this year and today.
+  [[nodiscard]] PeriodBoxes CurrentYear() const;
+
+  /// OK was pressed: fills a missing date into `boxes`, checks both, and on success stores dBegGl and dEndGl.
+  /// A period that ends before it begins is taken as entered.
+  [[nodiscard]] std::optional<PeriodProblem> Confirm(PeriodBoxes& boxes);
+
+ private:
+  [[nodiscard]] std::optional<PeriodProblem> Validate(const PeriodBoxes& boxes, int box) const;
+  [[nodiscard]] std::optional<PeriodProblem> FillMissing(PeriodBoxes& boxes) const;
+
+  db::Globals& globals_;
+  const platform::ShortDate& shortDate_;
+  const platform::Clock& clock_;
+};
+
+}  // namespace varnlog::dialogs
