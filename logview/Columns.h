@@ -1,14 +1,10 @@
 #pragma once
 
 #include <array>
-#include <optional>
 #include <string>
 #include <string_view>
 
 #include "db/TextLookup.h"
-#include "db/dao/Recordset.h"
-#include "intake/CodeMappings.h"
-#include "platform/ShortDate.h"
 
 namespace varnlog::logview {
 
@@ -22,28 +18,23 @@ struct Column {
   std::string_view descending;
 };
 
+/// The columns that logic asks for by name.
+enum ColumnIndex : int {
+  kNumberColumn = 0,
+  kDateColumn = 1,
+  kPatientColumn = 2,
+  kPregnancyColumn = 3,
+  kTypeColumn = 4,
+  kRegionColumn = 5,
+  kDoseColumn = 9,
+  kRetakeColumn = 10,
+  kCommentColumn = 12,
+};
+
 inline constexpr int kColumnCount = 13;
 extern const std::array<Column, kColumnCount> kColumns;
 
-/// Headings in the current language.
+/// A heading in the current language; "" outside 0 to 12.
 [[nodiscard]] std::string ColumnHeading(int column, const db::TextLookup& texts);
-
-/// Turns the current row of a record set over TXray into the texts of the grid. Keeps references to the
-/// record set's fields, so it lives no longer than that.
-class RowDisplay {
- public:
-  RowDisplay(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme,
-             const platform::ShortDate& shortDate);
-
-  /// The text of one column; "" outside 0 to 12.
-  [[nodiscard]] std::string Text(int column) const;
-
- private:
-  dao::Recordset& rows_;
-  const db::TextLookup& texts_;
-  const intake::ToothScheme& scheme_;
-  const platform::ShortDate& shortDate_;
-  std::array<dao::Field*, 16> fields_{};
-};
 
 }  // namespace varnlog::logview

@@ -1,0 +1,38 @@
+#include "logview/Columns.h"
+
+namespace varnlog::logview {
+
+const std::array<Column, kColumnCount> kColumns = {{
+    {"RS_NR", "", "", "", "", ""},
+    {"RS_DATE", "", "", "", "ORDER BY TXray.tXrayTs;", "ORDER BY TXray.tXrayTs DESC;"},
+    {"RS_PATIENT", "", "", "", "ORDER BY TXray.tXraySName , TXray.tXraySFirstname , TXray.tXrayDBirthday;",
+     "ORDER BY TXray.tXraySName DESC , TXray.tXraySFirstname DESC , TXray.tXrayDBirthday DESC;"},
+    {"RS_PREGNANCY", "", "tXraySPreg", "tXrayBEdPreg", "ORDER BY TXray.tXraySPreg;",
+     "ORDER BY TXray.tXraySPreg DESC;"},
+    {"RS_TYPE", "", "tXraySType", "tXrayBEdType", "ORDER BY TXray.tXraySType;",
+     "ORDER BY TXray.tXraySType DESC;"},
+    {"RS_REGION", "", "tXraySRegio", "tXrayBEdRegio", "ORDER BY TXray.tXraySRegio;",
+     "ORDER BY TXray.tXraySRegio DESC;"},
+    {"RS_MS", "", "tXraySRadDur", "tXrayBEdRadDur", "ORDER BY TXray.tXraySRadDur;",
+     "ORDER BY TXray.tXraySRadDur DESC;"},
+    {"RS_KV", "", "tXraySVolt", "tXrayBEdVolt", "ORDER BY TXray.tXraySVolt;",
+     "ORDER BY TXray.tXraySVolt DESC;"},
+    {"RS_MA", "", "tXraySCur", "tXrayBEdCur", "ORDER BY TXray.tXraySCur;", "ORDER BY TXray.tXraySCur DESC;"},
+    {"", "mGycm2", "tXraySDose", "tXrayBEdDose", "ORDER BY TXray.tXraySDose;",
+     "ORDER BY TXray.tXraySDose DESC;"},
+    {"RS_NOTDIAG", "", "tXraySDiagRetry", "tXrayBEdDiagRetry", "ORDER BY TXray.tXraySDiagRetry;",
+     "ORDER BY TXray.tXraySDiagRetry DESC;"},
+    {"RS_PERSCHARGE", "", "tXraySDr", "tXrayBEdDr", "ORDER BY TXray.tXraySDr;",
+     "ORDER BY TXray.tXraySDr DESC;"},
+    {"RS_COMMENT", "", "tXraySComment", "", "ORDER BY TXray.tXraySComment;",
+     "ORDER BY TXray.tXraySComment DESC;"},
+}};
+
+std::string ColumnHeading(int column, const db::TextLookup& texts) {
+  if (column < 0 || column >= kColumnCount) return {};
+  const Column& shown = kColumns[static_cast<std::size_t>(column)];
+  if (shown.headingKey.empty()) return std::string(shown.heading);
+  return texts.GetText(db::TextKey(shown.headingKey));
+}
+
+}  // namespace varnlog::logview

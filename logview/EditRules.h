@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+
+#include "db/TextLookup.h"
+#include "db/dao/Recordset.h"
+
+namespace varnlog::logview {
+
+/// What the grid does when the user wants to change a cell.
+struct EditDecision {
+  bool allowed = false;
+  bool beep = false;
+  std::optional<db::TextKey> message;  // shown with the information icon
+};
+
+/// Before the editor of a cell opens. `rows` stands on the cell's row. Every value can be corrected once, the
+/// comment always; number, date and patient never, nor the pregnancy of a male patient.
+[[nodiscard]] EditDecision BeforeColEdit(dao::Recordset& rows, int column);
+
+/// The same for the drop-down button of the pregnancy and retake columns. What it refuses, it refuses
+/// audibly, because the list has dropped down already.
+[[nodiscard]] EditDecision ButtonClick(dao::Recordset& rows, int column);
+
+enum class CellState {
+  kPlain,     // number, date, patient: the grid's own colours
+  kEdit,      // open to the user's entry
+  kLocked,    // corrected once, or delivered by the imaging suite
+  kNoneEdit,  // can never be edited although its column can
+};
+
+/// How a cell of the current row is to look.
+[[nodiscard]] CellState CellStateOf(dao::Recordset& rows, int column);
+
+/// The most characters that may be typed into a column, or nothing where the grid sets no limit.
+[[nodiscard]] std::optional<int> InputLimit(dao::Recordset& rows, int column);
+
+}  // namespace varnlog::logview

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+
+#include "db/UserDialog.h"
+#include "db/dao/DBEngine.h"
+#include "logview/CEdits.h"
+
+namespace varnlog::logview {
+
+struct FlushResult {
+  std::size_t locked = 0;                 // values locked
+  std::size_t missing = 0;                // rows that somebody deleted meanwhile; a beep each
+  std::optional<dao::EngineError> error;  // what stopped it; the entries not reached are still pending
+};
+
+/// Locks every corrected value: clears the edit flag that each entry names and takes the entry out of
+/// `edits`.
+FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, db::UserDialog& user);
+
+}  // namespace varnlog::logview

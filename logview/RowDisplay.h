@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "db/TextLookup.h"
+#include "db/dao/Recordset.h"
+#include "intake/CodeMappings.h"
+#include "logview/Columns.h"
+#include "platform/ShortDate.h"
+
+namespace varnlog::logview {
+
+/// Turns the current row of a record set over TXray into the texts of the grid. Looks the record set's fields
+/// up once and keeps references to them and to everything it is given, so it lives no longer than those.
+class RowDisplay {
+ public:
+  RowDisplay(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme,
+             const platform::ShortDate& shortDate);
+
+  /// The text of one column; "" outside 0 to 12. Throws dao::EngineError when the row cannot be read.
+  [[nodiscard]] std::string Text(int column) const;
+
+ private:
+  [[nodiscard]] std::string Patient() const;
+  [[nodiscard]] std::string Region() const;
+
+  dao::Recordset& rows_;
+  const db::TextLookup& texts_;
+  const intake::ToothScheme& scheme_;
+  const platform::ShortDate& shortDate_;
+  dao::Field& taken_;
+  dao::Field& name_;
+  dao::Field& firstName_;
+  dao::Field& birthday_;
+  std::array<dao::Field*, kColumnCount> stored_{};  // nullptr where a column is not one stored text
+};
+
+}  // namespace varnlog::logview

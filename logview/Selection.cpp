@@ -1,0 +1,126 @@
+#include "logview/Selection.h"
+
+#include <array>
+
+#include "db/modCommon.h"
+#include "logview/Columns.h"
+
+namespace varnlog::logview {
+
+namespace {
+
+using db::Globals;
+using db::SelectionKind;
+using db::TextKey;
+using platform::ShortDate;
+using namespace db::literals;
+
+enum class Where { kNothing, kPeriod, kPatient, kPatientPeriod, kPeriodAndType };
+
+struct SelectionRule {
+  TextKey headline;
+  std::string_view icon;
+  Where where;
+  std::string_view type;  // exposure type of kPeriodAndType
+};
+
+/// In the order of SelectionKind.
+constexpr std::array<SelectionRule, 9> kRules = {{
+    {"RS_ALLPATIENTIMG"_key, "DateAll", Where::kNothing, ""},
+    {"RS_PERIOD"_key, "DateAll", Where::kPeriod, ""},
+    {"RS_XRPROOF"_key, "PatAll", Where::kPatient, ""},
+    {"RS_XRPROOFPERIOD"_key, "PatPeriod", Where::kPatientPeriod, ""},
+    {"RS_PERIODIO"_key, "DateAll", Where::kPeriodAndType, "XI"},
+    {"RS_PERIODPAN"_key, "DateAll", Where::kPeriodAndType, "XP"},
+    {"RS_PERIODCEPH"_key, "DateAll", Where::kPeriodAndType, "XC"},
+    {"RS_PERIODTSA"_key, "DateAll", Where::kPeriodAndType, "XS"},
+    {"RS_PERIODXV"_key, "DateAll", Where::kPeriodAndType, "XV"},
+}};
+
+constexpr std::string_view kAllRows = "SELECT TXray.* From TXray ";
+constexpr std::string_view kNewestFirst = "ORDER BY TXray.tXrayTs DESC;";
+constexpr std::string_view kPatientOrder =
+    "ORDER BY TXray.tXraySName DESC , TXray.tXraySFirstname DESC , TXray.tXrayTs DESC;";
+
+/// The bounds joined by `conjunction`; the upper one reaches to the end of its day.
+std::string Between(const Globals& globals, std::string_view conjunction) {
+  std::string upper = db::SqlDateLiteral(globals.dEndGl);
+  upper.pop_back();
+  return "Between " + db::SqlDateLiteral(globals.dBegGl) + std::string(conjunction) + upper + " 11:59:59 PM#";
+}
+
+std::string PatientIs(const Globals& globals) {
+  return "(TXray.tXraySName)='" + globals.strPatNameGl + "') AND ((TXray.tXraySFirstname)='" +
+         globals.strPatFirstnameGl +
+         "') AND ((TXray.tXrayDBirthday)=" + db::SqlDateLiteral(globals.dPatBirthdayGl) + "))) ";
+}
+
+std::string Sql(const SelectionRule& rule, const Globals& globals) {
+  const std::string all(kAllRows);
+  const std::string newestFirst(kNewestFirst);
+  const std::string inPeriod = all + "WHERE (((TXray.tXrayTs) ";
+  switch (rule.where) {
+    case Where::kNothing:
+      break;
+    case Where::kPeriod:
+      return inPeriod + Between(globals, " And ") + ")) " + newestFirst;
+    case Where::kPatient:
+      return all + "WHERE (((" + PatientIs(globals) + std::string(kPatientOrder);
+    case Where::kPatientPeriod:
+      return inPeriod + Between(globals, " And ") + " AND (" + PatientIs(globals) + newestFirst;
+    case Where::kPeriodAndType:
+      return inPeriod + Between(globals, " AND ") + ") AND TXray.tXraySType = '" + std::string(rule.type) +
+             "') " + newestFirst;
+  }
+  return all + newestFirst;
+}
+
+/// A name may hold anything, the marker itself included, which replacing every occurrence would never get to
+/// the end of.
+std::string FillIn(std::string_view text, std::string_view name, const std::string& value) {
+  return value.find('$') == std::string::npos ? db::ReplacePlaceholder(text, name, value)
+                                              : db::ReplaceFirstPlaceholder(text, name, value);
+}
+
+std::string Headline(const SelectionRule& rule, const Globals& globals, const db::TextLookup& texts,
+                     const ShortDate& shortDate) {
+  std::string text = texts.GetText(rule.headline);
+  if (rule.where == Where::kPatient || rule.where == Where::kPatientPeriod) {
+    const std::string patient =
+        FormatPatient(globals.strPatNameGl, globals.strPatFirstnameGl, globals.dPatBirthdayGl, shortDate);
+    text = FillIn(text, "strPatName", patient);
+  }
+  if (rule.where != Where::kNothing && rule.where != Where::kPatient) {
+    text = FillIn(text, "dBegGl", shortDate.Format(globals.dBegGl));
+    text = FillIn(text, "dEndGl", shortDate.Format(globals.dEndGl));
+  }
+  return text;
+}
+
+}  // namespace
+
+SelectionView BuildSelection(const Globals& globals, const db::TextLookup& texts,
+                             const ShortDate& shortDate) {
+  const auto kind = static_cast<std::size_t>(globals.SortSelectionGl);
+  if (kind >= kRules.size()) return {.sql = "TXray", .headline = {}, .icon = {}};
+  const SelectionRule& rule = kRules[kind];
+  return {.sql = Sql(rule, globals),
+          .headline = Headline(rule, globals, texts, shortDate),
+          .icon = std::string(rule.icon)};
+}
+
+std::string SortByColumn(std::string_view sql, int column) {
+  if (column < 0 || column >= kColumnCount) return std::string(sql);
+  const Column& clicked = kColumns[static_cast<std::size_t>(column)];
+  const bool isDescending = sql.find("DESC;") != std::string_view::npos;
+  return db::ReplaceSortClause(sql, isDescending ? clicked.ascending : clicked.descending);
+}
+
+std::string FormatPatient(std::string_view name, std::string_view firstName, platform::DateTime birth,
+                          const ShortDate& shortDate) {
+  std::string text;
+  text.append(name).append(", ").append(firstName).append(" *").append(shortDate.Format(birth));
+  return text;
+}
+
+}  // namespace varnlog::logview
