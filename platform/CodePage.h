@@ -1,20 +1,19 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace varnlog::platform {
 
-/// Converts between one legacy code page and UTF-8, the program's own text form.
+/// Converts between one legacy code page of single bytes and UTF-8, the program's own text form. Copies share
+/// their tables, and a page's tables are built once for the process.
 class CodePage {
  public:
   /// `number` is the Windows number: 437, 850, 866, 1250, 1251, 1252, ... Throws std::invalid_argument for a
-  /// page the system does not know.
+  /// page the system does not know and for one whose characters take several bytes.
   explicit CodePage(int number);
-  ~CodePage();
-  CodePage(CodePage&&) noexcept;
-  CodePage& operator=(CodePage&&) noexcept;
 
   /// The OEM page of the exchange file: the system's on Windows, elsewhere 866 for language "CYR", else 850.
   [[nodiscard]] static CodePage Oem(std::string_view language);
@@ -33,12 +32,29 @@ class CodePage {
 
  private:
   struct Tables;
+  [[nodiscard]] static std::shared_ptr<const Tables> TablesOf(int number);
   int number_;
-  std::unique_ptr<const Tables> tables_;
+  std::shared_ptr<const Tables> tables_;
 };
+
+/// The three bytes that some programs put at the start of a UTF-8 file.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 /// True when `bytes` is well-formed UTF-8 (no overlong forms, no surrogates).
 [[nodiscard]] bool IsUtf8(std::string_view bytes);
+
+/// How many bytes at the start of `bytes` are below 0x80.
+[[nodiscard]] std::size_t AsciiPrefix(std::string_view bytes);
+
+/// Takes one character off the start of a UTF-8 text that is not empty; nothing for a malformed byte, which
+/// is taken off alone.
+[[nodiscard]] std::optional<char32_t> NextCharacter(std::string_view& text);
+
+/// Appends a character; what is no Unicode scalar value becomes U+FFFD.
+void AppendCharacter(char32_t character, std::string& out);
+
+/// Every letter that has a single upper-case counterpart replaced by it (so ß stays).
+[[nodiscard]] std::string UpperCase(std::string_view text);
 
 /// The number of characters (code points) of a UTF-8 text; a malformed byte counts as one.
 [[nodiscard]] std::size_t CharacterCount(std::string_view text);

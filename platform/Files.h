@@ -75,8 +75,8 @@ class File {
   /// Returns when the content is on the disk.
   void Flush(std::error_code& error);
 
-  /// Locks a byte range exclusively for this process without waiting; false when another process holds a part
-  /// of it. The lock goes with UnlockRange() or with the file.
+  /// Locks a byte range exclusively for this open file without waiting; false when another program, or
+  /// another File of this one, holds a part of it. The lock goes with UnlockRange() or with the file.
   [[nodiscard]] bool TryLockRange(std::uint64_t offset, std::uint64_t length, std::error_code& error);
   void UnlockRange(std::uint64_t offset, std::uint64_t length);
 

@@ -1,0 +1,77 @@
+#include "platform/Process.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace varnlog::platform {
+namespace {
+
+/// Runs in the grandchild: nothing here may allocate, another thread may have held the heap's lock.
+[[noreturn]] void Execute(char* const* arguments, int report) {
+  const int null = open("/dev/null", O_RDWR);
+  if (null >= 0) {
+    dup2(null, STDIN_FILENO);
+    dup2(null, STDOUT_FILENO);
+    dup2(null, STDERR_FILENO);
+  }
+  execvp(arguments[0], arguments);
+  const int error = errno;
+  static_cast<void>(!write(report, &error, sizeof error));
+  _exit(127);
+}
+
+/// The program becomes a child of the system's first process, so that nobody here need wait for it.
+[[noreturn]] void StartGrandchild(char* const* arguments, int report) {
+  setsid();
+  const pid_t grandchild = fork();
+  if (grandchild == 0) Execute(arguments, report);
+  if (grandchild < 0) {
+    const int error = errno;
+    static_cast<void>(!write(report, &error, sizeof error));
+  }
+  _exit(0);
+}
+
+void WaitFor(pid_t child) {
+  while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+/// Nothing arrives when the program was started: its start closed the pipe's other end.
+bool NothingReported(int report) {
+  int error = 0;
+  ssize_t got = 0;
+  do {
+    got = read(report, &error, sizeof error);
+  } while (got < 0 && errno == EINTR);
+  return got == 0;
+}
+
+}  // namespace
+
+bool SystemLauncher::Start(const std::vector<std::string>& command) {
+  if (command.empty()) return false;
+  std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
+  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  arguments.push_back(nullptr);
+
+  std::array<int, 2> report{};
+  if (pipe2(report.data(), O_CLOEXEC) != 0) return false;
+  const pid_t child = fork();
+  if (child == 0) StartGrandchild(arguments.data(), report[1]);
+  close(report[1]);
+  if (child > 0) WaitFor(child);
+  const bool started = child > 0 && NothingReported(report[0]);
+  close(report[0]);
+  return started;
+}
+
+bool HasComponentRegistration() {
+  return false;
+}
+
+}  // namespace varnlog::platform

@@ -1,0 +1,26 @@
+#include "platform/SharedLibrary.h"
+
+#include <dlfcn.h>
+
+namespace varnlog::platform {
+
+SharedLibrary::SharedLibrary(const std::filesystem::path& path) {
+  // A bare name would be searched for in the system's folders; only the file that was named is meant.
+  std::error_code ignored;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
+  handle_ = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (handle_ == nullptr) {
+    const char* reason = dlerror();
+    error_ = reason == nullptr ? "the library cannot be loaded" : reason;
+  }
+}
+
+SharedLibrary::~SharedLibrary() {
+  if (handle_ != nullptr) dlclose(handle_);
+}
+
+void* SharedLibrary::Address(const char* name) const {
+  return handle_ == nullptr ? nullptr : dlsym(handle_, name);
+}
+
+}  // namespace varnlog::platform
