@@ -48,8 +48,8 @@ constexpr MenuEntry kSeparator{MenuEntry::Kind::kSeparator, mnuFileNew};
 constexpr MenuEntry kRecentFiles{MenuEntry::Kind::kRecentFiles, mnuFileNew};
 
 constexpr MenuEntry kFileMenu[] = {
-    Item(mnuFileNew),        Item(mnuFileOpen), kSeparator,   Item(mnuFilePrintPreview), Item(mnuFilePrint),
-    Item(mnuFilePrintSetup), kSeparator,        kRecentFiles, Item(mnuFileEnd)};
+    Item(mnuFileNew),        Item(mnuFileOpen), kSeparator, Item(mnuFilePrintPreview), Item(mnuFilePrint),
+    Item(mnuFilePrintSetup), kRecentFiles,      kSeparator, Item(mnuFileEnd)};
 constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate)};
 constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
                                         Item(mnuSortPatPeriod),

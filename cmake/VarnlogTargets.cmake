@@ -46,3 +46,13 @@ function(varnlog_program name)
   target_link_libraries(${name} PRIVATE varnlog::options ${ARG_DEPENDS})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VARNLOG_PROGRAM_DIR})
 endfunction()
+
+# varnlog_windows(NAME SOURCES ... DEPENDS ...): the windows of a folder, apart from its logic so that varnlogctl
+# never links them.
+function(varnlog_windows name)
+  if(NOT TARGET varnlog_ui)  # built without windows
+    return()
+  endif()
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  varnlog_library(${name}_windows SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} varnlog::ui Qt6::Widgets)
+endfunction()

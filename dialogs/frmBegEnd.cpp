@@ -1,0 +1,83 @@
+#include "dialogs/frmBegEnd.h"
+
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/QtText.h"
+
+namespace varnlog::dialogs {
+
+using db::TextKey;
+using db::literals::operator""_key;
+using ui::Caption;
+
+frmBegEnd::frmBegEnd(QWidget* parent, Period period, const db::TextLookup& texts, db::UserDialog& user)
+    : QDialog(parent), period_(period), texts_(texts), user_(user) {
+  setObjectName("frmBegEnd");
+  setWindowTitle(Caption(texts, "BE_CAPTION"_key));
+
+  auto* grid = new QGridLayout;
+  constexpr TextKey kLabels[] = {"BE_FROM"_key, "BE_TO"_key};
+  for (int i = 0; i < 2; ++i) {
+    auto* label = new QLabel(Caption(texts, kLabels[i]));
+    auto* box = new QLineEdit;
+    label->setObjectName(QStringLiteral("lblDate%1").arg(i));
+    label->setBuddy(box);
+    box->setObjectName(QStringLiteral("txtDate%1").arg(i));
+    box->setAccessibleName(ui::PlainCaption(texts, kLabels[i]));
+    // Room for the longest form, 31.12.2001 00:00:00, in any font.
+    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("00.00.0000 00:00:00")) + 24);
+    grid->addWidget(label, i, 0);
+    grid->addWidget(box, i, 1);
+    txtDate_.at(static_cast<std::size_t>(i)) = box;
+  }
+
+  auto* cmdCurYear = new QPushButton(Caption(texts, "BE_CURYEAR"_key));
+  cmdCurYear->setObjectName("cmdCurYear");
+  cmdCurYear->setAutoDefault(false);
+  connect(cmdCurYear, &QPushButton::clicked, this, &frmBegEnd::CurrentYear);
+  grid->addWidget(cmdCurYear, 0, 2);
+  grid->setColumnStretch(1, 1);
+
+  auto* buttons = new QDialogButtonBox;
+  auto* cmdOK = buttons->addButton(Caption(texts, "GL_OK"_key), QDialogButtonBox::AcceptRole);
+  auto* cmdCancel = buttons->addButton(Caption(texts, "GL_CANCEL"_key), QDialogButtonBox::RejectRole);
+  cmdOK->setObjectName("cmdOK");
+  cmdOK->setDefault(true);
+  cmdCancel->setObjectName("cmdCancel");
+  connect(buttons, &QDialogButtonBox::accepted, this, &frmBegEnd::Ok);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+  auto* layout = new QVBoxLayout(this);
+  layout->addLayout(grid);
+  layout->addSpacing(12);
+  layout->addWidget(buttons);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void frmBegEnd::CurrentYear() {
+  const PeriodBoxes year = period_.CurrentYear();
+  for (std::size_t i = 0; i < year.size(); ++i) txtDate_.at(i)->setText(ui::ToQString(year.at(i)));
+}
+
+void frmBegEnd::Ok() {
+  PeriodBoxes boxes;
+  for (std::size_t i = 0; i < boxes.size(); ++i)
+    boxes.at(i) = ui::FromQString(txtDate_.at(i)->text().trimmed());
+  const auto problem = period_.Confirm(boxes);
+  for (std::size_t i = 0; i < boxes.size(); ++i) txtDate_.at(i)->setText(ui::ToQString(boxes.at(i)));
+  if (!problem) {
+    accept();
+    return;
+  }
+  const std::string text = db::ReplacePlaceholder(texts_.GetText(problem->message), "dData", problem->dData);
+  db::MsgBox(user_, texts_, text, db::MessageIcon::kInformation);
+  QLineEdit* box = txtDate_.at(static_cast<std::size_t>(problem->focus));
+  box->setFocus();
+  box->selectAll();
+}
+
+}  // namespace varnlog::dialogs

@@ -1,0 +1,162 @@
+#include "dialogs/frmPatSearch.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include "ui/QtText.h"
+
+namespace varnlog::dialogs {
+
+using db::literals::operator""_key;
+using ui::Caption;
+
+frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const db::TextLookup& texts,
+                           db::UserDialog& user)
+    : QDialog(parent),
+      search_(search),
+      texts_(texts),
+      user_(user),
+      txtSearch_(new QLineEdit),
+      cmdSearch_(new QPushButton(Caption(texts, "PS_SEARCH"_key))),
+      lvwPat_(new QTreeWidget) {
+  setObjectName("frmPatSearch");
+  setWindowTitle(Caption(texts, "PS_CAPTION"_key));
+  auto* lblInfo = new QLabel(Caption(texts, "PS_TEXT"_key));
+  lblInfo->setObjectName("lblInfo");
+  lblInfo->setWordWrap(true);
+
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(lblInfo);
+  BuildSearchRow();
+  BuildList();
+  layout->addWidget(lvwPat_, 1);
+
+  auto* buttons = new QDialogButtonBox;
+  cmdOK_ = buttons->addButton(Caption(texts, "GL_OK"_key), QDialogButtonBox::AcceptRole);
+  cmdOK_->setObjectName("cmdOK");
+  buttons->addButton(Caption(texts, "GL_CANCEL"_key), QDialogButtonBox::RejectRole)
+      ->setObjectName("cmdCancel");
+  connect(buttons, &QDialogButtonBox::accepted, this, &frmPatSearch::Ok);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  layout->addWidget(buttons);
+
+  cmdSearch_->setDefault(true);
+  txtSearch_->setFocus();
+  resize(fontMetrics().averageCharWidth() * 76, fontMetrics().height() * 26);
+}
+
+void frmPatSearch::BuildSearchRow() {
+  auto* lblName = new QLabel(Caption(texts_, "PS_NAME"_key));
+  lblName->setObjectName("lblName");
+  lblName->setBuddy(txtSearch_);
+  txtSearch_->setObjectName("txtSearch");
+  txtSearch_->setAccessibleName(ui::PlainCaption(texts_, "PS_NAME"_key));
+  cmdSearch_->setObjectName("cmdSearch");
+  connect(txtSearch_, &QLineEdit::textEdited, this, &frmPatSearch::TextEdited);
+  connect(cmdSearch_, &QPushButton::clicked, this, &frmPatSearch::Search);
+
+  auto* row = new QHBoxLayout;
+  row->addWidget(lblName);
+  row->addWidget(txtSearch_, 1);
+  row->addWidget(cmdSearch_);
+  static_cast<QVBoxLayout*>(layout())->addLayout(row);
+}
+
+void frmPatSearch::BuildList() {
+  lvwPat_->setObjectName("lvwPat");
+  lvwPat_->setHeaderLabel(Caption(texts_, "PS_CHOOSEPATIENT"_key));
+  lvwPat_->setAccessibleName(ui::PlainCaption(texts_, "PS_CHOOSEPATIENT"_key));
+  lvwPat_->setRootIsDecorated(false);
+  lvwPat_->setUniformRowHeights(true);
+  lvwPat_->header()->setStretchLastSection(true);
+  connect(lvwPat_, &QTreeWidget::currentItemChanged, this,
+          [this](const QTreeWidgetItem* item) { Choose(item); });
+  connect(lvwPat_, &QTreeWidget::itemClicked, this, [this](const QTreeWidgetItem* item) { Choose(item); });
+  connect(lvwPat_, &QTreeWidget::itemDoubleClicked, this, &frmPatSearch::Ok);
+}
+
+void frmPatSearch::TextEdited() {
+  cmdSearch_->setDefault(true);
+  selected_.clear();
+}
+
+void frmPatSearch::Choose(const QTreeWidgetItem* item) {
+  if (item == nullptr) return;
+  selected_ = item->text(0);
+  cmdOK_->setDefault(true);
+}
+
+void frmPatSearch::ReportError(const dao::EngineError& error) {
+  db::MsgBox(user_, texts_, std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
+             db::MessageIcon::kCritical);
+  txtSearch_->setFocus();
+}
+
+void frmPatSearch::Search() {
+  const QString text = txtSearch_->text();
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  try {
+    const SearchResult result = search_.Search(ui::FromQString(text));
+    QApplication::restoreOverrideCursor();
+    Show(result, text.trimmed());
+  } catch (const dao::EngineError& error) {
+    QApplication::restoreOverrideCursor();
+    ReportError(error);
+  }
+}
+
+void frmPatSearch::Show(const SearchResult& result, const QString& searchText) {
+  selected_.clear();
+  lvwPat_->clear();
+  QList<QTreeWidgetItem*> items;
+  items.reserve(static_cast<qsizetype>(result.entries.size()));
+  for (const std::string& entry : result.entries) {
+    items.append(new QTreeWidgetItem(QStringList(ui::ToQString(entry))));
+  }
+  lvwPat_->addTopLevelItems(items);
+  if (!items.isEmpty()) {
+    txtSearch_->setText(ui::ToQString(result.searchBox));
+    lvwPat_->setCurrentItem(items.front());
+    return;
+  }
+  if (result.message) {
+    const std::string text =
+        db::ReplacePlaceholder(texts_.GetText(*result.message), "txtSearch", ui::FromQString(searchText));
+    db::MsgBox(user_, texts_, text, db::MessageIcon::kInformation);
+  }
+  txtSearch_->setFocus();
+  txtSearch_->selectAll();
+}
+
+void frmPatSearch::Ok() {
+  try {
+    switch (search_.Confirm(ui::FromQString(selected_), ui::FromQString(txtSearch_->text()))) {
+      case Confirmation::kDone:
+        accept();
+        break;
+      case Confirmation::kBeep:
+        user_.Beep();
+        break;
+      case Confirmation::kSearchAgain:
+        Search();
+        break;
+      case Confirmation::kNotUnique:
+        db::MsgBox(user_, texts_, texts_.GetText("PS_ERR_NOTUNIQUE"_key), db::MessageIcon::kInformation);
+        break;
+      case Confirmation::kNotFound:
+        db::MsgBox(user_, texts_,
+                   db::ReplacePlaceholder(texts_.GetText("PS_ERR_NOPATIENT"_key), "txtSearch",
+                                          ui::FromQString(selected_)),
+                   db::MessageIcon::kInformation);
+        break;
+    }
+  } catch (const dao::EngineError& error) {
+    ReportError(error);
+  }
+}
+
+}  // namespace varnlog::dialogs

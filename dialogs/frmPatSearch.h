@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTreeWidget>
+
+#include "db/UserDialog.h"
+#include "dialogs/PatientSearch.h"
+
+namespace varnlog::dialogs {
+
+/// Finds one patient of the log. accepted() means that the patient globals hold the choice.
+class frmPatSearch final : public QDialog {
+ public:
+  frmPatSearch(QWidget* parent, PatientSearch search, const db::TextLookup& texts, db::UserDialog& user);
+
+ private:
+  void BuildSearchRow();
+  void BuildList();
+  void Search();
+  void Ok();
+  void TextEdited();
+  void Choose(const QTreeWidgetItem* item);
+  void Show(const SearchResult& result, const QString& searchText);
+  void ReportError(const dao::EngineError& error);
+
+  PatientSearch search_;
+  const db::TextLookup& texts_;
+  db::UserDialog& user_;
+  QLineEdit* txtSearch_;
+  QPushButton* cmdSearch_;
+  QTreeWidget* lvwPat_;
+  QPushButton* cmdOK_;
+  QString selected_;  // empty when no list entry is chosen
+};
+
+}  // namespace varnlog::dialogs

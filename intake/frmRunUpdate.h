@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QProgressBar>
+
+#include "intake/UpdateRun.h"
+
+namespace varnlog::intake {
+
+/// Runs the update and shows how far it is. exec() returns when the run is over; Result() tells how it ended.
+class frmRunUpdate final : public QDialog, private UpdateView {
+ public:
+  /// `user` shows the run's messages.
+  frmRunUpdate(QWidget* parent, const UpdateContext& context, db::UserDialog& user);
+
+  [[nodiscard]] const UpdateResult& Result() const { return result_; }
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+  void reject() override;  // the cancel button, Escape and the title bar's cross
+
+ private:
+  void Run();
+  void AskCancel();
+  void SetRecordCount(std::int64_t records) override;
+  void Advance(std::int64_t recordsDone) override;
+  db::MessageAnswer Show(const db::Message& message) override;
+  void Beep() override;
+
+  UpdateContext context_;
+  db::UserDialog& user_;
+  QProgressBar* prgBar_;
+  QElapsedTimer sinceEvents_;
+  UpdateResult result_;
+  bool started_ = false;
+  bool running_ = false;
+  bool cancelAsked_ = false;
+};
+
+}  // namespace varnlog::intake

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <QString>
+
+#include "db/TextLookup.h"
+
+namespace varnlog::ui {
+
+/// A text of the program (UTF-8, line breaks as carriage returns) for a widget.
+[[nodiscard]] inline QString ToQString(std::string_view text) {
+  QString result = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  result.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+  return result.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+}
+
+[[nodiscard]] inline std::string FromQString(const QString& text) {
+  return text.toStdString();
+}
+
+/// The text of a key for a widget.
+[[nodiscard]] inline QString Caption(const db::TextLookup& texts, db::TextKey key) {
+  return ToQString(texts.GetText(key));
+}
+
+/// A caption without its accelerator and dots, as a name for screen readers.
+[[nodiscard]] inline QString PlainCaption(const db::TextLookup& texts, db::TextKey key) {
+  QString text = Caption(texts, key);
+  text.remove(QLatin1Char('&'));
+  while (text.endsWith(QLatin1Char('.')) || text.endsWith(QLatin1Char(':'))) text.chop(1);
+  return text;
+}
+
+}  // namespace varnlog::ui
