@@ -41,7 +41,7 @@ class TextLookup {
 };
 
 /// Every occurrence of $name$ in `text`, letter case of the name ignored, replaced by `value`. A value that
-/// holds the marker itself is replaced again; callers never pass one.
+/// holds the marker itself is put in as it is.
 [[nodiscard]] std::string ReplacePlaceholder(std::string_view text, std::string_view name,
                                              std::string_view value);
 /// The first occurrence only.
