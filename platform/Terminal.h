@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <string_view>
+
 namespace varnlog::platform {
 
 /// True when standard error is a terminal, so that a progress bar makes sense on it.
@@ -7,5 +10,13 @@ namespace varnlog::platform {
 
 /// Columns of that terminal; 80 when unknown.
 [[nodiscard]] int TerminalWidth();
+
+/// The columns that a UTF-8 text takes on a terminal: 2 for wide characters, 0 for combining ones. Control
+/// characters count 1; a caller replaces them first.
+[[nodiscard]] std::size_t DisplayWidth(std::string_view text);
+
+/// From now on writing to a pipe whose reader is gone fails like any other write, instead of ending the
+/// program.
+void MakeBrokenPipesErrors();
 
 }  // namespace varnlog::platform

@@ -1,5 +1,6 @@
 #include "platform/Terminal.h"
 
+#include <csignal>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -13,6 +14,10 @@ int TerminalWidth() {
   winsize size{};
   if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 80;
   return size.ws_col;
+}
+
+void MakeBrokenPipesErrors() {
+  std::signal(SIGPIPE, SIG_IGN);
 }
 
 }  // namespace varnlog::platform
