@@ -9,9 +9,11 @@ struct sqlite3;
 namespace varnlog::dao {
 
 /// The engine's one rule for text: root order with ß among the ss, letter case ignored, accents kept. "=",
-/// Like, DISTINCT, ORDER BY and index seeks agree on it.
+/// Like, DISTINCT, ORDER BY and index seeks agree on it. Control characters (but tab and line breaks) and
+/// other characters without a weight do not count at all.
 class Collation {
  public:
+  /// Throws EngineError when the order cannot be built.
   Collation();
   ~Collation();
   Collation(const Collation&) = delete;
@@ -20,8 +22,10 @@ class Collation {
   /// One for the process; comparing is safe from one thread at a time.
   [[nodiscard]] static const Collation& Instance();
 
-  /// Negative, 0 or positive, as the order of two UTF-8 texts.
+  /// Negative, 0 or positive, as the order of two UTF-8 texts. Malformed bytes count as U+FFFD.
   [[nodiscard]] int Compare(std::string_view a, std::string_view b) const;
+  /// The same by the full rules alone, without the short cuts; what Compare() is tested against.
+  [[nodiscard]] int CompareFully(std::string_view a, std::string_view b) const;
   /// Bytes whose plain order is the order of the texts.
   [[nodiscard]] std::string SortKey(std::string_view text) const;
 
@@ -33,16 +37,13 @@ class Collation {
 /// The storage name of the collation.
 inline constexpr const char* kCollationName = "JET";
 
-/// Folds letter case as Like does: two texts that differ only in case fold to the same, ß folds to ss.
+/// What Like compares: two texts that the collation holds equal fold to the same bytes, for every letter of
+/// the program's languages. Lower case, ß as ss, accents composed with their letter, and without the
+/// characters that do not count.
 [[nodiscard]] std::string FoldCase(std::string_view text);
 
-/// Like: '*' any text, '?' one character, '#' one digit, [a-z] one of a set, [!a-z] none of it.
-/// `foldedPattern` must come from FoldCase. Linear in the text for patterns without several stars and never
-/// worse than pattern times text.
-[[nodiscard]] bool LikeMatches(std::string_view foldedPattern, std::string_view text);
-
 /// Registers the collation and the functions jet_concat(a, b, ...) (NULL as empty) and jet_like(pattern,
-/// text) with a connection. Throws EngineError.
+/// text) (NULL when either is) with a connection. Throws EngineError.
 void RegisterText(sqlite3* connection);
 
 }  // namespace varnlog::dao

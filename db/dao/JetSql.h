@@ -8,9 +8,10 @@ namespace varnlog::dao {
 
 /// One output column of a statement.
 struct SelectColumn {
-  std::string name;      // AS name, or the field's name
+  std::string name;      // AS name, the field's name, or Expr1000, Expr1001, ... for a nameless expression
   std::string storage;   // expression in the storage's SQL
   bool isField = false;  // a plain field of the table
+  std::string field;     // that field's name, else empty
 };
 
 struct OrderTerm {
@@ -20,21 +21,30 @@ struct OrderTerm {
 };
 
 /// One SELECT statement of the engine's SQL, taken apart and rewritten for the storage. The pieces are joined
-/// by whoever runs them, because a dynaset asks for row ids where the text asks for fields.
+/// by whoever runs them, because a dynaset asks for row ids where the text asks for fields. Computed texts
+/// carry the collation; fields rely on being declared with it.
 struct SelectStatement {
   bool distinct = false;
-  bool allFields = false;  // * or Table.*
-  std::vector<SelectColumn> columns;
-  std::string table;  // as written in the statement, unquoted
-  std::string where;  // storage SQL without WHERE; empty when there is none
-  std::vector<OrderTerm> orderBy;
+  bool allFields = false;             // * or Table.*; there are no other columns then
+  std::vector<SelectColumn> columns;  // as written
+  std::string table;                  // as written in the statement, unquoted
+  std::string where;                  // storage SQL without WHERE; empty when there is none
+  std::vector<OrderTerm> orderBy;     // positions and AS names replaced by what they stand for
+  /// Every field named anywhere in the statement, each once, as first written. Whoever runs the statement
+  /// checks them against the table first: the storage takes an unknown quoted name for a text.
+  std::vector<std::string> fields;
 };
 
 /// Reads exactly one SELECT statement (a trailing ';' allowed) over one table and translates it: date
-/// literals #m/d/yyyy[ h:mm:ss AM|PM]#, & with NULL as empty text, Like with * ? # [a-z] [!a-z], Between ...
-/// And, In (...), Is [Not] Null, And, Or, Not, = <> < <= > >=, + - * /, [name], Table.name, AS, DISTINCT,
-/// ORDER BY ... ASC|DESC, text in '...' or "..." with the quote doubled inside.
-/// Anything else throws EngineError kSyntaxError whose text names the place in the statement.
+/// literals #m/d/yyyy[ h:mm:ss[ AM|PM]]#, & with NULL as empty text, Like with * ? # [a-z] [!a-z], Between
+/// ... And, In (...), Is [Not] Null, And, Or, Not, = <> < <= > >=, + - * /, [name], Table.name, AS, DISTINCT,
+/// ORDER BY ... ASC|DESC, True, False, Yes, No, Null, text in '...' or "..." with the quote doubled inside.
+///
+/// A date literal is month first, always: a day and month the other way round, or a day that the month does
+/// not have, is an error and never a guess. Comparisons do not chain (a = b = c).
+///
+/// Throws EngineError: kTooFewParameters for a field qualified with another table than the statement's,
+/// kSyntaxError for anything else, both with a text that names the place in the statement.
 [[nodiscard]] SelectStatement ParseSelect(std::string_view jetSql);
 
 /// An identifier in the storage's quotes.

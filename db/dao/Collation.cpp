@@ -1,0 +1,211 @@
+#include "db/dao/Collation.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <numeric>
+#include <vector>
+
+#include <unicode/bytestream.h>
+#include <unicode/normalizer2.h>
+#include <unicode/ucol.h>
+#include <unicode/unistr.h>
+#include <unicode/ustring.h>
+
+#include "db/dao/EngineError.h"
+#include "platform/CodePage.h"
+
+namespace varnlog::dao {
+namespace {
+
+void Check(UErrorCode status, const char* doing) {
+  if (U_FAILURE(status)) {
+    throw EngineError(ErrorNumber::kUnexpected, std::string(doing) + ": " + u_errorName(status));
+  }
+}
+
+bool IsAscii(std::string_view text) {
+  return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
+struct CloseCollator {
+  void operator()(UCollator* collator) const { ucol_close(collator); }
+};
+using Collator = std::unique_ptr<UCollator, CloseCollator>;
+
+Collator OpenCollator() {
+  static constexpr std::u16string_view kRules = u"&ss<<<\u00DF<<<\u1E9E";
+  UErrorCode status = U_ZERO_ERROR;
+  // Normalising, so that accents in either order after their letter are the same letter.
+  Collator collator(ucol_openRules(kRules.data(), static_cast<std::int32_t>(kRules.size()), UCOL_ON,
+                                   UCOL_SECONDARY, nullptr, &status));
+  Check(status, "Building the text order");
+  return collator;
+}
+
+}  // namespace
+
+struct Collation::Impl {
+  Collator collator = OpenCollator();
+  /// The place of each ASCII character in the order; 0 for those that do not count, the same for a letter's
+  /// two cases.
+  std::array<std::uint8_t, 128> ranks{};
+
+  Impl();
+  [[nodiscard]] int CompareFully(std::string_view a, std::string_view b) const;
+};
+
+Collation::Impl::Impl() {
+  std::array<char, 128> characters{};
+  std::iota(characters.begin(), characters.end(), '\0');
+  const auto text = [](const char& c) { return std::string_view(&c, 1); };
+  std::sort(characters.begin(), characters.end(),
+            [&](const char& a, const char& b) { return CompareFully(text(a), text(b)) < 0; });
+  std::uint8_t rank = 0;
+  std::string_view previous;
+  for (const char& c : characters) {
+    if (CompareFully(previous, text(c)) != 0) ++rank;
+    ranks[static_cast<unsigned char>(c)] = rank;
+    previous = text(c);
+  }
+}
+
+int Collation::Impl::CompareFully(std::string_view a, std::string_view b) const {
+  UErrorCode status = U_ZERO_ERROR;
+  const UCollationResult result =
+      ucol_strcollUTF8(collator.get(), a.data(), static_cast<std::int32_t>(a.size()), b.data(),
+                       static_cast<std::int32_t>(b.size()), &status);
+  return U_FAILURE(status) ? 0 : static_cast<int>(result);
+}
+
+namespace {
+
+/// Walks a text by the ranks of its ASCII characters.
+class AsciiWalk {
+ public:
+  static constexpr int kEnd = 0;
+  static constexpr int kBeyondAscii = -1;
+
+  AsciiWalk(std::string_view text, const std::array<std::uint8_t, 128>& ranks) : text_(text), ranks_(ranks) {}
+
+  /// The next rank that counts, kEnd, or kBeyondAscii when the character is, or may combine with the next
+  /// one which is.
+  int Next() {
+    while (position_ < text_.size()) {
+      const auto byte = static_cast<unsigned char>(text_[position_++]);
+      const bool plainNext = position_ == text_.size() || static_cast<unsigned char>(text_[position_]) < 0x80;
+      if (byte >= 0x80 || !plainNext) return kBeyondAscii;
+      if (ranks_[byte] != 0) return ranks_[byte];
+    }
+    return kEnd;
+  }
+
+ private:
+  std::string_view text_;
+  const std::array<std::uint8_t, 128>& ranks_;
+  std::size_t position_ = 0;
+};
+
+}  // namespace
+
+Collation::Collation() : impl_(std::make_unique<Impl>()) {}
+Collation::~Collation() = default;
+
+const Collation& Collation::Instance() {
+  static const Collation kInstance;
+  return kInstance;
+}
+
+int Collation::Compare(std::string_view a, std::string_view b) const {
+  if (a == b) return 0;
+  // ASCII characters have no accents and do not combine with each other, so the first two that differ decide.
+  AsciiWalk left(a, impl_->ranks);
+  AsciiWalk right(b, impl_->ranks);
+  while (true) {
+    const int x = left.Next();
+    const int y = right.Next();
+    if (x == AsciiWalk::kBeyondAscii || y == AsciiWalk::kBeyondAscii) return CompareFully(a, b);
+    if (x != y) return x < y ? -1 : 1;
+    if (x == AsciiWalk::kEnd) return 0;
+  }
+}
+
+int Collation::CompareFully(std::string_view a, std::string_view b) const {
+  return impl_->CompareFully(a, b);
+}
+
+std::string Collation::SortKey(std::string_view text) const {
+  const auto wide =
+      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+  std::string key(text.size() * 2 + 16, '\0');
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    const std::int32_t needed =
+        ucol_getSortKey(impl_->collator.get(), wide.getBuffer(), wide.length(),
+                        reinterpret_cast<std::uint8_t*>(key.data()), static_cast<std::int32_t>(key.size()));
+    const bool fits = static_cast<std::size_t>(needed) <= key.size();
+    key.resize(static_cast<std::size_t>(needed));
+    if (fits) break;
+  }
+  if (!key.empty()) key.pop_back();  // the terminating zero
+  return key;
+}
+
+namespace {
+
+/// Whether a control character has no weight: all but the blank ones (tab to carriage return, next line).
+bool IsIgnoredControl(unsigned char c) {
+  return (c < 0x20 && (c < 0x09 || c > 0x0D)) || c == 0x7F;
+}
+
+std::string FoldAscii(std::string_view text) {
+  std::string folded;
+  folded.reserve(text.size());
+  for (const char c : text) {
+    if (IsIgnoredControl(static_cast<unsigned char>(c))) continue;
+    folded += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return folded;
+}
+
+std::string WithoutControls(std::string_view text) {
+  std::string kept;
+  kept.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (IsIgnoredControl(byte)) continue;
+    const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0U;
+    if (byte == 0xC2 && next < 0xA0 && next != 0x85) {  // U+0080 to U+009F
+      ++i;
+      continue;
+    }
+    kept += text[i];
+  }
+  return kept;
+}
+
+}  // namespace
+
+std::string FoldCase(std::string_view text) {
+  if (IsAscii(text)) return FoldAscii(text);
+  std::string source;
+  if (!platform::IsUtf8(text)) {
+    icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())))
+        .toUTF8String(source);
+    text = source;
+  }
+  // Controls go first: an accent behind one still belongs to the letter before it.
+  const std::string counted = WithoutControls(text);
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::Normalizer2* normalizer = icu::Normalizer2::getNFKCCasefoldInstance(status);
+  Check(status, "Folding letter case");
+  std::string folded;
+  icu::StringByteSink<std::string> sink(&folded);
+  normalizer->normalizeUTF8(0, icu::StringPiece(counted.data(), static_cast<std::int32_t>(counted.size())),
+                            sink, nullptr, status);
+  Check(status, "Folding letter case");
+  return folded;
+}
+
+}  // namespace varnlog::dao
