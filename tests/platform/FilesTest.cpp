@@ -1,0 +1,265 @@
+#include <chrono>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/Files.h"
+
+namespace varnlog::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Files : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "Röntgen Buch XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  fs::path Holding(const std::string& name, const std::string& content) {
+    std::ofstream(folder_ / name, std::ios::binary) << content;
+    return folder_ / name;
+  }
+  static std::string Content(const fs::path& path) {
+    std::error_code error;
+    return ReadWholeFile(path, error).value_or("cannot be read: " + error.message());
+  }
+  std::size_t Entries() const {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+  }
+  File OpenReadWrite(const fs::path& path) {
+    std::error_code error;
+    File file = File::Open(path, File::Mode::kReadWrite, error);
+    EXPECT_FALSE(error) << error.message();
+    return file;
+  }
+
+  fs::path folder_;
+};
+
+/// Runs `work` in another process, which holds none of this one's locks; its result is the exit status.
+int InAnotherProcess(const std::function<int()>& work) {
+  const pid_t child = fork();
+  if (child == 0) _exit(work());
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// A plain record lock, as other programs take it. 0 when it was granted.
+int TakePlainLock(int descriptor, off_t offset, off_t length) {
+  struct flock range {};
+  range.l_type = F_WRLCK;
+  range.l_whence = SEEK_SET;
+  range.l_start = offset;
+  range.l_len = length;
+  return fcntl(descriptor, F_SETLK, &range) == 0 ? 0 : 1;
+}
+
+int TryPlainLock(const fs::path& path, off_t offset, off_t length) {
+  return InAnotherProcess([&] { return TakePlainLock(open(path.c_str(), O_RDWR), offset, length); });
+}
+
+TEST_F(Files, TreatsBothSeparatorsAlike) {
+  Holding("kalvero.ini", "x");
+  fs::create_directory(folder_ / "Programm");
+  EXPECT_EQ(FileSize(ToPath(FromPath(folder_) + "\\Programm\\..\\kalvero.ini")), 1U);
+}
+
+TEST_F(Files, TellsTheSizeOfRegularFilesOnly) {
+  EXPECT_EQ(FileSize(Holding("leer", "")), 0U);
+  EXPECT_EQ(FileSize(folder_), std::nullopt);
+  EXPECT_EQ(FileSize(folder_ / "fehlt"), std::nullopt);
+}
+
+TEST_F(Files, ReadsAWholeFileUpToALimit) {
+  const fs::path path = Holding("zehn", "0123456789");
+  std::error_code error;
+  EXPECT_EQ(ReadWholeFile(path, error, 10), "0123456789");
+  EXPECT_EQ(ReadWholeFile(path, error, 9), std::nullopt);
+  EXPECT_EQ(error, std::errc::file_too_large);
+  EXPECT_EQ(ReadWholeFile("/dev/zero", error, 100'000), std::nullopt);
+  EXPECT_EQ(error, std::errc::file_too_large);
+  const std::string large(3'000'000, 'x');
+  EXPECT_EQ(Content(Holding("groß", large)), large);
+}
+
+TEST_F(Files, SaysWhyAFileCannotBeRead) {
+  std::error_code error;
+  EXPECT_EQ(ReadWholeFile(folder_ / "fehlt", error), std::nullopt);
+  EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+  EXPECT_EQ(ReadWholeFile(folder_, error), std::nullopt);
+  EXPECT_EQ(error, std::errc::is_a_directory);
+  ASSERT_EQ(mkfifo((folder_ / "rohr").c_str(), 0600), 0);
+  EXPECT_EQ(ReadWholeFile(folder_ / "rohr", error), std::nullopt);
+  EXPECT_TRUE(error);
+}
+
+TEST_F(Files, ReplacesAFileAndKeepsItsPermissions) {
+  const fs::path path = Holding("varnlog.ini", "alt");
+  ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+  EXPECT_FALSE(ReplaceFile(path, "neu"));
+  EXPECT_EQ(Content(path), "neu");
+  EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+  EXPECT_FALSE(ReplaceFile(folder_ / "frisch", "x"));
+  EXPECT_EQ(Entries(), 2U) << "nothing else stays in the folder";
+}
+
+TEST_F(Files, ReplacesWhatALinkPointsTo) {
+  const fs::path path = Holding("echt", "alt");
+  fs::create_symlink("echt", folder_ / "verweis");
+  EXPECT_FALSE(ReplaceFile(folder_ / "verweis", "neu"));
+  EXPECT_TRUE(fs::is_symlink(folder_ / "verweis"));
+  EXPECT_EQ(Content(path), "neu");
+}
+
+TEST_F(Files, LeavesEverythingAsItWasWhenReplacingFails) {
+  EXPECT_EQ(ReplaceFile(folder_ / "fehlt" / "datei", "x"), std::errc::no_such_file_or_directory);
+  EXPECT_EQ(ReplaceFile(folder_, "x"), std::errc::is_a_directory);
+  EXPECT_EQ(Entries(), 0U);
+}
+
+TEST_F(Files, CopiesWithoutOverwriting) {
+  const fs::path source = Holding("varnlog.md0", "Vorlage");
+  ASSERT_EQ(chmod(source.c_str(), 0444), 0);
+  const fs::path target = folder_ / "Varnlog.mdb";
+  EXPECT_FALSE(CopyWholeFile(source, target, false));
+  EXPECT_EQ(Content(target), "Vorlage");
+  EXPECT_NE(fs::status(target).permissions() & fs::perms::owner_write, fs::perms::none);
+  const fs::path other = Holding("anderes", "wichtig");
+  EXPECT_EQ(CopyWholeFile(source, other, false), std::errc::file_exists);
+  EXPECT_EQ(Content(other), "wichtig");
+  EXPECT_FALSE(CopyWholeFile(source, other, true));
+  EXPECT_EQ(Content(other), "Vorlage");
+  EXPECT_EQ(CopyWholeFile(folder_ / "fehlt", folder_ / "neu", false), std::errc::no_such_file_or_directory);
+  EXPECT_EQ(Entries(), 3U);
+}
+
+TEST_F(Files, DoesNotOpenACopyToMorePeople) {
+  const fs::path source = Holding("geheim", "x");
+  ASSERT_EQ(chmod(source.c_str(), 0600), 0);
+  ASSERT_FALSE(CopyWholeFile(source, folder_ / "kopie", false));
+  EXPECT_EQ(fs::status(folder_ / "kopie").permissions(), fs::perms(0600));
+}
+
+TEST_F(Files, KnowsAnotherNameOfAFile) {
+  const fs::path path = Holding("eins", "x");
+  fs::create_hard_link(path, folder_ / "zwei");
+  EXPECT_TRUE(SameFile(path, folder_ / "zwei"));
+  EXPECT_FALSE(SameFile(path, Holding("drei", "x")));
+  EXPECT_FALSE(SameFile(path, folder_ / "fehlt"));
+}
+
+TEST_F(Files, OpensAsToldTo) {
+  const fs::path path = Holding("da", "alt");
+  std::error_code error;
+  EXPECT_FALSE(File::Open(path, File::Mode::kCreateNew, error).IsOpen());
+  EXPECT_EQ(error, std::errc::file_exists);
+  EXPECT_FALSE(File::Open(folder_ / "fehlt", File::Mode::kReadWrite, error).IsOpen());
+  EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+  EXPECT_TRUE(File::Open(path, File::Mode::kCreateOrEmpty, error).IsOpen());
+  EXPECT_FALSE(error);
+  EXPECT_EQ(FileSize(path), 0U);
+}
+
+TEST_F(Files, ReadsAndWritesAtPlaces) {
+  const fs::path path = Holding("datei", "0123456789");
+  File file = OpenReadWrite(path);
+  std::error_code error;
+  file.WriteAt(3, "abc", error);
+  file.Truncate(8, error);
+  file.Flush(error);
+  ASSERT_FALSE(error) << error.message();
+  EXPECT_EQ(file.Size(error), 8U);
+  std::string buffer(10, '.');
+  EXPECT_EQ(file.ReadAt(2, buffer, error), 6U);
+  EXPECT_EQ(buffer, "2abc67....");
+  EXPECT_EQ(file.ReadAt(100, buffer, error), 0U);
+  File moved = std::move(file);
+  EXPECT_TRUE(moved.IsOpen());
+  EXPECT_EQ(moved.Size(error), 8U);
+}
+
+TEST_F(Files, ReportsAFullDiskAndAClosedFile) {
+  std::error_code error;
+  File full = File::Open("/dev/full", File::Mode::kReadWrite, error);
+  ASSERT_TRUE(full.IsOpen());
+  full.WriteAt(0, "x", error);
+  EXPECT_EQ(error, std::errc::no_space_on_device);
+  full.Close();
+  static_cast<void>(full.Size(error));
+  EXPECT_TRUE(error);
+}
+
+TEST_F(Files, ItsLockHoldsOffOtherProgramsInItsRangeOnly) {
+  const fs::path path = Holding("varnlog.sdx", "0123456789");
+  std::error_code error;
+  File file = OpenReadWrite(path);
+  ASSERT_TRUE(file.TryLockRange(0, 4, error));
+  // Closing the same file elsewhere in the process must not give the lock away.
+  OpenReadWrite(path).Close();
+  EXPECT_EQ(TryPlainLock(path, 3, 1), 1);
+  EXPECT_EQ(TryPlainLock(path, 4, 6), 0);
+  EXPECT_FALSE(OpenReadWrite(path).TryLockRange(0, 1, error));
+  file.UnlockRange(0, 4);
+  EXPECT_EQ(TryPlainLock(path, 0, 10), 0);
+  ASSERT_TRUE(file.TryLockRange(0, 4, error));
+  file.Close();
+  EXPECT_EQ(TryPlainLock(path, 0, 10), 0) << "the lock goes with the file";
+}
+
+TEST_F(Files, OtherProgramsLocksHoldItOff) {
+  const fs::path path = Holding("varnlog.sdx", "0123456789");
+  const int result = InAnotherProcess([&] {
+    if (TakePlainLock(open(path.c_str(), O_RDWR), 5, 1) != 0) return 9;
+    return InAnotherProcess([&] {
+      std::error_code error;
+      File file = File::Open(path, File::Mode::kReadWrite, error);
+      const bool inside = file.TryLockRange(0, 10, error);
+      const bool outside = file.TryLockRange(0, 5, error);
+      return (inside ? 1 : 0) + (outside ? 0 : 2);
+    });
+  });
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(Files, KnowsWhetherItHasAFileToItself) {
+  const fs::path path = Holding("varnlog.sdx", "0123456789");
+  File file = OpenReadWrite(path);
+  {
+    const File other = OpenReadWrite(path);
+    EXPECT_EQ(file.TrySolitude(), File::Solitude::kShared);
+  }
+  const File::Solitude solitude = file.TrySolitude();
+  if (solitude == File::Solitude::kUnsupported) GTEST_SKIP() << "no leases on this file system";
+  EXPECT_EQ(solitude, File::Solitude::kAlone);
+  file.EndSolitude();
+  const File later = OpenReadWrite(path);
+  EXPECT_EQ(file.TrySolitude(), File::Solitude::kShared);
+}
+
+TEST_F(Files, ANewcomerWaitsWhileAFileIsHeldAloneAndTheHolderLivesOn) {
+  const fs::path path = Holding("varnlog.sdx", "0123456789");
+  File file = OpenReadWrite(path);
+  if (file.TrySolitude() != File::Solitude::kAlone) GTEST_SKIP() << "no leases on this file system";
+  const pid_t newcomer = fork();
+  if (newcomer == 0) _exit(open(path.c_str(), O_WRONLY | O_APPEND) >= 0 ? 0 : 1);
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  EXPECT_EQ(waitpid(newcomer, nullptr, WNOHANG), 0) << "it must wait";
+  file.EndSolitude();
+  int status = -1;
+  EXPECT_EQ(waitpid(newcomer, &status, 0), newcomer);
+  EXPECT_EQ(status, 0);
+}
+
+}  // namespace
+}  // namespace varnlog::platform

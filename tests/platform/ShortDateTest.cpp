@@ -1,0 +1,147 @@
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include "platform/ShortDate.h"
+
+namespace varnlog::platform {
+namespace {
+
+const DateTime kFirstOfMay = DateTime::FromIso("1960-05-01 07:08:09").value();
+
+TEST(ShortDate, WritesTheLocalesFormWithAWholeYear) {
+  struct Row {
+    const char* pattern;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"dd.MM.yy", "01.05.1960"}, {"M/d/yy", "5/1/1960"},         {"y-MM-dd", "1960-05-01"},
+      {"dd/MM/y", "01/05/1960"},  {"d-M-yy", "1-5-1960"},         {"d.MM.yy 'г'.", "1.5.1960"},
+      {"yy. M. d.", "1960.5.1"},  {"dd.MM.y 'г'.", "01.05.1960"}, {"'d'dd/MM/yyyy", "01/05/1960"},
+      {"", "01.05.1960"},         {"MMMM", "01.05.1960"},         {"yy/dd/MM", "01.05.1960"},
+      {"ddMMyy", "01.05.1960"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(ShortDate::FromPattern(row.pattern).Format(kFirstOfMay), row.expected) << row.pattern;
+  }
+}
+
+TEST(ShortDate, ShowsATimeOnlyWhenThereIsOne) {
+  const ShortDate form;
+  EXPECT_EQ(form.FormatGeneral(kFirstOfMay), "01.05.1960 07:08:09");
+  EXPECT_EQ(form.FormatGeneral(kFirstOfMay.DatePart()), "01.05.1960");
+  EXPECT_EQ(form.FormatGeneral({}), "");
+  EXPECT_EQ(form.Format({}), "");
+}
+
+TEST(ShortDate, ReadsWhatPeopleType) {
+  const ShortDate german;
+  const ShortDate american = ShortDate::FromPattern("M/d/yy");
+  const ShortDate iso = ShortDate::FromPattern("y-MM-dd");
+  struct Row {
+    const ShortDate& form;
+    const char* text;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {german, "1.5.1960", "1960-05-01 00:00:00"},           {german, "  01/05/60 ", "1960-05-01 00:00:00"},
+      {german, "01-05-29", "2029-05-01 00:00:00"},           {german, "01-05-30", "1930-05-01 00:00:00"},
+      {german, "1960-05-01", "1960-05-01 00:00:00"},         {german, "1.5.1960 7:08", "1960-05-01 07:08:00"},
+      {german, "1.5.1960  07:08:09", "1960-05-01 07:08:09"}, {american, "5/1/1960", "1960-05-01 00:00:00"},
+      {american, "1960-05-01", "1960-05-01 00:00:00"},       {iso, "60-5-1", "1960-05-01 00:00:00"},
+  };
+  for (const Row& row : rows) {
+    const auto date = row.form.Parse(row.text);
+    ASSERT_TRUE(date) << row.text;
+    EXPECT_EQ(date->ToIso(), row.expected) << row.text;
+  }
+}
+
+TEST(ShortDate, RefusesWhatIsNoDate) {
+  const ShortDate german;
+  for (const char* text : {"",
+                           " ",
+                           "heute",
+                           "30.2.2001",
+                           "1.13.2001",
+                           "0.1.2001",
+                           "1.5",
+                           "1.5.",
+                           "1.5.6",
+                           "1.5.160",
+                           "1.5.19600",
+                           "1.5/1960",
+                           "1..5.1960",
+                           "1.5.1960x",
+                           "1.5.1960 24:00",
+                           "1.5.1960 7",
+                           "1.5.1960 7:08:09:10",
+                           "1.5.1960T07:08",
+                           "99999999999999999999.1.2001",
+                           "-1.5.1960",
+                           "1 .5.1960"}) {
+    EXPECT_FALSE(german.Parse(text)) << text;
+  }
+}
+
+TEST(ShortDate, ReadsBackItsOwnForm) {
+  for (const char* pattern : {"dd.MM.yy", "M/d/yy", "y-MM-dd", "d-M-yy", "yyyy/M/d"}) {
+    const ShortDate form = ShortDate::FromPattern(pattern);
+    EXPECT_EQ(form.Parse(form.FormatGeneral(kFirstOfMay)), kFirstOfMay) << pattern;
+  }
+}
+
+class SystemLocale : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
+      const char* value = std::getenv(variable);
+      saved_.emplace_back(variable, value == nullptr ? "" : value);
+      unsetenv(variable);
+    }
+  }
+  void TearDown() override {
+    for (const auto& [variable, value] : saved_) setenv(variable.c_str(), value.c_str(), 1);
+  }
+
+ private:
+  std::vector<std::pair<std::string, std::string>> saved_;
+};
+
+TEST_F(SystemLocale, GivesTheForm) {
+  struct Row {
+    const char* locale;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"de_DE.UTF-8", "01.05.1960"},
+      {"en_US.UTF-8", "5/1/1960"},
+      {"en_GB", "01/05/1960"},
+      {"nl_NL.UTF-8", "01-05-1960"},
+      {"sv_SE@euro", "1960-05-01"},
+      {"fr_CH.UTF-8", "01.05.1960"},
+      {"ru_RU.UTF-8", "01.05.1960"},
+      {"th_TH.UTF-8", "1/5/1960"},
+      {"C", "01.05.1960"},
+      {"C.UTF-8", "01.05.1960"},
+      {"POSIX", "01.05.1960"},
+      {"xx_YY.UTF-8", "01.05.1960"},
+      {"", "01.05.1960"},
+      {"%%%/../..", "01.05.1960"},
+  };
+  for (const Row& row : rows) {
+    setenv("LANG", row.locale, 1);
+    EXPECT_EQ(ShortDate::FromSystem().Format(kFirstOfMay), row.expected) << row.locale;
+  }
+}
+
+TEST_F(SystemLocale, PrefersTheMoreParticularVariable) {
+  setenv("LANG", "de_DE.UTF-8", 1);
+  setenv("LC_TIME", "en_US.UTF-8", 1);
+  EXPECT_EQ(ShortDate::FromSystem().Format(kFirstOfMay), "5/1/1960");
+  setenv("LC_ALL", "sv_SE.UTF-8", 1);
+  EXPECT_EQ(ShortDate::FromSystem().Format(kFirstOfMay), "1960-05-01");
+}
+
+}  // namespace
+}  // namespace varnlog::platform
