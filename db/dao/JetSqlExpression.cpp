@@ -112,30 +112,30 @@ Expression ExpressionParser::ParseNot() {
 Expression ExpressionParser::ParseComparison() {
   Expression left = ParseConcatenation();
   const Nesting nesting(*this, 5);
-  if (lexer_.TakeWord("IS")) return ParseIsNull(std::move(left));
+  if (lexer_.TakeWord("IS")) return ParseIsNull(left);
   const bool negated = lexer_.TakeWord("NOT");
-  if (lexer_.TakeWord("LIKE")) return ParseLike(std::move(left), negated);
-  if (lexer_.TakeWord("BETWEEN")) return ParseBetween(std::move(left), negated);
+  if (lexer_.TakeWord("LIKE")) return ParseLike(left, negated);
+  if (lexer_.TakeWord("BETWEEN")) return ParseBetween(left, negated);
   if (lexer_.TakeWord("IN")) return ParseIn(std::move(left), negated);
   if (negated) lexer_.Fail();
   return ParseRelation(std::move(left));
 }
 
-Expression ExpressionParser::ParseIsNull(Expression left) {
+Expression ExpressionParser::ParseIsNull(const Expression& left) {
   const bool negated = lexer_.TakeWord("NOT");
   lexer_.ExpectWord("NULL");
   return Condition(left.AsOperand(Binding::kSum) + (negated ? " IS NOT NULL" : " IS NULL"),
                    Binding::kCompare);
 }
 
-Expression ExpressionParser::ParseLike(Expression left, bool negated) {
+Expression ExpressionParser::ParseLike(const Expression& left, bool negated) {
   const Expression pattern = ParseConcatenation();
   return Condition(
       std::string(negated ? "NOT " : "") + "jet_like(" + pattern.storage + ", " + left.storage + ")",
       negated ? Binding::kNot : Binding::kPrimary);
 }
 
-Expression ExpressionParser::ParseBetween(Expression left, bool negated) {
+Expression ExpressionParser::ParseBetween(const Expression& left, bool negated) {
   const Expression low = ParseConcatenation();
   lexer_.ExpectWord("AND");
   const Expression high = ParseConcatenation();

@@ -53,10 +53,10 @@ class ExpressionParser {
   Expression ParseAnd();
   Expression ParseNot();
   Expression ParseComparison();
-  Expression ParseLike(Expression left, bool negated);
-  Expression ParseBetween(Expression left, bool negated);
+  Expression ParseLike(const Expression& left, bool negated);
+  Expression ParseBetween(const Expression& left, bool negated);
   Expression ParseIn(Expression left, bool negated);
-  Expression ParseIsNull(Expression left);
+  Expression ParseIsNull(const Expression& left);
   Expression ParseRelation(Expression left);
   Expression ParseConcatenation();
   Expression ParseSum();
@@ -64,7 +64,7 @@ class ExpressionParser {
   Expression ParseNegation();
   Expression ParsePrimary();
   Expression ParseConstant();
-  std::string ArithmeticOperand(const Expression& operand, Binding needed) const;
+  [[nodiscard]] std::string ArithmeticOperand(const Expression& operand, Binding needed) const;
 
   JetSqlLexer& lexer_;
   std::vector<FieldUse> fields_;
