@@ -1,0 +1,29 @@
+#include "cli/Command.h"
+#include "db/modCommon.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+using namespace db::literals;
+
+bool IsLog(const dao::Database& database) {
+  return db::TableExists(database, "TConfig") && db::TableExists(database, "TXray");
+}
+
+}  // namespace
+
+// A log of any version is verified, and nothing is brought up to date: a check changes nothing.
+void RunCheckCommand(Session& session, const Options& /*options*/, Output& output) {
+  session.RequireLogFile();
+  const bool readOnly = !session.LogIsWritable();
+  const auto error = session.Engine().OpenDBInWorkspace(session.LogFile(), false, readOnly);
+  if (error != 0) session.FailToOpen(error);
+  const auto findings = session.Log().Check();
+  for (const std::string& finding : findings) output.Write(OneLine(finding) + "\n");
+  if (!findings.empty()) session.Fail("VC_ERR_DAMAGED"_key, "strError", session.LogFile());
+  if (!IsLog(session.Log())) session.Fail("MN_ERR_DBNOTVALID"_key, "strFile", session.LogFile());
+  output.Write("ok\n");
+}
+
+}  // namespace varnlog::cli

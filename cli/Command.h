@@ -1,0 +1,35 @@
+#pragma once
+
+#include <span>
+
+#include "cli/Options.h"
+#include "cli/Output.h"
+#include "cli/Session.h"
+
+namespace varnlog::cli {
+
+/// One job of varnlogctl.
+struct Command {
+  const char* name;
+  const char* description;
+  /// Adds the job's own options; may be nullptr.
+  void (*addOptions)(CLI::App& command, Options& options);
+  /// Refuses options that make no sense together before anything is opened: throws UsageError; may be
+  /// nullptr.
+  void (*validate)(const Options& options);
+  /// Results go to `output`. Throws JobError, OutputError or dao::EngineError.
+  void (*run)(Session& session, const Options& options, Output& output);
+};
+
+/// All of them, in the order of the help text.
+[[nodiscard]] std::span<const Command> AllCommands();
+
+void RunUpdateCommand(Session& session, const Options& options, Output& output);
+void AddListOptions(CLI::App& command, Options& options);
+void ValidateSelection(const Options& options);
+void RunListCommand(Session& session, const Options& options, Output& output);
+void RunCheckCommand(Session& session, const Options& options, Output& output);
+void RunCompactCommand(Session& session, const Options& options, Output& output);
+void RunRepairCommand(Session& session, const Options& options, Output& output);
+
+}  // namespace varnlog::cli

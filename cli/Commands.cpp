@@ -1,0 +1,26 @@
+#include <array>
+
+#include "cli/Command.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+constexpr std::array kCommands = {
+    Command{"update", "take the exposures that the imaging suite reported into the log", nullptr, nullptr,
+            RunUpdateCommand},
+    Command{"list", "print rows of the log", AddListOptions, ValidateSelection, RunListCommand},
+    Command{"check", "verify the log file", nullptr, nullptr, RunCheckCommand},
+    Command{"compact", "rewrite the log file without the room that it no longer needs", nullptr, nullptr,
+            RunCompactCommand},
+    Command{"repair", "mend a damaged log file as far as its rows can be read", nullptr, nullptr,
+            RunRepairCommand},
+};
+
+}  // namespace
+
+std::span<const Command> AllCommands() {
+  return kCommands;
+}
+
+}  // namespace varnlog::cli

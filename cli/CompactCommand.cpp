@@ -1,0 +1,29 @@
+#include "cli/Command.h"
+#include "platform/Files.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+using namespace db::literals;
+
+std::string SizeOf(const std::string& file) {
+  return std::to_string(platform::FileSize(platform::ToPath(file)).value_or(0));
+}
+
+}  // namespace
+
+void RunCompactCommand(Session& session, const Options& /*options*/, Output& output) {
+  // Opening it first keeps the operation away from files that are no log.
+  session.OpenLog(Session::Access::kRead);
+  session.CloseLog();
+  const std::string before = SizeOf(session.LogFile());
+  const std::string lastError = session.Engine().LastError();
+  session.Engine().CompactDatabase(session.LogFile());
+  if (session.Engine().LastError() != lastError) {
+    session.Fail("PP_ERR_COMPACT"_key, "strError", session.Engine().LastError());
+  }
+  output.Write("before " + before + ", after " + SizeOf(session.LogFile()) + "\n");
+}
+
+}  // namespace varnlog::cli

@@ -1,0 +1,67 @@
+#include <map>
+#include <memory>
+
+#include "cli/Command.h"
+#include "cli/RowSource.h"
+#include "cli/RowWriter.h"
+#include "logview/Selection.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+/// False when somebody deleted the row meanwhile.
+bool ReadRow(const RowSource& source, Row& row) {
+  try {
+    source.Read(row);
+    return true;
+  } catch (const dao::EngineError& error) {
+    if (error.number() != dao::ErrorNumber::kRecordDeleted) throw;
+    return false;
+  }
+}
+
+void WriteRows(dao::Recordset& rows, const RowSource& source, RowWriter& writer) {
+  Row row;
+  writer.Begin(source.Headings());
+  if (writer.NeedsMeasure() && !rows.IsEOF()) {
+    for (; !rows.IsEOF(); rows.MoveNext()) {
+      if (ReadRow(source, row)) writer.Measure(row);
+    }
+    rows.MoveFirst();
+  }
+  for (; !rows.IsEOF(); rows.MoveNext()) {
+    if (ReadRow(source, row)) writer.Add(row);
+  }
+  writer.End();
+}
+
+}  // namespace
+
+void AddListOptions(CLI::App& command, Options& options) {
+  static const std::map<std::string, ListFormat> kFormats = {
+      {"table", ListFormat::kTable}, {"csv", ListFormat::kCsv}, {"json", ListFormat::kJson}};
+  AddSelectionOptions(command, options);
+  command.add_option("--format", options.format, "table, csv or json")
+      ->transform(CLI::CheckedTransformer(kFormats))
+      ->option_text("table|csv|json");
+  command.add_flag("--display", options.display,
+                   "the columns of the program's log view instead of the stored fields");
+}
+
+void ValidateSelection(const Options& options) {
+  db::Globals unused;
+  SetSelection(unused, options, platform::ShortDate::FromSystem());
+}
+
+void RunListCommand(Session& session, const Options& options, Output& output) {
+  SetSelection(session.globals(), options, session.shortDate());
+  session.InstallLog();
+  session.OpenLog(Session::Access::kRead);
+  const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
+  const auto rows = session.Log().OpenRecordset(selection.sql);
+  const auto source = options.display ? MakeDisplayedRows(*rows, session) : MakeStoredRows(*rows);
+  WriteRows(*rows, *source, *MakeRowWriter(options.format, output));
+}
+
+}  // namespace varnlog::cli

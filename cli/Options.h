@@ -1,0 +1,50 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "db/Globals.h"
+#include "db/TextLookup.h"
+#include "platform/ShortDate.h"
+
+namespace varnlog::cli {
+
+enum class ListFormat { kTable, kCsv, kJson };
+
+/// What the command line says, before dates and patient are understood.
+struct Options {
+  std::string folder;  // program folder; "" for the executable's own
+  std::string file;    // log; "" for the INI file's
+  std::string from;
+  std::string to;
+  std::string type;
+  std::string patient;
+  ListFormat format = ListFormat::kTable;
+  bool display = false;
+};
+
+/// Adds the options that every command takes.
+void AddCommonOptions(CLI::App& app, Options& options);
+/// Adds --from, --to, --type and --patient.
+void AddSelectionOptions(CLI::App& command, Options& options);
+
+/// Options that make no sense together, or a value that cannot be read: a text key, and what replaces its
+/// placeholder.
+class UsageError : public std::runtime_error {
+ public:
+  explicit UsageError(db::TextKey text, std::string placeholder = {}, std::string by = {})
+      : std::runtime_error("wrong usage"), key(text), name(std::move(placeholder)), value(std::move(by)) {}
+
+  db::TextKey key;
+  std::string name;
+  std::string value;
+};
+
+/// Turns the selection options into one of the nine selections. Throws UsageError when they name none of
+/// them, and for a date or a patient that cannot be read.
+void SetSelection(db::Globals& globals, const Options& options, const platform::ShortDate& shortDate);
+
+}  // namespace varnlog::cli

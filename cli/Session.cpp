@@ -1,0 +1,113 @@
+#include "cli/Session.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "db/modCommon.h"
+#include "platform/Files.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+using namespace db::literals;
+using db::MessageIcon;
+
+/// From here, before the program folder becomes the current one.
+std::string Absolute(const std::string& path) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(platform::ToPath(path), error);
+  return error ? path : platform::FromPath(absolute);
+}
+
+}  // namespace
+
+Session::Session(const Options& options) {
+  if (!options.file.empty()) fileGiven_ = Absolute(options.file);
+  globals_.ProgramFolderGl =
+      options.folder.empty() ? platform::FromPath(platform::ExecutableFolder()) : Absolute(options.folder);
+  globals_.IniFileGl = platform::FromPath(platform::ToPath(globals_.ProgramFolderGl) / "varnlog.ini");
+  EnterProgramFolder();
+  ChooseLanguage();
+}
+
+Session::~Session() {
+  if (globals_.LogEngineGl) {
+    CloseLog();
+    if (!Engine().WorkspaceName().empty()) Engine().CloseWorkspace();
+  }
+  user_.Flush();
+  texts_.CloseLanguage();
+}
+
+void Session::EnterProgramFolder() {
+  if (!db::ChangeToFolder(globals_.ProgramFolderGl)) {
+    throw JobError("the program folder " + globals_.ProgramFolderGl + " cannot be entered");
+  }
+}
+
+void Session::ChooseLanguage() {
+  if (!texts_.InitLanguage()) {
+    throw JobError("Couldn't access language ressources. Application is terminating now. (" +
+                   texts_.InitError() + ")");
+  }
+  texts_.SetLanguage(ini_.ReadString("App", "Language", globals_.IniFileGl));
+  ini_ = app::modINIFile(globals_.LanguageGl);
+}
+
+void Session::Start() {
+  globals_.DataPathGl = app::HostDataPath();
+  // A log that is named can be looked at where there is no imaging suite.
+  if (globals_.DataPathGl.empty() && fileGiven_.empty()) Fail("MN_ERR_DBNOTFOUND"_key);
+  globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";
+  app::ReadHostSettings(globals_, ini_);
+  app::LoadSettings(globals_, ini_);
+  if (!fileGiven_.empty()) globals_.strDataFileGl = fileGiven_;
+  if (!app::OpenLogWorkspace(globals_)) Fail("MN_ERR_DBACCESS"_key);
+}
+
+void Session::InstallLog() {
+  if (fileGiven_.empty() && !app::InstallDataFile(globals_, services_)) throw JobError("");
+}
+
+void Session::RequireLogFile() {
+  if (!db::FileExists(LogFile())) Fail("VC_ERR_NODATAFILE"_key, "strFile", LogFile());
+}
+
+bool Session::LogIsWritable() const {
+  std::error_code error;
+  return platform::File::Open(platform::ToPath(LogFile()), platform::File::Mode::kReadWrite, error).IsOpen();
+}
+
+void Session::OpenLog(Access access) {
+  RequireLogFile();
+  const bool readOnly = access == Access::kRead && !LogIsWritable();
+  if (!app::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly)) throw JobError("");
+}
+
+void Session::CloseLog() {
+  if (Engine().Database()) Engine().CloseDBInWorkspace();
+}
+
+std::string Session::Text(db::TextKey key, std::string_view name, std::string_view value) const {
+  const std::string text = texts_.GetText(key);
+  return name.empty() ? text : db::ReplacePlaceholder(text, name, value);
+}
+
+void Session::Fail(db::TextKey key, std::string_view name, std::string_view value) {
+  FailWith(Text(key, name, value));
+}
+
+void Session::FailToOpen(std::int32_t error) {
+  const bool isInUse = error == static_cast<std::int32_t>(dao::ErrorNumber::kFileInUse);
+  const db::TextKey key = isInUse ? "MN_ERR_DBOPENEX"_key : "MN_ERR_DBOPEN"_key;
+  const std::string text = Text(key, "strFile", LogFile());
+  FailWith(isInUse ? text : text + " (" + Engine().LastError() + ")");
+}
+
+void Session::FailWith(const std::string& message) {
+  db::MsgBox(user_, texts_, message, MessageIcon::kCritical);
+  throw JobError("");
+}
+
+}  // namespace varnlog::cli

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include "app/Language.h"
+#include "app/StartUp.h"
+#include "app/modINIFile.h"
+#include "cli/Options.h"
+#include "cli/TerminalDialog.h"
+#include "db/Globals.h"
+#include "platform/Clock.h"
+#include "platform/ShortDate.h"
+
+namespace varnlog::cli {
+
+/// The job cannot be done. `what()` is the reason, or empty when it has been shown already.
+class JobError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The program's start-up and shut-down without windows. Settings are read and never written.
+class Session {
+ public:
+  /// Makes the program folder the current one and chooses the language. Throws JobError.
+  explicit Session(const Options& options);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  enum class Access {
+    kRead,  // read-only where the file cannot be written
+    kWrite,
+  };
+
+  // Each of these throws JobError when it fails.
+
+  /// Finds the files, reads the settings and opens the log workspace.
+  void Start();
+  /// Makes an empty log from the template when the INI file's log does not exist.
+  void InstallLog();
+  void RequireLogFile();
+  /// Opens and checks the log; an old layout is brought up to date where the file can be written.
+  void OpenLog(Access access);
+  void CloseLog();
+
+  [[nodiscard]] const std::string& LogFile() const { return globals_.strDataFileGl; }
+  /// Whether this user may write to the log's file.
+  [[nodiscard]] bool LogIsWritable() const;
+  [[nodiscard]] dao::Database& Log() { return *Engine().Database(); }
+  [[nodiscard]] db::CJetEngine& Engine() { return *globals_.LogEngineGl; }
+
+  [[nodiscard]] std::string Text(db::TextKey key, std::string_view name = {},
+                                 std::string_view value = {}) const;
+  /// Shows the text of `key` with $name$ replaced by `value`, then throws JobError.
+  [[noreturn]] void Fail(db::TextKey key, std::string_view name = {}, std::string_view value = {});
+
+  /// Says that the log could not be opened, and why, then throws JobError. `error` is the engine's number.
+  [[noreturn]] void FailToOpen(std::int32_t error);
+
+  [[nodiscard]] db::Globals& globals() { return globals_; }
+  [[nodiscard]] const app::Language& texts() const { return texts_; }
+  [[nodiscard]] const app::modINIFile& ini() const { return ini_; }
+  [[nodiscard]] TerminalDialog& user() { return user_; }
+  [[nodiscard]] const platform::Clock& clock() const { return clock_; }
+  [[nodiscard]] const platform::ShortDate& shortDate() const { return shortDate_; }
+
+ private:
+  [[noreturn]] void FailWith(const std::string& message);
+  void EnterProgramFolder();
+  void ChooseLanguage();
+
+  db::Globals globals_;
+  app::Language texts_{globals_};
+  app::modINIFile ini_;
+  TerminalDialog user_{texts_};
+  platform::SystemClock clock_;
+  platform::ShortDate shortDate_ = platform::ShortDate::FromSystem();
+  app::Services services_{ini_, texts_, user_, clock_};
+  std::string fileGiven_;
+};
+
+}  // namespace varnlog::cli

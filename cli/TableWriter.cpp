@@ -1,0 +1,87 @@
+#include <algorithm>
+
+#include "cli/RowWriter.h"
+#include "platform/Terminal.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+constexpr std::string_view kGap = "  ";
+
+/// A stored line break or escape sequence must not reach the terminal.
+std::string Printable(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+  }
+  return out;
+}
+
+class TableWriter final : public RowWriter {
+ public:
+  explicit TableWriter(Output& output) : output_(output) {}
+
+  void Begin(const std::vector<std::string>& headings) override {
+    for (const std::string& heading : headings) headings_.push_back({.text = heading});
+    widths_.resize(headings.size());
+    Measure(headings_);
+  }
+
+  [[nodiscard]] bool NeedsMeasure() const override { return true; }
+
+  void Measure(const Row& row) override {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      widths_[i] = std::max(widths_[i], platform::DisplayWidth(Printable(row[i].text)));
+    }
+  }
+
+  void Add(const Row& row) override {
+    BeginTable();
+    line_.clear();
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      if (i > 0) line_ += kGap;
+      AppendCell(row[i], widths_[i]);
+    }
+    line_.erase(line_.find_last_not_of(' ') + 1);
+    line_ += '\n';
+    output_.Write(line_);
+  }
+
+  void End() override { BeginTable(); }
+
+ private:
+  /// The headings wait until every row has been measured.
+  void BeginTable() {
+    if (hasBegun_) return;
+    hasBegun_ = true;
+    Add(headings_);
+    std::string rule;
+    for (const std::size_t width : widths_) {
+      if (!rule.empty()) rule += kGap;
+      rule.append(width, '-');
+    }
+    output_.Write(rule += '\n');
+  }
+
+  void AppendCell(const Cell& cell, std::size_t width) {
+    const std::string text = Printable(cell.text);
+    const std::size_t used = platform::DisplayWidth(text);
+    const std::string padding(width > used ? width - used : 0, ' ');
+    line_ += cell.isNumber ? padding + text : text + padding;
+  }
+
+  Output& output_;
+  Row headings_;
+  std::vector<std::size_t> widths_;
+  std::string line_;
+  bool hasBegun_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<RowWriter> MakeTableWriter(Output& output) {
+  return std::make_unique<TableWriter>(output);
+}
+
+}  // namespace varnlog::cli

@@ -1,0 +1,32 @@
+#include "cli/Command.h"
+#include "intake/UpdateRun.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+using namespace db::literals;
+
+std::string Summary(const intake::UpdateResult& result) {
+  return "read " + std::to_string(result.read) + ", added " + std::to_string(result.added) + ", changed " +
+         std::to_string(result.changed) + ", skipped " + std::to_string(result.skipped) + "\n";
+}
+
+}  // namespace
+
+void RunUpdateCommand(Session& session, const Options& /*options*/, Output& output) {
+  db::Globals& globals = session.globals();
+  if (globals.DataPathGl.empty()) session.Fail("MN_ERR_DBNOTFOUND"_key);
+  session.InstallLog();
+  session.OpenLog(Session::Access::kWrite);
+  if (globals.ReadOnlyGl) session.Fail("VC_ERR_READONLY"_key, "strFile", session.LogFile());
+
+  const auto result = intake::RunUpdate({globals, session.texts(), session.clock()}, session.user());
+  session.user().Flush();
+  using Outcome = intake::UpdateResult::Outcome;
+  if (result.outcome == Outcome::kCancelled) session.Fail("VC_ERR_CANCELLED"_key);
+  if (result.outcome == Outcome::kFailed) throw JobError("");
+  output.Write(Summary(result));
+}
+
+}  // namespace varnlog::cli

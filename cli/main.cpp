@@ -1,0 +1,93 @@
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/Command.h"
+#include "platform/Terminal.h"
+
+namespace {
+
+using namespace varnlog::cli;
+using namespace varnlog::db::literals;
+
+enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+
+void WriteError(const std::string& text) {
+  if (!text.empty()) std::fprintf(stderr, "varnlogctl: %s\n", text.c_str());
+}
+
+/// What a command found out before it failed is written all the same.
+void RunCommand(const Command& command, Session& session, const Options& options) {
+  Output output(stdout);
+  try {
+    command.run(session, options, output);
+  } catch (const OutputError&) {
+    throw;
+  } catch (const std::exception&) {
+    output.Flush();
+    throw;
+  }
+  output.Flush();
+}
+
+void RunJob(const Command& command, Session& session, const Options& options) {
+  try {
+    session.Start();
+    RunCommand(command, session, options);
+  } catch (const OutputError& error) {
+    session.Fail("VC_ERR_OUTPUT"_key, "strError", error.code().message());
+  } catch (const varnlog::dao::EngineError& error) {
+    session.Fail("VC_ERR_READ"_key, "strError",
+                 std::to_string(static_cast<int>(error.number())) + ": " + error.what());
+  }
+}
+
+void CheckUsage(const Command& command, const Session& session, const Options& options) {
+  if (command.validate == nullptr) return;
+  try {
+    command.validate(options);
+  } catch (const UsageError& error) {
+    WriteError(OneLine(session.Text(error.key, error.name, error.value)));
+    throw;
+  }
+}
+
+ExitStatus Run(const Command& command, const Options& options) {
+  try {
+    Session session(options);
+    CheckUsage(command, session, options);
+    RunJob(command, session, options);
+    return kDone;
+  } catch (const UsageError&) {
+    return kWrongUsage;
+  } catch (const std::exception& error) {
+    WriteError(error.what());
+    return kFailed;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  varnlog::platform::MakeBrokenPipesErrors();
+  CLI::App app("The X-ray exposure log without a window.", "varnlogctl");
+  app.set_version_flag("--version", "varnlogctl " VARNLOG_VERSION);
+  app.require_subcommand(1);
+  app.fallthrough();
+  Options options;
+  AddCommonOptions(app, options);
+  const Command* chosen = nullptr;
+  for (const Command& command : AllCommands()) {
+    CLI::App* sub = app.add_subcommand(command.name, command.description);
+    if (command.addOptions != nullptr) command.addOptions(*sub, options);
+    sub->callback([&chosen, &command] { chosen = &command; });
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kWrongUsage;  // help and version are exits too
+  }
+  return Run(*chosen, options);
+}
