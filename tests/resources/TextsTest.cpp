@@ -1,0 +1,396 @@
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/CodePage.h"
+#include "platform/Files.h"
+
+namespace varnlog {
+namespace {
+
+constexpr std::array<std::string_view, 7> kLanguages = {"D", "GB", "E", "I", "F", "NL", "CYR"};
+
+using Texts = std::array<std::string, kLanguages.size()>;
+
+std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts(1);
+  for (const char c : text) {
+    if (c == separator) {
+      parts.emplace_back();
+    } else {
+      parts.back() += c;
+    }
+  }
+  return parts;
+}
+
+std::vector<std::string> Lines() {
+  std::error_code error;
+  const auto content =
+      platform::ReadWholeFile(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / "texts.tsv", error);
+  if (!content) throw std::system_error(error, "resources/texts.tsv");
+  auto lines = Split(*content, '\n');
+  if (lines.back().empty()) lines.pop_back();
+  return lines;
+}
+
+/// The file as a table; rows that are not eight columns are left out here and reported by their own test.
+const std::map<std::string, Texts>& AllTexts() {
+  static const auto texts = [] {
+    std::map<std::string, Texts> result;
+    const auto lines = Lines();
+    for (std::size_t i = 1; i < lines.size(); ++i) {
+      const auto columns = Split(lines[i], '\t');
+      if (columns.size() != kLanguages.size() + 1) continue;
+      std::copy(columns.begin() + 1, columns.end(), result[columns[0]].begin());
+    }
+    return result;
+  }();
+  return texts;
+}
+
+/// Calls check(key, language, text) for every text and names the place of a failure.
+template <typename Check>
+void ForEachText(Check check) {
+  for (const auto& [key, texts] : AllTexts()) {
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      SCOPED_TRACE(key + " " + std::string(kLanguages.at(i)) + ": " + texts.at(i));
+      check(key, kLanguages.at(i), texts.at(i));
+    }
+  }
+}
+
+const std::regex& Placeholder() {
+  static const std::regex expression(R"(\$[A-Za-z0-9]+\$)");
+  return expression;
+}
+
+std::multiset<std::string> Placeholders(const std::string& text) {
+  std::multiset<std::string> found;
+  for (std::sregex_iterator it(text.begin(), text.end(), Placeholder()), end; it != end; ++it) {
+    found.insert(it->str());
+  }
+  return found;
+}
+
+std::string WithoutPlaceholders(const std::string& text) {
+  return std::regex_replace(text, Placeholder(), " ");
+}
+
+/// Splits UTF-8 text into its characters.
+std::vector<std::string> Characters(std::string_view text) {
+  std::vector<std::string> characters;
+  while (!text.empty()) {
+    const auto first = platform::FirstCharacters(text, 1);
+    characters.emplace_back(first);
+    text.remove_prefix(first.size());
+  }
+  return characters;
+}
+
+bool IsAsciiLetter(const std::string& character) {
+  return character.size() == 1 && std::isalpha(static_cast<unsigned char>(character[0])) != 0;
+}
+
+bool IsCyrillic(const std::string& character) {
+  return character.size() == 2 && (character[0] == '\xD0' || character[0] == '\xD1');
+}
+
+/// Letters beyond a to z that texts of a language may hold.
+std::string_view ExtraLetters(std::string_view language) {
+  static const std::map<std::string_view, std::string_view> letters = {{"D", "ÄÖÜäöüß"},
+                                                                       {"GB", ""},
+                                                                       {"E", "ÁÉÍÓÚÜÑáéíóúüñº"},
+                                                                       {"I", "ÀÈÉÌÒÙàèéìòù"},
+                                                                       {"F", "ÀÂÉÈÊÇàâæçéèêëîïôœùûü"},
+                                                                       {"NL", "ÉËÏÖÜéëïöüè"},
+                                                                       {"CYR", ""}};
+  return letters.at(language);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+
+TEST(Texts, TheHeadingNamesTheLanguages) {
+  EXPECT_EQ(Lines().front(), "key\tD\tGB\tE\tI\tF\tNL\tCYR");
+}
+
+TEST(Texts, EveryKeyStandsOnceAndHasATextInEveryLanguage) {
+  const std::regex keyForm("(MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|KVX|CV|VC)(_[A-Z0-9]+)+");
+  std::set<std::string> seen;
+  const auto lines = Lines();
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    SCOPED_TRACE("line " + std::to_string(i + 1) + ": " + lines[i]);
+    const auto columns = Split(lines[i], '\t');
+    ASSERT_EQ(columns.size(), kLanguages.size() + 1);
+    EXPECT_TRUE(std::regex_match(columns[0], keyForm));
+    EXPECT_TRUE(seen.insert(columns[0]).second) << "stands twice";
+    for (const auto& text : columns) {
+      ASSERT_FALSE(text.empty());
+      EXPECT_TRUE(platform::IsUtf8(text));
+      EXPECT_EQ(text.find_first_of("\r\""), std::string::npos)
+          << "a quotation mark would end a text inside a report formula";
+      EXPECT_TRUE(text.front() != ' ' && text.back() != ' ' && text.find("  ") == std::string::npos)
+          << "superfluous blank";
+    }
+  }
+}
+
+TEST(Texts, PlaceholdersAndLineBreaksAreTheSameInEveryLanguage) {
+  ForEachText([](const std::string& key, std::string_view, const std::string& text) {
+    EXPECT_EQ(Placeholders(text), Placeholders(AllTexts().at(key)[0]));
+    EXPECT_EQ(WithoutPlaceholders(text).find('$'), std::string::npos) << "half a placeholder";
+  });
+}
+
+TEST(Texts, EndingsThatMeanSomethingAreTheSameInEveryLanguage) {
+  ForEachText([](const std::string& key, std::string_view, const std::string& text) {
+    const auto& german = AllTexts().at(key)[0];
+    EXPECT_EQ(text.ends_with("..."), german.ends_with("...")) << "'...' promises a dialog or a wait";
+    EXPECT_EQ(text.ends_with(":"), german.ends_with(":")) << "':' belongs to the label of a box";
+    if (key != "MN_MNU_HELP") {
+      EXPECT_EQ(text.ends_with("?"), german.ends_with("?")) << "a question";
+    }
+  });
+}
+
+// A window's caption is cut where the name of a maximised child begins to get the title of the report.
+TEST(Texts, NoTextLooksLikeACaptionWithAChildWindow) {
+  ForEachText([](const std::string&, std::string_view, const std::string& text) {
+    EXPECT_EQ(text.find(" - ["), std::string::npos);
+  });
+}
+
+// ---------------------------------------------------------------------------------------------------------
+
+struct Group {
+  std::string name;
+  std::vector<std::string> keys;
+};
+
+/// Texts that are on the screen together and may have an accelerator.
+std::vector<Group> AcceleratorGroups() {
+  return {
+      {"menu bar", {"MN_MNU_FILE", "MN_MNU_EDIT", "MN_MNU_SEL", "MN_MNU_VIEW", "MN_MNU_HELP"}},
+      {"menu File",
+       {"MN_MNU_FILENEW", "MN_MNU_FILEOPEN", "MN_MNU_FILEPRINTPREVIEW", "MN_MNU_FILEPRINT",
+        "MN_MNU_FILEPRINTSETUP", "MN_MNU_FILEEND"}},
+      {"menu Edit", {"MN_MNU_UPDATE"}},
+      {"menu Selection",
+       {"MN_MNU_SELPATALL", "MN_MNU_PATPERIOD", "MN_MNU_SELDATEALL", "MN_MNU_SELDATEALLXI",
+        "MN_MNU_SELDATEALLXP", "MN_MNU_SELDATEALLXC", "MN_MNU_SELDATEALLXS", "MN_MNU_SELDATEALLXV",
+        "MN_MNU_SELALL"}},
+      {"menu View",
+       {"MN_MNU_VIEWTOOLBAR", "MN_MNU_VIEWSTATUSBAR", "MN_MNU_VIEWBIGICONS", "MN_MNU_VIEWLOAD",
+        "MN_MNU_VIEWPROPERTIES"}},
+      {"menu Help",
+       {"MN_MNU_HELPONHELP", "MN_MNU_HELPCONTENTS", "MN_MNU_HELPINDEX", "MN_MNU_HELPSEARCH",
+        "MN_MNU_HELPINFO"}},
+      {"message with Yes and No", {"GL_YES", "GL_NO"}},
+      {"message with Retry and Cancel", {"GL_RETRY", "GL_CANCEL"}},
+      {"patient search", {"PS_NAME", "PS_SEARCH", "GL_OK", "GL_CANCEL"}},
+      {"period", {"BE_FROM", "BE_TO", "BE_CURYEAR", "GL_OK", "GL_CANCEL"}},
+      {"cancelled update", {"CU_UPDATE", "GL_CANCEL"}},
+      {"properties",
+       {"PP_READONLY", "PP_COMPACT", "PP_REPAIR", "PP_UPDATEONACT", "GL_OK", "GL_CANCEL", "GL_CLOSE"}},
+      {"print",
+       {"DRS_PRINT_PRINTER", "DRS_PRINT_COPIES", "DRS_PRINT_COLLATE", "DRS_PRINT_ALL", "DRS_PRINT_RANGE",
+        "DRS_PRINT_FROM", "DRS_PRINT_TO", "GL_OK", "GL_CANCEL"}},
+      {"print setup", {"DRS_SETUP_PRINTER", "DRS_SETUP_PAPER", "GL_OK", "GL_CANCEL"}},
+  };
+}
+
+/// The character behind the '&', letters of both alphabets in upper case; "" without one.
+std::string Accelerator(const std::string& text) {
+  const auto mark = text.find('&');
+  if (mark == std::string::npos || mark + 1 == text.size()) return {};
+  auto character = Characters(text.substr(mark + 1)).front();
+  if (character.size() == 1)
+    return {static_cast<char>(std::toupper(static_cast<unsigned char>(character[0])))};
+  // Cyrillic small letters: а to п follow А to П 32 positions later in one block, р to я begin the next.
+  if (character >= "а" && character <= "п") return {character[0], static_cast<char>(character[1] - 0x20)};
+  if (character >= "р" && character <= "я") return {'\xD0', static_cast<char>(character[1] + 0x20)};
+  return character;
+}
+
+bool IsEasilyTyped(const std::string& character, std::string_view language) {
+  if (language == "CYR") return IsCyrillic(character) && character != "Ъ" && character != "Ь";
+  if (language == "D" && (character == "Ö" || character == "Ü" || character == "?")) return true;
+  return IsAsciiLetter(character);
+}
+
+TEST(Accelerators, AreUniqueWithinEachMenuAndDialog) {
+  for (const auto& group : AcceleratorGroups()) {
+    for (std::size_t language = 0; language < kLanguages.size(); ++language) {
+      std::map<std::string, std::string> owner;
+      for (const auto& key : group.keys) {
+        ASSERT_TRUE(AllTexts().contains(key)) << key;
+        const auto accelerator = Accelerator(AllTexts().at(key).at(language));
+        if (accelerator.empty()) continue;
+        const auto [other, isNew] = owner.emplace(accelerator, key);
+        EXPECT_TRUE(isNew) << group.name << ", " << kLanguages.at(language) << ": " << accelerator << " in "
+                           << other->second << " and " << key;
+      }
+    }
+  }
+}
+
+TEST(Accelerators, StandOnlyWhereAMenuOrDialogUsesThemAndAreEasilyTyped) {
+  std::set<std::string> grouped;
+  for (const auto& group : AcceleratorGroups()) grouped.insert(group.keys.begin(), group.keys.end());
+  ForEachText([&](const std::string& key, std::string_view language, const std::string& text) {
+    const auto marks = std::count(text.begin(), text.end(), '&');
+    EXPECT_LE(marks, grouped.contains(key) ? 1 : 0);
+    EXPECT_EQ(marks > 0, AllTexts().at(key)[0].find('&') != std::string::npos) << "unlike German";
+    if (marks > 0) {
+      EXPECT_TRUE(IsEasilyTyped(Accelerator(text), language));
+    }
+  });
+}
+
+// ---------------------------------------------------------------------------------------------------------
+
+// What the user picks in a cell is turned back into its code by its text.
+TEST(CodeWords, AreDifferentWithinEachLanguageAndFitTheirField) {
+  constexpr std::size_t kRepeatFieldSize = 16;
+  for (std::size_t language = 0; language < kLanguages.size(); ++language) {
+    SCOPED_TRACE(kLanguages.at(language));
+    const auto text = [&](const char* key) { return AllTexts().at(key).at(language); };
+    EXPECT_EQ((std::set{text("RC_PREGYES"), text("RC_PREGNO"), text("RC_PREGUNKNOWN")}).size(), 3U);
+    EXPECT_NE(text("RC_REPEAT"), text("RC_ND"));
+    EXPECT_LE(platform::CharacterCount(text("RC_REPEAT")), kRepeatFieldSize);
+    EXPECT_LE(platform::CharacterCount(text("RC_ND")), kRepeatFieldSize);
+  }
+}
+
+TEST(FileFilters, AreNamesAndPatternsInTurn) {
+  for (const auto& [key, pattern] : {std::pair{"MN_MDBFILTER", "*.mdb"}, {"DRS_PDFFILTER", "*.pdf"}}) {
+    for (const auto& text : AllTexts().at(key)) {
+      SCOPED_TRACE(text);
+      const auto parts = Split(text, '|');
+      ASSERT_EQ(parts.size(), 4U);
+      EXPECT_EQ(parts[1], pattern);
+      EXPECT_EQ(parts[3], "*.*");
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------------------
+
+TEST(Spelling, LettersBelongToTheLanguageOfTheirColumn) {
+  ForEachText([](const std::string&, std::string_view language, const std::string& text) {
+    const auto extra = Characters(ExtraLetters(language));
+    for (const auto& character : Characters(text)) {
+      const auto lead = static_cast<unsigned char>(character[0]);
+      const bool isSpecialLetter = character == "º" || (lead >= 0xC3 && lead < 0xE0);
+      if (!isSpecialLetter || (language == "CYR" && IsCyrillic(character))) continue;
+      EXPECT_THAT(extra, testing::Contains(character));
+    }
+  });
+}
+
+// A Latin c or o inside a Russian word looks right and is found by no search and read aloud wrongly.
+TEST(Spelling, RussianWordsAreCyrillicThroughout) {
+  const std::set<std::string> latinWords = {"Kalvero", "XI",         "XP",   "XC",   "XS",
+                                            "XV",      "PDF",        "mdb",  "pdf",  "mdw",
+                                            "system",  "varnlogctl", "help", "from", "to"};
+  ForEachText([&](const std::string&, std::string_view language, const std::string& text) {
+    if (language != "CYR") return;
+    std::string word;
+    bool isCyrillic = false;
+    auto characters = Characters(WithoutPlaceholders(text));
+    characters.emplace_back(" ");
+    for (const auto& character : characters) {
+      if (character == "&") continue;
+      if (IsAsciiLetter(character) || IsCyrillic(character)) {
+        if (!word.empty()) {
+          EXPECT_EQ(isCyrillic, IsCyrillic(character)) << word << character;
+        }
+        isCyrillic = IsCyrillic(character);
+        word += character;
+        continue;
+      }
+      EXPECT_TRUE(word.empty() || isCyrillic || latinWords.contains(word)) << word;
+      word.clear();
+    }
+  });
+}
+
+std::size_t CountOf(const std::string& text, std::string_view mark) {
+  std::size_t count = 0;
+  for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at + mark.size())) ++count;
+  return count;
+}
+
+TEST(Spelling, PunctuationFollowsTheLanguage) {
+  ForEachText([](const std::string&, std::string_view language, const std::string& text) {
+    if (language == "F") {
+      for (const std::string mark : {":", ";", "?", "!", "»"}) {
+        EXPECT_EQ(CountOf(text, "\u00A0" + mark), CountOf(text, mark)) << "no fixed space before " << mark;
+      }
+      EXPECT_EQ(CountOf(text, "«\u00A0"), CountOf(text, "«"));
+    }
+    if (language == "E") {
+      EXPECT_EQ(CountOf(text, "¿"), CountOf(text, "?"));
+    }
+    if (language != "D") {
+      EXPECT_EQ(CountOf(text, "'"), 0U) << "typewriter apostrophe";
+    }
+    for (const auto& [opening, closing] : {std::pair{"«", "»"}, {"„", "“"}, {"‘", "’"}, {"(", ")"}}) {
+      EXPECT_LE(CountOf(text, opening), CountOf(text, closing)) << "not closed: " << opening;
+    }
+  });
+}
+
+// ---------------------------------------------------------------------------------------------------------
+
+bool IsProgramSource(const std::filesystem::path& path) {
+  const auto extension = path.extension();
+  return extension == ".cpp" || extension == ".h";
+}
+
+bool IsLeftOut(const std::filesystem::path& folder) {
+  const auto name = folder.filename().string();
+  return name == "build" || name == "tests" || name.starts_with(".");
+}
+
+/// Every text key that stands in the program's sources, with one file that names it.
+std::map<std::string, std::string> KeysInSources() {
+  const std::regex literal("\"((?:MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|KVX|CV|VC)_[A-Z0-9_]+)\"");
+  std::map<std::string, std::string> keys;
+  const std::filesystem::path root(VARNLOG_SOURCE_DIR);
+  for (std::filesystem::recursive_directory_iterator it(root), end; it != end; ++it) {
+    if (it->is_directory() && IsLeftOut(it->path())) it.disable_recursion_pending();
+    if (!it->is_regular_file() || !IsProgramSource(it->path())) continue;
+    std::ifstream source(it->path());
+    for (std::string line; std::getline(source, line);) {
+      for (std::sregex_iterator match(line.begin(), line.end(), literal), none; match != none; ++match) {
+        keys.emplace((*match)[1], it->path().string());
+      }
+    }
+  }
+  return keys;
+}
+
+TEST(Texts, EveryKeyThatTheProgramUsesIsThere) {
+  const auto keys = KeysInSources();
+  EXPECT_THAT(keys, testing::Contains(testing::Key("MN_CAPTION")));
+  for (const auto& [key, file] : keys) {
+    EXPECT_TRUE(AllTexts().contains(key)) << key << ", named in " << file;
+  }
+}
+
+}  // namespace
+}  // namespace varnlog
