@@ -1,0 +1,156 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "legacy/LogExamination.h"
+#include "tests/legacy/Samples.h"
+
+namespace varnlog::legacy {
+namespace {
+
+using Verdict = LogExamination::Verdict;
+
+constexpr const char* kJet4Log = "log-1.1-jet4-scratch.mdb";
+constexpr std::size_t kJet4Page = 4096;
+
+LogExamination ExamineContent(const std::string& content) {
+  return Examine(samples::AsBytes(content));
+}
+
+TEST(BrokenFiles, SoundLogsAreSoundAndTellWhatTheyHold) {
+  struct Row {
+    const char* name;
+    const char* version;
+    std::uint64_t rows;
+    std::uint32_t lastId;
+    const char* first;
+  };
+  const Row rows[] = {
+      {"log-1.0-jet3-cp1252.mdb", "1.0", 98, 120, "1895-11-08 17:30:01"},
+      {"log-1.1-jet3-cp1251.mdb", "1.1", 171, 200, "1895-11-08 17:30:01"},
+      {"log-1.1-jet4-password-encoded.mdb", "1.1", 54, 60, "1895-11-08 17:30:01"},
+      {"log-1.1-upgraded-jet4.mdb", "1.1", 160, 160, "1895-11-08 17:30:01"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const auto found = ExamineContent(samples::ReadOurs(row.name));
+    EXPECT_EQ(found.verdict, Verdict::kSound);
+    EXPECT_EQ(found.version, row.version);
+    EXPECT_EQ(found.exposures.declared, row.rows);
+    EXPECT_EQ(found.exposures.whole, row.rows);
+    EXPECT_EQ(found.lastId, row.lastId);
+    EXPECT_EQ(found.first.ToIso(), row.first);
+  }
+}
+
+struct BrokenFile {
+  const char* name;
+  std::string content;
+  Verdict verdict;
+  FaultKind kind;
+  std::uint64_t read = 0;  // exposures
+};
+
+std::string Cut(std::size_t length) {
+  return samples::ReadOurs(kJet4Log).substr(0, length);
+}
+
+std::string NewerVersion() {
+  std::string content = samples::ReadOurs(kJet4Log);
+  return content.replace(4, 19, std::string("Standard ACE DB\0\x02\0\0", 19));
+}
+
+std::string WithZeroedPage(std::size_t page) {
+  std::string content = samples::ReadOurs(kJet4Log);
+  return content.replace(page * kJet4Page, kJet4Page, std::string(kJet4Page, '\0'));
+}
+
+std::vector<BrokenFile> BrokenFiles() {
+  return {
+      {"empty", "", Verdict::kUnreadable, FaultKind::kNotJet},
+      {"renamed text", samples::ReadOurs("broken-text-renamed.mdb"), Verdict::kUnreadable,
+       FaultKind::kNotJet},
+      {"newer", NewerVersion(), Verdict::kUnreadable, FaultKind::kUnknownVersion},
+      {"tiny", Cut(1500), Verdict::kUnreadable, FaultKind::kTruncated},
+      {"signature only", Cut(kSignatureLength), Verdict::kUnreadable, FaultKind::kTruncated},
+      {"first page only", Cut(kJet4Page), Verdict::kUnreadable, FaultKind::kCatalogueUnread},
+      {"no catalogue", WithZeroedPage(2), Verdict::kUnreadable, FaultKind::kCatalogueUnread},
+      {"no definition", WithZeroedPage(10), Verdict::kUnreadable, FaultKind::kPageType},
+      {"no settings", WithZeroedPage(7), Verdict::kDamaged, FaultKind::kPageType, 262},
+      {"cut within a page", Cut(82697), Verdict::kDamaged, FaultKind::kTruncated, 77},
+      {"cut between pages", Cut(126976), Verdict::kDamaged, FaultKind::kRowCount, 205},
+      {"page zeroed", WithZeroedPage(12), Verdict::kDamaged, FaultKind::kRowCount, 250},
+      {"no settings table", samples::ReadOurs("broken-no-usage-map.mdb"), Verdict::kDamaged,
+       FaultKind::kTableMissing, 20},
+      {"another program's", samples::ReadOurs("foreign-jet4.mdb"), Verdict::kForeign,
+       FaultKind::kTableMissing},
+  };
+}
+
+TEST(BrokenFiles, AreToldApartAndGiveWhatTheyStillHold) {
+  for (const BrokenFile& file : BrokenFiles()) {
+    SCOPED_TRACE(file.name);
+    const auto found = ExamineContent(file.content);
+    EXPECT_EQ(static_cast<int>(found.verdict), static_cast<int>(file.verdict));
+    EXPECT_TRUE(found.faults.Has(file.kind));
+    EXPECT_EQ(found.exposures.read, file.read);
+    for (const Fault& fault : found.faults.First()) EXPECT_FALSE(Describe(fault).empty());
+  }
+}
+
+TEST(BrokenFiles, AnEndlessMemoLosesOnlyItsOwnValue) {
+  const std::string content = samples::ReadOurs("broken-endless-memo.mdb");
+  const auto database = JetDatabase::Open(samples::AsBytes(content));
+  ASSERT_TRUE(database);
+  const auto notes = database->Table("TNote");
+  ASSERT_TRUE(notes);
+  FaultList faults;
+  const RowCount count = database->Read(
+      *notes, [](const JetRow&) { return true; }, faults);
+  EXPECT_EQ(count.read, 3U);
+  EXPECT_EQ(count.whole, 2U);
+  EXPECT_EQ(faults.Count(), 1U);
+  EXPECT_TRUE(faults.Has(FaultKind::kLongValue));
+}
+
+// Where the fixed columns of a row of exposures begin: id, birth date, time stamp.
+std::size_t FixedColumns(const std::string& log, std::size_t page, std::size_t row) {
+  ByteReader reader(samples::AsBytes(log));
+  return page * kJet4Page + (reader.U16(page * kJet4Page + 14 + 2 * row) & 0x1fffU) + 2;
+}
+
+TEST(BrokenFiles, ContradictionsWithinSoundPagesAreSeen) {
+  const std::string sound = samples::ReadOurs(kJet4Log);
+  const std::size_t first = FixedColumns(sound, 13, 1);
+  const std::size_t second = FixedColumns(sound, 13, 2);
+
+  std::string doubled = sound;
+  doubled.replace(second, 4, sound.substr(first, 4));
+  EXPECT_TRUE(ExamineContent(doubled).faults.Has(FaultKind::kDoubledId));
+
+  struct Row {
+    const char* what;
+    double days;
+    FaultKind kind;
+  };
+  for (const Row& row :
+       {Row{"no date", 1e9, FaultKind::kDate}, Row{"before X-rays", -1514, FaultKind::kImplausibleDate},
+        Row{"year 3000", 401769, FaultKind::kImplausibleDate}}) {
+    SCOPED_TRACE(row.what);
+    std::string dated = sound;
+    dated.replace(first + 12, 8, reinterpret_cast<const char*>(&row.days), 8);
+    const auto found = ExamineContent(dated);
+    EXPECT_TRUE(found.faults.Has(row.kind));
+    EXPECT_EQ(found.exposures.read, 262U);
+  }
+
+  std::string renamed = sound;
+  const std::string name("t\0X\0r\0a\0y\0S\0D\0r\0", 16);
+  ASSERT_NE(sound.find(name), std::string::npos);
+  renamed[sound.find(name) + 14] = 'x';
+  EXPECT_TRUE(ExamineContent(renamed).faults.Has(FaultKind::kColumnMissing));
+}
+
+}  // namespace
+}  // namespace varnlog::legacy
