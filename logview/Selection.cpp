@@ -75,24 +75,17 @@ std::string Sql(const SelectionRule& rule, const Globals& globals) {
   return all + newestFirst;
 }
 
-/// A name may hold anything, the marker itself included, which replacing every occurrence would never get to
-/// the end of.
-std::string FillIn(std::string_view text, std::string_view name, const std::string& value) {
-  return value.find('$') == std::string::npos ? db::ReplacePlaceholder(text, name, value)
-                                              : db::ReplaceFirstPlaceholder(text, name, value);
-}
-
 std::string Headline(const SelectionRule& rule, const Globals& globals, const db::TextLookup& texts,
                      const ShortDate& shortDate) {
   std::string text = texts.GetText(rule.headline);
   if (rule.where == Where::kPatient || rule.where == Where::kPatientPeriod) {
     const std::string patient =
         FormatPatient(globals.strPatNameGl, globals.strPatFirstnameGl, globals.dPatBirthdayGl, shortDate);
-    text = FillIn(text, "strPatName", patient);
+    text = db::ReplacePlaceholder(text, "strPatName", patient);
   }
   if (rule.where != Where::kNothing && rule.where != Where::kPatient) {
-    text = FillIn(text, "dBegGl", shortDate.Format(globals.dBegGl));
-    text = FillIn(text, "dEndGl", shortDate.Format(globals.dEndGl));
+    text = db::ReplacePlaceholder(text, "dBegGl", shortDate.Format(globals.dBegGl));
+    text = db::ReplacePlaceholder(text, "dEndGl", shortDate.Format(globals.dEndGl));
   }
   return text;
 }

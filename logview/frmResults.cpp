@@ -1,0 +1,355 @@
+#include "logview/frmResults.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QVBoxLayout>
+
+#include "logview/CRGBColorINI.h"
+#include "logview/Columns.h"
+#include "logview/EditRules.h"
+#include "logview/Selection.h"
+#include "logview/WriteRow.h"
+#include "ui/QtText.h"
+
+namespace varnlog::logview {
+
+using db::literals::operator""_key;
+
+namespace {
+
+// A slice takes a few milliseconds, so that keys and mouse are answered while a million rows are counted.
+constexpr std::int64_t kRowsPerSlice = 20'000;
+
+/// Widths until the user changes them, in characters of the view's font.
+constexpr int kDefaultCharacters[kColumnCount] = {7, 12, 34, 10, 7, 11, 8, 7, 7, 11, 10, 14, 36};
+
+class HourGlass {
+ public:
+  HourGlass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+  ~HourGlass() { QApplication::restoreOverrideCursor(); }
+  HourGlass(const HourGlass&) = delete;
+  HourGlass& operator=(const HourGlass&) = delete;
+};
+
+ui::CellState ShownState(CellState state) {
+  switch (state) {
+    case CellState::kEdit:
+      return ui::CellState::kEdit;
+    case CellState::kLocked:
+      return ui::CellState::kLocked;
+    case CellState::kNoneEdit:
+      return ui::CellState::kNoneEdit;
+    case CellState::kPlain:
+      break;
+  }
+  return ui::CellState::kPlain;
+}
+
+ui::DataFailure FailureOf(const dao::EngineError& error) {
+  return {DataErrorOf(error.number()), ui::ToQString(error.what())};
+}
+
+/// The rows of `rows` from its current one on, as texts and states.
+void FillBuffer(dao::Recordset& rows, const RowDisplay& display, ui::RowBuffer& rowBuf) {
+  int filled = 0;
+  for (; filled < rowBuf.RowCount() && !rows.IsBOF() && !rows.IsEOF(); ++filled) {
+    for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
+      rowBuf.SetValue(filled, column, ui::ToQString(display.Text(column)));
+      rowBuf.SetState(filled, column, ShownState(CellStateOf(rows, column)));
+    }
+    rowBuf.SetBookmark(filled, rows.Bookmark().position);
+    rows.MoveNext();
+  }
+  rowBuf.SetRowCount(filled);
+}
+
+}  // namespace
+
+frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* parent)
+    : QWidget(parent), context_(context), host_(host), grid_(new ui::TDBGrid), columnsIni_(context.ini) {
+  setObjectName("frmResults");
+  setAttribute(Qt::WA_DeleteOnClose);
+  grid_->setObjectName("TDBGrid1");
+  grid_->setAccessibleName(ui::Caption(context_.texts, "RS_ACC_GRID"_key));
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(grid_);
+  setFocusProxy(grid_);
+
+  columnsIni_.SetIniFile(context_.globals.IniFileGl);
+  columnsIni_.SetSection("GridColumns");
+  columnsIni_.SetKeyName("Widths");
+  columnsIni_.SetTDBGrid(this);
+  countTimer_.setInterval(0);
+  connect(&countTimer_, &QTimer::timeout, this, &frmResults::CountFurtherRows);
+
+  LoadColors();
+  BuildColumns();
+  grid_->SetEvents(this);
+  InitData();
+  LimitInput();
+  columnsIni_.RestoreColumns();
+  host_.RefreshCommands();
+}
+
+frmResults::~frmResults() {
+  grid_->SetEvents(nullptr);
+}
+
+void frmResults::LoadColors() {
+  const GridColors stored = LoadGridColors(context_.ini, context_.globals.IniFileGl);
+  ui::GridColors colors = ui::GridColors::Default();
+  colors.lockedBack = ui::ColorFromStored(stored.lockedBack);
+  colors.lockedFore = ui::ColorFromStored(stored.lockedFore);
+  colors.editFore = ui::ColorFromStored(stored.editFore);
+  colors.editBack = ui::ColorFromStored(stored.editBack);
+  colors.noneEditBack = ui::ColorFromStored(stored.noneEditBack);
+  grid_->SetColors(colors);
+  grid_->SetStateText(ui::CellState::kEdit, ui::Caption(context_.texts, "RS_STATE_OPEN"_key));
+  grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, "RS_STATE_LOCKED"_key));
+  grid_->SetStateText(ui::CellState::kNoneEdit, ui::Caption(context_.texts, "RS_STATE_NEVER"_key));
+}
+
+void frmResults::BuildColumns() {
+  std::vector<ui::GridColumn> columns;
+  for (int i = 0; i < kColumnCount; ++i) {
+    const Column& column = kColumns.at(static_cast<std::size_t>(i));
+    ui::GridColumn shown;
+    shown.heading = ui::ToQString(ColumnHeading(i, context_.texts));
+    shown.width = fontMetrics().averageCharWidth() * kDefaultCharacters[i];
+    shown.editable = !column.field.empty();
+    const bool isNumber = i == kNumberColumn || (i > kRegionColumn && i <= kDoseColumn);
+    shown.alignment = isNumber ? Qt::AlignRight : Qt::AlignLeft;
+    columns.push_back(std::move(shown));
+  }
+  const auto entry = [this](db::TextKey key) { return ui::Caption(context_.texts, key); };
+  columns[kPregnancyColumn].list = {QString(), entry("RC_PREGYES"_key), entry("RC_PREGNO"_key),
+                                    entry("RC_PREGUNKNOWN"_key)};
+  columns[kRetakeColumn].list = {QString(), entry("RC_ND"_key), entry("RC_REPEAT"_key)};
+  grid_->SetColumns(std::move(columns));
+  grid_->SetAllowUpdate(!context_.globals.ReadOnlyGl);
+}
+
+void frmResults::LimitInput() {
+  if (!data1_) return;
+  for (int column = 0; column < kColumnCount; ++column) {
+    grid_->SetMaxLength(column, InputLimit(*data1_, column));
+  }
+}
+
+void frmResults::InitData() {
+  const SelectionView view = BuildSelection(context_.globals, context_.texts, context_.shortDate);
+  if (!view.headline.empty()) {
+    host_.SetCaption(view.headline);
+    setWindowTitle(ui::ToQString(view.headline));
+    setWindowIcon(host_.PictureOf(view.icon));
+  }
+  (void)OpenRows(view.sql);
+}
+
+bool frmResults::OpenRows(const std::string& sql) {
+  countTimer_.stop();
+  recordSource_ = sql;
+  rowSource_.reset();
+  data1_.reset();
+  populated_ = true;
+  std::int64_t count = 0;
+  try {
+    const HourGlass hourGlass;
+    if (const auto& log = context_.globals.LogEngineGl->Database()) {
+      data1_ = log->OpenRecordset(sql, dao::RecordsetType::kDynaset);
+      populated_ = data1_->Populate(kRowsPerSlice);
+      count = data1_->RecordCount();
+    }
+  } catch (const dao::EngineError& error) {
+    data1_.reset();
+    grid_->ReBind(0);
+    host_.ShowRowCount(0, true);
+    ShowError(error);
+    return false;
+  }
+  grid_->ReBind(count);
+  MarkSort();
+  host_.ShowRowCount(count, populated_);
+  if (!populated_) countTimer_.start();
+  return true;
+}
+
+void frmResults::CountFurtherRows() {
+  try {
+    populated_ = data1_->Populate(kRowsPerSlice);
+  } catch (const dao::EngineError& error) {
+    populated_ = true;
+    countTimer_.stop();
+    ShowError(error);
+    return;
+  }
+  if (populated_) countTimer_.stop();
+  grid_->SetApproximateCount(data1_->RecordCount());
+  host_.ShowRowCount(data1_->RecordCount(), populated_);
+}
+
+void frmResults::ReloadGrid() {
+  columnsIni_.SaveColumns();
+  BuildColumns();
+  LimitInput();
+  columnsIni_.RestoreColumns();
+}
+
+void frmResults::CloseData() {
+  countTimer_.stop();
+  grid_->SetEvents(nullptr);
+  grid_->ReBind(0);
+  rowSource_.reset();
+  data1_.reset();
+}
+
+void frmResults::closeEvent(QCloseEvent* event) {
+  // What stands in an open editor is an entry like any other.
+  grid_->setFocus();
+  const std::string caption = db::ReplacePlaceholder(context_.texts.GetText("RS_HEADLINE"_key),
+                                                     "strDataFileGl", context_.globals.strDataFileGl);
+  host_.SetCaption(caption);
+  columnsIni_.SaveColumns();
+  CloseData();
+  host_.ResultsClosed();
+  event->accept();
+}
+
+void frmResults::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange) host_.RefreshCommands();
+}
+
+void frmResults::ShowError(const dao::EngineError& error) {
+  db::MsgBox(context_.user, context_.texts,
+             std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
+             db::MessageIcon::kCritical);
+}
+
+std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
+    ui::RowBuffer& rowBuf, const std::optional<std::int64_t>& startLocation, std::int64_t offset,
+    std::optional<std::int64_t>& approximatePosition) {
+  if (!data1_ || data1_->RecordCount() == 0) {
+    rowBuf.SetRowCount(0);
+    return std::nullopt;
+  }
+  try {
+    rowSource_ = data1_->Clone();
+    if (startLocation) {
+      rowSource_->SetBookmark(dao::Bookmark{*startLocation});
+    } else if (offset < 0) {
+      rowSource_->MoveLast();
+      rowSource_->MoveNext();
+    } else {
+      rowSource_->MoveFirst();
+      rowSource_->MovePrevious();
+    }
+    rowSource_->Move(offset);
+    const std::int64_t position = rowSource_->AbsolutePosition();
+    const RowDisplay display(*rowSource_, context_.texts, context_.scheme, context_.shortDate);
+    FillBuffer(*rowSource_, display, rowBuf);
+    if (position >= 0) approximatePosition = position;
+    if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
+  } catch (const dao::EngineError& error) {
+    rowBuf.SetRowCount(0);
+    return FailureOf(error);
+  }
+  return std::nullopt;
+}
+
+std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer& rowBuf,
+                                                            std::int64_t writeLocation) {
+  RowBuffer entered;
+  for (int column = 0; column < kColumnCount; ++column) {
+    if (const auto& value = rowBuf.Value(0, column)) {
+      entered.at(static_cast<std::size_t>(column)) = ui::FromQString(*value);
+    }
+  }
+  try {
+    const auto rows = data1_->Clone();
+    WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts, context_.scheme, context_.edits);
+  } catch (const dao::EngineError& error) {
+    return FailureOf(error);
+  }
+  host_.RefreshCommands();
+  return std::nullopt;
+}
+
+bool frmResults::LocateRow(int row) {
+  if (!data1_ || row < 0) return false;
+  // The running number is the row's place in the record set plus one.
+  data1_->SetAbsolutePosition(grid_->CellText(row, kNumberColumn).toLongLong() - 1);
+  return true;
+}
+
+void frmResults::Refuse(const EditDecision& decision) {
+  if (decision.beep) context_.user.Beep();
+  if (!decision.message) return;
+  db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*decision.message),
+             db::MessageIcon::kInformation);
+  grid_->Refresh();
+  host_.RefreshCommands();
+}
+
+void frmResults::BeforeColEdit(int colIndex, int /*keyAscii*/, bool& cancel) {
+  cancel = true;
+  try {
+    if (!LocateRow(grid_->Row())) return;
+    const EditDecision decision = logview::BeforeColEdit(*data1_, colIndex);
+    cancel = !decision.allowed;
+    if (cancel) Refuse(decision);
+  } catch (const dao::EngineError& error) {
+    ShowError(error);
+  }
+}
+
+void frmResults::ButtonClick(int colIndex) {
+  try {
+    if (!LocateRow(grid_->Row())) return;
+    const EditDecision decision = logview::ButtonClick(*data1_, colIndex);
+    if (decision.allowed) return;
+    grid_->CancelEdit();
+    Refuse(decision);
+  } catch (const dao::EngineError& error) {
+    grid_->CancelEdit();
+    ShowError(error);
+  }
+}
+
+void frmResults::HeadClick(int colIndex) {
+  if (colIndex == kNumberColumn) {
+    context_.user.Beep();
+    return;
+  }
+  if (colIndex < 0 || colIndex >= kColumnCount) return;
+  (void)OpenRows(SortByColumn(recordSource_, colIndex));
+}
+
+/// The sort state is kept nowhere but in the query, so it is read back from there.
+void frmResults::MarkSort() {
+  std::optional<int> sorted;
+  Qt::SortOrder order = Qt::AscendingOrder;
+  for (int i = 0; i < kColumnCount; ++i) {
+    const Column& column = kColumns.at(static_cast<std::size_t>(i));
+    if (column.ascending.empty()) continue;
+    const bool descending = recordSource_.ends_with(column.descending);
+    if (!descending && !recordSource_.ends_with(column.ascending)) continue;
+    sorted = i;
+    order = descending ? Qt::DescendingOrder : Qt::AscendingOrder;
+  }
+  grid_->SetSortIndicator(sorted, order);
+}
+
+void frmResults::Error(int dataError, int& response) {
+  grid_->Refresh();
+  if (const auto key = DataErrorKey(dataError)) {
+    db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), db::MessageIcon::kCritical);
+    host_.RefreshCommands();
+    response = 0;
+    return;
+  }
+  db::MsgBox(context_.user, context_.texts, ui::FromQString(grid_->ErrorText()), db::MessageIcon::kCritical);
+}
+
+}  // namespace varnlog::logview

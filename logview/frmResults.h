@@ -1,0 +1,107 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <QTimer>
+#include <QWidget>
+
+#include "db/Globals.h"
+#include "db/SettingsStore.h"
+#include "db/UserDialog.h"
+#include "db/dao/DBEngine.h"
+#include "intake/CodeMappings.h"
+#include "logview/CEdits.h"
+#include "logview/CTDBGColumnsINI.h"
+#include "logview/RowDisplay.h"
+#include "platform/ShortDate.h"
+#include "ui/TDBGrid.h"
+
+namespace varnlog::logview {
+
+/// What the log view works with; all of it outlives the view.
+struct ViewContext {
+  db::Globals& globals;
+  const db::TextLookup& texts;
+  db::SettingsStore& ini;
+  db::UserDialog& user;
+  const intake::ToothScheme& scheme;
+  const platform::ShortDate& shortDate;
+  CEdits& edits;
+};
+
+/// What the log view tells the main window.
+class ResultsHost {
+ public:
+  virtual ~ResultsHost() = default;
+  virtual void SetCaption(const std::string& caption) = 0;
+  [[nodiscard]] virtual QIcon PictureOf(const std::string& iconKey) const = 0;
+  /// The state of commands and status bar may have changed.
+  virtual void RefreshCommands() = 0;
+  /// `complete` is false while rows are still being counted.
+  virtual void ShowRowCount(std::int64_t rows, bool complete) = 0;
+  /// The view is about to go away.
+  virtual void ResultsClosed() = 0;
+};
+
+/// The log view: the rows of the current selection in a grid that asks for them block by block.
+class frmResults final : public QWidget, private ui::TDBGridEvents, private ColumnWidths {
+ public:
+  frmResults(const ViewContext& context, ResultsHost& host, QWidget* parent = nullptr);
+  ~frmResults() override;
+
+  /// Builds the query of the selection in the globals and shows its rows from the first one on.
+  void InitData();
+  /// Builds the columns anew after the database was changed under the view.
+  void ReloadGrid();
+  /// Lets go of the open log.
+  void CloseData();
+
+  [[nodiscard]] const std::string& RecordSource() const { return recordSource_; }
+  [[nodiscard]] ui::TDBGrid& Grid() { return *grid_; }
+  /// Every row is counted.
+  [[nodiscard]] bool IsPopulated() const { return populated_; }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void BuildColumns();
+  void LimitInput();
+  void LoadColors();
+  bool OpenRows(const std::string& sql);
+  void CountFurtherRows();
+  void MarkSort();
+  [[nodiscard]] bool LocateRow(int row);
+  void ShowError(const dao::EngineError& error);
+  void Refuse(const struct EditDecision& decision);
+
+  std::optional<ui::DataFailure> UnboundReadDataEx(ui::RowBuffer& rowBuf,
+                                                   const std::optional<std::int64_t>& startLocation,
+                                                   std::int64_t offset,
+                                                   std::optional<std::int64_t>& approximatePosition) override;
+  std::optional<ui::DataFailure> UnboundWriteData(const ui::RowBuffer& rowBuf,
+                                                  std::int64_t writeLocation) override;
+  void BeforeColEdit(int colIndex, int keyAscii, bool& cancel) override;
+  void ButtonClick(int colIndex) override;
+  void HeadClick(int colIndex) override;
+  void Error(int dataError, int& response) override;
+
+  [[nodiscard]] int ColumnCount() const override { return grid_->ColumnCount(); }
+  [[nodiscard]] int Width(int column) const override { return grid_->ColumnWidth(column); }
+  void SetWidth(int column, int width) override { grid_->SetColumnWidth(column, width); }
+
+  ViewContext context_;
+  ResultsHost& host_;
+  ui::TDBGrid* grid_;
+  CTDBGColumnsINI columnsIni_;
+  QTimer countTimer_;
+
+  std::string recordSource_;
+  std::unique_ptr<dao::Recordset> data1_;      // the selection's rows; its current row is the one edited
+  std::unique_ptr<dao::Recordset> rowSource_;  // a fresh clone for each read
+  bool populated_ = true;
+};
+
+}  // namespace varnlog::logview

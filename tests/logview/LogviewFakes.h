@@ -1,0 +1,67 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+
+#include "db/SettingsStore.h"
+#include "db/TextLookup.h"
+#include "db/UserDialog.h"
+#include "intake/CodeMappings.h"
+
+namespace varnlog::logview {
+
+/// Texts that say which key they stand for; a few are given.
+class FakeTexts final : public db::TextLookup {
+ public:
+  std::map<std::string, std::string> texts = {{"RC_PREGYES", "ja"},
+                                              {"RC_PREGNO", "nein"},
+                                              {"RC_PREGUNKNOWN", "unbekannt"},
+                                              {"RC_REPEAT", "Wiederholung"},
+                                              {"RC_ND", "nicht diagnostisch"}};
+
+  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+    const auto text = texts.find(std::string(key.name()));
+    return text == texts.end() ? std::string(key.name()) : text->second;
+  }
+};
+
+class FakeToothScheme final : public intake::ToothScheme {
+ public:
+  explicit FakeToothScheme(bool isUS = false) : isUS_(isUS) {}
+  [[nodiscard]] bool SchemeUS() const override { return isUS_; }
+
+ private:
+  bool isUS_;
+};
+
+/// One INI file in memory.
+class FakeSettings final : public db::SettingsStore {
+ public:
+  std::map<std::pair<std::string, std::string>, std::string> values;
+
+  [[nodiscard]] std::int16_t ReadInteger(std::string_view section, std::string_view key,
+                                         std::string_view file) const override {
+    return static_cast<std::int16_t>(std::atoi(ReadString(section, key, file).c_str()));
+  }
+  [[nodiscard]] std::string ReadString(std::string_view section, std::string_view key,
+                                       std::string_view /*file*/) const override {
+    const auto value = values.find({std::string(section), std::string(key)});
+    return value == values.end() ? std::string() : value->second;
+  }
+  bool WriteString(std::string_view section, std::string_view key, std::string_view value,
+                   std::string_view /*file*/) override {
+    values[{std::string(section), std::string(key)}] = value;
+    return true;
+  }
+};
+
+/// Counts the beeps; nothing in the log view's logic asks a question.
+class FakeUser final : public db::UserDialog {
+ public:
+  int beeps = 0;
+  db::MessageAnswer Show(const db::Message& /*message*/) override { return db::MessageAnswer::kOk; }
+  void Beep() override { ++beeps; }
+};
+
+}  // namespace varnlog::logview

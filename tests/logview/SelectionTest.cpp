@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include "logview/Columns.h"
+#include "logview/Selection.h"
+#include "tests/logview/LogviewFakes.h"
+
+namespace varnlog::logview {
+namespace {
+
+using db::Globals;
+using db::SelectionKind;
+using platform::DateTime;
+using platform::ShortDate;
+
+DateTime Day(int year, int month, int day) {
+  return DateTime::FromCivil(year, month, day).value();
+}
+
+class SelectionTest : public testing::Test {
+ protected:
+  SelectionTest() {
+    globals_.dBegGl = Day(2004, 2, 9);
+    globals_.dEndGl = Day(2004, 11, 30);
+    globals_.strPatNameGl = "Müller";
+    globals_.strPatFirstnameGl = "Käthe";
+    globals_.dPatBirthdayGl = Day(1960, 2, 1);
+    texts_.texts["RS_PERIOD"] = "Alle vom $dBegGl$ bis $dEndGl$";
+    texts_.texts["RS_XRPROOF"] = "Nachweis: $strPatName$";
+    texts_.texts["RS_XRPROOFPERIOD"] = "$strPatName$ vom $dBegGl$ bis $dEndGl$";
+  }
+
+  SelectionView Select(SelectionKind kind) {
+    globals_.SortSelectionGl = kind;
+    return BuildSelection(globals_, texts_, ShortDate());
+  }
+
+  Globals globals_;
+  FakeTexts texts_;
+};
+
+TEST_F(SelectionTest, BuildsTheQueryOfEveryKind) {
+  const std::string patient =
+      "(TXray.tXraySName)='Müller') AND ((TXray.tXraySFirstname)='Käthe') AND "
+      "((TXray.tXrayDBirthday)=#2/1/1960#))) ";
+  const struct {
+    SelectionKind kind;
+    std::string sql;
+    std::string icon;
+  } cases[] = {
+      {SelectionKind::kAll, "SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;", "DateAll"},
+      {SelectionKind::kPeriod,
+       "SELECT TXray.* From TXray WHERE (((TXray.tXrayTs) Between #2/9/2004# And #11/30/2004 11:59:59 PM#)) "
+       "ORDER BY TXray.tXrayTs DESC;",
+       "DateAll"},
+      {SelectionKind::kPatient,
+       "SELECT TXray.* From TXray WHERE (((" + patient +
+           "ORDER BY TXray.tXraySName DESC , TXray.tXraySFirstname DESC , TXray.tXrayTs DESC;",
+       "PatAll"},
+      {SelectionKind::kPatientPeriod,
+       "SELECT TXray.* From TXray WHERE (((TXray.tXrayTs) Between #2/9/2004# And #11/30/2004 11:59:59 PM# "
+       "AND (" +
+           patient + "ORDER BY TXray.tXrayTs DESC;",
+       "PatPeriod"},
+  };
+  for (const auto& row : cases) {
+    const SelectionView view = Select(row.kind);
+    EXPECT_EQ(view.sql, row.sql) << static_cast<int>(row.kind);
+    EXPECT_EQ(view.icon, row.icon) << static_cast<int>(row.kind);
+  }
+}
+
+TEST_F(SelectionTest, RestrictsAPeriodToOneType) {
+  const struct {
+    SelectionKind kind;
+    std::string type;
+    std::string headline;
+  } cases[] = {
+      {SelectionKind::kPeriodXI, "XI", "RS_PERIODIO"},   {SelectionKind::kPeriodXP, "XP", "RS_PERIODPAN"},
+      {SelectionKind::kPeriodXC, "XC", "RS_PERIODCEPH"}, {SelectionKind::kPeriodXS, "XS", "RS_PERIODTSA"},
+      {SelectionKind::kPeriodXV, "XV", "RS_PERIODXV"},
+  };
+  for (const auto& row : cases) {
+    const SelectionView view = Select(row.kind);
+    EXPECT_EQ(view.sql,
+              "SELECT TXray.* From TXray WHERE (((TXray.tXrayTs) Between #2/9/2004# AND #11/30/2004 11:59:59 "
+              "PM#) AND TXray.tXraySType = '" +
+                  row.type + "') ORDER BY TXray.tXrayTs DESC;");
+    EXPECT_EQ(view.headline, row.headline) << row.type;
+    EXPECT_EQ(view.icon, "DateAll") << row.type;
+  }
+}
+
+TEST_F(SelectionTest, HeadlinesNamePeriodAndPatient) {
+  EXPECT_EQ(Select(SelectionKind::kAll).headline, "RS_ALLPATIENTIMG");
+  EXPECT_EQ(Select(SelectionKind::kPeriod).headline, "Alle vom 09.02.2004 bis 30.11.2004");
+  EXPECT_EQ(Select(SelectionKind::kPatient).headline, "Nachweis: Müller, Käthe *01.02.1960");
+  EXPECT_EQ(Select(SelectionKind::kPatientPeriod).headline,
+            "Müller, Käthe *01.02.1960 vom 09.02.2004 bis 30.11.2004");
+}
+
+TEST_F(SelectionTest, ANameThatHoldsTheMarkerIsShownAsItIs) {
+  globals_.strPatNameGl = "$strPatName$";
+  EXPECT_EQ(Select(SelectionKind::kPatient).headline, "Nachweis: $strPatName$, Käthe *01.02.1960");
+}
+
+TEST_F(SelectionTest, PutsNamesIntoTheQueryAsTheyAre) {
+  globals_.strPatNameGl = "O'Brien";
+  EXPECT_NE(Select(SelectionKind::kPatient).sql.find("(TXray.tXraySName)='O'Brien')"), std::string::npos);
+}
+
+TEST_F(SelectionTest, AnUnknownKindIsTheWholeTable) {
+  for (const int kind : {-1, 9, 32767}) {
+    const SelectionView view = Select(static_cast<SelectionKind>(kind));
+    EXPECT_EQ(view.sql, "TXray") << kind;
+    EXPECT_EQ(view.headline, "") << kind;
+    EXPECT_EQ(view.icon, "") << kind;
+  }
+}
+
+TEST_F(SelectionTest, AHeadingTogglesTheDirectionOfWhateverWasSortedBefore) {
+  const std::string select = "SELECT TXray.* From TXray ";
+  std::string sql = Select(SelectionKind::kAll).sql;
+  const struct {
+    int column;
+    std::string expected;
+  } clicks[] = {
+      {kDateColumn, select + "ORDER BY TXray.tXrayTs;"},
+      {kDateColumn, select + "ORDER BY TXray.tXrayTs DESC;"},
+      {7, select + "ORDER BY TXray.tXraySVolt;"},
+      {kCommentColumn, select + "ORDER BY TXray.tXraySComment DESC;"},
+      {kNumberColumn, select + "ORDER BY TXray.tXraySComment DESC;"},
+      {13, select + "ORDER BY TXray.tXraySComment DESC;"},
+      {-1, select + "ORDER BY TXray.tXraySComment DESC;"},
+      {kPatientColumn, select + "ORDER BY TXray.tXraySName , TXray.tXraySFirstname , TXray.tXrayDBirthday;"},
+      {kPatientColumn,
+       select + "ORDER BY TXray.tXraySName DESC , TXray.tXraySFirstname DESC , TXray.tXrayDBirthday DESC;"},
+  };
+  for (const auto& click : clicks) {
+    sql = SortByColumn(sql, click.column);
+    EXPECT_EQ(sql, click.expected) << click.column;
+  }
+}
+
+TEST_F(SelectionTest, SortingKeepsTheSelection) {
+  const std::string sql = Select(SelectionKind::kPatient).sql;
+  const std::string where = sql.substr(0, sql.find("ORDER BY "));
+  EXPECT_EQ(SortByColumn(sql, kTypeColumn), where + "ORDER BY TXray.tXraySType;");
+}
+
+TEST_F(SelectionTest, SortingTheWholeTableLeavesNoQuery) {
+  EXPECT_EQ(SortByColumn("TXray", kDateColumn), "");
+  EXPECT_EQ(SortByColumn("TXray", kNumberColumn), "TXray");
+}
+
+TEST(Columns, EveryColumnButTheNumberSortsBothWaysByItsOwnField) {
+  EXPECT_TRUE(kColumns[kNumberColumn].ascending.empty());
+  for (std::size_t i = 1; i < kColumns.size(); ++i) {
+    const Column& column = kColumns[i];
+    EXPECT_EQ(column.ascending.find("DESC"), std::string_view::npos) << i;
+    EXPECT_TRUE(column.descending.ends_with(" DESC;")) << i;
+    if (column.field.empty()) continue;
+    EXPECT_EQ(column.ascending, "ORDER BY TXray." + std::string(column.field) + ";") << i;
+    EXPECT_EQ(column.descending, "ORDER BY TXray." + std::string(column.field) + " DESC;") << i;
+  }
+}
+
+TEST(Columns, HeadingsAreTextsButForTheDose) {
+  const FakeTexts texts;
+  EXPECT_EQ(ColumnHeading(kNumberColumn, texts), "RS_NR");
+  EXPECT_EQ(ColumnHeading(kDoseColumn, texts), "mGycm2");
+  EXPECT_EQ(ColumnHeading(kCommentColumn, texts), "RS_COMMENT");
+  EXPECT_EQ(ColumnHeading(-1, texts), "");
+  EXPECT_EQ(ColumnHeading(13, texts), "");
+}
+
+TEST(FormatPatient, JoinsNameFirstNameAndBirthDate) {
+  EXPECT_EQ(FormatPatient("Muster", "Max", Day(1960, 2, 1), ShortDate()), "Muster, Max *01.02.1960");
+  EXPECT_EQ(FormatPatient("", "", DateTime(), ShortDate()), ",  *");
+}
+
+}  // namespace
+}  // namespace varnlog::logview
