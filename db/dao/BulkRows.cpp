@@ -1,0 +1,141 @@
+#include "db/dao/BulkRows.h"
+
+#include <array>
+#include <utility>
+
+#include <sqlite3.h>
+
+#include "db/dao/Connection.h"
+#include "db/dao/DBEngine.h"
+#include "db/dao/JetSql.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+std::string FieldList(const TableSchema& table) {
+  std::string list;
+  for (const FieldDef& field : table.fields) list += (list.empty() ? "" : ", ") + QuoteIdentifier(field.name);
+  return list;
+}
+
+std::string Parameters(std::size_t count) {
+  std::string list;
+  for (std::size_t i = 0; i < count; ++i) list += i == 0 ? "?" : ",?";
+  return list;
+}
+
+void BindValue(Statement& statement, int parameter, const Value& value, std::array<char, 19>& iso) {
+  if (const auto* text = std::get_if<std::string>(&value))
+    return statement.Bind(parameter, std::string_view(*text));
+  if (const auto* flag = std::get_if<bool>(&value)) return statement.Bind(parameter, std::int64_t{*flag});
+  if (const auto* number = std::get_if<std::int64_t>(&value)) return statement.Bind(parameter, *number);
+  if (const auto* real = std::get_if<double>(&value)) return statement.Bind(parameter, *real);
+  if (const auto* date = std::get_if<platform::DateTime>(&value)) {
+    date->WriteIso(iso.data());
+    return statement.Bind(parameter, std::string_view(iso.data(), iso.size()));
+  }
+  statement.BindNull(parameter);
+}
+
+void ReadText(std::string_view stored, FieldType type, Value& value) {
+  if (type == FieldType::kDate)
+    if (const auto date = platform::DateTime::FromIso(stored)) {
+      value = *date;
+      return;
+    }
+  if (auto* text = std::get_if<std::string>(&value)) {
+    text->assign(stored);
+  } else {
+    value.emplace<std::string>(stored);
+  }
+}
+
+void ReadValue(const Statement& row, int column, FieldType type, Value& value) {
+  switch (row.ColumnType(column)) {
+    case SQLITE_INTEGER:
+      if (type == FieldType::kBoolean) {
+        value = row.Number(column) != 0;
+      } else {
+        value = row.Number(column);
+      }
+      break;
+    case SQLITE_FLOAT:
+      value = row.Real(column);
+      break;
+    case SQLITE_TEXT:
+      ReadText(row.Text(column), type, value);
+      break;
+    default:
+      value = std::monostate{};
+  }
+}
+
+}  // namespace
+
+BulkRows::BulkRows(std::shared_ptr<Connection> connection, std::string_view table)
+    : connection_(std::move(connection)), table_(connection_->Table(table)) {
+  const std::string name = QuoteIdentifier(table_->name);
+  const std::string fields = FieldList(*table_);
+  insert_ = Statement(*connection_, "INSERT INTO " + name + " (" + fields + ") VALUES (" +
+                                        Parameters(table_->fields.size()) + ")");
+  find_ = Statement(*connection_, "SELECT " + fields + " FROM " + name + " WHERE rowid = ?1");
+}
+
+void BulkRows::SuspendIndexes() {
+  Statement indexes(*connection_,
+                    "SELECT name, sql FROM sqlite_schema WHERE type = 'index' AND sql IS NOT NULL AND "
+                    "tbl_name = ?1 COLLATE NOCASE");
+  indexes.Bind(1, std::string_view(table_->name));
+  std::vector<std::string> names;
+  while (indexes.Step()) {
+    names.emplace_back(indexes.Text(0));
+    suspended_.emplace_back(indexes.Text(1));
+  }
+  for (const std::string& name : names) connection_->Execute("DROP INDEX " + QuoteIdentifier(name));
+}
+
+void BulkRows::RestoreIndexes() {
+  for (const std::string& declaration : suspended_) connection_->Execute(declaration);
+  suspended_.clear();
+  connection_->ForgetSchema();
+}
+
+void BulkRows::Insert(std::span<const Value> row) {
+  dates_.resize(row.size());
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    BindValue(insert_, static_cast<int>(i) + 1, row[i], dates_[i]);
+  }
+  insert_.Run();
+}
+
+bool BulkRows::Find(std::int64_t id, std::vector<Value>& row) {
+  ResetAtEnd reset(find_);
+  find_.Bind(1, id);
+  if (!find_.Step()) return false;
+  row.resize(table_->fields.size());
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    ReadValue(find_, static_cast<int>(i), table_->fields[i].type, row[i]);
+  }
+  return true;
+}
+
+void BulkRows::SetLastId(std::int64_t id) {
+  const std::string_view name = table_->name;
+  Statement update(*connection_, "UPDATE sqlite_sequence SET seq = max(seq, ?1) WHERE name = ?2");
+  update.Bind(1, id);
+  update.Bind(2, name);
+  update.Run();
+  Statement insert(*connection_,
+                   "INSERT INTO sqlite_sequence (name, seq) SELECT ?2, ?1 WHERE NOT EXISTS "
+                   "(SELECT 1 FROM sqlite_sequence WHERE name = ?2)");
+  insert.Bind(1, id);
+  insert.Bind(2, name);
+  insert.Run();
+}
+
+std::unique_ptr<BulkRows> Database::OpenBulkRows(std::string_view table) {
+  return std::make_unique<BulkRows>(connection_, table);
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "db/dao/Field.h"
+#include "db/dao/Schema.h"
+#include "db/dao/Statement.h"
+
+namespace varnlog::dao {
+
+class Connection;
+
+/// The rows of one table when a database is converted: written and read exactly as they are, which record
+/// sets do not do. The counter is written like any other field, lengths are not checked, and the date of day
+/// zero is a date, not NULL. A row is one value a field, in the order of TableDef::Fields().
+///
+/// Use within a transaction of the workspace. Throws EngineError like a record set.
+class BulkRows {
+ public:
+  BulkRows(std::shared_ptr<Connection> connection, std::string_view table);
+
+  /// Takes the table's indexes away until RestoreIndexes(): making them of all rows at once costs much less
+  /// than keeping them up to date row by row.
+  void SuspendIndexes();
+  void RestoreIndexes();
+
+  /// kDuplicateKey when there is a row of that key.
+  void Insert(std::span<const Value> row);
+
+  /// Reads the row of that counter value; false when there is none. The values' memory is reused.
+  [[nodiscard]] bool Find(std::int64_t id, std::vector<Value>& row);
+
+  /// Rows added from now on get ids above `id` and above all that are there.
+  void SetLastId(std::int64_t id);
+
+ private:
+  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<const TableSchema> table_;
+  std::vector<std::array<char, 19>> dates_;  // of the row that is being inserted
+  std::vector<std::string> suspended_;       // how the indexes were declared
+  Statement insert_;
+  Statement find_;
+};
+
+}  // namespace varnlog::dao
