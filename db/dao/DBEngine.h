@@ -16,7 +16,9 @@
 
 namespace varnlog::dao {
 
-class Connection;  // one open file; private to this folder
+class BulkRows;
+class Connection;    // one open file; private to this folder
+struct EngineState;  // options and statistics; private to this folder
 
 /// An open database file. Record sets keep the file open as long as they live; Close() makes every further
 /// use of them throw kObjectInvalid.
@@ -44,6 +46,9 @@ class Database {
   /// from outside the program.
   void Execute(std::string_view storageSql);
 
+  /// For converting a database into this one; see BulkRows.h. Throws kTableNotFound.
+  [[nodiscard]] std::unique_ptr<BulkRows> OpenBulkRows(std::string_view table);
+
   /// Everything that is wrong with the file, one finding an entry; empty when it is sound.
   [[nodiscard]] std::vector<std::string> Check();
 
@@ -56,8 +61,10 @@ class Database {
 /// A named session. Transactions reach over its databases.
 class Workspace {
  public:
-  explicit Workspace(std::string name, std::string user);
+  Workspace(std::string name, std::string user, std::shared_ptr<EngineState> state);
   ~Workspace();
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
 
   [[nodiscard]] const std::string& Name() const { return name_; }
   [[nodiscard]] const std::string& UserName() const { return user_; }
@@ -71,16 +78,25 @@ class Workspace {
   /// two that update the same log one waits for the other. Nested transactions are not supported
   /// (kInvalidTransaction).
   void BeginTrans();
+  /// After a failure nothing of the transaction is in the file and it is over: kInvalidTransaction when a
+  /// full disk has undone it already, kFileInUse when readers kept the file longer than the lock retry time.
   void CommitTrans();
   void Rollback();
 
+  /// Closes its databases; what is not committed is undone.
   void Close();
 
  private:
+  [[nodiscard]] std::vector<std::shared_ptr<Connection>> OpenConnections();
+  void RequireOpen() const;
+  void RequireTransaction() const;
+
   std::string name_;
   std::string user_;
+  std::shared_ptr<EngineState> state_;
   std::vector<std::weak_ptr<Connection>> connections_;
   bool inTransaction_ = false;
+  bool closed_ = false;
 };
 
 /// Option bits of CompactDatabase and CreateDatabase.
@@ -111,8 +127,8 @@ enum class EngineStatistic : int {
   kLocksReleased = 5,
 };
 
-/// What a long maintenance operation reports: the part done, 0 to 1. Returning false stops it, leaving the
-/// source as it was.
+/// What a long maintenance operation reports: the part done, 0 to 1. Returning false stops it with
+/// kCancelled, leaving the source as it was.
 using MaintenanceProgress = std::function<bool(double)>;
 
 /// The engine: one for the process (Instance()), or one of its own for a test. All calls come from one
@@ -121,6 +137,8 @@ class DBEngine {
  public:
   DBEngine();
   ~DBEngine();
+  DBEngine(const DBEngine&) = delete;
+  DBEngine& operator=(const DBEngine&) = delete;
   [[nodiscard]] static DBEngine& Instance();
 
   /// The workgroup file that names the accounts; checked by CreateWorkspace.
@@ -135,31 +153,40 @@ class DBEngine {
   /// Throws kItemNotFound.
   [[nodiscard]] std::shared_ptr<Workspace> Workspaces(std::string_view name) const;
 
-  /// Makes an empty file; throws kFileExists. `locale` is accepted and has no effect: text order is always
-  /// the engine's one collation. kEncrypt has no counterpart and is accepted.
+  /// Makes an empty file; throws kFileExists, kInvalidPath, kNoPermission. `locale` is accepted and has no
+  /// effect: text order is always the engine's one collation. kEncrypt has no counterpart and is accepted.
   [[nodiscard]] std::shared_ptr<Database> CreateDatabase(const std::string& path, std::string_view locale,
                                                          int options);
   /// Writes a compacted copy; `target` must not exist (kFileExists). The source stays as it is, and no target
   /// is left behind by a failure. kEncrypt and kDecrypt only compact: files are not encrypted.
   void CompactDatabase(const std::string& source, const std::string& target, int options = kNoOption,
                        const MaintenanceProgress& progress = {});
+  /// Compacts by way of `temporary` (made anew, gone afterwards) and puts the result in the file's place,
+  /// while nobody else can write to it. At every moment the file is whole, and a failure leaves it as it was.
+  /// Throws kFileInUse when another program is using it.
+  void CompactInPlace(const std::string& path, const std::string& temporary, int options = kNoOption,
+                      const MaintenanceProgress& progress = {});
   /// Mends the file in place: a sound one is left alone; otherwise every readable row goes into a new file
-  /// that takes its place, and the damaged one stays beside it as NAME.damaged. Throws kUnrecognisedFormat
-  /// when nothing can be read.
+  /// that takes its place, and the damaged one stays beside it as NAME.damaged (NAME.damaged2, ... where
+  /// there is one already). Throws kUnrecognisedFormat when nothing can be read; the file then stays as it
+  /// was.
   void RepairDatabase(const std::string& path, const MaintenanceProgress& progress = {});
 
-  /// dbRefreshCache: finishes pending writes and makes the next read look at the disk.
+  /// dbRefreshCache: finishes pending writes and makes the next read look at the disk. Inside a transaction
+  /// what has been changed so far is written out ahead of the commit, so that a full disk shows early.
   void Idle(bool refreshCache);
 
   /// A count since the process started or since it was last reset.
   std::int64_t ISAMStats(EngineStatistic statistic, bool reset = false);
 
-  /// Numbers or "Yes"/"No". What the storage has no counterpart for is accepted (see DBEngine.cpp's table).
+  /// Numbers, or "Yes"/"No" for the two Sync options; another type of value throws kNotSupported. What the
+  /// storage has no counterpart for is accepted without effect: the table in EngineOptions.cpp says which.
   void SetOption(EngineOption option, const std::variant<std::int32_t, std::string>& value);
 
  private:
   std::string systemDB_;
   std::vector<std::shared_ptr<Workspace>> workspaces_;
+  std::shared_ptr<EngineState> state_;
 };
 
 }  // namespace varnlog::dao

@@ -8,6 +8,7 @@ namespace varnlog::dao {
 /// The engine's error numbers (DAO's). Callers compare them; people read the text.
 enum class ErrorNumber : int {
   kNone = 0,
+  kUpdateWithoutEdit = 3020,
   kNoCurrentRecord = 3021,
   kDuplicateKey = 3022,
   kFileNotFound = 3024,
@@ -22,6 +23,7 @@ enum class ErrorNumber : int {
   kDamaged = 3049,
   kCannotOpen = 3051,
   kDiskError = 3056,
+  kCancelled = 3059,
   kTooFewParameters = 3061,
   kSyntaxError = 3075,
   kTableNotFound = 3078,
@@ -32,6 +34,7 @@ enum class ErrorNumber : int {
   kFileExists = 3204,
   kNotSupported = 3251,
   kItemNotFound = 3265,
+  kRuleViolated = 3317,  // a value that a rule of the table refuses
   kUnrecognisedFormat = 3343,
   kObjectInvalid = 3420,
   kUnexpected = 3000,

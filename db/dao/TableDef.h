@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,7 +23,7 @@ class Connection;
 /// The definition of one table of an open database, read when it is asked for.
 class TableDef {
  public:
-  TableDef(Connection& connection, std::string name, std::vector<FieldDef> fields,
+  TableDef(std::shared_ptr<Connection> connection, std::string name, std::vector<FieldDef> fields,
            std::vector<Index> indexes);
 
   [[nodiscard]] const std::string& Name() const { return name_; }
@@ -33,11 +34,12 @@ class TableDef {
   [[nodiscard]] const Index& IndexNamed(std::string_view name) const;
 
   /// Adds a field to the table on disk; existing rows hold NULL (text) or false (yes/no) in it. Throws
-  /// kObjectInvalid when there is a field of that name already.
+  /// kObjectInvalid when there is a field of that name already, kNotSupported for a counter or a text without
+  /// a size.
   void Append(const FieldDef& field);
 
  private:
-  Connection* connection_;
+  std::shared_ptr<Connection> connection_;
   std::string name_;
   std::vector<FieldDef> fields_;
   std::vector<Index> indexes_;

@@ -64,6 +64,7 @@ std::vector<std::uint32_t> TextOrder::RowsById() const {
     std::sort(rows.begin(), rows.end(),
               [this](std::uint32_t a, std::uint32_t b) { return ids_[a] < ids_[b]; });
   }
+  if (!columns_.empty() && columns_.back().term.descending) std::reverse(rows.begin(), rows.end());
   return rows;
 }
 

@@ -15,9 +15,9 @@ namespace varnlog::dao {
 /// once, and the rows are counted into their places.
 ///
 /// The order is the storage's own: NULL before every value (after it when descending), texts by the collation
-/// or, dates in their stored form, by bytes; rows that are equal in all terms by ascending id. The reverse of
-/// a sorted result is the result backwards; it differs from sorting with all terms turned round only in that
-/// equal rows are by descending id, and costs no more than walking it from the other end.
+/// or, dates in their stored form, by bytes. Rows that are equal in all terms are in the order of their ids,
+/// descending when the last term is: so turning all terms round gives the same rows backwards, and the
+/// reverse of a sorted result costs no more than walking it from the other end.
 class TextOrder {
  public:
   struct Term {

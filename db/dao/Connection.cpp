@@ -1,0 +1,250 @@
+#include "db/dao/Connection.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <sqlite3.h>
+
+#include "db/dao/Collation.h"
+#include "db/dao/CountingVfs.h"
+#include "db/dao/FileChecks.h"
+#include "db/dao/Schema.h"
+#include "db/dao/Select.h"
+#include "platform/Files.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+// While exposures are taken in the touched pages of the indexes stay in memory.
+constexpr std::int32_t kWritingBuffer = 64 * 1024;
+constexpr std::int32_t kStorageDefaultBuffer = 2000;
+
+std::string ReadHeader(sqlite3* handle) {
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  sqlite3_int64 size = 0;
+  if (file == nullptr || file->pMethods == nullptr) return {};
+  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) return {};
+  std::string header(static_cast<std::size_t>(std::min<sqlite3_int64>(size, kHeaderSize)), '\0');
+  if (header.empty()) return header;
+  const int result = file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0);
+  if (result != SQLITE_OK) header.clear();
+  return header;
+}
+
+}  // namespace
+
+Connection::Connection(std::string path, Mode mode, std::shared_ptr<EngineState> state)
+    : path_(std::move(path)),
+      mode_(mode),
+      state_(std::move(state)),
+      selects_(std::make_unique<SelectCache>()) {}
+
+Connection::~Connection() {
+  Close();
+}
+
+std::shared_ptr<Connection> Connection::Open(const std::string& path, Mode mode,
+                                             const std::shared_ptr<EngineState>& state) {
+  RequireUsableFile(path, !mode.readOnly);
+  std::shared_ptr<Connection> connection(new Connection(path, mode, state));
+  connection->OpenHandle(mode.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+  if (!mode.readOnly && sqlite3_db_readonly(connection->handle_, "main") == 1)
+    throw EngineError(ErrorNumber::kNoPermission,
+                      FileText("There is no permission to change the file ", path, "."));
+  connection->CheckHeader();
+  connection->Configure();
+  connection->Probe();
+  std::erase_if(state->connections, [](const auto& each) { return each.expired(); });
+  state->connections.push_back(connection);
+  return connection;
+}
+
+std::shared_ptr<Connection> Connection::Create(const std::string& path,
+                                               const std::shared_ptr<EngineState>& state) {
+  RequireFreePath(path);
+  std::error_code error;
+  // Claims the name: of two programs that make the same file one gets the error.
+  static_cast<void>(
+      platform::File::Open(platform::ToPath(StoragePath(path)), platform::File::Mode::kCreateNew, error));
+  if (error) throw EngineError(ErrorNumber::kNoPermission, FileText("The file ", path, " cannot be made."));
+  std::shared_ptr<Connection> connection(new Connection(path, {}, state));
+  try {
+    connection->OpenHandle(SQLITE_OPEN_READWRITE);
+    connection->Configure();
+    connection->Execute(
+        "PRAGMA page_size=16384; PRAGMA encoding='UTF-8'; PRAGMA auto_vacuum=NONE;"
+        "PRAGMA application_id=1448233031");
+  } catch (const EngineError&) {
+    connection->Close();
+    std::filesystem::remove(platform::ToPath(StoragePath(path)), error);
+    throw;
+  }
+  state->connections.push_back(connection);
+  return connection;
+}
+
+std::shared_ptr<Connection> Connection::InMemory(const Connection& source) {
+  std::shared_ptr<Connection> connection(new Connection(source.path_, {}, source.state_));
+  const int result = sqlite3_open_v2(
+      ":memory:", &connection->handle_,
+      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  if (result != SQLITE_OK) connection->Throw(result);
+  connection->Configure();
+  return connection;
+}
+
+void Connection::OpenHandle(int flags) {
+  const int result = sqlite3_open_v2(StoragePath(path_).c_str(), &handle_,
+                                     flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, CountingVfsName());
+  if (result != SQLITE_OK) Throw(result);
+  sqlite3_busy_handler(handle_, &Connection::OnBusy, this);
+}
+
+void Connection::CheckHeader() {
+  const std::string header = ReadHeader(handle_);
+  RequireDatabaseHeader(header, path_);
+  if (HasSharedMemoryJournal(header)) LeaveSharedMemoryJournal();
+}
+
+// What is in a file from elsewhere (triggers, views, functions in its schema) never runs.
+void Connection::Configure() {
+  for (const auto& [option, value] : {std::pair{SQLITE_DBCONFIG_DEFENSIVE, 1},
+                                      {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+                                      {SQLITE_DBCONFIG_DQS_DML, 0},
+                                      {SQLITE_DBCONFIG_DQS_DDL, 0},
+                                      {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                      {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                      {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0}})
+    sqlite3_db_config(handle_, option, value, nullptr);
+  RegisterText(handle_);
+  SetCache(false);
+  SetSync(state_->options.implicitCommitSync);
+  begin_ = Statement(*this, "BEGIN");
+  beginWrite_ = Statement(*this, "BEGIN IMMEDIATE");
+  commit_ = Statement(*this, "COMMIT");
+  rollback_ = Statement(*this, "ROLLBACK");
+}
+
+// The first look at the content tells a locked, damaged or foreign file.
+void Connection::Probe() {
+  if (mode_.exclusive) TakeForever();
+  Statement(*this, "SELECT count(*) FROM sqlite_schema").Run();
+}
+
+void Connection::TakeForever() {
+  Execute("PRAGMA locking_mode=EXCLUSIVE");
+  if (!mode_.readOnly) Execute("BEGIN EXCLUSIVE; COMMIT");
+}
+
+// The file layer offers no shared memory, so the file must be held alone before it is read.
+void Connection::LeaveSharedMemoryJournal() {
+  if (mode_.readOnly)
+    throw EngineError(ErrorNumber::kNoPermission,
+                      FileText("Another program left the file ", path_,
+                               " in a state that must be tidied up by opening it for writing."));
+  Execute(
+      "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=DELETE; PRAGMA locking_mode=NORMAL;"
+      "SELECT count(*) FROM sqlite_schema");
+}
+
+void Connection::RequireWritable() const {
+  if (mode_.readOnly)
+    throw EngineError(ErrorNumber::kReadOnlyDatabase,
+                      FileText("The database ", path_, " is open for reading only."));
+}
+
+void Connection::Close() noexcept {
+  if (handle_ == nullptr) return;
+  state_->closedCacheReads += CacheReads();
+  selects_ = std::make_unique<SelectCache>();
+  tables_.clear();
+  sqlite3* const handle = std::exchange(handle_, nullptr);
+  while (sqlite3_stmt* const statement = sqlite3_next_stmt(handle, nullptr)) sqlite3_finalize(statement);
+  sqlite3_close_v2(handle);
+}
+
+sqlite3* Connection::Handle() const {
+  if (handle_ == nullptr) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
+  return handle_;
+}
+
+void Connection::Throw(int result) const {
+  ThrowStorageError(result, path_, sqlite3_errmsg(handle_));
+}
+
+void Connection::Execute(const std::string& storageSql) {
+  const int result = sqlite3_exec(Handle(), storageSql.c_str(), nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK) Throw(result);
+}
+
+int Connection::OnBusy(void* connection, int attempt) {
+  static thread_local std::chrono::steady_clock::time_point since;
+  const auto now = std::chrono::steady_clock::now();
+  if (attempt == 0) since = now;
+  const EngineOptions& options = static_cast<Connection*>(connection)->state_->options;
+  const std::chrono::milliseconds patience(std::int64_t{options.lockRetry} * options.lockDelay);
+  if (now - since >= patience) return 0;
+  // Short steps at first: most locks are held for milliseconds.
+  sqlite3_sleep(std::clamp(1 << std::min(attempt, 6), 1, std::max(1, options.lockDelay)));
+  return 1;
+}
+
+Connection::Stamp Connection::CurrentStamp() {
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(Handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  std::uint32_t changes = 0;
+  file->pMethods->xRead(file, &changes, sizeof changes, kChangeCounterOffset);
+  return {changes, sqlite3_total_changes64(handle_), epoch_};
+}
+
+std::int64_t Connection::OthersVersion() {
+  if (!othersVersion_.IsPrepared()) othersVersion_ = Statement(*this, "PRAGMA data_version");
+  ResetAtEnd reset(othersVersion_);
+  return othersVersion_.Step() ? othersVersion_.Number(0) : 0;
+}
+
+std::shared_ptr<const TableSchema> Connection::Table(std::string_view name) {
+  std::string key = LowerName(name);
+  const auto known = tables_.find(key);
+  if (known != tables_.end()) return known->second;
+  auto table = std::make_shared<const TableSchema>(ReadTableSchema(*this, name));
+  tables_.emplace(std::move(key), table);
+  return table;
+}
+
+void Connection::ForgetSchema() {
+  tables_.clear();
+  selects_ = std::make_unique<SelectCache>();
+}
+
+void Connection::SetCache(bool writing) {
+  const std::int32_t reading =
+      state_->options.bufferSize > 0 ? state_->options.bufferSize : kStorageDefaultBuffer;
+  const std::int32_t size = writing ? std::max(reading, kWritingBuffer) : reading;
+  Execute("PRAGMA cache_size=-" + std::to_string(size));
+}
+
+void Connection::SetSync(bool sync) {
+  Execute(sync ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+}
+
+void Connection::ApplyOptions() {
+  SetCache(inWork_);
+  if (!InTransaction()) SetSync(state_->options.implicitCommitSync);
+}
+
+void Connection::ReleaseMemory() {
+  if (IsOpen() && !InTransaction()) sqlite3_db_release_memory(handle_);
+}
+
+std::int64_t Connection::CacheReads() const {
+  int current = 0;
+  int highest = 0;
+  if (handle_ != nullptr) sqlite3_db_status(handle_, SQLITE_DBSTATUS_CACHE_HIT, &current, &highest, 0);
+  return current;
+}
+
+}  // namespace varnlog::dao

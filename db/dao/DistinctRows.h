@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "db/dao/Connection.h"
+#include "db/dao/Schema.h"
+
+namespace varnlog::dao {
+
+/// Keeps the different combinations of values that some fields of a table have, so that a SELECT DISTINCT
+/// over those fields reads a few thousand of them instead of a million rows. What such a statement gives
+/// depends on the combinations alone, so it runs unchanged on a table of that name and those fields in a
+/// database in memory.
+class DistinctRows {
+ public:
+  /// The database in memory to run a statement on that names no fields but `fields`, its rows in the order of
+  /// the fields as given. It is filled when it is asked for the first time and again when the file has
+  /// changed; it lives as long as this object, so statements prepared on it can be kept.
+  ///
+  /// Nothing when the statement has to run on the table itself: within a transaction, whose changes may yet
+  /// be undone, when there are too many combinations, and when too many sets of fields are kept already.
+  [[nodiscard]] Connection* Find(Connection& source, const TableSchema& table,
+                                 const std::vector<std::string>& fields);
+
+  /// Closes the databases in memory; statements on them can no longer be run.
+  void Clear() { kept_.clear(); }
+
+ private:
+  struct Kept {
+    std::string key;
+    Connection::Stamp stamp;
+    bool current = false;  // rows holds what was there at the stamp
+    bool tooMany = false;  // at the stamp
+    std::shared_ptr<Connection> rows;
+  };
+
+  Kept* Entry(Connection& source, const TableSchema& table, const std::vector<const FieldDef*>& fields);
+  static void Fill(Kept& kept, Connection& source, const TableSchema& table,
+                   const std::vector<const FieldDef*>& fields);
+
+  std::vector<std::unique_ptr<Kept>> kept_;
+};
+
+}  // namespace varnlog::dao

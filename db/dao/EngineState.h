@@ -1,0 +1,36 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace varnlog::dao {
+
+class Connection;
+
+/// What the options of an engine come to.
+struct EngineOptions {
+  /// KiB of page cache for reading; 0 leaves the storage's own default.
+  std::int32_t bufferSize = 0;
+  /// A locked file is asked for this often ...
+  std::int32_t lockRetry = 20;
+  /// ... at intervals that come to this many milliseconds each.
+  std::int32_t lockDelay = 100;
+  /// Whether a commit waits for the disk: one asked for by the program, and one the engine makes for a single
+  /// change.
+  bool userCommitSync = true;
+  bool implicitCommitSync = true;
+};
+
+/// Shared by an engine, its workspaces and their connections.
+struct EngineState {
+  EngineOptions options;
+  std::vector<std::weak_ptr<Connection>> connections;
+  /// Cache hits of connections that are closed by now.
+  std::int64_t closedCacheReads = 0;
+  /// Counts at the last reset, subtracted from what is reported; indexed by EngineStatistic.
+  std::array<std::int64_t, 6> statisticsAtReset{};
+};
+
+}  // namespace varnlog::dao

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "db/dao/Field.h"
+#include "db/dao/TableDef.h"
+
+namespace varnlog::dao {
+
+class Connection;
+
+/// What the engine knows of one table.
+struct TableSchema {
+  std::string name;  // as declared
+  std::vector<FieldDef> fields;
+  std::vector<Value> defaults;  // of a new row, one a field
+  std::vector<Index> indexes;   // as Seek takes their fields
+
+  /// Letter case is ignored; nothing for an unknown name.
+  [[nodiscard]] std::optional<std::size_t> FieldAt(std::string_view fieldName) const;
+};
+
+/// Throws kTableNotFound.
+[[nodiscard]] TableSchema ReadTableSchema(Connection& connection, std::string_view name);
+/// Names as declared, in the order in which the tables were made.
+[[nodiscard]] std::vector<std::string> ReadTableNames(Connection& connection);
+
+/// Lower case of the 26 letters; names of tables, fields and indexes are compared in this form.
+[[nodiscard]] std::string LowerName(std::string_view name);
+[[nodiscard]] bool SameName(std::string_view a, std::string_view b);
+
+/// "TEXT(32) COLLATE JET" and the like: how a field is declared in the storage.
+[[nodiscard]] std::string DeclaredType(const FieldDef& field);
+
+}  // namespace varnlog::dao

@@ -1,0 +1,50 @@
+#include "db/dao/TableDef.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "db/dao/Connection.h"
+#include "db/dao/JetSql.h"
+#include "db/dao/Schema.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+template <typename Item>
+const Item& Named(const std::vector<Item>& items, std::string_view name) {
+  const auto found =
+      std::find_if(items.begin(), items.end(), [&](const Item& item) { return SameName(item.name, name); });
+  if (found == items.end())
+    throw EngineError(ErrorNumber::kItemNotFound, "There is no item '" + std::string(name) + "'.");
+  return *found;
+}
+
+}  // namespace
+
+TableDef::TableDef(std::shared_ptr<Connection> connection, std::string name, std::vector<FieldDef> fields,
+                   std::vector<Index> indexes)
+    : connection_(std::move(connection)),
+      name_(std::move(name)),
+      fields_(std::move(fields)),
+      indexes_(std::move(indexes)) {}
+
+const FieldDef& TableDef::FieldNamed(std::string_view name) const {
+  return Named(fields_, name);
+}
+const Index& TableDef::IndexNamed(std::string_view name) const {
+  return Named(indexes_, name);
+}
+
+void TableDef::Append(const FieldDef& field) {
+  if (field.isCounter || field.name.empty() || (field.type == FieldType::kText && field.size <= 0))
+    throw EngineError(ErrorNumber::kNotSupported, "Such a field cannot be added to a table.");
+  WriteScope scope(*connection_);
+  connection_->Execute("ALTER TABLE " + QuoteIdentifier(name_) + " ADD COLUMN " +
+                       QuoteIdentifier(field.name) + " " + DeclaredType(field));
+  scope.Commit();
+  connection_->ForgetSchema();
+  fields_.push_back(field);
+}
+
+}  // namespace varnlog::dao
