@@ -1,0 +1,111 @@
+#include "tests/cli/Installation.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/CodePage.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReadAll(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string Quoted(const fs::path& path) {
+  return "'" + path.string() + "'";
+}
+
+}  // namespace
+
+Installation::Installation(const std::string& name)
+    : suite_(fs::temp_directory_path() / ("varnlog prüfung " + std::to_string(getpid()) + " " + name) /
+             "Kälvero Süite") {
+  fs::remove_all(suite_.parent_path());
+  fs::create_directories(suite_ / "Data");
+  fs::create_directories(program());
+  for (const char* file : {"verbalo.mdb", "varnlog.md0", "system.mdw"}) {
+    fs::copy_file(fs::path(VARNLOG_PROGRAM_DIR) / file, program() / file);
+  }
+  fs::copy_file(fs::path(VARNLOG_SUITE_DIR) / "KVFILEDB.DLL", suite_ / "KVFILEDB.DLL");
+  Write(suite_ / "kalvero.ini", "[INSTALL]\r\nSite=Praxis Dr. Weiß\r\n[Config]\r\nSchemeUS=0\r\n");
+  Write(suite_ / "fotavex.ini", "[XRaysIO]\r\nkV=60\r\nmA=7\r\n");
+}
+
+Installation::~Installation() {
+  std::error_code ignored;
+  fs::remove_all(suite_.parent_path(), ignored);
+}
+
+std::string Installation::CtlCommand() const {
+  return Quoted(fs::path(VARNLOG_PROGRAM_DIR) / "varnlogctl") + " --folder " + Quoted(program());
+}
+
+Ended Installation::Ctl(const std::string& arguments) const {
+  return Shell(CtlCommand() + " " + arguments);
+}
+
+Ended Installation::Shell(const std::string& command) const {
+  const fs::path out = suite_.parent_path() / "out";
+  const fs::path err = suite_.parent_path() / "err";
+  const std::string line = "{ " + command + "; } </dev/null >" + Quoted(out) + " 2>" + Quoted(err);
+  const int result =
+      std::system(line.c_str());  // NOLINT(bugprone-command-processor): it is the shell we want
+  return {.status = WIFEXITED(result) ? WEXITSTATUS(result) : -1, .out = ReadAll(out), .err = ReadAll(err)};
+}
+
+void Installation::Reports(const std::vector<tools::Exposure>& exposures) const {
+  const platform::CodePage oem(850);
+  std::string records;
+  for (const tools::Exposure& exposure : exposures) tools::AppendRecord(exposure, oem, records);
+  std::ofstream(exchangeFile(), std::ios::binary | std::ios::app) << records;
+}
+
+void Installation::SetLanguage(const std::string& code) const {
+  Write(program() / "varnlog.ini", "[App]\r\nLanguage=" + code + "\r\n");
+}
+
+void Installation::WithLog(bool exclusive, const std::function<void(dao::Database&)>& use) const {
+  dao::DBEngine engine;
+  engine.SetSystemDB((program() / "system.mdw").string());
+  const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
+  const auto database = workspace->OpenDatabase(log().string(), exclusive, false);
+  use(*database);
+  database->Close();
+}
+
+void Installation::Write(const fs::path& file, const std::string& content) {
+  std::ofstream stream(file, std::ios::binary);
+  stream << content;
+  if (!stream.flush()) throw std::runtime_error("cannot write " + file.string());
+}
+
+tools::Exposure NewExposure(const std::string& lastName, const std::string& type, const std::string& takeDate,
+                            const std::string& takeTime) {
+  tools::Exposure exposure;
+  exposure.lastName = lastName;
+  exposure.firstName = "Käthe";
+  exposure.birthday = "01.02.1960";
+  exposure.sex = "F";
+  exposure.pregCode = "N";
+  exposure.typeCode = type;
+  exposure.typeExtra = "48";
+  exposure.takeDate = takeDate;
+  exposure.takeTime = takeTime;
+  exposure.responsible = "Dr. Weiß";
+  exposure.radDur = "120";
+  exposure.volt = "65";
+  exposure.cur = "8";
+  exposure.dose = "3.4";
+  return exposure;
+}
+
+}  // namespace varnlog::cli

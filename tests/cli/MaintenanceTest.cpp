@@ -1,0 +1,85 @@
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/Installation.h"
+
+namespace varnlog::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class MaintenanceTest : public testing::Test {
+ protected:
+  MaintenanceTest() {
+    std::vector<tools::Exposure> exposures;
+    for (int i = 0; i < 500; ++i) {
+      const std::string time = "0" + std::to_string(i / 60) + ":" + std::to_string(10 + i % 50) + ":00";
+      exposures.push_back(NewExposure("Müller " + std::to_string(i), "XI", "01.03.2004", time));
+    }
+    installation_.Reports(exposures);
+    EXPECT_EQ(installation_.Ctl("update").status, 0);
+  }
+
+  std::string Rows() { return installation_.Ctl("list --format csv").out; }
+
+  void Damage(std::streamoff offset) {
+    std::fstream file(installation_.log(), std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(offset);
+    file << std::string(3000, '\x55');
+  }
+
+  Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
+};
+
+TEST_F(MaintenanceTest, ASoundLogStaysAsItIs) {
+  const std::string before = Rows();
+  EXPECT_EQ(installation_.Ctl("check").out, "ok\n");
+  EXPECT_EQ(installation_.Ctl("repair").out, "ok\n");
+  EXPECT_THAT(installation_.Ctl("compact").out, testing::MatchesRegex("before [0-9]+, after [0-9]+\n"));
+  EXPECT_EQ(Rows(), before);
+}
+
+TEST_F(MaintenanceTest, CompactingGivesRoomBack) {
+  installation_.WithLog(
+      false, [](dao::Database& log) { log.Execute("DELETE FROM TXray WHERE tXrayCulIntIDPk > 5"); });
+  const auto before = fs::file_size(installation_.log());
+  const Ended run = installation_.Ctl("compact");
+  const auto after = fs::file_size(installation_.log());
+  EXPECT_LT(after, before);
+  EXPECT_EQ(run.out, "before " + std::to_string(before) + ", after " + std::to_string(after) + "\n");
+}
+
+TEST_F(MaintenanceTest, ADamagedPageIsFoundAndRepaired) {
+  Damage(static_cast<std::streamoff>(fs::file_size(installation_.log()) / 2));
+  const Ended check = installation_.Ctl("check");
+  EXPECT_EQ(check.status, 1);
+  EXPECT_NE(check.out + check.err, "");
+  EXPECT_THAT(check.out, testing::Not(HasSubstr("ok\n")));
+  EXPECT_EQ(installation_.Ctl("repair").status, 0);
+  EXPECT_EQ(installation_.Ctl("check").out, "ok\n");
+}
+
+TEST_F(MaintenanceTest, FilesThatAreNoLogAreRefusedByEveryCommand) {
+  const fs::path folder = installation_.suite() / "Data";
+  Installation::Write(folder / "text.mdb", "This is a letter to the dentist.\n" + std::string(5000, 'x'));
+  Installation::Write(folder / "empty.mdb", "");
+  fs::create_directory(folder / "folder.mdb");
+  fs::copy_file(installation_.program() / "verbalo.mdb", folder / "other.mdb");
+  for (const std::string name : {"text.mdb", "empty.mdb", "folder.mdb", "other.mdb", "missing.mdb"}) {
+    for (const std::string command : {"list", "update", "check", "compact"}) {
+      const Ended run = installation_.Ctl(command + " --file '" + (folder / name).string() + "'");
+      EXPECT_EQ(run.status, 1) << command << " " << name << run.out;
+      EXPECT_EQ(run.out, "") << command << " " << name;
+      EXPECT_NE(run.err, "") << command << " " << name;
+    }
+  }
+  EXPECT_FALSE(fs::exists(folder / "missing.mdb"));
+  EXPECT_EQ(fs::file_size(folder / "text.mdb"), 5033U);
+  EXPECT_EQ(fs::file_size(folder / "empty.mdb"), 0U);
+}
+
+}  // namespace
+}  // namespace varnlog::cli

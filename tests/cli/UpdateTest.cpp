@@ -1,0 +1,133 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/Installation.h"
+
+namespace varnlog::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class UpdateTest : public testing::Test {
+ protected:
+  Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
+};
+
+TEST_F(UpdateTest, TakesExposuresOnceAndRemovesTheExchangeFile) {
+  const auto exposure = NewExposure("D'Angelo", "XI", "01.03.2004", "08:00:01");
+  installation_.Reports({exposure});
+  EXPECT_EQ(installation_.Ctl("update").out, "read 1, added 1, changed 0, skipped 0\n");
+  EXPECT_FALSE(fs::exists(installation_.exchangeFile()));
+  EXPECT_EQ(installation_.Ctl("update").out, "read 0, added 0, changed 0, skipped 0\n");
+
+  auto information = exposure;
+  information.kind = tools::Exposure::Kind::kInformation;
+  information.typeExtra = "~~";
+  installation_.Reports({exposure, information});
+  EXPECT_EQ(installation_.Ctl("update").out, "read 2, added 0, changed 1, skipped 1\n");
+  EXPECT_THAT(installation_.Ctl("list --format csv").out, HasSubstr(",N.d.,"));
+}
+
+TEST_F(UpdateTest, WithoutAnExchangeFileThereIsNothingToDo) {
+  const Ended run = installation_.Ctl("update");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out, "read 0, added 0, changed 0, skipped 0\n");
+  EXPECT_TRUE(fs::exists(installation_.log())) << "the empty log is installed";
+}
+
+TEST_F(UpdateTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {
+  std::vector<tools::Exposure> exposures;
+  for (const std::string name : {"Müller", "Maier", "Müller", "Müller"}) {
+    exposures.push_back(NewExposure(name, "XI", "01.03.2004", "08:00:0" + std::to_string(exposures.size())));
+    exposures.back().birthday = "31.13.1999";
+  }
+  installation_.Reports(exposures);
+  installation_.SetLanguage("GB");
+  const Ended run = installation_.Ctl("update");
+  EXPECT_EQ(run.out, "read 4, added 4, changed 0, skipped 0\n");
+  const auto first = run.err.find("Müller");
+  ASSERT_NE(first, std::string::npos) << run.err;
+  EXPECT_EQ(run.err.find("Müller", first + 1), std::string::npos) << run.err;
+  EXPECT_THAT(run.err, HasSubstr("(3x)\n"));
+  EXPECT_THAT(run.err, HasSubstr("Maier"));
+}
+
+TEST_F(UpdateTest, MessagesComeInTheConfiguredLanguage) {
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  installation_.SetLanguage("GB");
+  EXPECT_THAT(installation_.Ctl("list --file nowhere.mdb").err, HasSubstr("not found"));
+  installation_.SetLanguage("D");
+  EXPECT_THAT(installation_.Ctl("list --file nowhere.mdb").err, HasSubstr("nicht gefunden"));
+}
+
+TEST_F(UpdateTest, AnExchangeFileThatCannotBeOpenedCancelsTheRun) {
+  fs::create_directory(installation_.exchangeFile());
+  Installation::Write(installation_.exchangeFile() / "x", "");
+  const Ended run = installation_.Ctl("update");
+  // A folder of that name is no exchange file; either answer leaves log and folder alone.
+  EXPECT_LE(run.status, 1) << run.err;
+  EXPECT_TRUE(fs::is_directory(installation_.exchangeFile()));
+}
+
+TEST_F(UpdateTest, ADamagedExchangeFileIsLeftAlone) {
+  const std::string noise("\x50\x00T \x01garbage without an end", 26);
+  Installation::Write(installation_.exchangeFile(), std::string("\x02\x00", 2) + noise);
+  const Ended run = installation_.Ctl("update");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err, "");
+  EXPECT_EQ(fs::file_size(installation_.exchangeFile()), noise.size() + 2);
+}
+
+TEST_F(UpdateTest, AReadOnlyLogIsNotUpdated) {
+  EXPECT_EQ(installation_.Ctl("update").status, 0);
+  installation_.WithLog(false, [](dao::Database& log) {
+    const auto rows = log.OpenRecordset("SELECT TConfig.* From TConfig WHERE TConfig.tCfgSKey='ReadOnly';");
+    ASSERT_FALSE(rows->IsEOF());
+    rows->Edit();
+    rows->Fields("tCfgSSet").SetText("1");
+    rows->Update();
+  });
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  const Ended run = installation_.Ctl("update");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("schreibgeschützt"));
+  EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
+}
+
+TEST_F(UpdateTest, AnotherWorkstationsExclusiveUseIsReported) {
+  EXPECT_EQ(installation_.Ctl("update").status, 0);
+  installation_.WithLog(true, [this](dao::Database&) {
+    const Ended run = installation_.Ctl("list");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, HasSubstr("allein benutzt"));
+  });
+  EXPECT_EQ(installation_.Ctl("list").status, 0);
+}
+
+TEST_F(UpdateTest, WithoutTheSuitesLibraryNothingIsTouched) {
+  fs::remove(installation_.suite() / "KVFILEDB.DLL");
+  const Ended run = installation_.Ctl("update");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("Kalvero"));
+  EXPECT_FALSE(fs::exists(installation_.log()));
+}
+
+TEST_F(UpdateTest, AnIncompleteProgramFolderIsReported) {
+  fs::remove(installation_.program() / "verbalo.mdb");
+  EXPECT_THAT(installation_.Ctl("update").err, HasSubstr("Couldn't access language ressources"));
+  const Ended gone = installation_.Shell("'" VARNLOG_PROGRAM_DIR "/varnlogctl' --folder '/no such' check");
+  EXPECT_EQ(gone.status, 1);
+  EXPECT_THAT(gone.err, HasSubstr("/no such"));
+}
+
+TEST_F(UpdateTest, TheProgramFolderWorksWhereverItIsCopiedTo) {
+  const fs::path copy = installation_.suite() / "Kopie mit Ümlaut";
+  fs::copy(VARNLOG_PROGRAM_DIR, copy, fs::copy_options::recursive);
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  const Ended run = installation_.Shell("cd / && '" + copy.string() + "/varnlogctl' update");
+  EXPECT_EQ(run.out, "read 1, added 1, changed 0, skipped 0\n") << run.err;
+}
+
+}  // namespace
+}  // namespace varnlog::cli
