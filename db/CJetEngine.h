@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 
 #include "db/dao/DBEngine.h"
 
@@ -72,13 +73,16 @@ class CJetEngine {
   std::int32_t OpenDBInWorkspace(const std::string& path, bool exclusive, bool readOnly,
                                  const std::optional<std::string>& password = {});
   void OpenWorkspace(const std::string& name, const std::string& user, const std::string& password);
-  void RefreshCache();
+  /// False when pending changes cannot be written. Inside a transaction they are written ahead of the commit,
+  /// so that a full disk shows before anything is done that relies on it.
+  bool RefreshCache();
   /// Always 0.
   std::int32_t RepairDatabase(const std::string& path);
 
-  void TransactionCommit();
-  void TransactionRollback();
-  void TransactionStart();
+  /// True when done. After a failed commit the transaction is over and nothing of it was kept.
+  bool TransactionCommit();
+  bool TransactionRollback();
+  bool TransactionStart();
 
   bool AddTextFieldToTable(const std::string& table, const std::string& field, std::int32_t size);
   bool AddBooleanFieldToTable(const std::string& table, const std::string& field);
@@ -86,6 +90,16 @@ class CJetEngine {
   [[nodiscard]] const std::string& LastError() const { return lastError_; }
 
  private:
+  /// The one trap of every operation: 0, or the number of the error whose text is now in LastError().
+  template <typename Operation>
+  std::int32_t Trap(const Operation& operation);
+  std::int32_t Statistic(dao::EngineStatistic statistic, bool reset);
+  void Tune(dao::EngineOption option, const std::variant<std::int32_t, std::string>& value);
+  void Compact(const std::string& source, const std::optional<std::string>& destination, int options);
+  bool AddField(const std::string& table, const dao::FieldDef& field);
+  dao::Workspace& RequireWorkspace() const;
+  dao::Database& RequireDatabase() const;
+
   dao::DBEngine& engine_;
   std::shared_ptr<dao::Workspace> workspace_;
   std::shared_ptr<dao::Database> database_;

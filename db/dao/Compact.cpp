@@ -132,7 +132,7 @@ void CopyCompacted(Connection& source, const std::string& target, const Maintena
 void DBEngine::CompactInPlace(const std::string& path, const std::string& temporary, int /*options*/,
                               const MaintenanceProgress& progress) {
   const auto connection = Connection::Open(path, {.exclusive = true, .readOnly = false}, state_);
-  RemoveDatabaseFile(temporary);
+  RequireFreePath(temporary);
   try {
     CopyCompacted(*connection, temporary, progress, state_);
     // One step puts the new file in the old one's place, so that there is no moment without the file.

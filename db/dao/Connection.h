@@ -90,6 +90,8 @@ class Connection {
 
   /// Applies the engine's options after they changed.
   void ApplyOptions();
+  /// Writes what an open transaction has changed so far, ahead of its commit.
+  void WriteAhead();
   /// Gives cached pages back to the system unless a transaction is open.
   void ReleaseMemory();
   /// Pages found in the cache since the file was opened.

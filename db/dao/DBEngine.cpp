@@ -43,8 +43,8 @@ void DBEngine::AppendWorkspace(std::shared_ptr<Workspace> workspace) {
   workspaces_.push_back(std::move(workspace));
 }
 
-void DBEngine::RemoveWorkspace(std::string_view name) {
-  std::erase_if(workspaces_, [&](const auto& each) { return SameName(each->Name(), name); });
+void DBEngine::RemoveWorkspace(const std::shared_ptr<Workspace>& workspace) {
+  std::erase(workspaces_, workspace);
 }
 
 std::shared_ptr<Workspace> DBEngine::Workspaces(std::string_view name) const {

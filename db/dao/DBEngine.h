@@ -131,12 +131,12 @@ enum class EngineStatistic : int {
 /// kCancelled, leaving the source as it was.
 using MaintenanceProgress = std::function<bool(double)>;
 
-/// The engine: one for the process (Instance()), or one of its own for a test. All calls come from one
-/// thread.
+/// The engine: one for the process (Instance()), or one of its own for a test, which may also watch the calls
+/// in a class of its own. All calls come from one thread.
 class DBEngine {
  public:
   DBEngine();
-  ~DBEngine();
+  virtual ~DBEngine();
   DBEngine(const DBEngine&) = delete;
   DBEngine& operator=(const DBEngine&) = delete;
   [[nodiscard]] static DBEngine& Instance();
@@ -149,39 +149,39 @@ class DBEngine {
   [[nodiscard]] std::shared_ptr<Workspace> CreateWorkspace(std::string name, std::string user,
                                                            std::string_view password);
   void AppendWorkspace(std::shared_ptr<Workspace> workspace);
-  void RemoveWorkspace(std::string_view name);
+  void RemoveWorkspace(const std::shared_ptr<Workspace>& workspace);
   /// Throws kItemNotFound.
   [[nodiscard]] std::shared_ptr<Workspace> Workspaces(std::string_view name) const;
 
   /// Makes an empty file; throws kFileExists, kInvalidPath, kNoPermission. `locale` is accepted and has no
   /// effect: text order is always the engine's one collation. kEncrypt has no counterpart and is accepted.
-  [[nodiscard]] std::shared_ptr<Database> CreateDatabase(const std::string& path, std::string_view locale,
-                                                         int options);
+  [[nodiscard]] virtual std::shared_ptr<Database> CreateDatabase(const std::string& path,
+                                                                 std::string_view locale, int options);
   /// Writes a compacted copy; `target` must not exist (kFileExists). The source stays as it is, and no target
   /// is left behind by a failure. kEncrypt and kDecrypt only compact: files are not encrypted.
-  void CompactDatabase(const std::string& source, const std::string& target, int options = kNoOption,
-                       const MaintenanceProgress& progress = {});
-  /// Compacts by way of `temporary` (made anew, gone afterwards) and puts the result in the file's place,
-  /// while nobody else can write to it. At every moment the file is whole, and a failure leaves it as it was.
-  /// Throws kFileInUse when another program is using it.
-  void CompactInPlace(const std::string& path, const std::string& temporary, int options = kNoOption,
-                      const MaintenanceProgress& progress = {});
+  virtual void CompactDatabase(const std::string& source, const std::string& target, int options = kNoOption,
+                               const MaintenanceProgress& progress = {});
+  /// Compacts by way of `temporary` (must not exist: kFileExists; gone afterwards) and puts the result in the
+  /// file's place, while nobody else can write to it. At every moment the file is whole, and a failure leaves
+  /// it as it was. Throws kFileInUse when another program is using it.
+  virtual void CompactInPlace(const std::string& path, const std::string& temporary, int options = kNoOption,
+                              const MaintenanceProgress& progress = {});
   /// Mends the file in place: a sound one is left alone; otherwise every readable row goes into a new file
   /// that takes its place, and the damaged one stays beside it as NAME.damaged (NAME.damaged2, ... where
   /// there is one already). Throws kUnrecognisedFormat when nothing can be read; the file then stays as it
   /// was.
-  void RepairDatabase(const std::string& path, const MaintenanceProgress& progress = {});
+  virtual void RepairDatabase(const std::string& path, const MaintenanceProgress& progress = {});
 
   /// dbRefreshCache: finishes pending writes and makes the next read look at the disk. Inside a transaction
   /// what has been changed so far is written out ahead of the commit, so that a full disk shows early.
-  void Idle(bool refreshCache);
+  virtual void Idle(bool refreshCache);
 
   /// A count since the process started or since it was last reset.
-  std::int64_t ISAMStats(EngineStatistic statistic, bool reset = false);
+  virtual std::int64_t ISAMStats(EngineStatistic statistic, bool reset = false);
 
   /// Numbers, or "Yes"/"No" for the two Sync options; another type of value throws kNotSupported. What the
   /// storage has no counterpart for is accepted without effect: the table in EngineOptions.cpp says which.
-  void SetOption(EngineOption option, const std::variant<std::int32_t, std::string>& value);
+  virtual void SetOption(EngineOption option, const std::variant<std::int32_t, std::string>& value);
 
  private:
   std::string systemDB_;

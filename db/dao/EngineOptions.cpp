@@ -103,6 +103,7 @@ void DBEngine::Idle(bool refreshCache) {
   for (const auto& each : state_->connections) {
     const auto connection = each.lock();
     if (connection == nullptr || !connection->IsOpen()) continue;
+    connection->WriteAhead();
     connection->ReleaseMemory();
     connection->ForgetRows();
   }

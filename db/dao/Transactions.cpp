@@ -60,6 +60,12 @@ void Connection::RequireIntactWork() const {
                       "The transaction had to be undone after a failure; nothing more is written in it.");
 }
 
+void Connection::WriteAhead() {
+  if (mode_.readOnly || !InTransaction()) return;
+  const int result = sqlite3_db_cacheflush(handle_);
+  if (result != SQLITE_OK) Throw(result);
+}
+
 ReadScope::ReadScope(Connection& connection) : connection_(connection) {
   if (connection_.InTransaction()) return;
   connection_.begin_.Run();
