@@ -1,0 +1,201 @@
+#include "ui/TDBGrid.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <QApplication>
+#include <QHeaderView>
+
+#include "ui/TDBGridAccessible.h"
+
+namespace varnlog::ui {
+
+namespace {
+
+constexpr int kRowPadding = 6;
+
+void MarkSort(QHeaderView& header, std::optional<int> column, Qt::SortOrder order) {
+  header.setSortIndicatorShown(column.has_value());
+  header.setSortIndicator(column.value_or(-1), order);
+}
+
+}  // namespace
+
+TDBGrid::TDBGrid(QWidget* parent) : QTableView(parent), model_(this), delegate_(model_, this) {
+  InstallGridAccessibility();
+  setModel(&model_);
+  setItemDelegate(&delegate_);
+  setSelectionMode(ExtendedSelection);
+  setSelectionBehavior(SelectItems);
+  setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed | SelectedClicked);
+  setHorizontalScrollMode(ScrollPerPixel);
+  setVerticalScrollMode(ScrollPerItem);
+  setWordWrap(false);
+  setCornerButtonEnabled(false);
+  SetUpHeaders();
+  FitRowHeight();
+  // The handler may ask the user, which must not happen in the middle of painting or storing.
+  connect(&model_, &TDBGridModel::Failed, this, &TDBGrid::RaiseError);
+  searchTimer_.setInterval(0);
+  connect(&searchTimer_, &QTimer::timeout, this, [this] {
+    if (StepSearch()) StopSearch();
+  });
+}
+
+TDBGrid::~TDBGrid() {
+  // The base class outlives the model and the delegate, which are members.
+  setItemDelegate(nullptr);
+  setModel(nullptr);
+}
+
+void TDBGrid::SetUpHeaders() {
+  // A million row headings would be a million sections to measure and to read out.
+  verticalHeader()->hide();
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  QHeaderView& header = *horizontalHeader();
+  header.setSectionsClickable(true);
+  header.setHighlightSections(false);
+  header.setSectionResizeMode(QHeaderView::Interactive);
+  header.setMinimumSectionSize(kNarrowest);
+  header.setMaximumSectionSize(kWidest);
+  header.setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+  // A heading sorts; it does not select its column.
+  disconnect(&header, &QHeaderView::sectionPressed, this, nullptr);
+  disconnect(&header, &QHeaderView::sectionEntered, this, nullptr);
+  // With the grid's own selection every heading painted would ask each row whether it is selected.
+  header.setSelectionModel(new QItemSelectionModel(&model_, &header));
+  connect(&header, &QHeaderView::sectionClicked, this, &TDBGrid::ClickHeading);
+}
+
+void TDBGrid::FitRowHeight() {
+  QHeaderView& rows = *verticalHeader();
+  const int height = fontMetrics().height() + kRowPadding;
+  rows.setMinimumSectionSize(height);
+  rows.setDefaultSectionSize(height);
+}
+
+void TDBGrid::SetEvents(TDBGridEvents* events) {
+  events_ = events;
+  model_.SetEvents(events);
+}
+
+void TDBGrid::SetColumns(std::vector<GridColumn> columns) {
+  std::vector<int> widths;
+  widths.reserve(columns.size());
+  for (const GridColumn& column : columns) widths.push_back(column.width);
+  model_.SetColumns(std::move(columns));
+  for (std::size_t i = 0; i < widths.size(); ++i) SetColumnWidth(static_cast<int>(i), widths[i]);
+  SetSortIndicator(std::nullopt);
+}
+
+void TDBGrid::SetHeading(int column, const QString& heading) {
+  model_.Column(column).heading = heading;
+  model_.HeadingChanged(column);
+}
+
+void TDBGrid::SetMaxLength(int column, std::optional<int> characters) {
+  model_.Column(column).maxLength = characters;
+}
+
+void TDBGrid::SetColumnList(int column, const QStringList& entries) {
+  model_.Column(column).list = entries;
+  viewport()->update();
+}
+
+void TDBGrid::SetColumnWidth(int column, int width) {
+  setColumnWidth(column, std::clamp(width, kNarrowest, kWidest));
+}
+
+int TDBGrid::ColumnWidth(int column) const {
+  return columnWidth(column);
+}
+
+void TDBGrid::SetSortIndicator(std::optional<int> column, Qt::SortOrder order) {
+  sortColumn_ = column;
+  sortOrder_ = order;
+  MarkSort(*horizontalHeader(), sortColumn_, sortOrder_);
+}
+
+void TDBGrid::ClickHeading(int column) {
+  StopSearch();
+  if (events_ != nullptr) events_->HeadClick(column);
+  // The header has moved its mark on its own account.
+  MarkSort(*horizontalHeader(), sortColumn_, sortOrder_);
+}
+
+void TDBGrid::SetColors(const GridColors& colors) {
+  delegate_.SetColors(colors);
+  viewport()->update();
+}
+
+void TDBGrid::SetStateText(CellState state, const QString& text) {
+  model_.SetStateText(state, text);
+}
+
+void TDBGrid::SetAllowUpdate(bool allow) {
+  if (!allow) CancelEdit();
+  model_.SetAllowUpdate(allow);
+  viewport()->update();
+}
+
+void TDBGrid::ReBind(std::int64_t count) {
+  StopSearch();
+  countToBe_.reset();
+  const int column = std::max(Col(), 0);
+  model_.ReBind(count);
+  if (model_.rowCount() > 0) setCurrentIndex(model_.index(0, std::min(column, ColumnCount() - 1)));
+}
+
+void TDBGrid::SetApproximateCount(std::int64_t count) {
+  if (!model_.IsReading()) {
+    countToBe_.reset();
+    model_.SetRowCount(count);
+    return;
+  }
+  // The row being read is being painted: rows may come and go only after that.
+  const bool waiting = countToBe_.has_value();
+  countToBe_ = count;
+  if (waiting) return;
+  QTimer::singleShot(0, this, [this] {
+    if (const auto rows = std::exchange(countToBe_, std::nullopt)) SetApproximateCount(*rows);
+  });
+}
+
+void TDBGrid::SetCurrentCell(int row, int column) {
+  if (row < 0 || row >= model_.rowCount() || column < 0 || column >= ColumnCount()) return;
+  // The first call also moves the cell from which Shift extends, but might itself extend: Shift may be down.
+  setCurrentIndex(model_.index(row, column));
+  selectionModel()->select(currentIndex(), QItemSelectionModel::ClearAndSelect);
+  scrollTo(currentIndex());
+}
+
+void TDBGrid::RaiseError(const DataFailure& failure) {
+  const bool waiting = failure_.has_value();
+  failure_ = failure;
+  if (!waiting) QTimer::singleShot(0, this, &TDBGrid::TellError);
+}
+
+void TDBGrid::TellError() {
+  const DataFailure failure = std::exchange(failure_, std::nullopt).value_or(DataFailure{});
+  errorText_ = failure.text;
+  int response = 1;
+  if (events_ != nullptr) events_->Error(failure.number, response);
+  if (response != 0) QApplication::beep();
+}
+
+void TDBGrid::changeEvent(QEvent* event) {
+  QTableView::changeEvent(event);
+  switch (event->type()) {
+    case QEvent::FontChange:
+    case QEvent::StyleChange:
+      FitRowHeight();
+      break;
+    case QEvent::PaletteChange:
+      delegate_.ForgetPalette();
+      break;
+    default:
+      break;
+  }
+}
+
+}  // namespace varnlog::ui

@@ -1,0 +1,149 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include <QTableView>
+#include <QTimer>
+
+#include "ui/CellDelegate.h"
+#include "ui/GridColors.h"
+#include "ui/TDBGridEvents.h"
+#include "ui/TDBGridModel.h"
+
+namespace varnlog::ui {
+
+/// A data grid that holds no data of its own: it knows how many rows there are and asks its TDBGridEvents for
+/// the block of rows that is to be painted. Nothing in it walks all rows, so a million cost what a screenful
+/// costs.
+///
+/// Keys: arrows, Page Up and Down, Home and End (with Ctrl: first and last row); F2 or typing edits, Escape
+/// gives the edit up; Tab and Shift+Tab go to the next and previous open cell; Alt+Down or F4 opens the list;
+/// Alt+Up clicks the heading of the current column; Ctrl+C copies the selected cells.
+class TDBGrid final : public QTableView {
+  Q_OBJECT
+ public:
+  static constexpr int kNarrowest = 16;
+  static constexpr int kWidest = 4000;
+  /// More rows than this are not copied.
+  static constexpr int kMostRowsCopied = 10'000;
+  /// Rows looked at for an open cell before other events get their turn.
+  static constexpr int kRowsPerSearchSlice = 256;
+
+  explicit TDBGrid(QWidget* parent = nullptr);
+  ~TDBGrid() override;
+
+  /// Not owned; must outlive the grid or be replaced by nullptr. Set before rows are bound.
+  void SetEvents(TDBGridEvents* events);
+
+  /// Removes the existing columns. Forgets the sort indicator.
+  void SetColumns(std::vector<GridColumn> columns);
+  [[nodiscard]] int ColumnCount() const { return model_.columnCount(); }
+  void SetHeading(int column, const QString& heading);
+  /// Characters, not bytes; nothing: no limit.
+  void SetMaxLength(int column, std::optional<int> characters);
+  void SetColumnList(int column, const QStringList& entries);
+  /// Device-independent pixels; kept between kNarrowest and kWidest.
+  void SetColumnWidth(int column, int width);
+  [[nodiscard]] int ColumnWidth(int column) const;
+  /// Nothing: no heading is marked.
+  void SetSortIndicator(std::optional<int> column, Qt::SortOrder order = Qt::AscendingOrder);
+
+  void SetColors(const GridColors& colors);
+  /// What a state means, for the tooltip and for screen readers.
+  void SetStateText(CellState state, const QString& text);
+  /// False: no cell can be edited, Tab visits every cell.
+  void SetAllowUpdate(bool allow);
+
+  /// Shows `count` other rows from the first one on.
+  void ReBind(std::int64_t count);
+  /// Rows are added or taken away at the end; the rows shown, the current cell and the selection stay. May be
+  /// called from within UnboundReadDataEx.
+  void SetApproximateCount(std::int64_t count);
+  [[nodiscard]] std::int64_t ApproximateCount() const { return model_.rowCount(); }
+  /// Reads the rows shown anew, in place.
+  void Refresh() { model_.Refresh(); }
+  void RefetchRow(int row) { model_.RefetchRow(row); }
+
+  /// -1 when there is no current cell.
+  [[nodiscard]] int Row() const { return currentIndex().row(); }
+  [[nodiscard]] int Col() const { return currentIndex().column(); }
+  /// Selects the cell alone and brings it into view.
+  void SetCurrentCell(int row, int column);
+  [[nodiscard]] QString CellText(int row, int column) const { return model_.CellAt(row, column).text; }
+  [[nodiscard]] CellState StateOf(int row, int column) const { return model_.CellAt(row, column).state; }
+  [[nodiscard]] std::optional<std::int64_t> BookmarkOf(int row) const { return model_.BookmarkAt(row); }
+
+  /// Leaves the cell editor or closes the open list without storing. Within BeforeColEdit and ButtonClick it
+  /// keeps them from opening.
+  void CancelEdit();
+  [[nodiscard]] bool IsEditing() const { return state() == EditingState; }
+
+  /// Text of the failure that Error() is about.
+  [[nodiscard]] const QString& ErrorText() const { return errorText_; }
+
+  /// The selected cells, tabs between columns and a line a row, at most kMostRowsCopied rows.
+  [[nodiscard]] QString SelectionText();
+  void CopySelection();
+
+  [[nodiscard]] const TDBGridModel& Model() const { return model_; }
+  [[nodiscard]] const CellDelegate& Delegate() const { return delegate_; }
+  /// As if the heading had been clicked.
+  void ClickHeading(int column);
+
+  // Every cell would be looked at.
+  void keyboardSearch(const QString& /*search*/) override {}
+
+ protected:
+  bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+  void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+ private:
+  enum class Direction { kForward, kBackward };
+
+  void SetUpHeaders();
+  void FitRowHeight();
+
+  [[nodiscard]] bool MayEdit(const QModelIndex& index, EditTrigger trigger, const QEvent* event);
+  [[nodiscard]] bool OnButton(const QPoint& position) const;
+  void PressButton(const QModelIndex& index);
+  void RaiseError(const DataFailure& failure);
+  void TellError();
+
+  bool HandleKey(QKeyEvent* event);
+  void MoveToOpenCell(Direction direction);
+  [[nodiscard]] bool StepSearch();
+  [[nodiscard]] bool SearchRow(int row);
+  void StopSearch() { searchTimer_.stop(); }
+
+  TDBGridModel model_;
+  CellDelegate delegate_;
+  TDBGridEvents* events_ = nullptr;
+
+  std::optional<int> sortColumn_;
+  Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
+
+  bool cancelRequested_ = false;
+  bool openingList_ = false;
+
+  std::optional<DataFailure> failure_;  // not told yet
+  QString errorText_;
+  std::optional<std::int64_t> countToBe_;  // asked for while a block was being read
+
+  struct Search {
+    Direction direction = Direction::kForward;
+    int row = 0;
+    int column = 0;  // the next one to look at
+  };
+  Search search_;
+  QTimer searchTimer_;
+};
+
+}  // namespace varnlog::ui

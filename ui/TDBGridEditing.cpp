@@ -1,0 +1,119 @@
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPointer>
+
+#include "ui/CellEditors.h"
+#include "ui/TDBGrid.h"
+#include "ui/TDBGridAccessible.h"
+
+namespace varnlog::ui {
+
+namespace {
+
+/// The character that a key press puts in, 0 for anything else.
+int TypedCharacter(const QEvent* event) {
+  if (event == nullptr || event->type() != QEvent::KeyPress) return 0;
+  const QString text = static_cast<const QKeyEvent*>(event)->text();
+  return text.isEmpty() ? 0 : static_cast<int>(text.toUcs4().front());
+}
+
+}  // namespace
+
+bool TDBGrid::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+  const bool allowed = trigger == AllEditTriggers || editTriggers().testFlag(trigger);
+  const bool opens = allowed && trigger != NoEditTriggers && index.isValid() && !IsEditing() &&
+                     model_.flags(index).testFlag(Qt::ItemIsEditable);
+  if (!opens || openingList_) return QTableView::edit(index, trigger, event);
+  // The base class waits whether a second click follows and then asks again. A locked cell that is merely
+  // clicked once more, as when coming back to the window, is not worth a message.
+  if (trigger == SelectedClicked) {
+    return StateOf(index.row(), index.column()) != CellState::kLocked &&
+           QTableView::edit(index, trigger, event);
+  }
+  // A refusal counts as handled, or the key would go on to search and the mouse to select.
+  const QPersistentModelIndex cell(index);
+  const QPointer<TDBGrid> self(this);
+  const bool may = MayEdit(index, trigger, event);
+  if (self.isNull() || !may || !cell.isValid()) return true;
+  return QTableView::edit(cell, trigger, event);
+}
+
+bool TDBGrid::MayEdit(const QModelIndex& index, EditTrigger trigger, const QEvent* event) {
+  if (!model_.BookmarkAt(index.row())) return false;  // not read (yet): nothing to correct
+  if (index != currentIndex()) setCurrentIndex(index);
+  if (events_ == nullptr) return true;
+  const QPointer<TDBGrid> self(this);
+  cancelRequested_ = false;
+  bool cancel = false;
+  events_->BeforeColEdit(index.column(), trigger == AnyKeyPressed ? TypedCharacter(event) : 0, cancel);
+  return !self.isNull() && !cancel && !cancelRequested_;
+}
+
+void TDBGrid::CancelEdit() {
+  cancelRequested_ = true;
+  if (!IsEditing()) return;
+  if (QWidget* editor = indexWidget(currentIndex())) {
+    closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
+  }
+}
+
+void TDBGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+  const bool next = hint == QAbstractItemDelegate::EditNextItem;
+  const bool previous = hint == QAbstractItemDelegate::EditPreviousItem;
+  if (!next && !previous) {
+    QTableView::closeEditor(editor, hint);
+    return;
+  }
+  // Going to an open cell does not open it: what is entered there is entered once.
+  QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
+  MoveToOpenCell(next ? Direction::kForward : Direction::kBackward);
+}
+
+bool TDBGrid::OnButton(const QPoint& position) const {
+  const QModelIndex index = indexAt(position);
+  return index.isValid() && delegate_.HasButton(index.row(), index.column()) &&
+         ButtonRect(visualRect(index)).contains(position);
+}
+
+void TDBGrid::PressButton(const QModelIndex& index) {
+  if (index != currentIndex()) setCurrentIndex(index);
+  const QPersistentModelIndex cell(index);
+  const QPointer<TDBGrid> self(this);
+  cancelRequested_ = false;
+  if (events_ != nullptr) events_->ButtonClick(index.column());
+  if (self.isNull() || cancelRequested_ || !cell.isValid()) return;
+  openingList_ = true;
+  edit(cell, AllEditTriggers, nullptr);
+  openingList_ = false;
+  if (auto* list = qobject_cast<ListEditor*>(indexWidget(cell))) list->showPopup();
+}
+
+void TDBGrid::mousePressEvent(QMouseEvent* event) {
+  StopSearch();
+  if (event->button() == Qt::LeftButton && OnButton(event->position().toPoint())) {
+    PressButton(indexAt(event->position().toPoint()));
+    return;
+  }
+  QTableView::mousePressEvent(event);
+}
+
+void TDBGrid::mouseDoubleClickEvent(QMouseEvent* event) {
+  // The second click on a button whose list was refused is no wish to edit the cell below it.
+  if (event->button() == Qt::LeftButton && OnButton(event->position().toPoint())) return;
+  QTableView::mouseDoubleClickEvent(event);
+}
+
+void TDBGrid::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  // QTableView's own version names the cell to screen readers by a number that counts all cells.
+  QAbstractItemView::currentChanged(current, previous);  // NOLINT(bugprone-parent-virtual-call)
+  AnnounceCurrentCell(*this);
+  if (events_ != nullptr) events_->RowColChange();
+}
+
+void TDBGrid::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  // QTableView's own version lists every selected cell when a screen reader runs.
+  QAbstractItemView::selectionChanged(selected, deselected);  // NOLINT(bugprone-parent-virtual-call)
+  AnnounceSelection(*this);
+}
+
+}  // namespace varnlog::ui

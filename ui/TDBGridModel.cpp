@@ -1,0 +1,155 @@
+#include "ui/TDBGridModel.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace varnlog::ui {
+
+TDBGridModel::TDBGridModel(QObject* parent)
+    : QAbstractTableModel(parent), blocks_([this](const DataFailure& failure) { ReadFailed(failure); }) {}
+
+void TDBGridModel::SetEvents(TDBGridEvents* events) {
+  events_ = events;
+  blocks_.SetEvents(events);
+  Refresh();
+}
+
+void TDBGridModel::SetColumns(std::vector<GridColumn> columns) {
+  beginResetModel();
+  columns_ = std::move(columns);
+  blocks_.SetColumnCount(static_cast<int>(columns_.size()));
+  endResetModel();
+}
+
+void TDBGridModel::ReBind(std::int64_t count) {
+  beginResetModel();
+  rowCount_ = static_cast<int>(std::clamp<std::int64_t>(count, 0, kMostRows));
+  blocks_.Clear();
+  readFailureTold_ = false;
+  endResetModel();
+}
+
+void TDBGridModel::SetRowCount(std::int64_t count) {
+  const int rows = static_cast<int>(std::clamp<std::int64_t>(count, 0, kMostRows));
+  if (rows > rowCount_) {
+    // The last block may have been read when it was shorter.
+    blocks_.ForgetFrom(rowCount_);
+    beginInsertRows({}, rowCount_, rows - 1);
+    rowCount_ = rows;
+    endInsertRows();
+  } else if (rows < rowCount_) {
+    blocks_.ForgetFrom(rows);
+    beginRemoveRows({}, rows, rowCount_ - 1);
+    rowCount_ = rows;
+    endRemoveRows();
+  }
+}
+
+void TDBGridModel::Refresh() {
+  blocks_.Clear();
+  readFailureTold_ = false;
+  if (rowCount_ > 0 && !columns_.empty()) {
+    emit dataChanged(index(0, 0), index(rowCount_ - 1, columnCount() - 1));
+  }
+}
+
+void TDBGridModel::RefetchRow(int row) {
+  if (row < 0 || row >= rowCount_ || columns_.empty()) return;
+  blocks_.Forget(row);
+  emit dataChanged(index(row, 0), index(row, columnCount() - 1));
+}
+
+TDBGridModel::Cell TDBGridModel::CellAt(int row, int column) const {
+  const RowBlocks::Row found = blocks_.At(row);
+  if (found.buffer == nullptr) return {};
+  return {found.buffer->Value(found.index, column).value_or(QString()),
+          found.buffer->State(found.index, column)};
+}
+
+std::optional<std::int64_t> TDBGridModel::BookmarkAt(int row) const {
+  const RowBlocks::Row found = blocks_.At(row);
+  if (found.buffer == nullptr) return std::nullopt;
+  return found.buffer->Bookmark(found.index);
+}
+
+void TDBGridModel::SetStateText(CellState state, const QString& text) {
+  stateTexts_.at(static_cast<std::size_t>(state)) = text;
+}
+
+QString TDBGridModel::StateText(CellState state) const {
+  return stateTexts_.at(static_cast<std::size_t>(state));
+}
+
+int TDBGridModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rowCount_;
+}
+
+int TDBGridModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(columns_.size());
+}
+
+QVariant TDBGridModel::data(const QModelIndex& index, int role) const {
+  if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) return {};
+  switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+    case Qt::AccessibleTextRole:
+      return CellAt(index.row(), index.column()).text;
+    case Qt::AccessibleDescriptionRole:
+      return StateText(CellAt(index.row(), index.column()).state);
+    default:
+      return {};
+  }
+}
+
+QVariant TDBGridModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || section < 0 || section >= columnCount()) return {};
+  const GridColumn& column = Column(section);
+  if (role == Qt::DisplayRole) return column.heading;
+  if (role == Qt::TextAlignmentRole) return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
+  return {};
+}
+
+Qt::ItemFlags TDBGridModel::flags(const QModelIndex& index) const {
+  if (!index.isValid()) return Qt::NoItemFlags;
+  Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
+  if (allowUpdate_ && Column(index.column()).editable) flags |= Qt::ItemIsEditable;
+  return flags;
+}
+
+bool TDBGridModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  if (role != Qt::EditRole || !index.isValid() || events_ == nullptr || !allowUpdate_) return false;
+  // A message box opened by a handler takes the focus from the editor, which then hands its text in again.
+  if (writing_) return false;
+  const QString text = value.toString();
+  if (text == CellAt(index.row(), index.column()).text) return true;
+  const QPersistentModelIndex cell(index);
+  writing_ = true;
+  const std::optional<DataFailure> failure = Write(index, text);
+  writing_ = false;
+  if (cell.isValid()) RefetchRow(cell.row());
+  if (failure) emit Failed(*failure);
+  return !failure;
+}
+
+std::optional<DataFailure> TDBGridModel::Write(const QModelIndex& index, const QString& text) {
+  const std::optional<std::int64_t> bookmark = BookmarkAt(index.row());
+  if (!bookmark) return DataFailure{};
+  RowBuffer row(1, columnCount());
+  row.SetBookmark(0, *bookmark);
+  row.SetValue(0, index.column(), text);
+  try {
+    return events_->UnboundWriteData(row, *bookmark);
+  } catch (const std::exception& e) {
+    return DataFailure{0, QString::fromUtf8(e.what())};
+  }
+}
+
+void TDBGridModel::ReadFailed(const DataFailure& failure) {
+  // One message, not one for every block that is painted.
+  if (std::exchange(readFailureTold_, true)) return;
+  emit Failed(failure);
+}
+
+}  // namespace varnlog::ui
