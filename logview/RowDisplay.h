@@ -13,7 +13,7 @@
 namespace varnlog::logview {
 
 /// Turns the current row of a record set over TXray into the texts of the grid. Looks the record set's fields
-/// up once and keeps references to them and to everything it is given, so it lives no longer than those.
+/// up once and keeps references to them, to the texts and to the scheme, so it lives no longer than those.
 class RowDisplay {
  public:
   RowDisplay(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme,
@@ -29,7 +29,7 @@ class RowDisplay {
   dao::Recordset& rows_;
   const db::TextLookup& texts_;
   const intake::ToothScheme& scheme_;
-  const platform::ShortDate& shortDate_;
+  platform::ShortDate shortDate_;
   dao::Field& taken_;
   dao::Field& name_;
   dao::Field& firstName_;
