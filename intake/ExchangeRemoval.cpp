@@ -1,0 +1,109 @@
+#include "intake/ExchangeRemoval.h"
+
+#include <thread>
+#include <utility>
+
+#include "intake/TakenFiles.h"
+
+namespace varnlog::intake {
+
+using platform::File;
+
+namespace {
+
+/// The bytes that are written to, and only these, are locked: others may read and append elsewhere.
+class RangeLock {
+ public:
+  RangeLock(File& file, std::uint64_t length) : file_(file), length_(length) {
+    std::error_code ignored;
+    held_ = file.TryLockRange(0, length, ignored);
+  }
+  ~RangeLock() {
+    if (held_) file_.UnlockRange(0, length_);
+  }
+  RangeLock(const RangeLock&) = delete;
+  RangeLock& operator=(const RangeLock&) = delete;
+  [[nodiscard]] bool IsHeld() const { return held_; }
+
+ private:
+  File& file_;
+  std::uint64_t length_;
+  bool held_ = false;
+};
+
+}  // namespace
+
+ExchangeRemoval::ExchangeRemoval(const std::filesystem::path& exchange, RunOptions options)
+    : exchange_(ExchangeLocation(exchange)), options_(std::move(options)), journal_(exchange_) {}
+
+ExchangeRemoval::Solitude ExchangeRemoval::WaitForSolitude(File& file) const {
+  using std::chrono::steady_clock;
+  const auto end = steady_clock::now() + options_.patience;
+  for (;;) {
+    const Solitude solitude = file.TrySolitude();
+    if (solitude != Solitude::kShared || steady_clock::now() >= end) return solitude;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
+RunTimeError ExchangeRemoval::TakeAside(std::uint64_t count) {
+  if (!MoveAside(exchange_, count)) return kPathAccess;
+  options_.Reached(RunStep::kMovedAside);
+  return kNoError;
+}
+
+RunTimeError ExchangeRemoval::RemoveAlone(File& file, std::uint64_t count) {
+  std::error_code error;
+  const std::uint64_t size = file.Size(error);
+  if (error) return kDeviceError;
+  if (size < count) return kInvalidCall;
+  if (size == count) return TakeAside(count);
+  const RangeLock lock(file, size - count);
+  if (!lock.IsHeld()) return kDeviceError;
+  if (!journal_.Shift(file, count, options_)) return kNoError;
+  // A full disk has no room for the journal, but a new name costs nothing.
+  return journal_.Exists() ? kDeviceError : TakeAside(count);
+}
+
+RunTimeError ExchangeRemoval::RemoveInCompany(File& file, std::uint64_t count) {
+  std::error_code error;
+  const std::uint64_t size = file.Size(error);
+  if (error) return kDeviceError;
+  if (size == count) return TakeAside(count);
+  const RangeLock lock(file, size - count);
+  return lock.IsHeld() ? TakeAside(count) : kDeviceError;
+}
+
+RunTimeError ExchangeRemoval::Remove(std::uint64_t count) {
+  const auto size = platform::FileSize(exchange_);
+  if (!size) return kFileNotFound;
+  if (*size < count) return kInvalidCall;
+  if (count == 0 && *size > 0) return kNoError;
+  if (!Recover()) return kDeviceError;
+  std::error_code error;
+  File file = File::Open(exchange_, File::Mode::kReadWrite, error);
+  if (error) return *size == count ? TakeAside(count) : kDeviceError;
+  const Solitude solitude = WaitForSolitude(file);
+  if (solitude != Solitude::kAlone) return RemoveInCompany(file, count);
+  const RunTimeError result = RemoveAlone(file, count);
+  file.EndSolitude();
+  return result;
+}
+
+bool ExchangeRemoval::Recover() {
+  if (!journal_.Exists()) return true;
+  std::error_code error;
+  File file = File::Open(exchange_, File::Mode::kReadWrite, error);
+  if (error == std::errc::no_such_file_or_directory) {
+    journal_.Discard();
+    return true;
+  }
+  if (error) return false;
+  const Solitude solitude = WaitForSolitude(file);
+  if (solitude == Solitude::kShared) return false;
+  error = journal_.Finish(file, options_);
+  file.EndSolitude();
+  return !error;
+}
+
+}  // namespace varnlog::intake

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+
+#include "intake/CPAXTOTokens.h"
+#include "intake/RunStep.h"
+#include "intake/ShiftJournal.h"
+
+namespace varnlog::intake {
+
+/// Takes read bytes away from the front of the exchange file so that no append is lost: not by a writer that
+/// takes no lock, not by one that keeps the file open, not by an interruption at any point.
+///
+/// - All was read: the file is moved aside (TakenFiles), where a late writer's bytes are still found.
+/// - More was appended, and there is a moment in which nobody else has the file open: the remainder is moved
+///   to the front and the file cut (ShiftJournal), while new openers wait and the bytes that are written to
+///   are locked.
+/// - More was appended, and somebody keeps the file open, or the file system cannot tell: the file is moved
+///   aside as well. Whoever has it open goes on writing there, and the next run reads on at that place.
+class ExchangeRemoval {
+ public:
+  explicit ExchangeRemoval(const std::filesystem::path& exchange, RunOptions options = {});
+
+  /// Removes the first `count` bytes; none of a longer file stay as they are. kNoError; kFileNotFound;
+  /// kInvalidCall when the file is shorter; kDeviceError when it cannot be opened, locked or written to;
+  /// kPathAccess when it cannot be moved aside. After an error the bytes are still there.
+  [[nodiscard]] RunTimeError Remove(std::uint64_t count);
+
+  /// Finishes what an interruption left half done. False when somebody keeps the file open meanwhile, or the
+  /// disk fails: the file must not be read before this has succeeded.
+  [[nodiscard]] bool Recover();
+
+ private:
+  using Solitude = platform::File::Solitude;
+  [[nodiscard]] Solitude WaitForSolitude(platform::File& file) const;
+  [[nodiscard]] RunTimeError RemoveAlone(platform::File& file, std::uint64_t count);
+  [[nodiscard]] RunTimeError RemoveInCompany(platform::File& file, std::uint64_t count);
+  [[nodiscard]] RunTimeError TakeAside(std::uint64_t count);
+
+  std::filesystem::path exchange_;
+  RunOptions options_;
+  ShiftJournal journal_;
+};
+
+}  // namespace varnlog::intake

@@ -1,0 +1,139 @@
+#include "intake/TakenFiles.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string>
+#include <string_view>
+
+#include "platform/Files.h"
+
+namespace varnlog::intake {
+namespace {
+
+constexpr std::string_view kSuffix = ".taken";
+
+std::uint64_t NowStamp() {
+  using std::chrono::system_clock;
+  return static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(system_clock::now().time_since_epoch()).count());
+}
+
+std::optional<std::uint64_t> Number(std::string_view text) {
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end) return std::nullopt;
+  return number;
+}
+
+/// STAMP-FROM out of NAME.STAMP-FROM.taken.
+std::optional<TakenFile> ParseName(std::string_view name, std::string_view exchangeName) {
+  if (name.size() <= exchangeName.size() + kSuffix.size() + 1) return std::nullopt;
+  if (!name.starts_with(exchangeName) || !name.ends_with(kSuffix)) return std::nullopt;
+  if (name[exchangeName.size()] != '.') return std::nullopt;
+  name.remove_prefix(exchangeName.size() + 1);
+  name.remove_suffix(kSuffix.size());
+  const std::size_t dash = name.find('-');
+  if (dash == std::string_view::npos) return std::nullopt;
+  const auto stamp = Number(name.substr(0, dash));
+  const auto from = Number(name.substr(dash + 1));
+  if (!stamp || !from) return std::nullopt;
+  TakenFile taken;
+  taken.stamp = *stamp;
+  taken.from = *from;
+  return taken;
+}
+
+std::filesystem::path TakenPath(const std::filesystem::path& exchange, std::uint64_t stamp,
+                                std::uint64_t from) {
+  std::filesystem::path path = exchange;
+  path += "." + std::to_string(stamp) + "-" + std::to_string(from) + std::string(kSuffix);
+  return path;
+}
+
+bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+  std::error_code error;
+  std::filesystem::rename(from, to, error);
+  if (error) return false;
+  platform::FlushFolder(to.parent_path());
+  return true;
+}
+
+bool IsOldEnough(const TakenFile& taken, std::chrono::milliseconds grace) {
+  const std::uint64_t now = NowStamp();
+  // A stamp from the future: the clock was set back. A minute of that is no reason to keep the file for ever.
+  constexpr std::uint64_t kClockError = 60'000;
+  if (taken.stamp > now) return taken.stamp - now > kClockError;
+  return now - taken.stamp >= static_cast<std::uint64_t>(grace.count());
+}
+
+/// A file system that cannot tell who has a file open gives everybody a day to close it.
+constexpr std::chrono::hours kGraceWithoutSolitude{24};
+
+}  // namespace
+
+std::filesystem::path ExchangeLocation(const std::filesystem::path& path) {
+  constexpr int kMostLinks = 40;
+  std::filesystem::path location = path;
+  std::error_code error;
+  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(location, error); ++i) {
+    const std::filesystem::path target = std::filesystem::read_symlink(location, error);
+    if (error) break;
+    location = location.parent_path() / target;
+  }
+  return location;
+}
+
+std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange) {
+  std::vector<TakenFile> found;
+  const std::string exchangeName = exchange.filename().string();
+  std::error_code error;
+  std::filesystem::path folder = exchange.parent_path();
+  if (folder.empty()) folder = ".";
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::optional<TakenFile> taken = ParseName(entry->path().filename().string(), exchangeName);
+    const auto size = taken ? platform::FileSize(entry->path()) : std::nullopt;
+    if (!size) continue;
+    taken->path = entry->path();
+    taken->size = *size;
+    found.push_back(std::move(*taken));
+  }
+  std::ranges::sort(found, {}, &TakenFile::stamp);
+  return found;
+}
+
+bool MoveAside(const std::filesystem::path& exchange, std::uint64_t from) {
+  std::uint64_t stamp = NowStamp();
+  const std::vector<TakenFile> earlier = ListTakenFiles(exchange);
+  if (!earlier.empty()) stamp = std::max(stamp, earlier.back().stamp + 1);
+  return Rename(exchange, TakenPath(exchange, stamp, from));
+}
+
+bool AccountFor(const std::filesystem::path& exchange, const TakenFile& taken, std::uint64_t from) {
+  return Rename(taken.path, TakenPath(exchange, taken.stamp, from));
+}
+
+bool IsOutOfReach(const TakenFile& taken, std::chrono::milliseconds grace) {
+  using Solitude = platform::File::Solitude;
+  if (!IsOldEnough(taken, grace)) return false;
+  std::error_code error;
+  platform::File file = platform::File::Open(taken.path, platform::File::Mode::kReadWrite, error);
+  const Solitude solitude = error ? Solitude::kUnsupported : file.TrySolitude();
+  if (solitude == Solitude::kUnsupported) return IsOldEnough(taken, kGraceWithoutSolitude);
+  file.EndSolitude();
+  return solitude == Solitude::kAlone;
+}
+
+void SweepTakenFiles(const std::filesystem::path& exchange, std::chrono::milliseconds grace) {
+  for (const TakenFile& taken : ListTakenFiles(exchange)) {
+    if (taken.IsPending() || !IsOutOfReach(taken, grace)) continue;
+    // Out of reach is for ever, but the size is of before: look once more.
+    const auto size = platform::FileSize(taken.path);
+    if (!size || *size > taken.from) continue;
+    std::error_code ignored;
+    std::filesystem::remove(taken.path, ignored);
+  }
+}
+
+}  // namespace varnlog::intake

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace varnlog::intake {
+
+/// An exchange file that was moved aside instead of deleted: EXCHANGEFILE.STAMP-FROM.taken. A program that
+/// had the exchange file open, or was just opening it, goes on writing into this one. The bytes before FROM
+/// are accounted for; what comes behind them is pending.
+struct TakenFile {
+  std::filesystem::path path;
+  std::uint64_t stamp = 0;  // when it was moved aside: milliseconds since 1970, unique
+  std::uint64_t from = 0;
+  std::uint64_t size = 0;
+
+  [[nodiscard]] bool IsPending() const { return size > from; }
+};
+
+/// Where the exchange file really stands: `path` with a symbolic link as its last part resolved, even when
+/// the link's target does not exist. Moving aside must move the file, not the link to it.
+[[nodiscard]] std::filesystem::path ExchangeLocation(const std::filesystem::path& path);
+
+/// In the order in which they were moved aside. `exchange` must come from ExchangeLocation().
+[[nodiscard]] std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange);
+
+/// Moves the exchange file aside: its first `from` bytes are accounted for.
+[[nodiscard]] bool MoveAside(const std::filesystem::path& exchange, std::uint64_t from);
+
+/// Notes that the bytes before `from` are accounted for, by renaming the file.
+[[nodiscard]] bool AccountFor(const std::filesystem::path& exchange, const TakenFile& taken,
+                              std::uint64_t from);
+
+/// True when nobody can write to the file any more: no other program has it open, and it was moved aside so
+/// long ago that none is just opening it.
+[[nodiscard]] bool IsOutOfReach(const TakenFile& taken, std::chrono::milliseconds grace);
+
+/// Deletes the files in which nothing is pending and that are out of reach.
+void SweepTakenFiles(const std::filesystem::path& exchange, std::chrono::milliseconds grace);
+
+}  // namespace varnlog::intake
