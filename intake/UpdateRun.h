@@ -6,6 +6,7 @@
 #include "db/Globals.h"
 #include "db/TextLookup.h"
 #include "db/UserDialog.h"
+#include "intake/RunStep.h"
 #include "platform/Clock.h"
 
 namespace varnlog::intake {
@@ -43,7 +44,8 @@ struct UpdateContext {
 
 /// Takes the records of the exchange file into the open log in one transaction, then removes them from the
 /// file. Nothing is lost at any instant: see docs/intake.md.
-[[nodiscard]] UpdateResult RunUpdate(const UpdateContext& context, UpdateView& view);
+[[nodiscard]] UpdateResult RunUpdate(const UpdateContext& context, UpdateView& view,
+                                     const RunOptions& options = {});
 
 /// True when the exchange file, or a copy that an interrupted run left, holds data.
 [[nodiscard]] bool ExchangeDataPending(const db::Globals& globals);
