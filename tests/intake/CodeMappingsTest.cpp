@@ -1,0 +1,117 @@
+#include <map>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "intake/CodeMappings.h"
+
+namespace varnlog::intake {
+namespace {
+
+class Texts final : public db::TextLookup {
+ public:
+  explicit Texts(std::map<std::string_view, std::string> texts) : texts_(std::move(texts)) {}
+  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+    const auto found = texts_.find(key.name());
+    return found == texts_.end() ? std::string() : found->second;
+  }
+
+ private:
+  std::map<std::string_view, std::string> texts_;
+};
+
+const Texts kGerman({{"RC_PREGYES", "Ja"},
+                     {"RC_PREGNO", "Nein"},
+                     {"RC_PREGUNKNOWN", "Unbek."},
+                     {"RC_REPEAT", "Wiederholung"},
+                     {"RC_ND", "Nicht diagn."}});
+const Texts kNoTexts({});
+
+class Scheme final : public ToothScheme {
+ public:
+  explicit Scheme(bool us) : us_(us) {}
+  [[nodiscard]] bool SchemeUS() const override { return us_; }
+
+ private:
+  bool us_;
+};
+const Scheme kUS(true);
+const Scheme kFDI(false);
+
+TEST(CodeMappingsTest, ShowsAndReadsPregnancyAndRepeat) {
+  const struct {
+    const char* code;
+    const char* text;
+  } pregnancy[] = {{"J", "Ja"}, {"N", "Nein"}, {"-", "Unbek."}},
+    repeat[] = {{"Wdh.", "Wiederholung"}, {"N.d.", "Nicht diagn."}};
+  for (const auto& row : pregnancy) {
+    EXPECT_EQ(PregnancyCodeToText(row.code, kGerman), row.text);
+    EXPECT_EQ(PregnancyTextToCode(row.text, kGerman), row.code);
+  }
+  for (const auto& row : repeat) {
+    EXPECT_EQ(RepeatCodeToText(row.code, kGerman), row.text);
+    EXPECT_EQ(RepeatTextToCode(row.text, kGerman), row.code);
+  }
+}
+
+TEST(CodeMappingsTest, AnswersAnythingElseWithNothing) {
+  for (const char* code : {"j", "n", "", " J", "JN", "wdh.", "N.D."}) {
+    EXPECT_EQ(PregnancyCodeToText(code, kGerman), "") << code;
+    EXPECT_EQ(RepeatCodeToText(code, kGerman), "") << code;
+  }
+  for (const char* text : {"ja", "Ja ", "", "J", "wiederholung", "perhaps"}) {
+    EXPECT_EQ(PregnancyTextToCode(text, kGerman), "") << text;
+    EXPECT_EQ(RepeatTextToCode(text, kGerman), "") << text;
+  }
+  EXPECT_EQ(PregnancyTextToCode("", kNoTexts), "");
+  EXPECT_EQ(RepeatTextToCode("", kNoTexts), "");
+}
+
+TEST(CodeMappingsTest, ConvertsEveryToothThereAndBack) {
+  std::set<std::string> shown;
+  for (int quadrant = 1; quadrant <= 8; ++quadrant) {
+    const int last = quadrant <= 4 ? 8 : 5;
+    for (int tooth = 1; tooth <= last; ++tooth) {
+      const std::string fdi = std::to_string(quadrant * 10 + tooth);
+      const std::string us = ToothToDisplay(fdi, "XI", kUS);
+      shown.insert(us);
+      EXPECT_EQ(ToothFromDisplay(us, "xi", kUS), fdi) << us;
+    }
+  }
+  std::set<std::string> expected;
+  for (int i = 1; i <= 32; ++i) expected.insert(std::to_string(i));
+  for (char c = 'A'; c <= 'T'; ++c) expected.insert(std::string(1, c));
+  EXPECT_EQ(shown, expected);
+}
+
+TEST(CodeMappingsTest, ConvertsWholeCellsOnly) {
+  const struct {
+    const char* stored;
+    const char* type;
+    const char* shown;
+  } rows[] = {{"48", "XI", "32"},     {"85", "XI", "T"},        {"85", "XS", "T"},        {"48", "XP", "48"},
+              {"48", "XC", "48"},     {"48", "XV", "48"},       {"48", "", "48"},         {" 11 ", "XI", "8"},
+              {" 99 ", "XI", " 99 "}, {"11 12", "XI", "11 12"}, {"11-12", "XI", "11-12"}, {"33", "XI", "22"},
+              {"19", "XI", "19"},     {"49", "XI", "49"},       {"56", "XI", "56"},       {"U", "XI", "U"},
+              {"", "XI", ""},         {"Pan 1", "XS", "Pan 1"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(ToothToDisplay(row.stored, row.type, kUS), row.shown) << row.stored << " " << row.type;
+    EXPECT_EQ(ToothToDisplay(row.stored, row.type, kFDI), row.stored) << row.stored << " " << row.type;
+  }
+}
+
+TEST(CodeMappingsTest, ReadsEnteredTeeth) {
+  const struct {
+    const char* entered;
+    const char* stored;
+  } rows[] = {{"t", "85"}, {" A ", "55"},  {"a", "55"}, {"32", "48"},   {"33", "33"}, {"0", "0"},
+              {"u", "u"},  {"1 2", "1 2"}, {"", ""},    {" x ", " x "}, {"01", "01"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(ToothFromDisplay(row.entered, "XI", kUS), row.stored) << row.entered;
+    EXPECT_EQ(ToothFromDisplay(row.entered, "XP", kUS), row.entered) << row.entered;
+    EXPECT_EQ(ToothFromDisplay(row.entered, "XI", kFDI), row.entered) << row.entered;
+  }
+}
+
+}  // namespace
+}  // namespace varnlog::intake

@@ -1,0 +1,287 @@
+#include <fcntl.h>
+#include <functional>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "intake/ExchangeRemoval.h"
+#include "intake/TakenFiles.h"
+#include "tests/intake/ExchangeRecords.h"
+#include "tests/intake/TestFolder.h"
+
+namespace varnlog::intake {
+namespace {
+
+using std::chrono::milliseconds;
+using test::AppendFile;
+using test::ReadFile;
+using test::WriteFile;
+
+/// Another program. It ends when the object does.
+class OtherProgram {
+ public:
+  explicit OtherProgram(const std::function<void()>& work) {
+    int ready[2] = {-1, -1};
+    if (pipe(ready) != 0) return;
+    child_ = fork();
+    if (child_ == 0) {
+      work();
+      if (write(ready[1], "r", 1) == 1) pause();
+      _exit(0);
+    }
+    char byte = 0;
+    isReady_ = read(ready[0], &byte, 1) == 1;
+    close(ready[0]);
+    close(ready[1]);
+  }
+  ~OtherProgram() {
+    kill(child_, SIGKILL);
+    waitpid(child_, nullptr, 0);
+  }
+  OtherProgram(const OtherProgram&) = delete;
+  OtherProgram& operator=(const OtherProgram&) = delete;
+  [[nodiscard]] bool IsReady() const { return isReady_; }
+
+ private:
+  pid_t child_ = -1;
+  bool isReady_ = false;
+};
+
+class RemovalTest : public testing::Test {
+ protected:
+  RunTimeError Removes(std::uint64_t count) { return ExchangeRemoval(file_, options_).Remove(count); }
+
+  test::TestFolder folder_;
+  std::filesystem::path file_ = folder_ / "varnlog.sdx";
+  RunOptions options_{.patience = milliseconds(30), .grace = milliseconds(0), .onStep = {}};
+};
+
+TEST_F(RemovalTest, DeletesAFileOfWhichAllWasRead) {
+  WriteFile(file_, "all of it");
+  EXPECT_EQ(Removes(9), kNoError);
+  EXPECT_FALSE(std::filesystem::exists(file_));
+  const auto taken = ListTakenFiles(file_);
+  ASSERT_EQ(taken.size(), 1U);  // a late writer's bytes would be found there
+  EXPECT_FALSE(taken.front().IsPending());
+  SweepTakenFiles(file_, milliseconds(0));
+  EXPECT_EQ(folder_.Count(""), 0);
+}
+
+TEST_F(RemovalTest, KeepsExactlyWhatWasAppended) {
+  const std::string read(70'000, 'r');
+  for (const std::size_t appended : {1U, 5U, 69'999U, 70'000U, 70'001U, 3'000'000U}) {
+    std::string rest;
+    for (std::size_t i = 0; i < appended; ++i) rest.push_back(static_cast<char>('a' + i % 26));
+    WriteFile(file_, read + rest);
+    EXPECT_EQ(Removes(read.size()), kNoError) << appended;
+    EXPECT_EQ(ReadFile(file_), rest) << appended;
+    EXPECT_EQ(folder_.Count(""), 1) << "nothing else is left";
+  }
+}
+
+TEST_F(RemovalTest, AnswersWithTheRunTimeNumbers) {
+  EXPECT_EQ(Removes(0), kFileNotFound);
+  WriteFile(file_, "short");
+  EXPECT_EQ(Removes(6), kInvalidCall);
+  EXPECT_EQ(Removes(0), kNoError);
+  EXPECT_EQ(ReadFile(file_), "short");
+  CPAXTOTokens reader{platform::CodePage(850)};
+  EXPECT_FALSE(reader.DeleteReadMails(file_.string(), 6));
+  EXPECT_EQ(reader.LastErr(), kInvalidCall);
+  EXPECT_FALSE(reader.DeleteReadMails(file_.string(), -1));
+  EXPECT_EQ(reader.LastErr(), kInvalidCall);
+  EXPECT_TRUE(reader.DeleteReadMails(file_.string(), 3));
+  EXPECT_EQ(ReadFile(file_), "rt");
+}
+
+TEST_F(RemovalTest, DeletesAnEmptyFile) {
+  WriteFile(file_, "");
+  EXPECT_EQ(Removes(0), kNoError);
+  EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+TEST_F(RemovalTest, GivesUpWhenAnotherProgramLocksTheBytesThatItWrites) {
+  WriteFile(file_, "0123456789");
+  const OtherProgram suite([this] {
+    const int file = open(file_.c_str(), O_RDWR);
+    struct flock range {};
+    range.l_type = F_WRLCK;
+    range.l_start = 2;
+    range.l_len = 1;
+    fcntl(file, F_SETLK, &range);
+  });
+  ASSERT_TRUE(suite.IsReady());
+  EXPECT_EQ(Removes(4), kDeviceError);  // six bytes remain, so 0 to 5 are written to
+  EXPECT_EQ(ReadFile(file_), "0123456789");
+  EXPECT_EQ(Removes(8), kNoError);  // 0 to 1: not locked
+}
+
+TEST_F(RemovalTest, WaitsForAProgramThatAppendsAndGoes) {
+  options_.patience = milliseconds(5000);
+  WriteFile(file_, "read");
+  const int held = open(file_.c_str(), O_WRONLY | O_APPEND);
+  std::thread suite([held] {
+    std::this_thread::sleep_for(milliseconds(50));
+    EXPECT_EQ(write(held, "+late", 5), 5);
+    close(held);
+  });
+  EXPECT_EQ(Removes(4), kNoError);
+  suite.join();
+  EXPECT_EQ(ReadFile(file_), "+late");
+}
+
+TEST_F(RemovalTest, LeavesTheFileToAProgramThatKeepsItOpen) {
+  WriteFile(file_, "readrest");
+  const int held = open(file_.c_str(), O_WRONLY | O_APPEND);
+  EXPECT_EQ(Removes(4), kNoError);
+  EXPECT_FALSE(std::filesystem::exists(file_));
+  ASSERT_EQ(write(held, "+late", 5), 5);
+  AppendFile(file_, "another program's");
+  std::vector<TakenFile> taken = ListTakenFiles(file_);
+  ASSERT_EQ(taken.size(), 1U);
+  EXPECT_EQ(ReadFile(taken[0].path).substr(taken[0].from), "rest+late");
+  EXPECT_TRUE(AccountFor(file_, taken[0], taken[0].size));
+  SweepTakenFiles(file_, milliseconds(0));
+  ASSERT_EQ(write(held, "+later", 6), 6);  // it is still there for that
+  taken = ListTakenFiles(file_);
+  ASSERT_EQ(taken.size(), 1U);
+  EXPECT_EQ(ReadFile(taken[0].path).substr(taken[0].from), "+later");
+  ASSERT_TRUE(AccountFor(file_, taken[0], taken[0].size));
+  close(held);
+  SweepTakenFiles(file_, milliseconds(0));
+  EXPECT_TRUE(ListTakenFiles(file_).empty());
+  EXPECT_EQ(ReadFile(file_), "another program's");
+}
+
+TEST_F(RemovalTest, KeepsAFileThatWasMovedAsideJustNow) {
+  WriteFile(file_, "read");
+  ASSERT_EQ(Removes(4), kNoError);
+  SweepTakenFiles(file_, milliseconds(60'000));
+  EXPECT_EQ(ListTakenFiles(file_).size(), 1U);
+}
+
+TEST_F(RemovalTest, MovesTheFileAndNotALinkToIt) {
+  std::filesystem::create_directory(folder_ / "data");
+  const std::filesystem::path real = folder_ / "data/varnlog.sdx";
+  WriteFile(real, "readrest");
+  std::filesystem::create_symlink("data/varnlog.sdx", file_);
+  EXPECT_EQ(Removes(4), kNoError);
+  EXPECT_EQ(ReadFile(real), "rest");
+  EXPECT_EQ(Removes(4), kNoError);
+  EXPECT_FALSE(std::filesystem::exists(real));
+  EXPECT_TRUE(std::filesystem::is_symlink(file_));
+  EXPECT_EQ(ListTakenFiles(ExchangeLocation(file_)).size(), 1U);
+}
+
+TEST_F(RemovalTest, LosesNoAppendWhileItShortensTheFile) {
+  constexpr int kAppends = 4000;
+  options_.patience = milliseconds(5000);
+  WriteFile(file_, "");
+  const pid_t suite = fork();
+  if (suite == 0) {
+    for (int i = 0; i < kAppends; ++i) {
+      const int file = open(file_.c_str(), O_WRONLY | O_APPEND | O_CREAT, 0666);
+      const std::string line = std::to_string(i) + "\n";
+      if (write(file, line.data(), line.size()) < 0) _exit(1);
+      close(file);
+    }
+    _exit(0);
+  }
+  std::string all;
+  int ended = 0;
+  while (ended == 0 || std::filesystem::exists(file_)) {
+    if (ended == 0) ended = waitpid(suite, nullptr, WNOHANG);
+    const std::string bytes = ReadFile(file_);
+    const std::size_t lines = bytes.rfind('\n') == std::string::npos ? 0 : bytes.rfind('\n') + 1;
+    // What was moved aside comes before what is in the file now.
+    for (const TakenFile& taken : ListTakenFiles(file_)) {
+      if (!taken.IsPending()) continue;
+      const std::string late = ReadFile(taken.path).substr(taken.from);
+      ASSERT_TRUE(AccountFor(file_, taken, taken.from + late.size()));
+      all += late;
+    }
+    if (!std::filesystem::exists(file_)) continue;
+    ASSERT_EQ(Removes(lines), kNoError);
+    all += bytes.substr(0, lines);
+  }
+  for (const TakenFile& taken : ListTakenFiles(file_)) all += ReadFile(taken.path).substr(taken.from);
+  std::string expected;
+  for (int i = 0; i < kAppends; ++i) expected += std::to_string(i) + "\n";
+  EXPECT_EQ(all, expected);
+}
+
+TEST_F(RemovalTest, FinishesAnInterruptedShift) {
+  // The process ends at each instant of the shift; then somebody appends, and the next run comes.
+  for (const RunStep step :
+       {RunStep::kShiftPrepared, RunStep::kShiftHalf, RunStep::kShiftWritten, RunStep::kShiftCut}) {
+    for (const std::string& late : {std::string(), std::string("+l"), std::string(5000, 'l')}) {
+      for (const std::size_t appended : {3U, 600U}) {
+        const std::string rest = std::string(appended - 1, 'n') + "!";
+        WriteFile(file_, std::string(500, 'r') + rest);
+        const pid_t run = fork();
+        if (run == 0) {
+          options_.onStep = [step](RunStep reached) {
+            if (reached == step) _exit(9);
+          };
+          _exit(Removes(500) == kNoError ? 0 : 1);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(run, &status, 0), run);
+        ASSERT_EQ(WEXITSTATUS(status), 9);
+        AppendFile(file_, late);
+        EXPECT_TRUE(ExchangeRemoval(file_, options_).Recover());
+        EXPECT_EQ(ReadFile(file_), rest + late) << "step " << static_cast<int>(step);
+        EXPECT_EQ(folder_.Count(""), 1);
+      }
+    }
+  }
+}
+
+TEST_F(RemovalTest, RecoversTwiceWhenInterruptedAgain) {
+  const std::string rest(600, 'n');
+  for (const RunStep second :
+       {RunStep::kShiftPrepared, RunStep::kShiftHalf, RunStep::kShiftWritten, RunStep::kShiftCut}) {
+    WriteFile(file_, std::string(500, 'r') + rest);
+    const auto dieAt = [this](RunStep step, const std::function<void()>& work) {
+      const pid_t run = fork();
+      if (run == 0) {
+        options_.onStep = [step](RunStep reached) {
+          if (reached == step) _exit(9);
+        };
+        work();
+        _exit(0);
+      }
+      waitpid(run, nullptr, 0);
+    };
+    dieAt(RunStep::kShiftHalf, [this] { static_cast<void>(Removes(500)); });
+    AppendFile(file_, "+late");
+    dieAt(second, [this] { static_cast<void>(ExchangeRemoval(file_, options_).Recover()); });
+    AppendFile(file_, "+later");
+    EXPECT_TRUE(ExchangeRemoval(file_, options_).Recover());
+    EXPECT_EQ(ReadFile(file_), rest + "+late+later") << static_cast<int>(second);
+  }
+}
+
+TEST_F(RemovalTest, DoesNotTouchAnInterruptedFileThatSomebodyKeepsOpen) {
+  WriteFile(file_, std::string(500, 'r') + std::string(600, 'n'));
+  const pid_t run = fork();
+  if (run == 0) {
+    options_.onStep = [](RunStep reached) {
+      if (reached == RunStep::kShiftHalf) _exit(9);
+    };
+    static_cast<void>(Removes(500));
+    _exit(0);
+  }
+  ASSERT_EQ(waitpid(run, nullptr, 0), run);
+  const int held = open(file_.c_str(), O_RDWR);
+  EXPECT_FALSE(ExchangeRemoval(file_, options_).Recover());
+  EXPECT_EQ(Removes(1), kDeviceError);
+  close(held);
+  EXPECT_TRUE(ExchangeRemoval(file_, options_).Recover());
+  EXPECT_EQ(ReadFile(file_), std::string(600, 'n'));
+}
+
+}  // namespace
+}  // namespace varnlog::intake

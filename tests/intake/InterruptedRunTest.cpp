@@ -1,0 +1,147 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/intake/ExchangeRecords.h"
+#include "tests/intake/Practice.h"
+
+namespace varnlog::intake {
+namespace {
+
+using test::Exposure;
+using test::Row;
+
+std::string Exposures(int first, int count) {
+  std::string records;
+  for (int i = first; i < first + count; ++i)
+    records += Exposure{.lastName = "Patient " + std::to_string(i)}.New();
+  return records;
+}
+
+/// How often each patient of a log that should have one row each is missing or doubled.
+std::string Differences(test::Practice& practice, int patients) {
+  std::map<std::string, int> rows;
+  for (const Row& row : practice.Log()) ++rows[row.at("tXraySName")];
+  std::string differences;
+  for (int i = 0; i < patients; ++i) {
+    const int found = rows["Patient " + std::to_string(i)];
+    if (found != 1) differences += "Patient " + std::to_string(i) + ": " + std::to_string(found) + "; ";
+  }
+  return differences;
+}
+
+/// Runs an update in a process of its own that ends, without any clean-up, when it reaches `step`; records
+/// arrive while it reads. True when it got there.
+bool DiesAt(const std::filesystem::path& folder, RunStep step, const std::string& arriving) {
+  const pid_t child = fork();
+  if (child == 0) {
+    test::Practice practice(folder);
+    practice.view.onAdvance = [&](std::int64_t done) {
+      if (done == 1) practice.Reports(arriving);
+    };
+    RunOptions options = test::Practice::kHasty;
+    options.onStep = [step](RunStep reached) {
+      if (reached == step) _exit(9);
+    };
+    _exit(practice.Updates(options).outcome == UpdateResult::Outcome::kDone ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 9;
+}
+
+std::vector<RunStep> AllSteps() {
+  std::vector<RunStep> steps;
+  for (int i = 0; i < kRunStepCount; ++i) steps.push_back(static_cast<RunStep>(i));
+  return steps;
+}
+
+class InterruptedRunTest : public testing::TestWithParam<RunStep> {
+ protected:
+  [[nodiscard]] bool IsCommitted() const { return GetParam() >= RunStep::kCommitted; }
+  [[nodiscard]] static bool IsShift(RunStep step) {
+    return step >= RunStep::kShiftPrepared && step <= RunStep::kShiftCut;
+  }
+  test::TestFolder folder_;
+};
+
+INSTANTIATE_TEST_SUITE_P(EveryStep, InterruptedRunTest, testing::ValuesIn(AllSteps()),
+                         [](const auto& step) { return std::to_string(static_cast<int>(step.param)); });
+
+TEST_P(InterruptedRunTest, LosesAndDoublesNothing) {
+  // With and without records that arrive meanwhile: the file is shortened, or moved aside.
+  for (const int arriving : {0, 2, 7}) {
+    if ((arriving == 0 && IsShift(GetParam())) || (arriving > 0 && GetParam() == RunStep::kMovedAside))
+      continue;
+    test::TestFolder folder;
+    test::AppendFile(folder / "varnlog.sdx", Exposures(0, 4));
+    ASSERT_TRUE(DiesAt(folder.Path(), GetParam(), Exposures(4, arriving)));
+    test::AppendFile(folder / "varnlog.sdx", Exposures(4 + arriving, 3));
+    test::Practice practice(folder.Path());
+    EXPECT_EQ(practice.Log().size(), IsCommitted() ? 4U : 0U);
+    EXPECT_TRUE(practice.ExchangePending());
+    EXPECT_EQ(practice.Updates().added, IsCommitted() ? arriving + 3 : arriving + 7);
+    EXPECT_EQ(Differences(practice, arriving + 7), "");
+    EXPECT_FALSE(practice.ExchangePending());
+    EXPECT_EQ(practice.Updates().outcome, UpdateResult::Outcome::kNothingPending);
+    EXPECT_EQ(folder.Count(""), 1) << "only the log is left";
+  }
+}
+
+TEST_P(InterruptedRunTest, CarriesOnAfterASecondInterruption) {
+  // Every second step, after a first interruption at the moment in which the records are nowhere but in the
+  // copy.
+  test::AppendFile(folder_ / "varnlog.sdx", Exposures(0, 3));
+  ASSERT_TRUE(DiesAt(folder_.Path(), RunStep::kRemoved, ""));
+  ASSERT_FALSE(std::filesystem::exists(folder_ / "varnlog.sdx"));
+  test::AppendFile(folder_ / "varnlog.sdx", Exposures(3, 3));
+  const int arriving = IsShift(GetParam()) ? 2 : 0;
+  ASSERT_TRUE(DiesAt(folder_.Path(), GetParam(), Exposures(6, arriving)));
+  test::Practice practice(folder_.Path());
+  EXPECT_NE(practice.Updates().outcome, UpdateResult::Outcome::kFailed);
+  EXPECT_EQ(Differences(practice, 6 + arriving), "");
+  EXPECT_EQ(practice.Log().size(), 6U + static_cast<unsigned>(arriving));
+}
+
+TEST_P(InterruptedRunTest, TakesInformationOnceAndInOrder) {
+  // Information that came before its exposure was known belongs to nothing, also when it is read twice.
+  const Exposure exposure{.responsible = "first"};
+  const Exposure news{.responsible = "second"};
+  const int arriving = IsShift(GetParam()) ? 1 : 0;
+  test::AppendFile(folder_ / "varnlog.sdx", news.Information() + exposure.New());
+  ASSERT_TRUE(DiesAt(folder_.Path(), GetParam(), Exposures(0, arriving)));
+  test::Practice practice(folder_.Path());
+  EXPECT_NE(practice.Updates().outcome, UpdateResult::Outcome::kFailed);
+  ASSERT_EQ(practice.Log().size(), 1U + static_cast<unsigned>(arriving));
+  EXPECT_EQ(practice.Log().front()["tXraySDr"], "first");
+}
+
+TEST(AppenderTest, WhoKeepsTheFileOpenLosesNothing) {
+  test::TestFolder folder;
+  test::Practice practice(folder.Path());
+  test::AppendFile(practice.exchange, Exposures(0, 1));
+  RunOptions options = test::Practice::kHasty;
+  options.patience = std::chrono::milliseconds(10);
+  {
+    std::ofstream held(practice.exchange, std::ios::binary | std::ios::app);
+    for (int i = 1; i < 10; ++i) {
+      practice.Updates(options);
+      held << Exposures(i, 1) << std::flush;
+      EXPECT_TRUE(practice.ExchangePending());
+    }
+    // Half a record when the run comes, the other half after it.
+    const std::string record = Exposures(10, 1);
+    held << record.substr(0, 40) << std::flush;
+    practice.Updates(options);
+    held << record.substr(40) << std::flush;
+    test::AppendFile(practice.exchange, Exposures(11, 1));
+  }
+  practice.Updates(options);
+  EXPECT_EQ(Differences(practice, 12), "");
+  practice.Updates(options);
+  EXPECT_EQ(folder.Count(""), 1);
+}
+
+}  // namespace
+}  // namespace varnlog::intake

@@ -1,0 +1,88 @@
+#include "tests/intake/Practice.h"
+
+#include <stdexcept>
+
+#include "tests/intake/ExchangeRecords.h"
+
+namespace varnlog::intake::test {
+
+using std::chrono::milliseconds;
+
+const RunOptions Practice::kHasty{.patience = milliseconds(500), .grace = milliseconds(0), .onStep = {}};
+
+std::string KeyTexts::GetText(db::TextKey key) const {
+  std::string text(key.name());
+  if (text.starts_with("RU_ERR_")) {
+    text += " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$";
+  }
+  return text;
+}
+
+db::MessageAnswer ScriptedView::Show(const db::Message& message) {
+  messages.push_back(message);
+  if (onMessage) onMessage();
+  if (answers.empty()) return db::MessageAnswer::kCancel;
+  const db::MessageAnswer answer = answers.front();
+  answers.pop_front();
+  return answer;
+}
+
+void ScriptedView::Advance(std::int64_t recordsDone) {
+  done = recordsDone;
+  if (onAdvance) onAdvance(recordsDone);
+}
+
+std::vector<std::string> ScriptedView::Keys() const {
+  std::vector<std::string> keys;
+  for (const db::Message& message : messages) keys.push_back(message.text.substr(0, message.text.find(' ')));
+  return keys;
+}
+
+Practice::Practice(const std::filesystem::path& where)
+    : folder(where),
+      exchange(where / "varnlog.sdx"),
+      log(where / "Varnlog.mdb"),
+      clock_(*platform::DateTime::FromCivil(2024, 6, 30, 12)) {
+  const std::filesystem::path program = VARNLOG_PROGRAM_DIR;
+  if (!std::filesystem::exists(log)) std::filesystem::copy_file(program / "varnlog.md0", log);
+  globals.ExchangeFileGl = exchange.string();
+  globals.strDataFileGl = log.string();
+  globals.kVGl = 60;
+  globals.mAGl = 8;
+  globals.LogEngineGl = std::make_unique<db::CJetEngine>(engine_);
+  globals.LogEngineGl->SetWorkgroupPath((program / "system.mdw").string());
+  globals.LogEngineGl->OpenWorkspace("MyWs", "Admin", "");
+  if (globals.LogEngineGl->OpenDBInWorkspace(log.string(), false, false) != 0) {
+    throw std::runtime_error(globals.LogEngineGl->LastError());
+  }
+}
+
+Practice::~Practice() {
+  globals.LogEngineGl.reset();
+}
+
+void Practice::Reports(const std::string& records) const {
+  AppendFile(exchange, records);
+}
+
+UpdateResult Practice::Updates(const RunOptions& options) {
+  view.messages.clear();
+  globals.UpdateDeclinedGl = false;
+  return RunUpdate({globals, texts_, clock_}, view, options);
+}
+
+std::vector<Row> Practice::Log() {
+  std::vector<Row> rows;
+  const auto set = globals.LogEngineGl->Database()->OpenRecordset("SELECT TXray.* FROM TXray");
+  for (; !set->IsEOF(); set->MoveNext()) {
+    Row row;
+    for (std::size_t i = 0; i < set->FieldCount(); ++i) {
+      const dao::Field& field = set->Fields(i);
+      if (!field.IsNull()) row[field.Name()] = std::string(field.Text());
+    }
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+}  // namespace varnlog::intake::test

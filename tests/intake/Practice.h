@@ -1,0 +1,70 @@
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "db/Globals.h"
+#include "intake/UpdateRun.h"
+#include "platform/Clock.h"
+#include "tests/intake/TestFolder.h"
+
+namespace varnlog::intake::test {
+
+/// Answers with the key, and for messages with the placeholders that they may have.
+class KeyTexts final : public db::TextLookup {
+ public:
+  [[nodiscard]] std::string GetText(db::TextKey key) const override;
+};
+
+/// Shows nothing, remembers everything, answers by script (then with Cancel).
+class ScriptedView final : public UpdateView {
+ public:
+  db::MessageAnswer Show(const db::Message& message) override;
+  void Beep() override {}
+  void SetRecordCount(std::int64_t records) override { recordCount = records; }
+  void Advance(std::int64_t recordsDone) override;
+
+  /// The first words of the messages: their keys.
+  [[nodiscard]] std::vector<std::string> Keys() const;
+
+  std::deque<db::MessageAnswer> answers;
+  std::function<void()> onMessage;
+  std::function<void(std::int64_t)> onAdvance;
+  std::vector<db::Message> messages;
+  std::int64_t recordCount = -1;
+  std::int64_t done = 0;
+};
+
+using Row = std::map<std::string, std::string>;  // field name, stored value; NULL fields are absent
+
+/// A practice on some day in 2024: an empty log, the suite's exchange file, one workstation.
+class Practice {
+ public:
+  explicit Practice(const std::filesystem::path& folder);
+  ~Practice();
+
+  /// The suite writes.
+  void Reports(const std::string& records) const;
+  UpdateResult Updates(const RunOptions& options = kHasty);
+  [[nodiscard]] std::vector<Row> Log();
+  [[nodiscard]] bool ExchangePending() const { return ExchangeDataPending(globals); }
+
+  static const RunOptions kHasty;
+
+  std::filesystem::path folder;
+  std::filesystem::path exchange;
+  std::filesystem::path log;
+  ScriptedView view;
+  db::Globals globals;
+
+ private:
+  dao::DBEngine engine_;
+  KeyTexts texts_;
+  platform::FixedClock clock_;
+};
+
+}  // namespace varnlog::intake::test

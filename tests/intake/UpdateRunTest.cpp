@@ -1,0 +1,365 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "intake/IntakeCopy.h"
+#include "intake/TakenFiles.h"
+#include "intake/UpdateRun.h"
+#include "tests/intake/ExchangeRecords.h"
+#include "tests/intake/Practice.h"
+
+namespace varnlog::intake {
+namespace {
+
+using test::Exposure;
+using test::Length;
+using test::ReadFile;
+using test::Record;
+using test::Row;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsSupersetOf;
+using testing::SizeIs;
+using Outcome = UpdateResult::Outcome;
+
+class UpdateRunTest : public testing::Test {
+ protected:
+  /// The one row of the log after the suite has reported this and the log was updated.
+  Row RowOf(const std::string& records) {
+    practice_.Reports(records);
+    EXPECT_EQ(practice_.Updates().outcome, Outcome::kDone);
+    const std::vector<Row> rows = practice_.Log();
+    EXPECT_THAT(rows, SizeIs(1));
+    return rows.empty() ? Row() : rows.back();
+  }
+  [[nodiscard]] std::vector<std::string> Messages() const { return practice_.view.Keys(); }
+
+  test::TestFolder folder_;
+  test::Practice practice_{folder_.Path()};
+};
+
+TEST_F(UpdateRunTest, WritesEveryFieldOfANewExposure) {
+  const Row row = RowOf(Exposure{.sex = "F", .pregnancy = "N"}.New());
+  const Row expected = {{"tXrayCulIntIDPk", "1"},   {"tXraySName", "Muster"},
+                        {"tXraySFirstname", "Max"}, {"tXrayDBirthday", "1960-02-01 00:00:00"},
+                        {"tXraySSex", "f"},         {"tXraySPreg", "N"},
+                        {"tXrayBEdPreg", "1"},      {"tXrayTs", "2020-04-03 10:11:12"},
+                        {"tXraySDr", "Wagner"},     {"tXrayBEdDr", "0"},
+                        {"tXraySType", "XI"},       {"tXrayBEdType", "0"},
+                        {"tXrayBEdDiagRetry", "1"}, {"tXraySRegio", "11"},
+                        {"tXrayBEdRegio", "0"},     {"tXraySRadDur", "120"},
+                        {"tXrayBEdRadDur", "0"},    {"tXraySVolt", "65"},
+                        {"tXrayBEdVolt", "0"},      {"tXraySCur", "7"},
+                        {"tXrayBEdCur", "0"},       {"tXraySDose", "3.5"},
+                        {"tXrayBEdDose", "0"}};
+  EXPECT_EQ(row, expected);
+  EXPECT_THAT(Messages(), ElementsAre("RU_SUCCESS"));
+  EXPECT_EQ(practice_.view.messages.front().title, "GL_TITLE");
+  EXPECT_FALSE(std::filesystem::exists(practice_.exchange));
+  EXPECT_FALSE(practice_.ExchangePending());
+}
+
+TEST_F(UpdateRunTest, MapsCodesAndFlags) {
+  const struct {
+    Exposure exposure;
+    const char* field;
+    const char* value;  // nullptr: not written
+  } rows[] = {
+      {{.sex = "M"}, "tXraySSex", "m"},
+      {{.sex = "M"}, "tXrayBEdPreg", "0"},
+      {{.sex = "m"}, "tXraySSex", "-"},
+      {{.sex = "m"}, "tXrayBEdPreg", "1"},
+      {{.sex = "F"}, "tXraySSex", "f"},
+      {{.sex = ""}, "tXraySSex", nullptr},
+      {{.sex = ""}, "tXrayBEdPreg", "1"},
+      {{.pregnancy = "P"}, "tXraySPreg", "J"},
+      {{.pregnancy = "N"}, "tXraySPreg", "N"},
+      {{.pregnancy = "?"}, "tXraySPreg", "-"},
+      {{.pregnancy = ""}, "tXraySPreg", nullptr},
+      {{.responsible = "-"}, "tXrayBEdDr", "1"},
+      {{.responsible = ""}, "tXrayBEdDr", "1"},
+      {{.responsible = "--"}, "tXrayBEdDr", "0"},
+      {{.type = "~~XI"}, "tXraySDiagRetry", "N.d."},
+      {{.type = "~~XI"}, "tXrayBEdDiagRetry", "0"},
+      {{.type = "~~XI"}, "tXraySRegio", ""},
+      {{.type = "~~XI"}, "tXrayBEdRegio", "1"},
+      {{.type = "  XP"}, "tXrayBEdRegio", "1"},
+      {{.type = "  XP"}, "tXraySDiagRetry", nullptr},
+      {{.duration = ""}, "tXrayBEdRadDur", "1"},
+      {{.duration = ""}, "tXraySRadDur", ""},
+      {{.volt = ""}, "tXraySVolt", "60"},
+      {{.volt = ""}, "tXrayBEdVolt", "1"},
+      {{.current = ""}, "tXraySCur", "8"},
+      {{.current = ""}, "tXrayBEdCur", "1"},
+      {{.type = "  XP", .volt = ""}, "tXraySVolt", nullptr},
+      {{.type = "  XP", .current = ""}, "tXraySCur", nullptr},
+      {{.dose = ""}, "tXraySDose", nullptr},
+      {{.dose = ""}, "tXrayBEdDose", "1"},
+  };
+  int minute = 0;
+  for (const auto& row : rows) {
+    Exposure exposure = row.exposure;
+    exposure.takeTime = "11:" + std::to_string(10 + minute++) + ":00";
+    practice_.Reports(exposure.New());
+    ASSERT_EQ(practice_.Updates().added, 1);
+    const Row stored = practice_.Log().back();
+    const auto found = stored.find(row.field);
+    if (row.value == nullptr) {
+      EXPECT_EQ(found, stored.end()) << "row " << minute << ": " << row.field;
+    } else {
+      EXPECT_EQ(found == stored.end() ? "nothing" : found->second, row.value)
+          << "row " << minute << ": " << row.field;
+    }
+  }
+}
+
+TEST_F(UpdateRunTest, AddsNoExposureTwice) {
+  const std::string exposures = Exposure{}.New() + Exposure{.firstName = ""}.New() +
+                                Exposure{.birthday = "unknown"}.New() + Exposure{.lastName = "O'Neil"}.New();
+  practice_.Reports(exposures + exposures);
+  UpdateResult result = practice_.Updates();
+  EXPECT_EQ(result.read, 8);
+  EXPECT_EQ(result.added, 4);
+  EXPECT_EQ(result.skipped, 4);
+  practice_.Reports(exposures);
+  result = practice_.Updates();
+  EXPECT_EQ(result.added, 0);
+  EXPECT_EQ(result.skipped, 4);
+  EXPECT_THAT(practice_.Log(), SizeIs(4));
+}
+
+TEST_F(UpdateRunTest, AppliesInformationToTheExposureItIsAbout) {
+  Exposure known{.sex = "F", .responsible = ""};
+  practice_.Reports(known.New());
+  ASSERT_EQ(practice_.Updates().added, 1);
+  Exposure news = known;
+  news.responsible = "Berg";
+  news.type = "  XP";
+  practice_.Reports(news.Information() + Exposure{.lastName = "Unknown"}.Information());
+  const UpdateResult result = practice_.Updates();
+  EXPECT_EQ(result.changed, 1);
+  EXPECT_EQ(result.skipped, 1);
+  ASSERT_THAT(practice_.Log(), SizeIs(1));
+  const Row row = practice_.Log().front();
+  const Row changed = {{"tXraySDr", "Berg"},    {"tXrayBEdDr", "0"},     {"tXraySType", "XP"},
+                       {"tXraySRegio", ""},     {"tXrayBEdRegio", "0"},  {"tXraySSex", "f"},
+                       {"tXraySRadDur", ""},    {"tXrayBEdRadDur", "0"}, {"tXraySVolt", "65"},
+                       {"tXraySDiagRetry", ""}, {"tXraySDose", "3.5"}};
+  EXPECT_THAT(row, IsSupersetOf(changed));
+}
+
+TEST_F(UpdateRunTest, KeepsARepeatMarkAgainstInformation) {
+  const std::string report = Exposure{}.New();
+  practice_.Reports(report);
+  ASSERT_EQ(practice_.Updates().added, 1);
+  const auto mark = [this](const char* value) {
+    const auto set = practice_.globals.LogEngineGl->Database()->OpenRecordset("SELECT TXray.* FROM TXray");
+    set->Edit();
+    set->Fields("tXraySDiagRetry").SetText(value);
+    set->Update();
+  };
+  const struct {
+    const char* stored;
+    const char* type;
+    const char* then;
+  } rows[] = {{"Wdh.", "~~XI", "Wdh."}, {"Wdh.", "11XI", "Wdh."}, {"", "~~XI", "N.d."}, {"N.d.", "11XI", ""}};
+  for (const auto& row : rows) {
+    mark(row.stored);
+    practice_.Reports(Exposure{.type = row.type}.Information());
+    ASSERT_EQ(practice_.Updates().changed, 1);
+    EXPECT_EQ(practice_.Log().front()["tXraySDiagRetry"], row.then) << row.stored << " " << row.type;
+  }
+}
+
+TEST_F(UpdateRunTest, ConsumesWhatIsNoExposure) {
+  practice_.Reports(Exposure{.type = "11YI"}.New() + Exposure{.type = ""}.New() + Record('Q', {"?"}));
+  const UpdateResult result = practice_.Updates();
+  EXPECT_EQ(result.read, 2);
+  EXPECT_EQ(result.skipped, 2);
+  EXPECT_EQ(practice_.view.done, 2);
+  EXPECT_THAT(practice_.Log(), SizeIs(0));
+  EXPECT_FALSE(std::filesystem::exists(practice_.exchange));
+}
+
+TEST_F(UpdateRunTest, ReportsDatesAndTimesThatCannotBeRead) {
+  const struct {
+    Exposure exposure;
+    const char* message;
+    const char* field;
+    const char* stored;
+  } rows[] = {
+      {{.birthday = "31.13.1960"}, "RU_ERR_BIRTHDATE", "tXrayDBirthday", "1880-01-01 00:00:00"},
+      {{.birthday = ""}, "RU_ERR_BIRTHDATE", "tXrayDBirthday", "1880-01-01 00:00:00"},
+      {{.birthday = "01.01.1879"}, "RU_ERR_BIRTHDATE", "tXrayDBirthday", "1880-01-01 00:00:00"},
+      {{.takeDate = "01.01.2025"}, "RU_ERR_TAKEDATE", "tXrayTs", "1880-01-01 10:11:12"},
+      {{.takeTime = "24:00:00"}, "RU_ERR_TAKETIME", "tXrayTs", "2020-04-03 00:00:00"},
+      {{.birthday = "01.02.61"}, "RU_SUCCESS", "tXrayDBirthday", "1961-02-01 00:00:00"},
+      {{.takeDate = "31.02.2001"}, "RU_SUCCESS", "tXrayTs", "2001-03-03 10:11:12"},
+  };
+  for (const auto& row : rows) {
+    Exposure exposure = row.exposure;
+    exposure.firstName = row.exposure.birthday + row.exposure.takeDate;  // all of them others
+    practice_.Reports(exposure.New());
+    ASSERT_EQ(practice_.Updates().added, 1) << row.message;
+    EXPECT_EQ(Messages().front(), row.message);
+    EXPECT_EQ(practice_.Log().back()[row.field], row.stored);
+  }
+  practice_.Reports(Exposure{.birthday = "?", .takeDate = "?", .takeTime = "?"}.New());
+  ASSERT_EQ(practice_.Updates().added, 1);
+  EXPECT_THAT(Messages(),
+              ElementsAre("RU_ERR_BIRTHDATE", "RU_ERR_TAKEDATE", "RU_ERR_TAKETIME", "RU_SUCCESS"));
+  EXPECT_THAT(practice_.view.messages[0].text, HasSubstr("Muster Max 01.01.1880"));
+  EXPECT_THAT(practice_.view.messages[2].text, HasSubstr("Muster Max 00:00:00"));
+  EXPECT_EQ(practice_.view.messages[0].title, "RU_XRUPDATE");
+  EXPECT_EQ(practice_.view.messages[0].icon, db::MessageIcon::kCritical);
+}
+
+TEST_F(UpdateRunTest, CutsAndReportsWhatIsTooLong) {
+  const std::string name = std::string(20, '\x84') + std::string(20, 'x');  // 20 times ä
+  const Exposure exposure{.lastName = name, .responsible = "Dr. Wagner-Berg", .duration = "123456789"};
+  const Row row = RowOf(exposure.New());
+  std::string expected;
+  for (int i = 0; i < 20; ++i) expected += "ä";
+  EXPECT_EQ(row.at("tXraySName"), expected + std::string(12, 'x'));
+  EXPECT_EQ(row.at("tXraySDr"), "Dr. Wagner-B");
+  EXPECT_EQ(row.at("tXraySRadDur"), "12345678");
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FIELDLEN", "RU_ERR_FIELDLEN", "RU_ERR_FIELDLEN", "RU_SUCCESS"));
+  EXPECT_THAT(practice_.view.messages[1].text, HasSubstr("Max $dDefault$ RU_FIELD_DR"));
+  practice_.Reports(exposure.New());
+  EXPECT_EQ(practice_.Updates().skipped, 1);
+  EXPECT_THAT(Messages(), ElementsAre("RU_SUCCESS"));
+}
+
+TEST_F(UpdateRunTest, EndsAtOnceWithoutAnExchangeFile) {
+  EXPECT_EQ(practice_.Updates().outcome, Outcome::kNothingPending);
+  EXPECT_THAT(Messages(), SizeIs(0));
+  EXPECT_FALSE(practice_.ExchangePending());
+  practice_.Reports("");
+  EXPECT_FALSE(practice_.ExchangePending());
+  EXPECT_EQ(practice_.Updates().outcome, Outcome::kDone);
+  EXPECT_THAT(Messages(), SizeIs(0));
+}
+
+TEST_F(UpdateRunTest, CancelledLeavesEverythingAsItWas) {
+  std::string records;
+  for (int i = 10; i < 20; ++i) records += Exposure{.takeTime = "12:00:" + std::to_string(i)}.New();
+  practice_.Reports(records);
+  practice_.view.onAdvance = [this](std::int64_t done) {
+    if (done == 4) practice_.globals.UpdateDeclinedGl = true;
+  };
+  const UpdateResult result = practice_.Updates();
+  EXPECT_EQ(result.outcome, Outcome::kCancelled);
+  EXPECT_EQ(result.added, 0);
+  EXPECT_EQ(practice_.view.recordCount, 10);
+  EXPECT_EQ(practice_.view.done, 4);
+  EXPECT_THAT(Messages(), SizeIs(0));
+  EXPECT_THAT(practice_.Log(), SizeIs(0));
+  EXPECT_EQ(ReadFile(practice_.exchange), records);
+  EXPECT_EQ(folder_.Count(".intake"), 0);
+  practice_.view.onAdvance = {};
+  EXPECT_EQ(practice_.Updates().added, 10);
+}
+
+TEST_F(UpdateRunTest, AsksAgainWhenTheExchangeFileCannotBeOpened) {
+  std::filesystem::create_directory(practice_.exchange);
+  practice_.view.answers = {db::MessageAnswer::kRetry};
+  const UpdateResult result = practice_.Updates();
+  EXPECT_EQ(result.outcome, Outcome::kCancelled);
+  EXPECT_TRUE(practice_.globals.UpdateDeclinedGl);
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_XRUPDATE", "RU_ERR_XRUPDATE"));
+  EXPECT_EQ(practice_.view.messages[0].buttons, db::MessageButtons::kRetryCancel);
+  practice_.view.answers = {db::MessageAnswer::kRetry};
+  practice_.view.onMessage = [this] {
+    std::filesystem::remove(practice_.exchange);
+    practice_.Reports(Exposure{}.New());
+    practice_.view.onMessage = {};
+  };
+  EXPECT_EQ(practice_.Updates().added, 1);
+}
+
+TEST_F(UpdateRunTest, TakesNothingOfADamagedFile) {
+  const std::string good = Exposure{}.New();
+  for (const std::string& bad : {good + Length(3) + "T#", good + Length(-5), Length(9999) + good}) {
+    std::filesystem::remove(practice_.exchange);
+    practice_.Reports(bad);
+    const UpdateResult result = practice_.Updates();
+    EXPECT_EQ(result.outcome, Outcome::kFailed);
+    EXPECT_THAT(result.error, HasSubstr("RU_ERR_FILEREAD"));
+    EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEREAD"));
+    EXPECT_EQ(ReadFile(practice_.exchange), bad);
+    EXPECT_THAT(practice_.Log(), SizeIs(0));
+  }
+}
+
+TEST_F(UpdateRunTest, LeavesWhatIsStillBeingWritten) {
+  const std::string first = Exposure{}.New();
+  const std::string second = Exposure{.takeTime = "09:00:00"}.New();
+  practice_.Reports(first + second.substr(0, 50));
+  EXPECT_EQ(practice_.Updates().added, 1);
+  EXPECT_EQ(ReadFile(practice_.exchange), second.substr(0, 50));
+  practice_.Reports(second.substr(50));
+  EXPECT_EQ(practice_.Updates().added, 1);
+  EXPECT_THAT(practice_.Log(), SizeIs(2));
+}
+
+TEST_F(UpdateRunTest, TakesWhatIsAppendedDuringARunNextTime) {
+  practice_.Reports(Exposure{}.New());
+  const std::string late = Exposure{.takeTime = "23:00:00"}.New();
+  practice_.view.onAdvance = [&](std::int64_t) { practice_.Reports(late); };
+  EXPECT_EQ(practice_.Updates().added, 1);
+  EXPECT_EQ(ReadFile(practice_.exchange), late);
+  EXPECT_TRUE(practice_.ExchangePending());
+  practice_.view.onAdvance = {};
+  EXPECT_EQ(practice_.Updates().added, 1);
+}
+
+TEST_F(UpdateRunTest, FailsCleanlyWhenTheLogIsLocked) {
+  practice_.Reports(Exposure{}.New());
+  test::Practice other(folder_.Path());
+  practice_.globals.LogEngineGl->TuneLockRetry(1);
+  ASSERT_TRUE(other.globals.LogEngineGl->TransactionStart());
+  const UpdateResult result = practice_.Updates();
+  EXPECT_EQ(result.outcome, Outcome::kFailed);
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_WRITE"));
+  EXPECT_THAT(result.error, HasSubstr(practice_.globals.LogEngineGl->LastError()));
+  EXPECT_FALSE(practice_.globals.LogEngineGl->LastError().empty());
+  EXPECT_EQ(ReadFile(practice_.exchange), Exposure{}.New());
+  other.globals.LogEngineGl->TransactionRollback();
+  EXPECT_EQ(practice_.Updates().added, 1);
+}
+
+TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
+  const std::string records = Exposure{}.New();
+  practice_.Reports(records);
+  // A folder stands where the safe copy is written first.
+  std::filesystem::create_directories(folder_ / "Varnlog.mdb.intake.tmp/x");
+  const UpdateResult result = practice_.Updates();
+  EXPECT_EQ(result.outcome, Outcome::kDone);
+  EXPECT_EQ(result.added, 1);
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEDEL", "RU_SUCCESS"));
+  EXPECT_EQ(ReadFile(practice_.exchange), records);
+  std::filesystem::remove_all(folder_ / "Varnlog.mdb.intake.tmp");
+  EXPECT_EQ(practice_.Updates().skipped, 1);
+  EXPECT_FALSE(std::filesystem::exists(practice_.exchange));
+}
+
+TEST_F(UpdateRunTest, PutsAwayLeftOversThatNobodyCanRead) {
+  test::WriteFile(folder_ / "Varnlog.mdb.intake", "not a copy");
+  test::WriteFile(folder_ / "varnlog.sdx.1600000000000-2.taken", "xx" + Length(-1) + "bad");
+  test::WriteFile(folder_ / "varnlog.sdx.1600000000001-0.taken", Exposure{}.New() + Length(99));
+  test::WriteFile(folder_ / "varnlog.sdx.shift", "not a journal");
+  practice_.Reports(Exposure{.takeTime = "01:02:03"}.New());
+  EXPECT_TRUE(practice_.ExchangePending());
+  EXPECT_EQ(practice_.Updates().added, 2);
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEREAD", "RU_SUCCESS"));
+  EXPECT_EQ(ReadFile(folder_ / "Varnlog.mdb.intake.damaged"), "not a copy");
+  EXPECT_EQ(folder_.Count(".taken.damaged"), 1);
+  EXPECT_EQ(folder_.Count(".shift.damaged"), 1);
+  // The record that was never finished: nobody has the file open, so nobody will.
+  EXPECT_EQ(practice_.Updates().outcome, Outcome::kNothingPending);
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEREAD"));
+  EXPECT_FALSE(practice_.ExchangePending());
+  EXPECT_EQ(folder_.Count(".taken.damaged"), 2);
+}
+
+}  // namespace
+}  // namespace varnlog::intake
