@@ -10,7 +10,6 @@ namespace varnlog::logview {
 namespace {
 
 using db::Globals;
-using db::SelectionKind;
 using db::TextKey;
 using platform::ShortDate;
 using namespace db::literals;
