@@ -1,0 +1,80 @@
+#include "legacy/ChangePlaces.h"
+
+#include "db/dao/Sha256.h"
+#include "legacy/OldFile.h"
+#include "platform/Files.h"
+
+namespace varnlog::legacy {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path WithSuffix(fs::path path, const char* suffix) {
+  return path += suffix;
+}
+
+// A second name costs nothing and is given in one step; where the file system has none, a copy does.
+std::error_code GiveSecondName(const fs::path& log, const fs::path& kept) {
+  std::error_code error;
+  fs::create_hard_link(log, kept, error);
+  if (!error) return {};
+  return platform::CopyWholeFile(log, kept, false);
+}
+
+}  // namespace
+
+ConversionPaths ConversionPaths::For(const fs::path& log) {
+  const fs::path stem = log.parent_path() / log.stem();
+  return {log, WithSuffix(stem, ".jet.mdb"), WithSuffix(log, ".converting")};
+}
+
+std::error_code RemoveGrowing(const fs::path& growing) {
+  std::error_code error;
+  fs::remove(WithSuffix(growing, "-journal"), error);
+  if (!error) fs::remove(growing, error);
+  return error;
+}
+
+bool IsKeptNameUsable(const ConversionPaths& paths, const std::string& origin) {
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(paths.kept, error))) return true;
+  if (platform::SameFile(paths.log, paths.kept)) return true;
+  const auto content = ReadOldFile(paths.kept, error);
+  return content && dao::Sha256Hex(*content) == origin;
+}
+
+std::error_code ChangePlaces(const ConversionPaths& paths) {
+  std::error_code error;
+  const fs::path folder = paths.log.parent_path();
+  if (!fs::exists(paths.kept, error)) error = GiveSecondName(paths.log, paths.kept);
+  if (error) return error;
+  // The second name must be on the disk before the first one goes to another file.
+  platform::FlushFolder(folder);
+  fs::rename(paths.growing, paths.log, error);
+  if (!error) platform::FlushFolder(folder);
+  return error;
+}
+
+std::optional<fs::path> LockFileOf(const fs::path& log) {
+  for (const char* ending : {".ldb", ".LDB"}) {
+    std::error_code error;
+    fs::path lockFile = fs::path(log).replace_extension(ending);
+    if (fs::exists(lockFile, error)) return lockFile;
+  }
+  return std::nullopt;
+}
+
+bool MayBeOpen(const fs::path& lockFile) {
+  std::error_code error;
+  platform::File file = platform::File::Open(lockFile, platform::File::Mode::kReadWrite, error);
+  if (error) return error != std::errc::no_such_file_or_directory;
+  const auto solitude = file.TrySolitude();
+  if (solitude != platform::File::Solitude::kUnsupported) {
+    return solitude != platform::File::Solitude::kAlone;
+  }
+  // The old program locks bytes of it as long as it runs.
+  constexpr std::uint64_t kAnyByte = 1ULL << 40U;
+  return !file.TryLockRange(0, kAnyByte, error) || error;
+}
+
+}  // namespace varnlog::legacy

@@ -1,0 +1,137 @@
+#include "legacy/Conversion.h"
+
+#include <system_error>
+
+#include "legacy/ChangePlaces.h"
+#include "legacy/ConversionRun.h"
+#include "legacy/OldFile.h"
+#include "platform/Files.h"
+
+namespace varnlog::legacy {
+
+using namespace db::literals;
+namespace fs = std::filesystem;
+using Outcome = ConversionResult::Outcome;
+
+namespace {
+
+// Removes the new log unless it has got its final name.
+class GrowingFile {
+ public:
+  explicit GrowingFile(fs::path path) : path_(std::move(path)) {}
+  ~GrowingFile() { static_cast<void>(RemoveGrowing(path_)); }
+  GrowingFile(const GrowingFile&) = delete;
+  GrowingFile& operator=(const GrowingFile&) = delete;
+
+  [[nodiscard]] const fs::path& Path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+// One workstation converts at a time. The lock lies beyond the end of the file and goes with the process.
+class Turn {
+ public:
+  explicit Turn(const fs::path& log)
+      : file_(platform::File::Open(log, platform::File::Mode::kReadWrite, error_)) {
+    constexpr std::uint64_t kBeyondAnyFile = 1ULL << 40U;
+    // Without the right to write there is nobody who could take turns.
+    isMine_ = error_ || file_.TryLockRange(kBeyondAnyFile, 1, error_) || error_;
+  }
+  [[nodiscard]] bool IsMine() const { return isMine_; }
+
+ private:
+  std::error_code error_;
+  platform::File file_;
+  bool isMine_ = false;
+};
+
+fs::path Resolved(const fs::path& path) {
+  std::error_code error;
+  fs::path resolved = fs::canonical(path, error);
+  return error ? fs::absolute(path) : resolved;
+}
+
+// The new log is open to the same people as the old one.
+void TakeOverPermissions(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  const auto status = fs::status(from, error);
+  if (!error) fs::permissions(to, status.permissions() | fs::perms::owner_write, error);
+}
+
+bool AgreesToConversion(ConversionRun& run) {
+  if (run.Result().found.verdict == LogExamination::Verdict::kDamaged)
+    return run.AgreeToLoss(DamagedLog::kAsk);
+  return run.Ask(run.Text("CV_ASK"_key)) || run.End(Outcome::kDeclined);
+}
+
+void TellOfLostProtection(ConversionRun& run) {
+  const LogExamination& found = run.Result().found;
+  if (found.hasPassword) run.Tell(run.Text("CV_PASSWORD"_key));
+  if (found.isEncoded) run.Tell(run.Text("CV_ENCODED"_key));
+}
+
+void TellOfSuccess(ConversionRun& run) {
+  const bool isSound = run.Result().found.verdict == LogExamination::Verdict::kSound;
+  run.Tell(run.Text(isSound ? "CV_DONE"_key : "CV_DAMAGED_DONE"_key));
+  TellOfLostProtection(run);
+}
+
+bool Swap(ConversionRun& run, const ConversionPaths& paths) {
+  const auto lockFile = LockFileOf(paths.log);
+  if (lockFile && MayBeOpen(*lockFile) && !run.WaitForOthers()) return false;
+  if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
+  TakeOverPermissions(paths.log, paths.growing);
+  const std::error_code error = ChangePlaces(paths);
+  return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
+}
+
+bool RunInPlace(ConversionRun& run, const ConversionPaths& paths) {
+  if (!run.WaitForOthers() || !run.Examine()) return false;
+  run.Result().keptFile = paths.kept;
+  if (!AgreesToConversion(run)) return false;
+  if (!IsKeptNameUsable(paths, run.Result().origin)) {
+    return run.Fail(run.TextNaming(paths.kept, "CV_ERR_EXISTS"_key));
+  }
+  const GrowingFile growing(paths.growing);
+  return run.Build(growing.Path()) && Swap(run, paths);
+}
+
+bool RunTo(ConversionRun& run, const fs::path& newLog, DamagedLog damaged) {
+  if (!run.WaitForOthers() || !run.Examine() || !run.AgreeToLoss(damaged)) return false;
+  const GrowingFile growing(fs::path(newLog) += ".converting");
+  if (!run.Build(growing.Path())) return false;
+  if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
+  std::error_code error = platform::CopyWholeFile(growing.Path(), newLog, false);
+  return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
+}
+
+}  // namespace
+
+ConversionResult ConvertInPlace(const ConversionContext& context, const fs::path& log, ConversionView& view) {
+  const ConversionPaths paths = ConversionPaths::For(Resolved(log));
+  ConversionRun run(context, paths.log, view);
+  const Turn turn(paths.log);
+  if (!turn.IsMine()) {
+    static_cast<void>(run.Fail(run.Text("CV_ERR_INUSE"_key)));
+  } else if (RunInPlace(run, paths)) {
+    run.Result().outcome = Outcome::kDone;
+    TellOfSuccess(run);
+  }
+  return run.Result();
+}
+
+ConversionResult ConvertTo(const ConversionContext& context, const fs::path& oldLog, const fs::path& newLog,
+                           DamagedLog damaged, ConversionView& view) {
+  ConversionRun run(context, Resolved(oldLog), view);
+  std::error_code error;
+  if (fs::exists(newLog, error)) {
+    static_cast<void>(run.Fail(run.TextNaming(newLog, "CV_ERR_EXISTS"_key)));
+  } else if (RunTo(run, newLog, damaged)) {
+    run.Result().outcome = Outcome::kDone;
+    TellOfLostProtection(run);
+  }
+  return run.Result();
+}
+
+}  // namespace varnlog::legacy

@@ -1,0 +1,209 @@
+#include "legacy/ConversionRun.h"
+
+#include <utility>
+
+#include "db/dao/Sha256.h"
+#include "legacy/OldFile.h"
+#include "platform/Files.h"
+
+namespace varnlog::legacy {
+
+using namespace db::literals;
+namespace fs = std::filesystem;
+using Outcome = ConversionResult::Outcome;
+using Verdict = LogExamination::Verdict;
+
+namespace {
+
+// How often a view hears of the progress.
+constexpr std::int64_t kRowsPerReport = 64;
+
+RowProgress ReportTo(ConversionView& view) {
+  return [&view](std::int64_t done) { return done % kRowsPerReport != 0 || view.Advance(done); };
+}
+
+// Layouts of other programs' versions hold what a new log could not.
+bool IsKnownVersion(const LogExamination& found) {
+  return found.version.empty() || found.version == "1.0" || found.version == kConvertedVersion;
+}
+
+std::string FirstFault(const LogExamination& found) {
+  return found.faults.First().empty() ? std::string() : Describe(found.faults.First().front());
+}
+
+}  // namespace
+
+ConversionRun::ConversionRun(const ConversionContext& context, fs::path oldLog, ConversionView& view)
+    : context_(context), oldLog_(std::move(oldLog)), view_(view) {
+  result_.keptFile = oldLog_;
+}
+
+ConversionRun::~ConversionRun() = default;
+
+std::string ConversionRun::TextNaming(const fs::path& file, db::TextKey key) const {
+  return db::ReplaceFirstPlaceholder(context_.texts.GetText(key), "strFile", platform::FromPath(file));
+}
+
+std::string ConversionRun::Text(db::TextKey key, const std::string& error) const {
+  const auto date = [](platform::DateTime when) { return when.IsSet() ? when.ToIso() : std::string(); };
+  std::string text = context_.texts.GetText(key);
+  for (const auto& [name, value] :
+       {std::pair<const char*, std::string>{"strFile", platform::FromPath(oldLog_)},
+        {"strOldFile", platform::FromPath(result_.keptFile)},
+        {"lngReadable", std::to_string(result_.found.exposures.read)},
+        {"lngCount", std::to_string(result_.found.exposures.declared)},
+        {"dFirst", date(result_.found.first)},
+        {"dLast", date(result_.found.last)},
+        {"strError", error}}) {
+    text = db::ReplaceFirstPlaceholder(text, name, value);
+  }
+  return text;
+}
+
+bool ConversionRun::End(Outcome outcome) {
+  result_.outcome = outcome;
+  return false;
+}
+
+bool ConversionRun::Fail(const std::string& text) {
+  result_.error = text;
+  db::MsgBox(view_, context_.texts, text, db::MessageIcon::kCritical);
+  return End(Outcome::kFailed);
+}
+
+bool ConversionRun::Cancel() {
+  Tell(Text("CV_CANCELLED"_key));
+  return End(Outcome::kCancelled);
+}
+
+void ConversionRun::Tell(const std::string& text) {
+  db::MsgBox(view_, context_.texts, text, db::MessageIcon::kInformation);
+}
+
+bool ConversionRun::Ask(const std::string& text) {
+  const auto answer = db::MsgBox(view_, context_.texts, text, db::MessageIcon::kQuestion,
+                                 db::MessageButtons::kYesNo, context_.texts.GetText("CV_CAPTION"_key));
+  return answer == db::MessageAnswer::kYes;
+}
+
+// A lock file of a program that crashed stays for ever: once the user has been told, only one that may really
+// be open holds the conversion up.
+bool ConversionRun::WaitForOthers() {
+  for (auto lockFile = LockFileOf(oldLog_); lockFile; lockFile = LockFileOf(oldLog_)) {
+    const auto answer = db::MsgBox(view_, context_.texts, Text("CV_ERR_INUSE"_key),
+                                   db::MessageIcon::kCritical, db::MessageButtons::kRetryCancel);
+    if (answer != db::MessageAnswer::kRetry) {
+      result_.error = Text("CV_ERR_INUSE"_key);
+      return End(Outcome::kFailed);
+    }
+    if (!MayBeOpen(*lockFile)) break;
+  }
+  return true;
+}
+
+std::optional<ConversionRun::Stamp> ConversionRun::CurrentStamp() const {
+  std::error_code error;
+  Stamp stamp{fs::file_size(oldLog_, error), {}};
+  if (!error) stamp.time = fs::last_write_time(oldLog_, error);
+  return error ? std::nullopt : std::optional(stamp);
+}
+
+bool ConversionRun::IsUnchanged() const {
+  return stamp_ && CurrentStamp() == stamp_;
+}
+
+bool ConversionRun::Examine() {
+  view_.Begin(ConversionStep::kReading, 0);
+  std::error_code error;
+  stamp_ = CurrentStamp();
+  auto content = ReadOldFile(oldLog_, error);
+  if (!content) return Fail(Text("CV_ERR_UNREADABLE"_key, error.message()));
+  content_ = std::move(*content);
+  if (!IsJet(AsBytes(content_))) return End(Outcome::kNotNeeded);
+  result_.origin = dao::Sha256Hex(content_);
+  result_.found = legacy::Examine(AsBytes(content_));
+  const LogExamination& found = result_.found;
+  const bool isUnknown = found.verdict == Verdict::kForeign || found.faults.Has(FaultKind::kUnknownVersion);
+  if (isUnknown || !IsKnownVersion(found)) return Fail(Text("CV_ERR_FORMAT"_key));
+  const bool isLost = found.verdict == Verdict::kDamaged && found.exposures.read == 0;
+  if (found.verdict == Verdict::kUnreadable || isLost) {
+    return Fail(Text("CV_ERR_UNREADABLE"_key, FirstFault(found)));
+  }
+  return true;
+}
+
+bool ConversionRun::AgreeToLoss(DamagedLog damaged) {
+  if (result_.found.verdict == Verdict::kSound || damaged == DamagedLog::kTakeReadable) return true;
+  if (damaged == DamagedLog::kRefuse) {
+    return Fail(Text("CV_ERR_DAMAGED"_key, FirstFault(result_.found)));
+  }
+  return Ask(Text("CV_DAMAGED"_key)) || End(Outcome::kDeclined);
+}
+
+// A workspace of its own, so that the program's transactions and open databases stay out of it.
+std::shared_ptr<dao::Workspace> ConversionRun::OpenWorkspace() {
+  return context_.engine.CreateWorkspace("ConvertWs", "Admin", "");
+}
+
+bool ConversionRun::Fill(const fs::path& growing, LogCopy& copy) {
+  view_.Begin(ConversionStep::kTakingOver, static_cast<std::int64_t>(result_.found.exposures.read));
+  const auto workspace = OpenWorkspace();
+  const auto target = workspace->OpenDatabase(platform::FromPath(growing), true, false);
+  workspace->BeginTrans();
+  const bool isFilled = copy.Fill(*target, ReportTo(view_));
+  if (isFilled) {
+    workspace->CommitTrans();
+  } else {
+    workspace->Rollback();
+  }
+  workspace->Close();
+  result_.rows = copy.Rows();
+  return isFilled || Cancel();
+}
+
+bool ConversionRun::ReadAgain() {
+  std::error_code error;
+  content_.clear();
+  content_.shrink_to_fit();
+  auto content = ReadOldFile(oldLog_, error);
+  if (!content) return Fail(Text("CV_ERR_UNREADABLE"_key, error.message()));
+  content_ = std::move(*content);
+  return dao::Sha256Hex(content_) == result_.origin || Fail(Text("CV_ERR_INUSE"_key));
+}
+
+bool ConversionRun::Compare(const fs::path& growing, LogCopy& copy) {
+  view_.Begin(ConversionStep::kComparing, copy.Rows());
+  const auto reread = OldLog::Open(AsBytes(content_));
+  if (!reread) return Fail(Text("CV_ERR_COMPARE"_key, Describe(reread.Why())));
+  const auto workspace = OpenWorkspace();
+  const auto target = workspace->OpenDatabase(platform::FromPath(growing), true, true);
+  const bool isCompared = copy.Compare(*reread, *target, ReportTo(view_));
+  workspace->Close();
+  result_.comparedValues = copy.ComparedValues();
+  if (!isCompared) return Cancel();
+  return copy.Difference().empty() || Fail(Text("CV_ERR_COMPARE"_key, copy.Difference()));
+}
+
+bool ConversionRun::Finish(const fs::path& growing) {
+  std::error_code error;
+  auto file = platform::File::Open(growing, platform::File::Mode::kReadWrite, error);
+  if (!error) file.Flush(error);
+  return !error || Fail(Text("CV_ERR_WRITE"_key, error.message()));
+}
+
+bool ConversionRun::Build(const fs::path& growing) {
+  std::error_code error = RemoveGrowing(growing);
+  if (!error) error = platform::CopyWholeFile(context_.templateFile, growing, false);
+  if (error) return Fail(Text("CV_ERR_WRITE"_key, error.message()));
+  try {
+    const auto source = OldLog::Open(AsBytes(content_));
+    if (!source) return Fail(Text("CV_ERR_UNREADABLE"_key, Describe(source.Why())));
+    LogCopy copy(*source, result_.origin);
+    if (!Fill(growing, copy) || !ReadAgain() || !Compare(growing, copy)) return false;
+  } catch (const dao::EngineError& failure) {
+    return Fail(Text("CV_ERR_WRITE"_key, failure.what()));
+  }
+  return Finish(growing);
+}
+
+}  // namespace varnlog::legacy

@@ -1,0 +1,208 @@
+#include "legacy/LogCopy.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "db/dao/BulkRows.h"
+#include "platform/CodePage.h"
+
+namespace varnlog::legacy {
+
+// The exposure table of a new log, whose fields may stand in another order than ExposureColumns().
+class LogRows {
+ public:
+  explicit LogRows(dao::Database& target)
+      : fields_(target.TableDefs(kExposureTable).Fields()),
+        rows_(target.OpenBulkRows(kExposureTable)),
+        expected_(fields_.size()),
+        stored_(fields_.size()) {
+    const auto columns = ExposureColumns();
+    for (const dao::FieldDef& field : fields_) {
+      const auto column = std::find_if(columns.begin(), columns.end(), [&](const LogColumn& each) {
+        return SameName(each.name, field.name);
+      });
+      columns_.push_back(column == columns.end() ? -1 : static_cast<int>(column - columns.begin()));
+    }
+  }
+
+  [[nodiscard]] dao::BulkRows& Bulk() { return *rows_; }
+
+  // Puts an old row into the form in which the new log keeps it.
+  void Take(const JetRow& row, std::int64_t id) {
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+      if (columns_[i] < 0) continue;
+      expected_[i] = row.values[static_cast<std::size_t>(columns_[i])];
+      Cut(expected_[i], static_cast<std::size_t>(fields_[i].size));
+      if (columns_[i] == 0) expected_[i] = id;
+    }
+  }
+
+  // False when there is a row of that id.
+  [[nodiscard]] bool Insert() {
+    try {
+      rows_->Insert(expected_);
+      return true;
+    } catch (const dao::EngineError& error) {
+      if (error.number() != dao::ErrorNumber::kDuplicateKey) throw;
+      return false;
+    }
+  }
+
+  // The name of the first field that differs, or "" when none does.
+  [[nodiscard]] std::string FindDifference(std::int64_t id, std::int64_t& compared) {
+    if (!rows_->Find(id, stored_)) return "row";
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+      if (columns_[i] < 0) continue;
+      if (stored_[i] != expected_[i]) return fields_[i].name;
+      ++compared;
+    }
+    return {};
+  }
+
+ private:
+  static void Cut(Value& value, std::size_t most) {
+    auto* text = std::get_if<std::string>(&value);
+    if (text == nullptr || most == 0 || text->size() <= most) return;
+    text->resize(platform::FirstCharacters(*text, most).size());
+  }
+
+  std::vector<dao::FieldDef> fields_;
+  std::unique_ptr<dao::BulkRows> rows_;
+  std::vector<int> columns_;  // which of ExposureColumns() each field is, -1 for none
+  std::vector<Value> expected_;
+  std::vector<Value> stored_;
+};
+
+namespace {
+
+const std::string* Text(const Value& value) {
+  return std::get_if<std::string>(&value);
+}
+
+// Among the first `count` settings.
+bool HasKey(const std::vector<std::pair<Value, Value>>& settings, std::size_t count, std::string_view key) {
+  return std::any_of(settings.begin(), settings.begin() + static_cast<std::ptrdiff_t>(count),
+                     [&](const auto& setting) { return SameName(*Text(setting.first), key); });
+}
+
+std::vector<std::pair<Value, Value>> StoredSettings(dao::Database& target) {
+  std::vector<std::pair<Value, Value>> settings;
+  const auto table = target.OpenRecordset(kConfigTable, dao::RecordsetType::kSnapshot);
+  for (; !table->IsEOF(); table->MoveNext()) {
+    settings.emplace_back(table->Fields("tCfgSKey").Value(), table->Fields("tCfgSSet").Value());
+  }
+  return settings;
+}
+
+}  // namespace
+
+LogCopy::LogCopy(const OldLog& source, std::string origin) : source_(source), origin_(std::move(origin)) {}
+
+bool LogCopy::Fill(dao::Database& target, const RowProgress& progress) {
+  FillSettings(target);
+  LogRows rows(target);
+  rows.Bulk().SuspendIndexes();
+  FaultList ignored;  // whoever converts has examined the log and knows them
+  std::int64_t ordinal = 0;
+  bool isWanted = true;
+  const auto add = [&](const JetRow& row) {
+    const auto* id = std::get_if<std::int64_t>(&row.values[0]);
+    if (id != nullptr) rows.Take(row, *id);
+    if (id == nullptr || !rows.Insert()) newIds_.emplace(ordinal, 0);
+    if (id != nullptr) highestId_ = std::max(highestId_, *id);
+    ++ordinal;
+    isWanted = progress(ordinal);
+    return isWanted;
+  };
+  source_.ReadExposures(add, ignored);
+  if (!isWanted) return false;
+  rows_ = ordinal;
+  // More ids than there can be rows were never given.
+  const bool isPlausible = source_.LastId() <= std::uint32_t{std::numeric_limits<std::int32_t>::max()};
+  if (isPlausible) highestId_ = std::max<std::int64_t>(highestId_, source_.LastId());
+  AddHomeless(source_, rows);
+  rows.Bulk().SetLastId(highestId_);
+  rows.Bulk().RestoreIndexes();
+  return true;
+}
+
+void LogCopy::AddHomeless(const OldLog& source, LogRows& rows) {
+  if (newIds_.empty()) return;
+  FaultList ignored;
+  std::int64_t ordinal = 0;
+  const auto add = [&](const JetRow& row) {
+    if (const auto homeless = newIds_.find(ordinal++); homeless != newIds_.end()) {
+      homeless->second = ++highestId_;
+      rows.Take(row, homeless->second);
+      static_cast<void>(rows.Insert());
+    }
+    return true;
+  };
+  source.ReadExposures(add, ignored);
+}
+
+std::int64_t LogCopy::IdOf(std::int64_t ordinal, const JetRow& row) const {
+  const auto homeless = newIds_.find(ordinal);
+  return homeless != newIds_.end() ? homeless->second : std::get<std::int64_t>(row.values[0]);
+}
+
+bool LogCopy::Compare(const OldLog& reread, dao::Database& target, const RowProgress& progress) {
+  CompareSettings(reread, target);
+  LogRows rows(target);
+  FaultList ignored;
+  std::int64_t ordinal = 0;
+  bool isWanted = true;
+  const auto compare = [&](const JetRow& row) {
+    const std::int64_t id = IdOf(ordinal++, row);
+    rows.Take(row, id);
+    const std::string field = rows.FindDifference(id, compared_);
+    if (!field.empty()) Differ(field + " of the exposure " + std::to_string(id));
+    isWanted = progress(ordinal);
+    return isWanted && difference_.empty();
+  };
+  reread.ReadExposures(compare, ignored);
+  const std::int64_t found = target.OpenRecordset(kExposureTable)->RecordCount();
+  if (isWanted && (ordinal != rows_ || found != rows_)) Differ("the number of exposures");
+  return isWanted;
+}
+
+// Version and origin are the new log's own; everything else is the old log's, and where that has nothing, the
+// template's.
+std::vector<LogCopy::Setting> LogCopy::Settings(const OldLog& source) const {
+  std::vector<Setting> settings{{std::string(kVersionKey), std::string(kConvertedVersion)},
+                                {std::string(kOriginKey), origin_}};
+  const auto addAll = [&settings](const std::vector<Setting>& more) {
+    const auto known = settings.size();
+    for (const Setting& setting : more) {
+      if (Text(setting.first) == nullptr || HasKey(settings, known, *Text(setting.first))) continue;
+      settings.push_back(setting);
+    }
+  };
+  addAll(source.Settings());
+  addAll(templateSettings_);
+  return settings;
+}
+
+void LogCopy::FillSettings(dao::Database& target) {
+  templateSettings_ = StoredSettings(target);
+  target.Execute("DELETE FROM TConfig");
+  const auto rows = target.OpenBulkRows(kConfigTable);
+  for (const auto& [key, value] : Settings(source_)) rows->Insert(std::vector<Value>{key, value});
+}
+
+void LogCopy::CompareSettings(const OldLog& reread, dao::Database& target) {
+  auto stored = StoredSettings(target);
+  auto expected = Settings(reread);
+  std::sort(stored.begin(), stored.end());
+  std::sort(expected.begin(), expected.end());
+  if (stored != expected) Differ("the settings");
+  compared_ += static_cast<std::int64_t>(2 * expected.size());
+}
+
+void LogCopy::Differ(std::string what) {
+  if (difference_.empty()) difference_ = std::move(what);
+}
+
+}  // namespace varnlog::legacy

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "legacy/Conversion.h"
+#include "tests/legacy/Samples.h"
+
+namespace varnlog::legacy {
+
+/// Texts that are their keys and placeholders, so that a test sees which one was shown with what.
+class KeyTexts final : public db::TextLookup {
+ public:
+  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+    return std::string(key.name()) + "|$strFile$|$lngReadable$/$lngCount$|$strError$";
+  }
+};
+
+/// Answers by script, by default "Yes" and "Cancel", and remembers what was shown.
+class ScriptedView : public ConversionView {
+ public:
+  db::MessageAnswer Show(const db::Message& message) override {
+    shown.push_back(message.text);
+    if (onShow) onShow(message);
+    if (message.buttons == db::MessageButtons::kOk) return db::MessageAnswer::kOk;
+    if (message.buttons == db::MessageButtons::kYesNo)
+      return yes ? db::MessageAnswer::kYes : db::MessageAnswer::kNo;
+    if (retries == 0) return db::MessageAnswer::kCancel;
+    --retries;
+    return db::MessageAnswer::kRetry;
+  }
+  void Beep() override {}
+  void Begin(ConversionStep next, std::int64_t exposures) override {
+    step = next;
+    rowsOfStep[next] = exposures;
+    if (onBegin) onBegin(next);
+  }
+  [[nodiscard]] bool Advance(std::int64_t done) override { return step != cancelIn || done < 64; }
+
+  [[nodiscard]] bool HasShown(const std::string& start) const {
+    for (const std::string& text : shown) {
+      if (text.starts_with(start)) return true;
+    }
+    return false;
+  }
+
+  bool yes = true;
+  int retries = 0;
+  std::optional<ConversionStep> cancelIn;
+  std::function<void(const db::Message&)> onShow;
+  std::function<void(ConversionStep)> onBegin;
+  std::vector<std::string> shown;
+  std::map<ConversionStep, std::int64_t> rowsOfStep;
+  ConversionStep step = ConversionStep::kReading;
+};
+
+/// A practice's data folder with an old log in it, and a program folder.
+class ConversionFixture : public testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+    folder_ = std::filesystem::temp_directory_path() /
+              ("Röntgen Bücher " + std::to_string(getpid()) + " " + test->name());
+    std::filesystem::create_directories(folder_);
+    MakeDatabase("varnlog.md0", "log.sql");
+    MakeDatabase("system.mdw", "workgroup.sql");
+    engine_.SetSystemDB((folder_ / "system.mdw").string());
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  void HasOldLog(const std::string& content) {
+    std::ofstream(log_(), std::ios::binary) << content;
+    original_ = content;
+  }
+  void HasSample(const std::string& name) { HasOldLog(samples::ReadOurs(name)); }
+
+  ConversionResult ConvertsInPlace() { return ConvertInPlace(Context(), log_(), view_); }
+  [[nodiscard]] ConversionContext Context() { return {engine_, texts_, folder_ / "varnlog.md0"}; }
+
+  [[nodiscard]] std::filesystem::path log_() const { return folder_ / "Varnlog.mdb"; }
+  [[nodiscard]] std::filesystem::path kept() const { return folder_ / "Varnlog.jet.mdb"; }
+
+  /// The rows of the new log as the expectation files write them, sorted, without the heading.
+  [[nodiscard]] std::vector<std::string> NewRows(const std::filesystem::path& file);
+  /// The same of the sample's expectation; version 1.0 gets its two fields.
+  [[nodiscard]] static std::vector<std::string> ExpectedRows(const std::string& sample);
+  [[nodiscard]] std::string Setting(const std::filesystem::path& file, const std::string& key);
+  [[nodiscard]] std::shared_ptr<dao::Database> Open(const std::filesystem::path& file);
+
+  void ExpectOnlyTheOldLog() const {
+    EXPECT_EQ(samples::Read(log_()), original_);
+    EXPECT_FALSE(std::filesystem::exists(kept()));
+    ExpectNothingGrowing();
+  }
+  void ExpectNothingGrowing() const {
+    for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+      EXPECT_EQ(entry.path().string().find(".converting"), std::string::npos) << entry.path();
+    }
+  }
+
+  std::filesystem::path folder_;
+  std::string original_;
+  dao::DBEngine engine_;
+  KeyTexts texts_;
+  ScriptedView view_;
+  std::shared_ptr<dao::Workspace> workspace_;
+
+ private:
+  void MakeDatabase(const std::string& name, const std::string& source) {
+    const auto database = engine_.CreateDatabase((folder_ / name).string(), "", 0);
+    database->Execute(samples::Read(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / source));
+    database->Close();
+  }
+};
+
+}  // namespace varnlog::legacy

@@ -1,0 +1,212 @@
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "db/dao/Sha256.h"
+#include "tests/legacy/ConversionFixture.h"
+
+namespace varnlog::legacy {
+namespace {
+
+namespace fs = std::filesystem;
+using Outcome = ConversionResult::Outcome;
+
+constexpr const char* kJet4Log = "log-1.1-jet4-scratch.mdb";
+
+TEST_F(ConversionFixture, TakesOverEveryRowCharacterAndId) {
+  for (const std::string name :
+       {"log-1.0-jet3-cp1252", "log-1.1-jet3-cp1250", "log-1.1-jet3-cp1251", "log-1.1-jet3-cp1252",
+        "log-1.1-jet3-password-encoded", "log-1.1-jet4-password-encoded", "log-1.1-jet4-password",
+        "log-1.1-jet4-scratch", "log-1.1-upgraded-jet3", "log-1.1-upgraded-jet4"}) {
+    SCOPED_TRACE(name);
+    fs::remove(log_());
+    fs::remove(kept());
+    HasSample(name + ".mdb");
+    const auto result = ConvertsInPlace();
+    ASSERT_EQ(result.outcome, Outcome::kDone) << result.error;
+    EXPECT_EQ(NewRows(log_()), ExpectedRows(name));
+    EXPECT_EQ(samples::Read(kept()), original_);
+    EXPECT_EQ(result.keptFile, kept());
+    EXPECT_EQ(result.comparedValues, 25 * result.rows + 6);
+    EXPECT_EQ(Setting(log_(), "JetSHA256"), dao::Sha256Hex(original_));
+    EXPECT_EQ(Setting(log_(), "DBVersion"), "1.1");
+    EXPECT_EQ(Setting(log_(), "ReadOnly"), "0");
+    ExpectNothingGrowing();
+  }
+}
+
+TEST_F(ConversionFixture, TheNextIdContinuesWhereTheOldLogsStood) {
+  // The ids up to 120 were given; the last ones are deleted.
+  HasSample("log-1.0-jet3-cp1252.mdb");
+  ASSERT_EQ(ConvertsInPlace().outcome, Outcome::kDone);
+  const auto workspace = engine_.CreateWorkspace("W", "Admin", "");
+  const auto log = workspace->OpenDatabase(log_().string(), false, false);
+  const auto table = log->OpenRecordset("TXray");
+  table->AddNew();
+  table->Fields("tXraySName").SetText("Neu");
+  table->Update();
+  const auto added = log->OpenRecordset("SELECT tXrayCulIntIDPk FROM TXray WHERE tXraySName = 'Neu'");
+  EXPECT_EQ(added->Fields("tXrayCulIntIDPk").Number(), 121);
+}
+
+TEST_F(ConversionFixture, TheNewLogIsSoundAndSeeksThroughItsIndexes) {
+  HasSample(kJet4Log);
+  ASSERT_EQ(ConvertsInPlace().outcome, Outcome::kDone);
+  const auto log = Open(log_());
+  EXPECT_TRUE(log->Check().empty());
+  const auto template_ = Open(folder_ / "varnlog.md0");
+  EXPECT_EQ(Open(log_())->TableDefs("TXray").Indexes().size(),
+            template_->TableDefs("TXray").Indexes().size());
+}
+
+TEST_F(ConversionFixture, AsksFirstAndTellsOfLostProtection) {
+  HasSample("log-1.1-jet4-password-encoded.mdb");
+  view_.yes = false;
+  EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kDeclined);
+  EXPECT_TRUE(view_.HasShown("CV_ASK|" + log_().string()));
+  ExpectOnlyTheOldLog();
+
+  view_.yes = true;
+  EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kDone);
+  for (const char* key : {"CV_DONE", "CV_PASSWORD", "CV_ENCODED"}) EXPECT_TRUE(view_.HasShown(key)) << key;
+  EXPECT_EQ(view_.rowsOfStep[ConversionStep::kTakingOver], 54);
+  EXPECT_EQ(view_.rowsOfStep[ConversionStep::kComparing], 54);
+}
+
+TEST_F(ConversionFixture, CancellingLeavesTheOldLogAlone) {
+  HasSample(kJet4Log);
+  for (const auto step : {ConversionStep::kTakingOver, ConversionStep::kComparing}) {
+    view_.cancelIn = step;
+    EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kCancelled);
+    ExpectOnlyTheOldLog();
+  }
+  EXPECT_TRUE(view_.HasShown("CV_CANCELLED"));
+}
+
+TEST_F(ConversionFixture, ADamagedLogGivesItsReadableRowsWhenTheUserWants) {
+  HasOldLog(samples::ReadOurs(kJet4Log).substr(0, 126976));
+  view_.yes = false;
+  EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kDeclined);
+  EXPECT_TRUE(view_.HasShown("CV_DAMAGED|" + log_().string() + "|205/262"));
+  ExpectOnlyTheOldLog();
+
+  view_.yes = true;
+  const auto result = ConvertsInPlace();
+  EXPECT_EQ(result.outcome, Outcome::kDone);
+  EXPECT_EQ(result.rows, 205);
+  EXPECT_EQ(NewRows(log_()).size(), 205U);
+  EXPECT_TRUE(view_.HasShown("CV_DAMAGED_DONE"));
+  EXPECT_EQ(samples::Read(kept()), original_);
+}
+
+TEST_F(ConversionFixture, RowsWithOneIdAreBothKeptAndTextsThatDoNotFitAreCut) {
+  std::string content = samples::ReadOurs(kJet4Log);
+  // Two rows of the first page of exposures begin here; the id stands behind the column count.
+  ByteReader reader(samples::AsBytes(content));
+  const auto id = [&](std::size_t row) {
+    return 13 * 4096 + (reader.U16(13 * 4096 + 14 + 2 * row) & 0x1fffU) + 2;
+  };
+  content.replace(id(2), 4, content.substr(id(1), 4));
+  HasOldLog(content);
+  const auto result = ConvertsInPlace();
+  EXPECT_EQ(result.outcome, Outcome::kDone) << result.error;
+  EXPECT_EQ(result.rows, 262);
+  EXPECT_EQ(result.found.lastId, 300U);
+  const auto rows = NewRows(log_());
+  EXPECT_EQ(rows.size(), 262U);
+  EXPECT_TRUE(
+      std::any_of(rows.begin(), rows.end(), [](const auto& row) { return row.starts_with("301\t"); }));
+}
+
+TEST_F(ConversionFixture, RefusesWhatIsNoOldLog) {
+  struct Row {
+    const char* what;
+    std::string content;
+    const char* key;
+  };
+  std::string newer = samples::ReadOurs(kJet4Log);
+  newer[0x14] = 2;
+  for (const Row& row :
+       {Row{"another program's", samples::ReadOurs("foreign-jet4.mdb"), "CV_ERR_FORMAT"},
+        Row{"newer", newer, "CV_ERR_FORMAT"}, Row{"tiny", newer.substr(0, 1500), "CV_ERR_FORMAT"},
+        Row{"cut", samples::ReadOurs(kJet4Log).substr(0, 5000), "CV_ERR_UNREADABLE"}}) {
+    SCOPED_TRACE(row.what);
+    HasOldLog(row.content);
+    const auto result = ConvertsInPlace();
+    EXPECT_EQ(result.outcome, Outcome::kFailed);
+    EXPECT_TRUE(result.error.starts_with(row.key)) << result.error;
+    ExpectOnlyTheOldLog();
+  }
+  HasSample("broken-text-renamed.mdb");
+  EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kNotNeeded);
+}
+
+TEST_F(ConversionFixture, WaitsForTheOldProgramToCloseTheLog) {
+  HasSample(kJet4Log);
+  const fs::path lockFile = folder_ / "Varnlog.ldb";
+  std::ofstream(lockFile) << "PRAXIS1";
+  EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kFailed);
+  EXPECT_TRUE(view_.HasShown("CV_ERR_INUSE"));
+  ExpectOnlyTheOldLog();
+
+  view_.retries = 2;
+  std::ifstream open(lockFile);
+  view_.onShow = [&](const db::Message&) {
+    if (view_.retries == 1) open.close();
+  };
+  EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kDone);
+  EXPECT_EQ(view_.retries, 0);
+}
+
+TEST_F(ConversionFixture, AFileThatChangesMeanwhileIsNotReplaced) {
+  HasSample(kJet4Log);
+  const std::string changed = samples::ReadOurs("log-1.1-jet4-password.mdb");
+  for (const auto step : {ConversionStep::kTakingOver, ConversionStep::kComparing}) {
+    HasSample(kJet4Log);
+    view_.onBegin = [&](ConversionStep begun) {
+      if (begun == step) HasOldLog(changed);
+    };
+    EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kFailed);
+    ExpectOnlyTheOldLog();
+  }
+}
+
+TEST_F(ConversionFixture, NeverOverwritesAnotherKeptFile) {
+  HasSample(kJet4Log);
+  std::ofstream(kept()) << "last year's";
+  const auto result = ConvertsInPlace();
+  EXPECT_EQ(result.outcome, Outcome::kFailed);
+  EXPECT_EQ(result.error.substr(0, result.error.find('|', 15)), "CV_ERR_EXISTS|" + kept().string());
+  EXPECT_EQ(samples::Read(kept()), "last year's");
+  EXPECT_EQ(samples::Read(log_()), original_);
+}
+
+TEST_F(ConversionFixture, ConvertsIntoAnotherFileWithoutTouchingTheOldOne) {
+  HasSample(kJet4Log);
+  const fs::path target = folder_ / "Neu.mdb";
+  const auto result = ConvertTo(Context(), log_(), target, DamagedLog::kRefuse, view_);
+  ASSERT_EQ(result.outcome, Outcome::kDone) << result.error;
+  EXPECT_EQ(NewRows(target), ExpectedRows("log-1.1-jet4-scratch"));
+  ExpectOnlyTheOldLog();
+
+  const auto again = ConvertTo(Context(), log_(), target, DamagedLog::kRefuse, view_);
+  EXPECT_TRUE(again.error.starts_with("CV_ERR_EXISTS|" + target.string()));
+}
+
+TEST_F(ConversionFixture, ADamagedLogNeedsConsentToBeConvertedIntoAnotherFile) {
+  HasOldLog(samples::ReadOurs(kJet4Log).substr(0, 126976));
+  const fs::path target = folder_ / "Neu.mdb";
+  const auto refused = ConvertTo(Context(), log_(), target, DamagedLog::kRefuse, view_);
+  EXPECT_TRUE(refused.error.starts_with("CV_ERR_DAMAGED|" + log_().string() + "|205/262"));
+  EXPECT_FALSE(fs::exists(target));
+  const auto partial = ConvertTo(Context(), log_(), target, DamagedLog::kTakeReadable, view_);
+  EXPECT_EQ(partial.outcome, Outcome::kDone);
+  EXPECT_EQ(NewRows(target).size(), 205U);
+  EXPECT_TRUE(view_.shown.back().starts_with("CV_ERR_DAMAGED"));
+}
+
+}  // namespace
+}  // namespace varnlog::legacy
