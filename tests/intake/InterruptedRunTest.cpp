@@ -19,18 +19,6 @@ std::string Exposures(int first, int count) {
   return records;
 }
 
-/// How often each patient of a log that should have one row each is missing or doubled.
-std::string Differences(test::Practice& practice, int patients) {
-  std::map<std::string, int> rows;
-  for (const Row& row : practice.Log()) ++rows[row.at("tXraySName")];
-  std::string differences;
-  for (int i = 0; i < patients; ++i) {
-    const int found = rows["Patient " + std::to_string(i)];
-    if (found != 1) differences += "Patient " + std::to_string(i) + ": " + std::to_string(found) + "; ";
-  }
-  return differences;
-}
-
 /// Runs an update in a process of its own that ends, without any clean-up, when it reaches `step`; records
 /// arrive while it reads. True when it got there.
 bool DiesAt(const std::filesystem::path& folder, RunStep step, const std::string& arriving) {
@@ -82,7 +70,7 @@ TEST_P(InterruptedRunTest, LosesAndDoublesNothing) {
     EXPECT_EQ(practice.Log().size(), IsCommitted() ? 4U : 0U);
     EXPECT_TRUE(practice.ExchangePending());
     EXPECT_EQ(practice.Updates().added, IsCommitted() ? arriving + 3 : arriving + 7);
-    EXPECT_EQ(Differences(practice, arriving + 7), "");
+    EXPECT_EQ(practice.Differences(arriving + 7), "");
     EXPECT_FALSE(practice.ExchangePending());
     EXPECT_EQ(practice.Updates().outcome, UpdateResult::Outcome::kNothingPending);
     EXPECT_EQ(folder.Count(""), 1) << "only the log is left";
@@ -100,7 +88,7 @@ TEST_P(InterruptedRunTest, CarriesOnAfterASecondInterruption) {
   ASSERT_TRUE(DiesAt(folder_.Path(), GetParam(), Exposures(6, arriving)));
   test::Practice practice(folder_.Path());
   EXPECT_NE(practice.Updates().outcome, UpdateResult::Outcome::kFailed);
-  EXPECT_EQ(Differences(practice, 6 + arriving), "");
+  EXPECT_EQ(practice.Differences(6 + arriving), "");
   EXPECT_EQ(practice.Log().size(), 6U + static_cast<unsigned>(arriving));
 }
 
@@ -138,7 +126,7 @@ TEST(AppenderTest, WhoKeepsTheFileOpenLosesNothing) {
     test::AppendFile(practice.exchange, Exposures(11, 1));
   }
   practice.Updates(options);
-  EXPECT_EQ(Differences(practice, 12), "");
+  EXPECT_EQ(practice.Differences(12), "");
   practice.Updates(options);
   EXPECT_EQ(folder.Count(""), 1);
 }

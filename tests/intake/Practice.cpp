@@ -85,4 +85,26 @@ std::vector<Row> Practice::Log() {
   return rows;
 }
 
+std::string Practice::Differences(int patients) {
+  std::vector<int> found(static_cast<std::size_t>(patients));
+  int others = 0;
+  const auto set = globals.LogEngineGl->Database()->OpenRecordset("TXray", dao::RecordsetType::kTable);
+  const dao::Field& name = set->Fields("tXraySName");
+  for (; !set->IsEOF(); set->MoveNext()) {
+    const std::string text(name.Text());
+    const bool isPatient = text.starts_with("Patient ");
+    const std::size_t number = isPatient ? std::stoul(text.substr(8)) : found.size();
+    if (number < found.size()) {
+      ++found[number];
+    } else {
+      ++others;
+    }
+  }
+  std::string differences = others == 0 ? "" : std::to_string(others) + " others; ";
+  for (std::size_t i = 0; i < found.size() && differences.size() < 1000; ++i) {
+    if (found[i] != 1) differences += "Patient " + std::to_string(i) + ": " + std::to_string(found[i]) + "; ";
+  }
+  return differences;
+}
+
 }  // namespace varnlog::intake::test

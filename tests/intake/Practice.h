@@ -51,6 +51,9 @@ class Practice {
   void Reports(const std::string& records) const;
   UpdateResult Updates(const RunOptions& options = kHasty);
   [[nodiscard]] std::vector<Row> Log();
+  /// Of "Patient 0" to "Patient N-1", who should have one exposure each: those who have none or several, and
+  /// how many there are of anybody else.
+  [[nodiscard]] std::string Differences(int patients);
   [[nodiscard]] bool ExchangePending() const { return ExchangeDataPending(globals); }
 
   static const RunOptions kHasty;
