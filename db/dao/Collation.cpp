@@ -4,8 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <numeric>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include <unicode/bytestream.h>
@@ -24,10 +25,6 @@ void Check(UErrorCode status, const char* doing) {
   if (U_FAILURE(status)) {
     throw EngineError(ErrorNumber::kUnexpected, std::string(doing) + ": " + u_errorName(status));
   }
-}
-
-bool IsAscii(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
 struct CloseCollator {
@@ -159,12 +156,51 @@ bool IsIgnoredControl(unsigned char c) {
   return (c < 0x20 && (c < 0x09 || c > 0x0D)) || c == 0x7F;
 }
 
-std::string FoldAscii(std::string_view text) {
+/// The folded forms of the characters whose UTF-8 has two bytes, as far as they stand for themselves whatever
+/// comes before them; the rest (combining accents above all) is left to the normaliser.
+class TwoByteFolds {
+ public:
+  TwoByteFolds() {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* normalizer = icu::Normalizer2::getNFKCCasefoldInstance(status);
+    Check(status, "Folding letter case");
+    for (UChar32 c = 0xA0; c < kEnd; ++c) {
+      if (!normalizer->hasBoundaryBefore(c)) continue;
+      const icu::UnicodeString folded = normalizer->normalize(icu::UnicodeString(c), status);
+      std::string& text = folds_[static_cast<std::size_t>(c)];
+      folded.toUTF8String(text);
+    }
+    Check(status, "Folding letter case");
+  }
+
+  /// Empty when the character needs the normaliser.
+  [[nodiscard]] const std::string& Of(unsigned char lead, unsigned char trail) const {
+    return folds_[((lead & 0x1FU) << 6U) | (trail & 0x3FU)];
+  }
+
+ private:
+  static constexpr UChar32 kEnd = 0x800;
+  std::array<std::string, kEnd> folds_;
+};
+
+/// Folds what needs no normaliser; nothing when a character does.
+std::optional<std::string> FoldSimply(std::string_view text) {
+  static const TwoByteFolds kFolds;
   std::string folded;
   folded.reserve(text.size());
-  for (const char c : text) {
-    if (IsIgnoredControl(static_cast<unsigned char>(c))) continue;
-    folded += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (byte < 0x80) {
+      if (IsIgnoredControl(byte)) continue;
+      folded += byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : text[i];
+      continue;
+    }
+    const auto trail = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : std::uint8_t{0};
+    if (byte < 0xC2 || byte >= 0xE0 || (trail & 0xC0U) != 0x80) return std::nullopt;
+    const std::string& fold = kFolds.Of(byte, trail);
+    if (fold.empty()) return std::nullopt;
+    folded += fold;
+    ++i;
   }
   return folded;
 }
@@ -188,7 +224,7 @@ std::string WithoutControls(std::string_view text) {
 }  // namespace
 
 std::string FoldCase(std::string_view text) {
-  if (IsAscii(text)) return FoldAscii(text);
+  if (auto folded = FoldSimply(text)) return *std::move(folded);
   std::string source;
   if (!platform::IsUtf8(text)) {
     icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())))

@@ -1,11 +1,13 @@
 #include "db/dao/DistinctRows.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <numeric>
 #include <utility>
 
+#include "db/dao/DifferentRows.h"
 #include "db/dao/JetSql.h"
-#include "db/dao/RowKeys.h"
+#include "db/dao/RowCollector.h"
 #include "db/dao/Statement.h"
 #include "db/dao/ValueDictionary.h"
 
@@ -39,43 +41,55 @@ std::string CreateSql(const TableSchema& table, const Fields& fields) {
   return "CREATE TABLE " + QuoteIdentifier(table.name) + " (" + columns + ")";
 }
 
+/// Whether the values, which are handled as texts, are in the same order as such.
+bool HasTextOrder(const FieldDef& field) {
+  return field.type != FieldType::kLong && field.type != FieldType::kDouble;
+}
+
 bool IsCollated(const FieldDef& field) {
   return field.type == FieldType::kText || field.type == FieldType::kMemo;
 }
 
-/// The codes of the combinations in the order of the fields.
-std::vector<std::uint32_t> InOrder(const ValueDictionary& combinations, const Fields& fields) {
-  std::vector<std::vector<CellView>> rows(combinations.Size());
-  for (std::uint32_t code = 0; code < rows.size(); ++code) rows[code] = ReadRowKey(combinations.At(code));
-  std::vector<std::uint32_t> order(rows.size());
-  std::iota(order.begin(), order.end(), 0U);
-  std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-      const int compared = CompareCells(rows[a][i], rows[b][i], IsCollated(*fields[i]));
-      if (compared != 0) return compared < 0;
+/// For each row the place of one of its values in that column's order, NULL first.
+std::vector<std::uint32_t> RanksOf(const std::vector<RowTexts>& rows, std::size_t column, bool collated) {
+  ValueDictionary values;
+  std::vector<std::uint32_t> codes(rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (rows[i][column]) codes[i] = values.Intern(*rows[i][column]);
+  }
+  const std::vector<std::uint32_t> ranks = RankValues(values, collated);
+  for (std::size_t i = 0; i < rows.size(); ++i) codes[i] = rows[i][column] ? ranks[codes[i]] + 1 : 0;
+  return codes;
+}
+
+/// The rows' numbers in the order of the fields.
+std::vector<std::size_t> InOrder(const std::vector<RowTexts>& rows, const Fields& fields) {
+  std::vector<std::vector<std::uint32_t>> ranks;
+  for (std::size_t i = 0; i < fields.size(); ++i) ranks.push_back(RanksOf(rows, i, IsCollated(*fields[i])));
+  std::vector<std::size_t> order(rows.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(), [&ranks](std::size_t a, std::size_t b) {
+    for (const auto& column : ranks) {
+      if (column[a] != column[b]) return column[a] < column[b];
     }
-    return false;
+    return a < b;
   });
   return order;
 }
 
-void BindCell(Statement& statement, int parameter, const CellView& cell) {
-  if (cell.kind == CellKind::kText) return statement.Bind(parameter, cell.text);
-  if (cell.kind == CellKind::kInteger) return statement.Bind(parameter, cell.integer);
-  if (cell.kind == CellKind::kReal) return statement.Bind(parameter, cell.real);
-  statement.BindNull(parameter);
-}
-
-void Insert(Connection& target, const TableSchema& table, const ValueDictionary& combinations,
-            const Fields& fields) {
+void Insert(Connection& target, const TableSchema& table, const Fields& fields,
+            const std::vector<RowTexts>& rows) {
   std::string parameters = "?";
   for (std::size_t i = 1; i < fields.size(); ++i) parameters += ", ?";
   WriteScope scope(target);
   target.Execute("DELETE FROM " + QuoteIdentifier(table.name));
   Statement insert(target, "INSERT INTO " + QuoteIdentifier(table.name) + " VALUES (" + parameters + ")");
-  for (const std::uint32_t code : InOrder(combinations, fields)) {
-    int parameter = 0;
-    for (const CellView& cell : ReadRowKey(combinations.At(code))) BindCell(insert, ++parameter, cell);
+  for (const std::size_t number : InOrder(rows, fields)) {
+    const RowTexts& row = rows[number];
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      const int parameter = static_cast<int>(i) + 1;
+      row[i] ? insert.Bind(parameter, *row[i]) : insert.BindNull(parameter);
+    }
     insert.Run();
   }
   scope.Commit();
@@ -89,7 +103,7 @@ Connection* DistinctRows::Find(Connection& source, const TableSchema& table,
   Fields defs;
   for (const std::string& field : fields) {
     const auto ordinal = table.FieldAt(field);
-    if (!ordinal) return nullptr;
+    if (!ordinal || !HasTextOrder(table.fields[*ordinal])) return nullptr;
     defs.push_back(&table.fields[*ordinal]);
   }
   Kept* const kept = Entry(source, table, defs);
@@ -114,24 +128,21 @@ DistinctRows::Kept* DistinctRows::Entry(Connection& source, const TableSchema& t
 
 void DistinctRows::Fill(Kept& kept, Connection& source, const TableSchema& table, const Fields& fields) {
   kept.current = false;
-  kept.tooMany = false;
-  ValueDictionary combinations;
+  DifferentRows combinations(kMostCombinations);
   {
     const ReadScope scope(source);
-    Statement scan(source, "SELECT " + FieldList(fields) + " FROM " + QuoteIdentifier(table.name));
-    const ResetAtEnd reset(scan);
-    bool more = scan.Step();
-    // The first step holds off other writers, so this is the stamp of all that follows.
+    const std::string from = QuoteIdentifier(table.name);
+    // The first look at the table holds off other writers, so this is the stamp of all that follows.
+    Statement(source, "SELECT 1 FROM " + from + " LIMIT 1").Run();
     kept.stamp = source.CurrentStamp();
-    std::string key;
-    for (; more && !kept.tooMany; more = scan.Step()) {
-      key.clear();
-      AppendRowKey(scan, static_cast<int>(fields.size()), key);
-      combinations.Intern(key);
-      kept.tooMany = combinations.Size() > kMostCombinations;
-    }
+    Statement scan(source, CollectSql(FieldList(fields), from, 1));
+    Collect(scan, 1, combinations);
+    combinations.Finish();
   }
-  Insert(*kept.rows, table, kept.tooMany ? ValueDictionary() : combinations, fields);
+  kept.tooMany = combinations.TooMany();
+  std::vector<RowTexts> rows(kept.tooMany ? 0 : combinations.Count());
+  for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = combinations.At(i);
+  Insert(*kept.rows, table, fields, rows);
   kept.current = true;
 }
 

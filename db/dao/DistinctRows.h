@@ -21,7 +21,8 @@ class DistinctRows {
   /// changed; it lives as long as this object, so statements prepared on it can be kept.
   ///
   /// Nothing when the statement has to run on the table itself: within a transaction, whose changes may yet
-  /// be undone, when there are too many combinations, and when too many sets of fields are kept already.
+  /// be undone, when there are too many combinations, when a field holds numbers, and when too many
+  /// sets of fields are kept already.
   [[nodiscard]] Connection* Find(Connection& source, const TableSchema& table,
                                  const std::vector<std::string>& fields);
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -10,6 +11,7 @@
 #include "db/dao/Collation.h"
 #include "db/dao/EngineError.h"
 #include "db/dao/LikePattern.h"
+#include "db/dao/RowCollector.h"
 
 namespace varnlog::dao {
 namespace {
@@ -27,16 +29,28 @@ int CompareTexts(void* collation, int sizeA, const void* a, int sizeB, const voi
       {static_cast<const char*>(b), static_cast<std::size_t>(sizeB)});
 }
 
-void Concatenate(sqlite3_context* context, int count, sqlite3_value** values) {
-  std::size_t size = 0;
-  for (int i = 0; i < count; ++i) size += TextOf(values[i]).size();
-  auto* joined = static_cast<char*>(sqlite3_malloc64(size + 1));
-  if (joined == nullptr) return sqlite3_result_error_nomem(context);
-  char* end = joined;
+/// Texts up to this length are put together on the stack and copied into memory the storage has already.
+constexpr std::size_t kShortText = 256;
+
+char* AppendTexts(int count, sqlite3_value** values, char* end) {
   for (int i = 0; i < count; ++i) {
     const std::string_view text = TextOf(values[i]);
     end = std::copy(text.begin(), text.end(), end);
   }
+  return end;
+}
+
+void Concatenate(sqlite3_context* context, int count, sqlite3_value** values) {
+  std::size_t size = 0;
+  for (int i = 0; i < count; ++i) size += TextOf(values[i]).size();
+  if (size <= kShortText) {
+    std::array<char, kShortText> joined;
+    AppendTexts(count, values, joined.data());
+    return sqlite3_result_text64(context, joined.data(), size, SQLITE_TRANSIENT, SQLITE_UTF8);
+  }
+  auto* joined = static_cast<char*>(sqlite3_malloc64(size));
+  if (joined == nullptr) return sqlite3_result_error_nomem(context);
+  AppendTexts(count, values, joined);
   sqlite3_result_text64(context, joined, size, sqlite3_free, SQLITE_UTF8);
 }
 
@@ -78,6 +92,7 @@ void RegisterText(sqlite3* connection) {
                                         nullptr, nullptr);
   }
   if (result != SQLITE_OK) throw EngineError(ErrorNumber::kUnexpected, sqlite3_errmsg(connection));
+  RegisterCollector(connection);
 }
 
 }  // namespace varnlog::dao

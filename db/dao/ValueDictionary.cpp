@@ -1,6 +1,7 @@
 #include "db/dao/ValueDictionary.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <numeric>
 
@@ -16,16 +17,23 @@ std::uint64_t Mix(std::uint64_t value) {
   return value ^ (value >> 29U);
 }
 
+std::uint64_t Load(const char* bytes, std::size_t size) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, size);
+  return word;
+}
+
 /// Eight bytes at a time: names are short, and a general hash would cost more than reading the row.
 std::uint32_t Hash(std::string_view value) {
   std::uint64_t hash = value.size();
   const char* next = value.data();
   std::size_t left = value.size();
-  for (; left > 0; left -= std::min<std::size_t>(left, 8)) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, next, std::min<std::size_t>(left, 8));
-    hash = Mix(hash ^ word);
-    next += std::min<std::size_t>(left, 8);
+  for (; left >= 8; left -= 8, next += 8) hash = Mix(hash ^ Load(next, 8));
+  if (left > 0) {
+    // The last eight bytes once more are quicker to load than the odd rest.
+    const std::uint64_t rest =
+        value.size() >= 8 ? Load(value.data() + value.size() - 8, 8) : Load(next, left);
+    hash = Mix(hash ^ rest);
   }
   return static_cast<std::uint32_t>(Mix(hash) >> 32U);
 }
@@ -35,41 +43,78 @@ std::uint32_t Hash(std::string_view value) {
 ValueDictionary::ValueDictionary() : slots_(kFirstSlots) {}
 
 std::uint32_t ValueDictionary::Intern(std::string_view value) {
-  const std::uint32_t hash = Hash(value);
+  return Intern(value, Hash(value));
+}
+
+void ValueDictionary::InternAll(std::span<const std::string_view> values, std::uint32_t* codes) {
+  for (; values.size() > kBatch; values = values.subspan(kBatch), codes += kBatch) {
+    InternAll(values.first(kBatch), codes);
+  }
+  // Each loop reads memory that the one before told the place of; within a loop no read waits for another.
+  std::array<std::uint32_t, kBatch> hashes{};
+  std::array<Slot, kBatch> slots{};
+  std::array<Header, kBatch> headers{};
+  for (std::size_t i = 0; i < values.size(); ++i) hashes[i] = Hash(values[i]);
+  for (std::size_t i = 0; i < values.size(); ++i) slots[i] = slots_[hashes[i] & (slots_.size() - 1)];
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (slots[i].offset != kFree) headers[i] = HeaderAt(slots[i].offset);
+  }
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const bool known = slots[i].offset != kFree && slots[i].hash == hashes[i] &&
+                       ValueAt(slots[i].offset, headers[i].length) == values[i];
+    codes[i] = known ? headers[i].code : Intern(values[i], hashes[i]);
+  }
+}
+
+std::uint32_t ValueDictionary::Intern(std::string_view value, std::uint32_t hash) {
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = hash & mask;
-  while (slots_[slot].code != kFree) {
-    if (slots_[slot].hash == hash && At(slots_[slot].code) == value) return slots_[slot].code;
-    slot = (slot + 1) & mask;
+  for (; slots_[slot].offset != kFree; slot = (slot + 1) & mask) {
+    if (slots_[slot].hash != hash) continue;
+    const Header header = HeaderAt(slots_[slot].offset);
+    if (ValueAt(slots_[slot].offset, header.length) == value) return header.code;
   }
-  const std::uint32_t code = Append(value);
-  slots_[slot] = {hash, code};
-  if (ends_.size() * 2 > slots_.size()) Grow();
-  return code;
+  const std::uint32_t offset = Append(value);
+  slots_[slot] = {hash, offset};
+  if (offsets_.size() * 2 > slots_.size()) Grow();
+  return HeaderAt(offset).code;
+}
+
+ValueDictionary::Header ValueDictionary::HeaderAt(std::uint32_t offset) const {
+  Header header{};
+  std::memcpy(&header, bytes_.data() + offset, sizeof header);
+  return header;
+}
+
+std::string_view ValueDictionary::ValueAt(std::uint32_t offset, std::uint32_t length) const {
+  return {bytes_.data() + offset + sizeof(Header), length};
 }
 
 std::string_view ValueDictionary::At(std::uint32_t code) const {
-  const std::size_t begin = code == 0 ? 0 : ends_[code - 1];
-  return std::string_view(bytes_).substr(begin, ends_[code] - begin);
+  const std::uint32_t offset = offsets_[code];
+  return ValueAt(offset, HeaderAt(offset).length);
 }
 
 std::size_t ValueDictionary::Bytes() const {
-  return bytes_.capacity() + ends_.capacity() * sizeof(std::size_t) + slots_.size() * sizeof(Slot);
+  return bytes_.capacity() + offsets_.capacity() * sizeof(std::uint32_t) + slots_.size() * sizeof(Slot);
 }
 
 std::uint32_t ValueDictionary::Append(std::string_view value) {
+  const auto offset = static_cast<std::uint32_t>(bytes_.size());
+  const Header header{static_cast<std::uint32_t>(offsets_.size()), static_cast<std::uint32_t>(value.size())};
+  bytes_.append(reinterpret_cast<const char*>(&header), sizeof header);
   bytes_ += value;
-  ends_.push_back(bytes_.size());
-  return static_cast<std::uint32_t>(ends_.size() - 1);
+  offsets_.push_back(offset);
+  return offset;
 }
 
 void ValueDictionary::Grow() {
   std::vector<Slot> larger(slots_.size() * 4);
   const std::size_t mask = larger.size() - 1;
   for (const Slot& old : slots_) {
-    if (old.code == kFree) continue;
+    if (old.offset == kFree) continue;
     std::size_t slot = old.hash & mask;
-    while (larger[slot].code != kFree) slot = (slot + 1) & mask;
+    while (larger[slot].offset != kFree) slot = (slot + 1) & mask;
     larger[slot] = old;
   }
   slots_ = std::move(larger);

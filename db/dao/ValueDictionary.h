@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,10 +15,16 @@ class ValueDictionary {
  public:
   ValueDictionary();
 
-  /// The value's number: 0, 1, ... in the order in which the values were first seen.
+  /// The value's number: 0, 1, ... in the order in which the values were first seen. All values together must
+  /// stay below 4 GB.
   std::uint32_t Intern(std::string_view value);
 
-  [[nodiscard]] std::size_t Size() const { return ends_.size(); }
+  /// The same for several values at once: their numbers go to `codes`. Much faster when the dictionary is
+  /// larger than the processor's cache, because the memory of all of them is waited for together.
+  static constexpr std::size_t kBatch = 16;
+  void InternAll(std::span<const std::string_view> values, std::uint32_t* codes);
+
+  [[nodiscard]] std::size_t Size() const { return offsets_.size(); }
   /// Until the next Intern().
   [[nodiscard]] std::string_view At(std::uint32_t code) const;
 
@@ -25,18 +32,27 @@ class ValueDictionary {
   [[nodiscard]] std::size_t Bytes() const;
 
  private:
+  /// A slot leads straight to the value, and the value knows its number: with a million rows what counts is
+  /// how often memory has to be waited for.
   struct Slot {
     std::uint32_t hash = 0;
-    std::uint32_t code = kFree;
+    std::uint32_t offset = kFree;
   };
   static constexpr std::uint32_t kFree = 0xFFFFFFFF;
+  struct Header {
+    std::uint32_t code;
+    std::uint32_t length;
+  };
 
+  [[nodiscard]] Header HeaderAt(std::uint32_t offset) const;
+  [[nodiscard]] std::string_view ValueAt(std::uint32_t offset, std::uint32_t length) const;
+  std::uint32_t Intern(std::string_view value, std::uint32_t hash);
   std::uint32_t Append(std::string_view value);
   void Grow();
 
-  std::string bytes_;              // all values, one after the other
-  std::vector<std::size_t> ends_;  // where each ends
-  std::vector<Slot> slots_;        // open addressing; a power of two, at most half full
+  std::string bytes_;                   // a header and the value, for each value
+  std::vector<std::uint32_t> offsets_;  // of the headers, by code
+  std::vector<Slot> slots_;             // open addressing; a power of two, at most half full
 };
 
 /// For each code the value's place among all, equal values sharing one, starting at 0. `collated` values are

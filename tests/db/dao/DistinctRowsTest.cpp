@@ -1,0 +1,149 @@
+#include <algorithm>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "db/dao/DistinctRows.h"
+#include "db/dao/JetSql.h"
+
+namespace varnlog::dao {
+namespace {
+
+using ::testing::ElementsAre;
+
+const std::vector<std::string> kPatient = {"tXraySName", "TXRAYSFIRSTNAME", "tXrayDBirthday"};
+
+class DistinctRowsTest : public ::testing::Test {
+ protected:
+  DistinctRowsTest() {
+    std::filesystem::remove(path_);
+    log_ = Connection::Create(path_, state_);
+    log_->Execute(
+        "CREATE TABLE TXray (tXrayCulIntIDPk INTEGER PRIMARY KEY, tXraySName TEXT(32) COLLATE JET, "
+        "tXraySFirstname TEXT(32) COLLATE JET, tXrayDBirthday DATETIME)");
+  }
+  ~DistinctRowsTest() override {
+    log_->Close();
+    std::filesystem::remove(path_);
+  }
+
+  void Add(Connection& connection, const std::string& values) {
+    connection.Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday) VALUES " + values);
+  }
+
+  Connection* Find() { return rows_.Find(*log_, *log_->Table("txray"), kPatient); }
+
+  /// The columns of each row, separated by "|".
+  static std::vector<std::string> Rows(Connection& connection, const std::string& sql) {
+    std::vector<std::string> rows;
+    Statement statement(connection, sql);
+    while (statement.Step()) {
+      std::string row;
+      for (int i = 0; i < statement.ColumnCount(); ++i)
+        row += (i == 0 ? "" : "|") + std::string(statement.Text(i));
+      rows.push_back(row);
+    }
+    return rows;
+  }
+
+  std::vector<std::string> Names() {
+    Connection* const found = Find();
+    if (found == nullptr) return {"nothing"};
+    return Rows(*found, "SELECT tXraySName FROM TXray");
+  }
+
+  std::string path_ = (std::filesystem::temp_directory_path() / "varnlog distinct rows ä.mdb").string();
+  std::shared_ptr<EngineState> state_ = std::make_shared<EngineState>();
+  std::shared_ptr<Connection> log_;
+  DistinctRows rows_;
+};
+
+TEST_F(DistinctRowsTest, HoldsEachCombinationOnceInOrder) {
+  Add(*log_,
+      "('Weiß', 'Eva', '1961-03-12 00:00:00'), ('Müller', 'Hans', '1961-03-12 00:00:00'), "
+      "('Müller', 'Hans', '1961-03-12 00:00:00'), ('Müller', 'Hans', '1960-01-01 00:00:00'), "
+      "('MÜLLER', 'Hans', NULL), (NULL, '', NULL), ('007', '7', NULL)");
+  Connection* const found = Find();
+  ASSERT_NE(found, nullptr);
+  EXPECT_THAT(
+      Rows(*found, "SELECT *, typeof(tXraySName) FROM TXray"),
+      ElementsAre("|||null", "007|7||text", "MÜLLER|Hans||text", "Müller|Hans|1960-01-01 00:00:00|text",
+                  "Müller|Hans|1961-03-12 00:00:00|text", "Weiß|Eva|1961-03-12 00:00:00|text"));
+}
+
+TEST_F(DistinctRowsTest, GivesStatementsTheAnswerOfTheTable) {
+  std::mt19937 random(3);
+  const char* const names[] = {"'Müller'", "'MÜLLER'",  "'Mueller'", "'Weiß'",
+                               "'weiss'",  "'O''Neil'", "NULL",      "''"};
+  const char* const dates[] = {"'1961-03-12 00:00:00'", "'1880-01-01 00:00:00'", "NULL"};
+  std::string values;
+  for (int i = 0; i < 2'000; ++i) {
+    values += std::string(i == 0 ? "" : ", ") + "(" + names[random() % 8] + ", " + names[random() % 8] +
+              ", " + dates[random() % 3] + ")";
+  }
+  Add(*log_, values);
+  for (const char* where : {"([tXraySName] & ', ' & [tXraySFirstname]) Like 'mü*'",
+                            "tXraySName Like '?*' And tXraySFirstname Is Null",
+                            "tXraySName = 'WEISS' And tXrayDBirthday = #3/12/1961#",
+                            "tXrayDBirthday > #1/1/1900# Or tXraySName = ''"}) {
+    const auto statement = ParseSelect(
+        "SELECT DISTINCT tXraySName, tXraySFirstname, tXrayDBirthday FROM TXray WHERE " + std::string(where));
+    // Which of two texts that differ in case stands for both is left open, so only what they fold to counts.
+    const std::string sql =
+        "SELECT DISTINCT lower(replace(replace(tXraySName, 'Ü', 'ü'), 'ß', 'ss')), "
+        "lower(replace(replace(tXraySFirstname, 'Ü', 'ü'), 'ß', 'ss')), tXrayDBirthday FROM TXray WHERE " +
+        statement.where + " ORDER BY 1, 2, 3";
+    const auto expected = Rows(*log_, sql);
+    ASSERT_FALSE(expected.empty()) << where;
+    Connection* const found = Find();
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(Rows(*found, sql), expected) << where;
+  }
+}
+
+TEST_F(DistinctRowsTest, FollowsEveryChangeOfTheFile) {
+  EXPECT_THAT(Names(), ElementsAre());
+  Add(*log_, "('a', '', NULL)");
+  EXPECT_THAT(Names(), ElementsAre("a"));
+
+  const auto other = Connection::Open(path_, {}, state_);
+  Add(*other, "('b', '', NULL)");
+  EXPECT_THAT(Names(), ElementsAre("a", "b"));
+  other->Execute("DELETE FROM TXray WHERE tXraySName = 'a'");
+  EXPECT_THAT(Names(), ElementsAre("b"));
+
+  log_->BeginWork();
+  Add(*log_, "('c', '', NULL)");
+  EXPECT_THAT(Names(), ElementsAre("nothing"));
+  log_->RollbackWork();
+  EXPECT_THAT(Names(), ElementsAre("b"));
+}
+
+TEST_F(DistinctRowsTest, KeepsTheRowsWhileNothingChanges) {
+  Add(*log_, "('a', '', NULL)");
+  Connection* const found = Find();
+  ASSERT_NE(found, nullptr);
+  found->Execute("INSERT INTO TXray VALUES ('mark', '', NULL)");
+  EXPECT_THAT(Names(), ElementsAre("a", "mark"));
+  Add(*log_, "('b', '', NULL)");
+  EXPECT_THAT(Names(), ElementsAre("a", "b"));
+  EXPECT_EQ(Find(), found);  // statements prepared on it stay usable
+}
+
+TEST_F(DistinctRowsTest, LeavesToTheTableWhatIsTooVariedOrUnknown) {
+  log_->Execute(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100001) "
+      "INSERT INTO TXray (tXraySName) SELECT i FROM n");
+  EXPECT_EQ(Find(), nullptr);
+  log_->Execute("DELETE FROM TXray WHERE tXraySName = '1'");
+  EXPECT_NE(Find(), nullptr);
+  EXPECT_EQ(rows_.Find(*log_, *log_->Table("TXray"), {"tXraySName", "unknown"}), nullptr);
+  EXPECT_EQ(rows_.Find(*log_, *log_->Table("TXray"), {}), nullptr);
+}
+
+}  // namespace
+}  // namespace varnlog::dao
