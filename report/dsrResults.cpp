@@ -30,6 +30,9 @@ constexpr Heading kHeadings[] = {
     {"txtMa", "RS_MA"_key},
     {"txtNotDiag", "DRS_NOTDIAG"_key},
     {"txtComment", "RS_COMMENT"_key},
+    {"txtEmpty", "DRS_EMPTY"_key},
+    {"txtCount", "DRS_COUNT"_key},
+    {"txtProduct", "DRS_PRODUCT"_key},
 };
 
 /// The first character of a formatted date that is no digit, unless it is a letter.
@@ -90,9 +93,13 @@ std::string BirthDatePicture(const DateOrder& order) {
   return {};
 }
 
+std::string_view ReportTitle(std::string_view headline) {
+  return headline.substr(0, headline.find(" - ["));
+}
+
 dsrResults::dsrResults(const db::TextLookup& texts, const std::string& site, platform::DateTime today,
-                       const platform::ShortDate& shortDate) {
-  captions_.push_back({"txtPraxis", site});
+                       const platform::ShortDate& shortDate)
+    : printDate_(today), captions_{{"fldTitle", {}}, {"txtPraxis", site}} {
   for (const Heading& heading : kHeadings) captions_.push_back({heading.object, texts.GetText(heading.key)});
 
   // A quote inside a text of the language database must not end the constant it stands in.
@@ -111,6 +118,10 @@ dsrResults::dsrResults(const db::TextLookup& texts, const std::string& site, pla
                     " \" + ToText(TotalPageCount, 0)"},
       {"Name", NameFormula(order)},
   };
+}
+
+void dsrResults::SetTitle(std::string_view headline) {
+  captions_.front().text = ReportTitle(headline);
 }
 
 const std::string* dsrResults::Caption(std::string_view object) const {

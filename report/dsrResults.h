@@ -32,6 +32,9 @@ struct NamedText {
   std::string text;
 };
 
+/// The headline as a title: a main window's caption also names the window inside it, behind " - [".
+[[nodiscard]] std::string_view ReportTitle(std::string_view headline);
+
 /// The report of the log, made ready for one run: headings in the user's language and the texts of its five
 /// formula fields. Rows are attached by whoever lays it out.
 class dsrResults {
@@ -40,6 +43,14 @@ class dsrResults {
   dsrResults(const db::TextLookup& texts, const std::string& site, platform::DateTime today,
              const platform::ShortDate& shortDate);
 
+  /// The report's title, from the headline of the selection.
+  void SetTitle(std::string_view headline);
+  /// "" before SetTitle.
+  [[nodiscard]] const std::string& Title() const { return *Caption("fldTitle"); }
+
+  /// The day that {@printed} names.
+  [[nodiscard]] platform::DateTime PrintDate() const { return printDate_; }
+
   /// The caption of a text object ("txtNr", "txtPraxis", ...); nothing for one that keeps its design text.
   [[nodiscard]] const std::string* Caption(std::string_view object) const;
   /// The text of a formula field ("Name", "pages", "printed", "pregnancy", "diagRetry"); nothing for any
@@ -47,6 +58,7 @@ class dsrResults {
   [[nodiscard]] const std::string* FormulaText(std::string_view field) const;
 
  private:
+  platform::DateTime printDate_;
   std::vector<NamedText> captions_;
   std::vector<NamedText> formulas_;
 };
