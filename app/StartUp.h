@@ -23,14 +23,20 @@ struct Services {
 
 void RegisterReportComponents(platform::Launcher& launcher);
 
-/// The imaging suite's data folder, asked of its library one folder above the program; "" on any failure.
-[[nodiscard]] std::string HostDataPath();
+/// The imaging suite's data folder with its trailing separator, asked of the suite's library "KVFILEDB.DLL"
+/// one folder above the program; "" on any failure. `language` chooses the code page of the library's answer.
+[[nodiscard]] std::string HostDataPath(std::string_view programFolder, std::string_view language);
 
 /// Makes LogEngineGl and opens the workspace "MyWs".
 [[nodiscard]] bool OpenLogWorkspace(db::Globals& globals);
 
+/// The program's own INI file; nothing in it can stop the start-up.
 void LoadSettings(db::Globals& globals, const db::SettingsStore& ini);
 void SaveSettings(const db::Globals& globals, db::SettingsStore& ini);
+/// Each log remembers its own last selection, in the section named by its path.
+void LoadSelection(db::Globals& globals, const db::SettingsStore& ini, const std::string& dataFile);
+void SaveSelection(const db::Globals& globals, db::SettingsStore& ini, const std::string& dataFile);
+/// The practice's name and the default tube voltage and current, from the imaging suite's INI files.
 void ReadHostSettings(db::Globals& globals, const db::SettingsStore& ini);
 
 [[nodiscard]] std::string GetConfigValue(const db::Globals& globals, std::string_view key);
@@ -55,10 +61,11 @@ void CheckRememberedSelection(db::Globals& globals);
 /// Section "Config", key "SchemeUS" of the imaging suite's INI file, read on every call.
 class HostToothScheme final : public intake::ToothScheme {
  public:
-  explicit HostToothScheme(const db::SettingsStore& ini) : ini_(ini) {}
+  HostToothScheme(const db::Globals& globals, const db::SettingsStore& ini) : globals_(globals), ini_(ini) {}
   [[nodiscard]] bool SchemeUS() const override;
 
  private:
+  const db::Globals& globals_;
   const db::SettingsStore& ini_;
 };
 

@@ -56,7 +56,7 @@ void Session::ChooseLanguage() {
 }
 
 void Session::Start() {
-  globals_.DataPathGl = app::HostDataPath();
+  globals_.DataPathGl = app::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
   // A log that is named can be looked at where there is no imaging suite.
   if (globals_.DataPathGl.empty() && fileGiven_.empty()) Fail("MN_ERR_DBNOTFOUND"_key);
   globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";

@@ -1,0 +1,131 @@
+#include "app/StartUp.h"
+#include "db/modCommon.h"
+
+namespace varnlog::app {
+
+using db::MessageIcon;
+using db::literals::operator""_key;
+
+namespace {
+
+constexpr std::string_view kOldVersion = "1.0";
+constexpr std::string_view kVersion = "1.1";
+constexpr std::int32_t kDoseLength = 32;
+
+std::unique_ptr<dao::Recordset> ConfigRow(const db::Globals& globals, std::string_view key) {
+  std::string sql = "SELECT TConfig.tCfgSKey, TConfig.tCfgSSet From TConfig WHERE (((TConfig.tCfgSKey)='";
+  sql.append(key).append("'));");
+  return globals.LogEngineGl->Database()->OpenRecordset(sql, dao::RecordsetType::kDynaset);
+}
+
+bool HasOpenLog(const db::Globals& globals) {
+  return globals.LogEngineGl && globals.LogEngineGl->Database();
+}
+
+void ShowFileError(const Services& services, db::TextKey key, const std::string& file, MessageIcon icon) {
+  db::MsgBox(services.user, services.texts,
+             db::ReplacePlaceholder(services.texts.GetText(key), "strFile", file), icon);
+}
+
+/// Tells why the engine did not open the file.
+void ShowOpenError(const Services& services, const db::CJetEngine& engine, const std::string& file,
+                   std::int32_t number) {
+  switch (static_cast<dao::ErrorNumber>(number)) {
+    case dao::ErrorNumber::kFileInUse:
+      ShowFileError(services, "MN_ERR_DBOPENEX"_key, file, MessageIcon::kInformation);
+      break;
+    case dao::ErrorNumber::kNoPermission:
+    case dao::ErrorNumber::kUnrecognisedFormat:
+      db::MsgBox(services.user, services.texts, engine.LastError(), MessageIcon::kCritical);
+      break;
+    default:
+      ShowFileError(services, "MN_ERR_DBOPEN"_key, file, MessageIcon::kCritical);
+  }
+}
+
+/// The checks of an opened file, the message of the first that fails shown.
+bool CheckOpened(db::Globals& globals, const Services& services, const std::string& file) {
+  if (!UpgradeDataFile(globals, file)) {
+    ShowFileError(services, "MN_ERR_DBNOTVALID"_key, file, MessageIcon::kCritical);
+    return false;
+  }
+  if (!ReadDBVersion(globals)) {
+    db::MsgBox(services.user, services.texts, services.texts.GetText("MN_ERR_CONFIG"_key),
+               MessageIcon::kCritical);
+    return false;
+  }
+  if (globals.DBVersionGl != kVersion) {
+    db::MsgBox(services.user, services.texts, services.texts.GetText("MN_ERR_VERSION"_key),
+               MessageIcon::kCritical);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string GetConfigValue(const db::Globals& globals, std::string_view key) {
+  if (!HasOpenLog(globals)) return {};
+  try {
+    const auto row = ConfigRow(globals, key);
+    return row->IsEOF() ? std::string() : std::string(row->Fields("tCfgSSet").Text());
+  } catch (const dao::EngineError&) {
+    return {};
+  }
+}
+
+bool SetConfigValue(const db::Globals& globals, std::string_view key, std::string_view value) {
+  if (!HasOpenLog(globals)) return false;
+  try {
+    const auto row = ConfigRow(globals, key);
+    if (row->IsEOF()) return false;
+    row->Edit();
+    row->Fields("tCfgSSet").SetText(value);
+    row->Update();
+    return true;
+  } catch (const dao::EngineError&) {
+    return false;
+  }
+}
+
+bool ReadDBVersion(db::Globals& globals) {
+  globals.DBVersionGl = GetConfigValue(globals, "DBVersion");
+  globals.ReadOnlyGl = GetConfigValue(globals, "ReadOnly") == "1";
+  return !globals.DBVersionGl.empty();
+}
+
+bool UpgradeDataFile(db::Globals& globals, const std::string& file) {
+  db::CJetEngine& engine = *globals.LogEngineGl;
+  const auto exists = [&engine](std::string_view table) {
+    return db::TableExists(*engine.Database(), table);
+  };
+  if (!exists("TConfig") || !exists("TXray")) return false;
+  if (GetConfigValue(globals, "DBVersion") != kOldVersion) return true;
+  // A run that was interrupted between the fields has added the first one already.
+  engine.AddTextFieldToTable("TXRay", "tXraySDose", kDoseLength);
+  if (engine.AddBooleanFieldToTable("TXRay", "tXrayBEdDose")) {
+    // Opened anew, so that the new fields are seen.
+    engine.CloseDBInWorkspace();
+    if (engine.OpenDBInWorkspace(file, false, false) != 0) return false;
+  }
+  SetConfigValue(globals, "DBVersion", kVersion);
+  return true;
+}
+
+bool OpenAndCheckDataFile(db::Globals& globals, const Services& services, const std::string& file,
+                          bool readOnly) {
+  db::CJetEngine& engine = *globals.LogEngineGl;
+  const std::int32_t error = engine.OpenDBInWorkspace(file, false, readOnly);
+  if (error != 0) {
+    ShowOpenError(services, engine, file, error);
+    return false;
+  }
+  if (!CheckOpened(globals, services, file)) {
+    if (engine.Database()) engine.CloseDBInWorkspace();
+    return false;
+  }
+  globals.strDataFileGl = file;
+  return true;
+}
+
+}  // namespace varnlog::app

@@ -1,0 +1,153 @@
+#include "app/MainProgram.h"
+
+#include "db/modCommon.h"
+#include "intake/UpdateRun.h"
+#include "logview/PendingEdits.h"
+
+namespace varnlog::app {
+
+using db::MessageAnswer;
+using db::MessageButtons;
+using db::MessageIcon;
+using db::literals::operator""_key;
+
+void MainProgram::ShowText(db::TextKey key, MessageIcon icon) {
+  db::MsgBox(services_.user, services_.texts, services_.texts.GetText(key), icon);
+}
+
+bool MainProgram::LoadBeforeShow() {
+  globals_.DataPathGl = HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
+  if (globals_.DataPathGl.empty()) {
+    ShowText("MN_ERR_DBNOTFOUND"_key, MessageIcon::kCritical);
+    return false;
+  }
+  globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";
+  ReadHostSettings(globals_, services_.ini);
+  LoadSettings(globals_, services_.ini);
+  InstallDataFile(globals_, services_);
+  if (OpenLogWorkspace(globals_)) return true;
+  ShowText("MN_ERR_DBACCESS"_key, MessageIcon::kCritical);
+  return false;
+}
+
+void MainProgram::LoadAfterShow() {
+  if (db::FileExists(globals_.strDataFileGl)) {
+    if (!OpenDataFile(globals_.strDataFileGl)) FileOpen();
+    return;
+  }
+  db::MsgBox(services_.user, services_.texts,
+             db::ReplacePlaceholder(services_.texts.GetText("MN_ERR_FILENOTFOUND"_key), "strDataFileGl",
+                                    globals_.strDataFileGl),
+             MessageIcon::kCritical);
+  FileOpen();
+}
+
+bool MainProgram::OpenDataFile(const std::string& file) {
+  const bool opened = OpenAndCheckDataFile(globals_, services_, file);
+  if (opened) {
+    edits_.Clear();
+    view_.RefreshCommands();
+    OfferUpdate();
+    CheckRememberedSelection(globals_);
+    view_.ViewResults();
+  }
+  view_.RefreshCommands();
+  return opened;
+}
+
+void MainProgram::ReplaceDataFile(const std::string& file) {
+  view_.CloseResultWindows();
+  CloseVarnlogDB();
+  if (OpenDataFile(file)) view_.RememberFile(file);
+}
+
+void MainProgram::FileOpen() {
+  const auto file = view_.AskDataFile(db::FolderPart(globals_.strDataFileGl));
+  if (file) {
+    ReplaceDataFile(*file);
+  } else {
+    services_.user.Beep();
+  }
+}
+
+void MainProgram::OpenRecentFile(const std::string& file) {
+  ReplaceDataFile(file);
+}
+
+void MainProgram::Update() {
+  if (intake::ExchangeDataPending(globals_)) {
+    globals_.UpdateDeclinedGl = false;
+    view_.ShowUpdateRun();
+    view_.ViewResults();
+  } else {
+    ShowText("MN_NOXR"_key, MessageIcon::kInformation);
+  }
+  view_.FocusLogView();
+}
+
+void MainProgram::Select(db::SelectionKind kind) {
+  if (ChooseSelection(globals_, kind, view_)) view_.ViewResults();
+}
+
+void MainProgram::OfferUpdate() {
+  if (globals_.ReadOnlyGl || !intake::ExchangeDataPending(globals_)) return;
+  const MessageAnswer answer =
+      db::MsgBox(services_.user, services_.texts, services_.texts.GetText("RC_XRNOTUPDATED"_key),
+                 MessageIcon::kQuestion, MessageButtons::kYesNo, services_.texts.GetText("RU_XRUPDATE"_key));
+  globals_.UpdateDeclinedGl = answer != MessageAnswer::kYes;
+  if (globals_.UpdateDeclinedGl) return;
+  view_.ShowUpdateRun();
+}
+
+void MainProgram::UpdateAfterActivation() {
+  // The modal update dialog lets further activations and timer shots through.
+  if (updating_) return;
+  updating_ = true;
+  if (view_.LogViewLoaded() && intake::ExchangeDataPending(globals_)) {
+    view_.ShowUpdateRun();
+    view_.ViewResults();
+  }
+  updating_ = false;
+}
+
+bool MainProgram::ConfirmQuit() {
+  return db::MsgBox(services_.user, services_.texts, services_.texts.GetText("RC_QUIT"_key),
+                    MessageIcon::kQuestion, MessageButtons::kYesNo) == MessageAnswer::kNo;
+}
+
+void MainProgram::WriteBackEdits() {
+  const auto& log = globals_.LogEngineGl->Database();
+  if (!log || edits_.Count() == 0) return;
+  const logview::FlushResult result = logview::FlushPendingEdits(*log, edits_, services_.user);
+  if (!result.error) return;
+  db::MsgBox(services_.user, services_.texts,
+             std::to_string(static_cast<int>(result.error->number())) + ": " + result.error->what(),
+             MessageIcon::kCritical);
+}
+
+bool MainProgram::CloseVarnlogDB() {
+  if (!globals_.LogEngineGl || !globals_.LogEngineGl->Database()) return false;
+  WriteBackEdits();
+  globals_.LogEngineGl->CloseDBInWorkspace();
+  view_.RefreshCommands();
+  return true;
+}
+
+void MainProgram::Unload() {
+  CloseVarnlogDB();
+  if (globals_.LogEngineGl && !globals_.LogEngineGl->WorkspaceName().empty()) {
+    globals_.LogEngineGl->CloseWorkspace();
+  }
+  globals_.LogEngineGl.reset();
+  SaveSettings(globals_, services_.ini);
+}
+
+CommandState MainProgram::State() const {
+  CommandState state;
+  state.dataFileOpen = globals_.LogEngineGl && globals_.LogEngineGl->Database() != nullptr;
+  state.readOnly = globals_.ReadOnlyGl;
+  state.logViewShown = view_.LogViewLoaded();
+  return state;
+}
+
+}  // namespace varnlog::app

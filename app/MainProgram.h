@@ -1,0 +1,82 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "app/Commands.h"
+#include "app/SelectionCommands.h"
+#include "app/StartUp.h"
+#include "db/Globals.h"
+#include "logview/CEdits.h"
+
+namespace varnlog::app {
+
+/// What the main window does for the program that runs in it.
+class MainView : public SelectionDialogs {
+ public:
+  virtual void SetCaption(const std::string& caption) = 0;
+  /// Commands, status bar and title may have to change their state.
+  virtual void RefreshCommands() = 0;
+  [[nodiscard]] virtual bool LogViewLoaded() const = 0;
+  /// Shows the log view with the current selection, or makes it build its data anew.
+  virtual void ViewResults() = 0;
+  virtual void FocusLogView() = 0;
+  /// Closes the log view and the preview.
+  virtual void CloseResultWindows() = 0;
+  /// The open-file dialog beginning in `folder`; nothing when it was cancelled.
+  [[nodiscard]] virtual std::optional<std::string> AskDataFile(const std::string& folder) = 0;
+  /// The update run's dialog, modal.
+  virtual void ShowUpdateRun() = 0;
+  /// `file` was opened: it goes to the head of the recently used files.
+  virtual void RememberFile(const std::string& file) = 0;
+};
+
+/// What the main window's commands do, apart from drawing them. Errors have been shown to the user when a
+/// call returns.
+class MainProgram {
+ public:
+  MainProgram(db::Globals& globals, const Services& services, MainView& view)
+      : globals_(globals), services_(services), view_(view) {}
+
+  /// The load sequence up to the point where the window is shown; false ends the program.
+  [[nodiscard]] bool LoadBeforeShow();
+  /// The rest of it: opens the log of the settings or asks for another.
+  void LoadAfterShow();
+
+  /// Opens a log, checks it, offers an update and shows the remembered selection.
+  bool OpenDataFile(const std::string& file);
+  /// Asks for a log and opens it in place of the present one; a beep when the dialog was cancelled.
+  void FileOpen();
+  void OpenRecentFile(const std::string& file);
+
+  void Update();
+  void Select(db::SelectionKind kind);
+  /// Asks whether pending exposures are to be taken in; a No also keeps activation from doing it.
+  void OfferUpdate();
+  /// The program was activated 200 ms ago.
+  void UpdateAfterActivation();
+
+  /// True: do not quit.
+  [[nodiscard]] bool ConfirmQuit();
+  /// Locks the corrected values and closes the log; false when none was open.
+  bool CloseVarnlogDB();
+  /// After the window's position was saved: closes the workspace and keeps the settings.
+  void Unload();
+
+  [[nodiscard]] CommandState State() const;
+  [[nodiscard]] logview::CEdits& Edits() { return edits_; }
+
+ private:
+  void ReplaceDataFile(const std::string& file);
+  void ShowText(db::TextKey key, db::MessageIcon icon);
+  /// Locks what was corrected so far.
+  void WriteBackEdits();
+
+  db::Globals& globals_;
+  Services services_;
+  MainView& view_;
+  logview::CEdits edits_;
+  bool updating_ = false;
+};
+
+}  // namespace varnlog::app

@@ -1,0 +1,94 @@
+#include <array>
+#include <charconv>
+
+#include "app/StartUp.h"
+#include "db/modCommon.h"
+#include "platform/Files.h"
+
+namespace varnlog::app {
+
+namespace {
+
+constexpr std::string_view kUser = "User";
+
+struct Switch {
+  std::string_view key;
+  bool db::Globals::*member;
+};
+
+constexpr std::array<Switch, 4> kSwitches = {{
+    {"OptBigIcons", &db::Globals::OptBigIcons},
+    {"OptTbrVisible", &db::Globals::OptTbrVisible},
+    {"OptSbrVisible", &db::Globals::OptSbrVisible},
+    {"UpdateOnActivation", &db::Globals::UpdateOnActivation},
+}};
+
+std::string InSuiteFolder(const db::Globals& globals, std::string_view name) {
+  return platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / ".." / platform::ToPath(name));
+}
+
+/// Not set when the key is missing or holds no date.
+platform::DateTime ReadDate(const db::SettingsStore& ini, const std::string& section, std::string_view key,
+                            const std::string& file) {
+  const std::string text = ini.ReadString(section, key, file);
+  return text.empty() ? platform::DateTime() : db::CompactTextToDate(text);
+}
+
+std::string DateText(platform::DateTime date) {
+  return date.IsSet() ? db::DateToCompactText(date) : std::string();
+}
+
+}  // namespace
+
+void LoadSettings(db::Globals& globals, const db::SettingsStore& ini) {
+  const bool hasFile = db::FileExists(globals.IniFileGl);
+  for (const Switch& option : kSwitches) {
+    globals.*option.member = !hasFile || ini.ReadString(kUser, option.key, globals.IniFileGl) == "1";
+  }
+  globals.strDataFileGl = ini.ReadString(kUser, "DataFile", globals.IniFileGl);
+  if (!globals.strDataFileGl.empty() && db::FileExists(globals.strDataFileGl)) {
+    LoadSelection(globals, ini, globals.strDataFileGl);
+  } else {
+    globals.strDataFileGl = globals.DataPathGl + "Varnlog.mdb";
+  }
+}
+
+void LoadSelection(db::Globals& globals, const db::SettingsStore& ini, const std::string& dataFile) {
+  const std::string& file = globals.IniFileGl;
+  const std::int16_t kind = ini.ReadInteger(dataFile, "SortSelectionGl", file);
+  const bool isKind = kind <= static_cast<std::int16_t>(db::SelectionKind::kPeriodXV);
+  globals.SortSelectionGl = isKind ? static_cast<db::SelectionKind>(kind) : db::SelectionKind::kAll;
+  globals.dBegGl = ReadDate(ini, dataFile, "DateBeg", file);
+  globals.dEndGl = ReadDate(ini, dataFile, "DateEnd", file);
+  globals.strPatFirstnameGl = ini.ReadString(dataFile, "FirstName", file);
+  globals.strPatNameGl = ini.ReadString(dataFile, "Name", file);
+  globals.dPatBirthdayGl = ReadDate(ini, dataFile, "Birth", file);
+}
+
+void SaveSelection(const db::Globals& globals, db::SettingsStore& ini, const std::string& dataFile) {
+  const std::string& file = globals.IniFileGl;
+  ini.WriteString(dataFile, "SortSelectionGl", std::to_string(static_cast<int>(globals.SortSelectionGl)),
+                  file);
+  ini.WriteString(dataFile, "DateBeg", DateText(globals.dBegGl), file);
+  ini.WriteString(dataFile, "DateEnd", DateText(globals.dEndGl), file);
+  ini.WriteString(dataFile, "FirstName", globals.strPatFirstnameGl, file);
+  ini.WriteString(dataFile, "Name", globals.strPatNameGl, file);
+  ini.WriteString(dataFile, "Birth", DateText(globals.dPatBirthdayGl), file);
+}
+
+void SaveSettings(const db::Globals& globals, db::SettingsStore& ini) {
+  for (const Switch& option : kSwitches) {
+    ini.WriteString(kUser, option.key, globals.*option.member ? "1" : "0", globals.IniFileGl);
+  }
+  ini.WriteString(kUser, "DataFile", globals.strDataFileGl, globals.IniFileGl);
+  if (!globals.strDataFileGl.empty()) SaveSelection(globals, ini, globals.strDataFileGl);
+}
+
+void ReadHostSettings(db::Globals& globals, const db::SettingsStore& ini) {
+  globals.SiteGl = ini.ReadString("INSTALL", "Site", InSuiteFolder(globals, "kalvero.ini"));
+  const std::string acquisition = InSuiteFolder(globals, "fotavex.ini");
+  globals.kVGl = ini.ReadInteger("XRaysIO", "kV", acquisition);
+  globals.mAGl = ini.ReadInteger("XRaysIO", "mA", acquisition);
+}
+
+}  // namespace varnlog::app

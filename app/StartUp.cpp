@@ -1,0 +1,53 @@
+#include "app/StartUp.h"
+
+#include "db/modCommon.h"
+#include "platform/Files.h"
+
+namespace varnlog::app {
+
+using db::MessageIcon;
+using db::literals::operator""_key;
+
+void RegisterReportComponents(platform::Launcher& launcher) {
+  if (!platform::HasComponentRegistration()) return;
+  launcher.Start({"Regsvr32.exe", "/s", "CraxDrt.DLL"});
+  launcher.Start({"Regsvr32.exe", "/s", "CRViewer.DLL"});
+}
+
+bool OpenLogWorkspace(db::Globals& globals) {
+  globals.LogEngineGl = std::make_unique<db::CJetEngine>();
+  globals.LogEngineGl->SetWorkgroupPath(
+      platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / "system.mdw"));
+  globals.LogEngineGl->OpenWorkspace("MyWs", "Admin", "");
+  return !globals.LogEngineGl->WorkspaceName().empty();
+}
+
+bool InstallDataFile(const db::Globals& globals, const Services& services) {
+  if (db::FileExists(globals.strDataFileGl)) return true;
+  const std::string emptyLog = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / "varnlog.md0");
+  if (db::CopyFile(emptyLog, globals.strDataFileGl)) return true;
+  db::MsgBox(services.user, services.texts,
+             db::ReplacePlaceholder(services.texts.GetText("MN_ERR_DBINSTALL"_key), "strDataFileGl",
+                                    globals.strDataFileGl),
+             MessageIcon::kCritical);
+  return false;
+}
+
+void CheckRememberedSelection(db::Globals& globals) {
+  using Kind = db::SelectionKind;
+  const bool hasPeriod = globals.dBegGl.IsSet() && globals.dEndGl.IsSet();
+  const bool hasPatient =
+      globals.dPatBirthdayGl.IsSet() && !globals.strPatNameGl.empty() && !globals.strPatFirstnameGl.empty();
+  bool complete = hasPeriod;
+  if (globals.SortSelectionGl == Kind::kAll) complete = true;
+  if (globals.SortSelectionGl == Kind::kPatient) complete = hasPatient;
+  if (globals.SortSelectionGl == Kind::kPatientPeriod) complete = hasPatient && hasPeriod;
+  if (!complete) globals.SortSelectionGl = Kind::kAll;
+}
+
+bool HostToothScheme::SchemeUS() const {
+  const auto file = platform::ToPath(globals_.ProgramFolderGl) / platform::ToPath("..\\kalvero.ini");
+  return ini_.ReadInteger("Config", "SchemeUS", platform::FromPath(file)) != 0;
+}
+
+}  // namespace varnlog::app
