@@ -21,6 +21,18 @@ std::error_code GiveSecondName(const fs::path& log, const fs::path& kept) {
   return platform::CopyWholeFile(log, kept, false);
 }
 
+// A copy that was interrupted itself never got the name that it was made for.
+void RemoveUnfinishedCopies(const fs::path& growing) {
+  const std::string start = platform::FromPath(growing.filename()) + ".new-";
+  std::error_code error;
+  fs::directory_iterator entries(growing.parent_path(), error);
+  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+    std::error_code ignored;
+    if (platform::FromPath(entries->path().filename()).starts_with(start))
+      fs::remove(entries->path(), ignored);
+  }
+}
+
 }  // namespace
 
 ConversionPaths ConversionPaths::For(const fs::path& log) {
@@ -30,6 +42,7 @@ ConversionPaths ConversionPaths::For(const fs::path& log) {
 
 std::error_code RemoveGrowing(const fs::path& growing) {
   std::error_code error;
+  RemoveUnfinishedCopies(growing);
   fs::remove(WithSuffix(growing, "-journal"), error);
   if (!error) fs::remove(growing, error);
   return error;

@@ -99,7 +99,7 @@ bool RunInPlace(ConversionRun& run, const ConversionPaths& paths) {
 
 bool RunTo(ConversionRun& run, const fs::path& newLog, DamagedLog damaged) {
   if (!run.WaitForOthers() || !run.Examine() || !run.AgreeToLoss(damaged)) return false;
-  const GrowingFile growing(fs::path(newLog) += ".converting");
+  const GrowingFile growing(fs::absolute(newLog) += ".converting");
   if (!run.Build(growing.Path())) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
   std::error_code error = platform::CopyWholeFile(growing.Path(), newLog, false);

@@ -3,63 +3,66 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace varnlog::legacy {
 namespace {
 
 constexpr int kLatin1Windows = 1252;
 
-void AppendCodePoint(char32_t c, std::string& out) {
-  const auto tail = [&](int shift) { out += static_cast<char>(0x80U | ((c >> shift) & 0x3fU)); };
-  if (c < 0x80) {
-    out += static_cast<char>(c);
-  } else if (c < 0x800) {
-    out += static_cast<char>(0xc0U | (c >> 6U));
-    tail(0);
-  } else if (c < 0x10000) {
-    out += static_cast<char>(0xe0U | (c >> 12U));
-    tail(6);
-    tail(0);
-  } else {
-    out += static_cast<char>(0xf0U | (c >> 18U));
-    tail(12);
-    tail(6);
-    tail(0);
-  }
-}
+constexpr char32_t kReplacement = 0xfffd;
 
-// Joins surrogate pairs across the borders of compressed segments.
-class Utf16Sink {
+// Writes UTF-8 into memory that is known to be large enough; joins surrogate pairs also across the borders of
+// compressed segments.
+class Utf8Writer {
  public:
-  explicit Utf16Sink(std::string& out) : out_(out) {}
-  ~Utf16Sink() { FlushHalf(); }
-  Utf16Sink(const Utf16Sink&) = delete;
-  Utf16Sink& operator=(const Utf16Sink&) = delete;
+  explicit Utf8Writer(char* out) : out_(out) {}
 
   void Put(char16_t unit) {
-    const bool isHigh = unit >= 0xd800 && unit < 0xdc00;
-    const bool isLow = unit >= 0xdc00 && unit < 0xe000;
-    if (high_ != 0 && isLow) {
-      AppendCodePoint(0x10000 + ((char32_t{high_} - 0xd800) << 10U) + (char32_t{unit} - 0xdc00), out_);
-      high_ = 0;
+    if (unit < 0x80 && high_ == 0) {
+      *out_++ = static_cast<char>(unit);
       return;
     }
-    FlushHalf();
-    if (isHigh) {
+    const bool isLow = unit >= 0xdc00 && unit < 0xe000;
+    if (high_ != 0 && isLow) {
+      const char32_t high = std::exchange(high_, u'\0');
+      return PutCodePoint(0x10000 + ((high - 0xd800) << 10U) + (char32_t{unit} - 0xdc00));
+    }
+    Finish();
+    if (unit >= 0xd800 && unit < 0xdc00) {
       high_ = unit;
     } else {
-      AppendCodePoint(isLow ? kReplacement : char32_t{unit}, out_);
+      PutCodePoint(isLow ? kReplacement : char32_t{unit});
     }
+  }
+
+  // The end of the text, or of half a pair without its other half.
+  char* Finish() {
+    if (std::exchange(high_, u'\0') != 0) PutCodePoint(kReplacement);
+    return out_;
   }
 
  private:
-  static constexpr char32_t kReplacement = 0xfffd;
-  void FlushHalf() {
-    if (high_ != 0) AppendCodePoint(kReplacement, out_);
-    high_ = 0;
+  void PutCodePoint(char32_t c) {
+    if (c < 0x80) {
+      *out_++ = static_cast<char>(c);
+    } else if (c < 0x800) {
+      *out_++ = static_cast<char>(0xc0U | (c >> 6U));
+      PutTail(c);
+    } else if (c < 0x10000) {
+      *out_++ = static_cast<char>(0xe0U | (c >> 12U));
+      PutTail(c >> 6U);
+      PutTail(c);
+    } else {
+      *out_++ = static_cast<char>(0xf0U | (c >> 18U));
+      PutTail(c >> 12U);
+      PutTail(c >> 6U);
+      PutTail(c);
+    }
   }
+  void PutTail(char32_t c) { *out_++ = static_cast<char>(0x80U | (c & 0x3fU)); }
 
-  std::string& out_;
+  char* out_;
   char16_t high_ = 0;
 };
 
@@ -68,21 +71,21 @@ char16_t Unit(Bytes bytes, std::size_t at) {
                                                                           << 8U);
 }
 
-void PutPlain(Bytes text, Utf16Sink& sink) {
-  for (std::size_t at = 0; at + 1 < text.size(); at += 2) sink.Put(Unit(text, at));
+void PutPlain(Bytes text, Utf8Writer& writer) {
+  for (std::size_t at = 0; at + 1 < text.size(); at += 2) writer.Put(Unit(text, at));
 }
 
-void PutCompressed(Bytes text, Utf16Sink& sink) {
+void PutCompressed(Bytes text, Utf8Writer& writer) {
   bool oneByte = true;
   for (std::size_t at = 0; at < text.size();) {
     if (text[at] == std::byte{0}) {
       oneByte = !oneByte;
       ++at;
     } else if (oneByte) {
-      sink.Put(std::to_integer<char16_t>(text[at]));
+      writer.Put(std::to_integer<char16_t>(text[at]));
       ++at;
     } else {
-      if (at + 1 < text.size()) sink.Put(Unit(text, at));
+      if (at + 1 < text.size()) writer.Put(Unit(text, at));
       at += 2;
     }
   }
@@ -91,14 +94,18 @@ void PutCompressed(Bytes text, Utf16Sink& sink) {
 }  // namespace
 
 void AppendJet4Text(Bytes stored, std::string& out) {
-  Utf16Sink sink(out);
   const bool isCompressed =
       stored.size() >= 2 && stored[0] == std::byte{0xff} && stored[1] == std::byte{0xfe};
+  const std::size_t start = out.size();
+  // A byte becomes at most two, a pair of bytes at most three, half a pair of units three more.
+  out.resize(start + 2 * stored.size() + 3);
+  Utf8Writer writer(out.data() + start);
   if (isCompressed) {
-    PutCompressed(stored.subspan(2), sink);
+    PutCompressed(stored.subspan(2), writer);
   } else {
-    PutPlain(stored, sink);
+    PutPlain(stored, writer);
   }
+  out.resize(static_cast<std::size_t>(writer.Finish() - out.data()));
 }
 
 JetText::JetText(const JetHeader& header) : isJet3_(header.IsJet3()), codePage_(header.codePage) {}

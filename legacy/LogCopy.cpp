@@ -16,33 +16,37 @@ class LogRows {
   explicit LogRows(dao::Database& target)
       : fields_(target.TableDefs(kExposureTable).Fields()),
         rows_(target.OpenBulkRows(kExposureTable)),
-        expected_(fields_.size()),
-        stored_(fields_.size()) {
+        changed_(fields_.size()) {
     const auto columns = ExposureColumns();
-    for (const dao::FieldDef& field : fields_) {
+    isSameOrder_ = fields_.size() == columns.size();
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
       const auto column = std::find_if(columns.begin(), columns.end(), [&](const LogColumn& each) {
-        return SameName(each.name, field.name);
+        return SameName(each.name, fields_[i].name);
       });
       columns_.push_back(column == columns.end() ? -1 : static_cast<int>(column - columns.begin()));
+      isSameOrder_ = isSameOrder_ && columns_.back() == static_cast<int>(i);
     }
   }
 
   [[nodiscard]] dao::BulkRows& Bulk() { return *rows_; }
 
-  // Puts an old row into the form in which the new log keeps it.
-  void Take(const JetRow& row, std::int64_t id) {
+  // An old row in the form in which the new log keeps it: nearly always the row itself.
+  [[nodiscard]] std::span<const Value> Form(const JetRow& row, std::int64_t id) {
+    const auto* ownId = std::get_if<std::int64_t>(&row.values[0]);
+    if (isSameOrder_ && ownId != nullptr && *ownId == id && Fits(row)) return row.values;
     for (std::size_t i = 0; i < fields_.size(); ++i) {
       if (columns_[i] < 0) continue;
-      expected_[i] = row.values[static_cast<std::size_t>(columns_[i])];
-      Cut(expected_[i], static_cast<std::size_t>(fields_[i].size));
-      if (columns_[i] == 0) expected_[i] = id;
+      changed_[i] = row.values[static_cast<std::size_t>(columns_[i])];
+      Cut(changed_[i], static_cast<std::size_t>(fields_[i].size));
+      if (columns_[i] == 0) changed_[i] = id;
     }
+    return changed_;
   }
 
   // False when there is a row of that id.
-  [[nodiscard]] bool Insert() {
+  [[nodiscard]] bool Insert(const JetRow& row, std::int64_t id) {
     try {
-      rows_->Insert(expected_);
+      rows_->Insert(Form(row, id));
       return true;
     } catch (const dao::EngineError& error) {
       if (error.number() != dao::ErrorNumber::kDuplicateKey) throw;
@@ -51,17 +55,24 @@ class LogRows {
   }
 
   // The name of the first field that differs, or "" when none does.
-  [[nodiscard]] std::string FindDifference(std::int64_t id, std::int64_t& compared) {
-    if (!rows_->Find(id, stored_)) return "row";
-    for (std::size_t i = 0; i < fields_.size(); ++i) {
-      if (columns_[i] < 0) continue;
-      if (stored_[i] != expected_[i]) return fields_[i].name;
-      ++compared;
-    }
-    return {};
+  [[nodiscard]] std::string FindDifference(const JetRow& row, std::int64_t id) {
+    const int field = rows_->FindDifference(id, Form(row, id));
+    if (field == dao::BulkRows::kEqual) return {};
+    return field == dao::BulkRows::kMissing ? "row" : fields_[static_cast<std::size_t>(field)].name;
   }
 
+  [[nodiscard]] std::int64_t FieldCount() const { return static_cast<std::int64_t>(fields_.size()); }
+
  private:
+  [[nodiscard]] bool Fits(const JetRow& row) const {
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+      const auto* text = std::get_if<std::string>(&row.values[i]);
+      const auto most = static_cast<std::size_t>(fields_[i].size);
+      if (text != nullptr && text->size() > most && platform::CharacterCount(*text) > most) return false;
+    }
+    return true;
+  }
+
   static void Cut(Value& value, std::size_t most) {
     auto* text = std::get_if<std::string>(&value);
     if (text == nullptr || most == 0 || text->size() <= most) return;
@@ -71,8 +82,8 @@ class LogRows {
   std::vector<dao::FieldDef> fields_;
   std::unique_ptr<dao::BulkRows> rows_;
   std::vector<int> columns_;  // which of ExposureColumns() each field is, -1 for none
-  std::vector<Value> expected_;
-  std::vector<Value> stored_;
+  bool isSameOrder_ = false;
+  std::vector<Value> changed_;
 };
 
 namespace {
@@ -109,8 +120,7 @@ bool LogCopy::Fill(dao::Database& target, const RowProgress& progress) {
   bool isWanted = true;
   const auto add = [&](const JetRow& row) {
     const auto* id = std::get_if<std::int64_t>(&row.values[0]);
-    if (id != nullptr) rows.Take(row, *id);
-    if (id == nullptr || !rows.Insert()) newIds_.emplace(ordinal, 0);
+    if (id == nullptr || !rows.Insert(row, *id)) newIds_.emplace(ordinal, 0);
     if (id != nullptr) highestId_ = std::max(highestId_, *id);
     ++ordinal;
     isWanted = progress(ordinal);
@@ -135,8 +145,7 @@ void LogCopy::AddHomeless(const OldLog& source, LogRows& rows) {
   const auto add = [&](const JetRow& row) {
     if (const auto homeless = newIds_.find(ordinal++); homeless != newIds_.end()) {
       homeless->second = ++highestId_;
-      rows.Take(row, homeless->second);
-      static_cast<void>(rows.Insert());
+      static_cast<void>(rows.Insert(row, homeless->second));
     }
     return true;
   };
@@ -156,8 +165,8 @@ bool LogCopy::Compare(const OldLog& reread, dao::Database& target, const RowProg
   bool isWanted = true;
   const auto compare = [&](const JetRow& row) {
     const std::int64_t id = IdOf(ordinal++, row);
-    rows.Take(row, id);
-    const std::string field = rows.FindDifference(id, compared_);
+    const std::string field = rows.FindDifference(row, id);
+    compared_ += rows.FieldCount();
     if (!field.empty()) Differ(field + " of the exposure " + std::to_string(id));
     isWanted = progress(ordinal);
     return isWanted && difference_.empty();

@@ -38,37 +38,25 @@ void BindValue(Statement& statement, int parameter, const Value& value, std::arr
   statement.BindNull(parameter);
 }
 
-void ReadText(std::string_view stored, FieldType type, Value& value) {
-  if (type == FieldType::kDate)
-    if (const auto date = platform::DateTime::FromIso(stored)) {
-      value = *date;
-      return;
-    }
-  if (auto* text = std::get_if<std::string>(&value)) {
-    text->assign(stored);
-  } else {
-    value.emplace<std::string>(stored);
-  }
+bool IsDate(std::string_view stored, platform::DateTime date) {
+  std::array<char, 19> iso;
+  date.WriteIso(iso.data());
+  return stored == std::string_view(iso.data(), iso.size());
 }
 
-void ReadValue(const Statement& row, int column, FieldType type, Value& value) {
-  switch (row.ColumnType(column)) {
-    case SQLITE_INTEGER:
-      if (type == FieldType::kBoolean) {
-        value = row.Number(column) != 0;
-      } else {
-        value = row.Number(column);
-      }
-      break;
-    case SQLITE_FLOAT:
-      value = row.Real(column);
-      break;
-    case SQLITE_TEXT:
-      ReadText(row.Text(column), type, value);
-      break;
-    default:
-      value = std::monostate{};
-  }
+bool IsStored(const Statement& row, int column, const Value& value) {
+  const int type = row.ColumnType(column);
+  if (const auto* text = std::get_if<std::string>(&value))
+    return type == SQLITE_TEXT && row.Text(column) == *text;
+  if (const auto* flag = std::get_if<bool>(&value))
+    return type == SQLITE_INTEGER && row.Number(column) == std::int64_t{*flag};
+  if (const auto* number = std::get_if<std::int64_t>(&value))
+    return type == SQLITE_INTEGER && row.Number(column) == *number;
+  if (const auto* real = std::get_if<double>(&value))
+    return type == SQLITE_FLOAT && row.Real(column) == *real;
+  if (const auto* date = std::get_if<platform::DateTime>(&value))
+    return type == SQLITE_TEXT && IsDate(row.Text(column), *date);
+  return type == SQLITE_NULL;
 }
 
 }  // namespace
@@ -109,15 +97,14 @@ void BulkRows::Insert(std::span<const Value> row) {
   insert_.Run();
 }
 
-bool BulkRows::Find(std::int64_t id, std::vector<Value>& row) {
+int BulkRows::FindDifference(std::int64_t id, std::span<const Value> row) {
   ResetAtEnd reset(find_);
   find_.Bind(1, id);
-  if (!find_.Step()) return false;
-  row.resize(table_->fields.size());
-  for (std::size_t i = 0; i < row.size(); ++i) {
-    ReadValue(find_, static_cast<int>(i), table_->fields[i].type, row[i]);
+  if (!find_.Step()) return kMissing;
+  for (int i = 0; i < static_cast<int>(row.size()); ++i) {
+    if (!IsStored(find_, i, row[static_cast<std::size_t>(i)])) return i;
   }
-  return true;
+  return kEqual;
 }
 
 void BulkRows::SetLastId(std::int64_t id) {

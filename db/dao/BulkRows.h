@@ -33,8 +33,11 @@ class BulkRows {
   /// kDuplicateKey when there is a row of that key.
   void Insert(std::span<const Value> row);
 
-  /// Reads the row of that counter value; false when there is none. The values' memory is reused.
-  [[nodiscard]] bool Find(std::int64_t id, std::vector<Value>& row);
+  /// Compares the row of that counter value with `row`, value by value and type by type. The number of the
+  /// first field that differs; kEqual when none does, kMissing when there is no such row.
+  static constexpr int kEqual = -1;
+  static constexpr int kMissing = -2;
+  [[nodiscard]] int FindDifference(std::int64_t id, std::span<const Value> row);
 
   /// Rows added from now on get ids above `id` and above all that are there.
   void SetLastId(std::int64_t id);

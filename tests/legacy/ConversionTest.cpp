@@ -1,4 +1,4 @@
-#include <csignal>
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -102,7 +102,7 @@ TEST_F(ConversionFixture, ADamagedLogGivesItsReadableRowsWhenTheUserWants) {
   EXPECT_EQ(samples::Read(kept()), original_);
 }
 
-TEST_F(ConversionFixture, RowsWithOneIdAreBothKeptAndTextsThatDoNotFitAreCut) {
+TEST_F(ConversionFixture, RowsWithOneIdAreBothKept) {
   std::string content = samples::ReadOurs(kJet4Log);
   // Two rows of the first page of exposures begin here; the id stands behind the column count.
   ByteReader reader(samples::AsBytes(content));
@@ -113,12 +113,28 @@ TEST_F(ConversionFixture, RowsWithOneIdAreBothKeptAndTextsThatDoNotFitAreCut) {
   HasOldLog(content);
   const auto result = ConvertsInPlace();
   EXPECT_EQ(result.outcome, Outcome::kDone) << result.error;
-  EXPECT_EQ(result.rows, 262);
   EXPECT_EQ(result.found.lastId, 300U);
   const auto rows = NewRows(log_());
   EXPECT_EQ(rows.size(), 262U);
   EXPECT_TRUE(
       std::any_of(rows.begin(), rows.end(), [](const auto& row) { return row.starts_with("301\t"); }));
+}
+
+TEST_F(ConversionFixture, TextsThatTheirFieldCannotHoldAreCutOnlyWithConsent) {
+  // Names of 32 characters under the name of the field of 5.
+  std::string content = samples::ReadOurs("log-1.1-jet3-cp1252.mdb");
+  const std::size_t name = content.find("\x0atXraySName");
+  const std::size_t voltage = content.find("\x0atXraySVolt");
+  ASSERT_TRUE(name != std::string::npos && voltage != std::string::npos);
+  content.replace(name + 1, 10, "tXraySVolt");
+  content.replace(voltage + 1, 10, "tXraySName");
+  HasOldLog(content);
+  const auto result = ConvertsInPlace();
+  EXPECT_EQ(result.outcome, Outcome::kDone) << result.error;
+  EXPECT_TRUE(result.found.faults.Has(FaultKind::kTooLong));
+  EXPECT_TRUE(view_.HasShown("CV_DAMAGED|"));
+  const auto rows = Open(log_())->OpenRecordset("SELECT * FROM TXray", dao::RecordsetType::kSnapshot);
+  EXPECT_EQ(rows->Fields("tXraySVolt").Text(), "z1\r\nz");
 }
 
 TEST_F(ConversionFixture, RefusesWhatIsNoOldLog) {
