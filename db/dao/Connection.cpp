@@ -21,6 +21,12 @@ namespace {
 constexpr std::int32_t kWritingBuffer = 64 * 1024;
 constexpr std::int32_t kStorageDefaultBuffer = 2000;
 
+// The storage keeps statistics on its memory behind a lock, for which every row would pay.
+void PrepareStorage() {
+  static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  static_cast<void>(configured);
+}
+
 std::string ReadHeader(sqlite3* handle) {
   sqlite3_file* file = nullptr;
   sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
@@ -97,6 +103,7 @@ std::shared_ptr<Connection> Connection::InMemory(const Connection& source) {
 }
 
 void Connection::OpenHandle(int flags) {
+  PrepareStorage();
   const int result = sqlite3_open_v2(StoragePath(path_).c_str(), &handle_,
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, CountingVfsName());
   if (result != SQLITE_OK) Throw(result);
@@ -195,9 +202,19 @@ int Connection::OnBusy(void* connection, int attempt) {
 Connection::Stamp Connection::CurrentStamp() {
   sqlite3_file* file = nullptr;
   sqlite3_file_control(Handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
-  std::uint32_t changes = 0;
-  file->pMethods->xRead(file, &changes, sizeof changes, kChangeCounterOffset);
-  return {changes, sqlite3_total_changes64(handle_), epoch_};
+  file->pMethods->xRead(file, &fileChanges_, sizeof fileChanges_, kChangeCounterOffset);
+  fileChangesRead_ = std::chrono::steady_clock::now();
+  return {fileChanges_, OwnChanges(), epoch_};
+}
+
+Connection::Stamp Connection::RecentStamp() {
+  constexpr std::chrono::microseconds kRecent(50);
+  if (std::chrono::steady_clock::now() - fileChangesRead_ > kRecent) return CurrentStamp();
+  return {fileChanges_, OwnChanges(), epoch_};
+}
+
+std::int64_t Connection::OwnChanges() const {
+  return sqlite3_total_changes64(Handle());
 }
 
 std::int64_t Connection::OthersVersion() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -76,6 +77,13 @@ class Connection {
   };
   /// Costs one small read of the file and takes no lock.
   [[nodiscard]] Stamp CurrentStamp();
+  /// The same for one of many rows that are shown together: others' changes are looked for only if that was
+  /// not done within the last few microseconds, less than a change takes.
+  [[nodiscard]] Stamp RecentStamp();
+  /// Another one after every transaction of the program.
+  [[nodiscard]] std::int64_t Epoch() const { return epoch_; }
+  /// Rows changed through this connection, rolled back or not.
+  [[nodiscard]] std::int64_t OwnChanges() const;
   /// Changes exactly when another connection has changed the file.
   [[nodiscard]] std::int64_t OthersVersion();
   /// Makes every CurrentStamp() from now on differ from the earlier ones.
@@ -119,6 +127,8 @@ class Connection {
   sqlite3* handle_ = nullptr;
   bool inWork_ = false;
   std::int64_t epoch_ = 0;
+  std::uint32_t fileChanges_ = 0;
+  std::chrono::steady_clock::time_point fileChangesRead_;
   std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
   std::unique_ptr<SelectCache> selects_;
   Statement begin_;

@@ -53,34 +53,50 @@ std::string StatementIds::IdSql(const std::string& further) const {
          OrderClause();
 }
 
-std::string StatementIds::BehindLast() const {
-  const std::size_t first = select_->parameterCount + 1;
-  const std::string id = "?" + std::to_string(first);
-  if (select_->parsed.orderBy.empty()) return "rowid > " + id;
-  const OrderTerm& term = select_->parsed.orderBy.front();
-  const std::string key = "?" + std::to_string(first + 1);
-  const std::string behind = term.descending ? " < " : " > ";
-  // The first condition is the one that an index serves.
-  return term.storage + (term.descending ? " <= " : " >= ") + key + " AND (" + term.storage + behind + key +
-         " OR rowid" + behind + id + ")";
+std::string StatementIds::OrderField() const {
+  return select_->parsed.orderBy.front().storage;
 }
 
 bool StatementIds::OrderFieldHasNulls() {
   if (select_->parsed.orderBy.empty()) return false;
-  Statement& find =
-      select_->Prepared(*connection_, "SELECT 1 FROM " + QuoteIdentifier(select_->table->name) + " WHERE " +
-                                          select_->parsed.orderBy.front().storage + " IS NULL LIMIT 1");
+  Statement& find = select_->Prepared(*connection_, "SELECT 1 FROM " + QuoteIdentifier(select_->table->name) +
+                                                        " WHERE " + OrderField() + " IS NULL LIMIT 1");
   ResetAtEnd reset(find);
   return find.Step();
 }
 
-Statement& StatementIds::NextStatement() {
-  Statement& ids = select_->Prepared(*connection_, IdSql(started_ ? BehindLast() : std::string()));
+Statement& StatementIds::Bound(const std::string& further) {
+  Statement& ids = select_->Prepared(*connection_, IdSql(further));
   BindParameters(ids, parameters_);
-  if (!started_) return ids;
-  const int first = static_cast<int>(select_->parameterCount) + 1;
-  ids.Bind(first, lastId_);
-  if (lastKey_.RowCount() > 0) BindView(ids, first + 1, lastKey_.At(0, 0));
+  return ids;
+}
+
+Statement& StatementIds::First() {
+  return Bound({});
+}
+
+// The rows behind the last one are found in two steps, each of which an index serves without looking at a
+// row: those with the same value, then those with a later one.
+Statement& StatementIds::EqualToLast() {
+  const int key = static_cast<int>(select_->parameterCount) + 1;
+  const std::string behind = select_->parsed.orderBy.front().descending ? " < ?" : " > ?";
+  Statement& ids =
+      Bound(OrderField() + " = ?" + std::to_string(key) + " AND rowid" + behind + std::to_string(key + 1));
+  BindView(ids, key, lastKey_.At(0, 0));
+  ids.Bind(key + 1, lastId_);
+  return ids;
+}
+
+Statement& StatementIds::BehindLast() {
+  const int key = static_cast<int>(select_->parameterCount) + 1;
+  if (select_->parsed.orderBy.empty()) {
+    Statement& ids = Bound("rowid > ?" + std::to_string(key));
+    ids.Bind(key, lastId_);
+    return ids;
+  }
+  const bool descending = select_->parsed.orderBy.front().descending;
+  Statement& ids = Bound(OrderField() + (descending ? " < ?" : " > ?") + std::to_string(key));
+  BindView(ids, key, lastKey_.At(0, 0));
   return ids;
 }
 
@@ -89,7 +105,7 @@ void StatementIds::Remember(std::int64_t lastId) {
   lastId_ = lastId;
   if (select_->parsed.orderBy.empty()) return;
   Statement& read =
-      select_->Prepared(*connection_, "SELECT " + select_->parsed.orderBy.front().storage + " FROM " +
+      select_->Prepared(*connection_, "SELECT " + OrderField() + " FROM " +
                                           QuoteIdentifier(select_->table->name) + " WHERE rowid = ?1");
   ResetAtEnd reset(read);
   read.Bind(1, lastId);
@@ -97,22 +113,35 @@ void StatementIds::Remember(std::int64_t lastId) {
   if (read.Step()) lastKey_.Append(read);
 }
 
-bool StatementIds::Fetch(std::size_t rows, std::vector<std::int64_t>& ids) {
-  ReadScope scope(*connection_);
-  Statement& next = NextStatement();
-  ResetAtEnd reset(next);
-  const std::size_t all = std::numeric_limits<std::size_t>::max();
-  std::size_t limit = all;
-  for (std::size_t fetched = 0; next.Step(); ++fetched) {
-    // Rows without a value have no place that the next slice could begin behind.
-    if (fetched == 0 && CanResume() && !next.Sorted() && (started_ || !OrderFieldHasNulls())) limit = rows;
-    if (fetched == limit) {
-      Remember(ids.back());
-      return false;
-    }
-    ids.push_back(next.Number(0));
+// True at the statement's end; `limit` goes down by the rows that were read.
+bool StatementIds::Read(Statement& statement, std::size_t& limit, std::vector<std::int64_t>& ids) {
+  ResetAtEnd reset(statement);
+  for (; statement.Step(); --limit) {
+    if (limit == 0) return false;
+    ids.push_back(statement.Number(0));
   }
   return true;
+}
+
+// Where the storage sorts, stopping after some rows would mean sorting again for the next; and rows without a
+// value have no place that the next slice could begin behind.
+bool StatementIds::FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids) {
+  Statement& first = First();
+  ResetAtEnd reset(first);
+  if (!first.Step()) return true;
+  ids.push_back(first.Number(0));
+  --limit;
+  if (!CanResume() || first.Sorted() || OrderFieldHasNulls()) limit = std::numeric_limits<std::size_t>::max();
+  return Read(first, limit, ids);
+}
+
+bool StatementIds::Fetch(std::size_t rows, std::vector<std::int64_t>& ids) {
+  ReadScope scope(*connection_);
+  const bool hasKey = started_ && lastKey_.RowCount() > 0;
+  const bool isEnd = !started_ ? FetchFirst(rows, ids)
+                               : (!hasKey || Read(EqualToLast(), rows, ids)) && Read(BehindLast(), rows, ids);
+  if (!isEnd) Remember(ids.back());
+  return isEnd;
 }
 
 }  // namespace varnlog::dao

@@ -43,9 +43,14 @@ class StatementIds final : public IdSource {
   [[nodiscard]] bool CanResume() const;
   [[nodiscard]] std::string IdSql(const std::string& further) const;
   [[nodiscard]] std::string OrderClause() const;
-  [[nodiscard]] std::string BehindLast() const;
+  [[nodiscard]] std::string OrderField() const;
   [[nodiscard]] bool OrderFieldHasNulls();
-  Statement& NextStatement();
+  Statement& First();
+  Statement& EqualToLast();
+  Statement& BehindLast();
+  Statement& Bound(const std::string& further);
+  bool Read(Statement& statement, std::size_t& limit, std::vector<std::int64_t>& ids);
+  bool FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids);
   void Remember(std::int64_t lastId);
 
   std::shared_ptr<Connection> connection_;

@@ -47,8 +47,11 @@ class KeySet {
     [[nodiscard]] bool Holds(std::int64_t position) const;
   };
 
-  const Block& Load(std::int64_t first, std::int64_t count);
-  Statement& RowStatement();
+  void Load(std::int64_t first, std::int64_t count);
+  [[nodiscard]] bool IsDense(std::int64_t first, std::int64_t count) const;
+  void ReadRange(std::int64_t first, std::int64_t count, RowSet& rows);
+  void ReadSingly(std::int64_t first, std::int64_t count, RowSet& rows);
+  Statement& RowStatement(const char* condition);
 
   std::shared_ptr<Connection> connection_;
   std::shared_ptr<Select> select_;

@@ -14,7 +14,7 @@ constexpr const char* kPointerType = "varnlog row collector";
 
 void TakeRow(sqlite3_context* context, int count, sqlite3_value** values) {
   // Zeroed when the scan begins; checking the pointer's type once a row would take as long as the row.
-  auto** collector = static_cast<RowCollector**>(sqlite3_aggregate_context(context, sizeof(RowCollector*)));
+  auto** collector = static_cast<RowCollector**>(sqlite3_aggregate_context(context, sizeof(*collector)));
   if (collector == nullptr) return sqlite3_result_error_nomem(context);
   if (*collector == nullptr) {
     *collector = static_cast<RowCollector*>(sqlite3_value_pointer(values[0], kPointerType));

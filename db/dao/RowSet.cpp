@@ -1,5 +1,7 @@
 #include "db/dao/RowSet.h"
 
+#include <new>
+
 #include <sqlite3.h>
 
 #include "db/dao/Statement.h"
@@ -7,33 +9,44 @@
 namespace varnlog::dao {
 
 void RowSet::Append(const Statement& row) {
-  for (int column = 0; column < static_cast<int>(columns_); ++column) {
-    Cell cell{.integer = 0, .length = 0, .kind = CellKind::kNull};
-    switch (row.ColumnType(column)) {
+  const std::size_t first = cells_.size();
+  cells_.resize(first + columns_);
+  for (std::size_t column = 0; column < columns_; ++column) {
+    Cell& cell = cells_[first + column];
+    sqlite3_value* const value = sqlite3_column_value(row.Handle(), static_cast<int>(column));
+    switch (sqlite3_value_type(value)) {
       case SQLITE_NULL:
+        cell.kind = CellKind::kNull;
         break;
       case SQLITE_INTEGER:
         cell.kind = CellKind::kInteger;
-        cell.integer = row.Number(column);
+        cell.integer = sqlite3_value_int64(value);
         break;
       case SQLITE_FLOAT:
         cell.kind = CellKind::kReal;
-        cell.real = row.Real(column);
+        cell.real = sqlite3_value_double(value);
         break;
       default: {
-        const std::string_view text = row.Text(column);
+        const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+        if (text == nullptr) throw std::bad_alloc();
         cell.kind = CellKind::kText;
         cell.offset = bytes_.size();
-        cell.length = static_cast<std::uint32_t>(text.size());
-        bytes_ += text;
+        cell.length = static_cast<std::uint32_t>(sqlite3_value_bytes(value));
+        bytes_.append(text, cell.length);
       }
     }
-    cells_.push_back(cell);
   }
 }
 
+void RowSet::Reserve(std::size_t rows, std::size_t bytesPerRow) {
+  cells_.reserve(rows * columns_);
+  bytes_.reserve(rows * bytesPerRow);
+}
+
 void RowSet::AppendDeleted() {
-  cells_.insert(cells_.end(), columns_, Cell{.integer = 0, .length = 0, .kind = CellKind::kDeleted});
+  Cell deleted;
+  deleted.kind = CellKind::kDeleted;
+  cells_.insert(cells_.end(), columns_, deleted);
 }
 
 bool RowSet::IsDeleted(std::size_t row) const {

@@ -35,7 +35,7 @@ class RowSet {
   /// The statement's current row.
   void Append(const Statement& row);
   void AppendDeleted();
-  void Reserve(std::size_t rows) { cells_.reserve(rows * columns_); }
+  void Reserve(std::size_t rows, std::size_t bytesPerRow);
 
   [[nodiscard]] std::size_t RowCount() const { return columns_ == 0 ? 0 : cells_.size() / columns_; }
   [[nodiscard]] bool IsDeleted(std::size_t row) const;
@@ -45,12 +45,12 @@ class RowSet {
  private:
   struct Cell {
     union {
-      std::int64_t integer;
+      std::int64_t integer = 0;
       double real;
       std::size_t offset;
     };
-    std::uint32_t length;
-    CellKind kind;
+    std::uint32_t length = 0;
+    CellKind kind = CellKind::kNull;
   };
 
   std::size_t columns_;

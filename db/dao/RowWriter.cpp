@@ -86,11 +86,30 @@ Statement& RowWriter::InsertStatement() {
   return insert_;
 }
 
+// From row to row most parameters stay as they are: flags repeat, and texts are at the same place.
+void RowWriter::BindForInsert(const CopyBuffer& buffer) {
+  Statement& insert = InsertStatement();
+  bound_.resize(buffer.size());
+  for (std::size_t i = 0; i < buffer.size(); ++i) {
+    const CopyBuffer::Cell& cell = buffer[i];
+    Bound wanted;
+    wanted.kind = cell.kind;
+    if (cell.kind == CellKind::kInteger) wanted.integer = cell.integer;
+    if (cell.kind == CellKind::kText) {
+      wanted.text = cell.text.data();
+      wanted.length = cell.text.size();
+    }
+    if (wanted == bound_[i] && cell.kind != CellKind::kReal) continue;
+    bound_[i] = {};
+    BindCell(insert, static_cast<int>(i) + 1, cell);
+    bound_[i] = wanted;
+  }
+}
+
 std::int64_t RowWriter::Add(CopyBuffer& buffer) {
   connection_->RequireIntactWork();
-  Statement& insert = InsertStatement();
-  for (std::size_t i = 0; i < buffer.size(); ++i) BindCell(insert, static_cast<int>(i) + 1, buffer[i]);
-  insert.Run();
+  BindForInsert(buffer);
+  insert_.Run();
   buffer.Close();
   return sqlite3_last_insert_rowid(connection_->Handle());
 }

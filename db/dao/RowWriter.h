@@ -38,6 +38,7 @@ class RowWriter {
   [[nodiscard]] std::string FieldNamed(std::size_t ordinal) const;
   [[nodiscard]] std::string FieldList() const;
   Statement& InsertStatement();
+  void BindForInsert(const CopyBuffer& buffer);
   Statement& UpdateStatement(const CopyBuffer& buffer);
   void RequireUnchanged(const CopyBuffer& buffer);
 
@@ -45,7 +46,17 @@ class RowWriter {
   std::shared_ptr<const TableSchema> table_;
   std::vector<std::size_t> ordinals_;
   Statement read_;
+  // What a parameter of the insert holds: a text by its place, whatever stands there.
+  struct Bound {
+    CellKind kind = CellKind::kDeleted;  // never bound
+    std::int64_t integer = 0;
+    const char* text = nullptr;
+    std::size_t length = 0;
+    friend bool operator==(const Bound&, const Bound&) = default;
+  };
+
   Statement insert_;
+  std::vector<Bound> bound_;
   std::unordered_map<std::vector<bool>, Statement> updates_;  // by the set of fields they write
 
   std::int64_t editedRow_ = 0;

@@ -104,9 +104,11 @@ std::vector<std::string> StoredFields(Connection& connection, std::string_view i
 }
 
 void ReadIndexes(Connection& connection, TableSchema& table, std::vector<std::string> keyFields) {
-  if (!keyFields.empty())
+  if (!keyFields.empty()) {
+    table.firstStoredFields.push_back(keyFields.front());
     table.indexes.push_back(
         {.name = "PrimaryKey", .fields = std::move(keyFields), .isPrimary = true, .isUnique = true});
+  }
   Statement indexes(
       connection,
       "SELECT l.name, l.\"unique\", s.sql FROM pragma_index_list(?1) AS l JOIN sqlite_schema AS s "
@@ -118,7 +120,9 @@ void ReadIndexes(Connection& connection, TableSchema& table, std::vector<std::st
                 .fields = {},
                 .isPrimary = false,
                 .isUnique = indexes.Number(1) != 0};
-    index.fields = SeekOrder(indexes.Text(2), StoredFields(connection, index.name));
+    std::vector<std::string> stored = StoredFields(connection, index.name);
+    table.firstStoredFields.push_back(stored.empty() ? std::string() : stored.front());
+    index.fields = SeekOrder(indexes.Text(2), std::move(stored));
     table.indexes.push_back(std::move(index));
   }
 }
@@ -160,6 +164,11 @@ std::optional<std::size_t> TableSchema::FieldAt(std::string_view fieldName) cons
                                   [&](const FieldDef& field) { return SameName(field.name, fieldName); });
   if (found == fields.end()) return std::nullopt;
   return static_cast<std::size_t>(found - fields.begin());
+}
+
+bool TableSchema::HasIndexOn(std::size_t field) const {
+  return std::any_of(firstStoredFields.begin(), firstStoredFields.end(),
+                     [&](const std::string& first) { return SameName(first, fields[field].name); });
 }
 
 TableSchema ReadTableSchema(Connection& connection, std::string_view name) {

@@ -16,11 +16,14 @@ class Connection;
 struct TableSchema {
   std::string name;  // as declared
   std::vector<FieldDef> fields;
-  std::vector<Value> defaults;  // of a new row, one a field
-  std::vector<Index> indexes;   // as Seek takes their fields
+  std::vector<Value> defaults;                 // of a new row, one a field
+  std::vector<Index> indexes;                  // as Seek takes their fields
+  std::vector<std::string> firstStoredFields;  // of each index
 
   /// Letter case is ignored; nothing for an unknown name.
   [[nodiscard]] std::optional<std::size_t> FieldAt(std::string_view fieldName) const;
+  /// True when an index is stored in the order of this field, so that its greatest value is found at once.
+  [[nodiscard]] bool HasIndexOn(std::size_t field) const;
 };
 
 /// Throws kTableNotFound.

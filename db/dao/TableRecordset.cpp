@@ -112,6 +112,7 @@ void TableRecordset::Update() {
   CopyBuffer& buffer = fields_.Buffer();
   if (buffer.state() == CopyBuffer::State::kAdding) {
     writer_.Add(buffer);
+    NoteAdded();
   } else if (buffer.state() == CopyBuffer::State::kEditing) {
     row_.reset();
     writer_.Change(buffer);
@@ -129,12 +130,56 @@ void TableRecordset::SetIndex(std::string_view name) {
     }
   for (const Index& index : table_->indexes)
     if (SameName(index.name, name)) {
-      paths_.push_back({index, std::vector<Statement>(index.fields.size())});
-      path_ = &paths_.back();
+      AddPath(index);
       return;
     }
   throw EngineError(ErrorNumber::kItemNotFound,
                     "'" + std::string(name) + "' is no index of the table '" + table_->name + "'.");
+}
+
+void TableRecordset::AddPath(const Index& index) {
+  SeekPath& path = paths_.emplace_back();
+  path.index = index;
+  path.byKeyCount.resize(index.fields.size());
+  for (std::size_t i = 0; i < index.fields.size(); ++i) {
+    const std::size_t field = *table_->FieldAt(index.fields[i]);
+    if (table_->fields[field].type != FieldType::kDate || !table_->HasIndexOn(field)) continue;
+    path.dateKey = i;
+    path.dateField = field;
+    path.hasDate = true;
+  }
+  path_ = &path;
+}
+
+// Known only while nobody else can write, that is within a transaction.
+bool TableRecordset::IsLaterThanAll(const SeekKey* keys, std::size_t keyCount) {
+  SeekPath& path = *path_;
+  if (!path.hasDate || keyCount <= path.dateKey || !connection_->InWork()) return false;
+  const auto* const date = std::get_if<platform::DateTime>(&keys[path.dateKey]);
+  if (date == nullptr) return false;
+  if (path.changes != connection_->OwnChanges() || path.epoch != connection_->Epoch()) {
+    if (!path.latest.IsPrepared())
+      path.latest =
+          Statement(*connection_, "SELECT max(" + QuoteIdentifier(table_->fields[path.dateField].name) +
+                                      ") FROM " + QuoteIdentifier(table_->name));
+    ResetAtEnd reset(path.latest);
+    path.latestDate = path.latest.Step() ? std::string(path.latest.Text(0)) : std::string();
+    path.changes = connection_->OwnChanges();
+    path.epoch = connection_->Epoch();
+  }
+  std::array<char, 19> text;
+  date->WriteIso(text.data());
+  return std::string_view(text.data(), text.size()) > path.latestDate;
+}
+
+// Keeps what IsLaterThanAll() knows across rows that this record set adds itself.
+void TableRecordset::NoteAdded() {
+  for (SeekPath& path : paths_) {
+    if (!path.hasDate || path.changes + 1 != connection_->OwnChanges()) continue;
+    ++path.changes;
+    const std::string& added = std::as_const(fields_.Buffer())[path.dateField].text;
+    if (added > path.latestDate) path.latestDate.assign(added);
+  }
 }
 
 // Of several rows with the same values the oldest is found, whichever way the storage takes.
@@ -155,6 +200,11 @@ void TableRecordset::Seek(std::string_view comparison, std::initializer_list<See
   if (keys.size() == 0 || keys.size() > std::min(path_->index.fields.size(), kMostKeys))
     throw EngineError(ErrorNumber::kNotSupported,
                       "Seek takes as many values as its index has fields, or fewer.");
+  if (IsLaterThanAll(keys.begin(), keys.size())) {
+    GoTo(std::nullopt);
+    noMatch_ = true;
+    return;
+  }
   Statement& seek = SeekStatement(keys.size());
   ResetAtEnd reset(seek);
   DateTexts dates;

@@ -3,6 +3,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "db/dao/Recordset.h"
@@ -40,6 +41,14 @@ class TableRecordset final : public Recordset, private RowSource {
   struct SeekPath {
     Index index;
     std::vector<Statement> byKeyCount;
+    // Rows are mostly added in the order of time, so a date that is later than all others is not looked for.
+    std::size_t dateKey = 0;    // which of the index's fields is the date, if it has one
+    std::size_t dateField = 0;  // that field's place in the table
+    bool hasDate = false;
+    Statement latest;
+    std::string latestDate;     // "" in an empty table
+    std::int64_t changes = -1;  // of the connection when it was found out ...
+    std::int64_t epoch = -1;    // ... in this transaction
   };
 
   [[nodiscard]] CellView CurrentCell(std::size_t ordinal) override;
@@ -47,6 +56,9 @@ class TableRecordset final : public Recordset, private RowSource {
   [[nodiscard]] std::optional<std::int64_t> NextId(Statement& statement, std::int64_t after);
   [[nodiscard]] std::int64_t RequireRow() const;
   Statement& SeekStatement(std::size_t keyCount);
+  void AddPath(const Index& index);
+  [[nodiscard]] bool IsLaterThanAll(const SeekKey* keys, std::size_t keyCount);
+  void NoteAdded();
 
   std::shared_ptr<Connection> connection_;
   std::shared_ptr<const TableSchema> table_;
