@@ -59,7 +59,8 @@ class RememberedTexts final : public db::TextLookup {
 /// The numbering of teeth that held when the list was asked for, so that one list never mixes two.
 class CurrentToothScheme final : public intake::ToothScheme {
  public:
-  explicit CurrentToothScheme(const db::SettingsStore& ini) : isUS_(app::HostToothScheme(ini).SchemeUS()) {}
+  explicit CurrentToothScheme(const Session& session)
+      : isUS_(app::HostToothScheme(session.globals(), session.ini()).SchemeUS()) {}
   [[nodiscard]] bool SchemeUS() const override { return isUS_; }
 
  private:
@@ -70,7 +71,7 @@ class DisplayedRows final : public RowSource {
  public:
   DisplayedRows(Recordset& rows, const Session& session)
       : texts_(session.texts()),
-        scheme_(session.ini()),
+        scheme_(session),
         display_(rows, texts_, scheme_, session.shortDate()) {}
 
   [[nodiscard]] std::vector<std::string> Headings() const override {

@@ -61,6 +61,7 @@ class Session {
   [[noreturn]] void FailToOpen(std::int32_t error);
 
   [[nodiscard]] db::Globals& globals() { return globals_; }
+  [[nodiscard]] const db::Globals& globals() const { return globals_; }
   [[nodiscard]] const app::Language& texts() const { return texts_; }
   [[nodiscard]] const app::modINIFile& ini() const { return ini_; }
   [[nodiscard]] TerminalDialog& user() { return user_; }
