@@ -42,17 +42,26 @@ void MainProgram::LoadAfterShow() {
   FileOpen();
 }
 
-bool MainProgram::OpenDataFile(const std::string& file) {
+bool MainProgram::Open(const std::string& file) {
   const bool opened = OpenAndCheckDataFile(globals_, services_, file);
-  if (opened) {
-    edits_.Clear();
-    view_.RefreshCommands();
-    OfferUpdate();
-    CheckRememberedSelection(globals_);
-    view_.ViewResults();
-  }
+  if (opened) edits_.Clear();
   view_.RefreshCommands();
   return opened;
+}
+
+bool MainProgram::OpenDataFile(const std::string& file) {
+  const std::string before = globals_.strDataFileGl;
+  if (!Open(file)) return false;
+  if (file != before) {
+    // Each log remembers its own selection.
+    SaveSelection(globals_, services_.ini, before);
+    LoadSelection(globals_, services_.ini, file);
+  }
+  OfferUpdate();
+  CheckRememberedSelection(globals_);
+  view_.ViewResults();
+  view_.RefreshCommands();
+  return true;
 }
 
 void MainProgram::ReplaceDataFile(const std::string& file) {
@@ -131,6 +140,23 @@ bool MainProgram::CloseVarnlogDB() {
   globals_.LogEngineGl->CloseDBInWorkspace();
   view_.RefreshCommands();
   return true;
+}
+
+bool MainProgram::CloseForMaintenance() {
+  if (edits_.Count() > 0) {
+    const std::string text = db::ReplacePlaceholder(services_.texts.GetText("PP_ASK_PENDING"_key), "lngCount",
+                                                    std::to_string(edits_.Count()));
+    if (db::MsgBox(services_.user, services_.texts, text, MessageIcon::kQuestion, MessageButtons::kYesNo) !=
+        MessageAnswer::kYes) {
+      return false;
+    }
+  }
+  view_.CloseResultWindows();
+  return CloseVarnlogDB();
+}
+
+void MainProgram::ReopenAfterMaintenance() {
+  if (Open(globals_.strDataFileGl)) view_.ViewResults();
 }
 
 void MainProgram::Unload() {

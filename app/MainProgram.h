@@ -60,6 +60,11 @@ class MainProgram {
   [[nodiscard]] bool ConfirmQuit();
   /// Locks the corrected values and closes the log; false when none was open.
   bool CloseVarnlogDB();
+  /// Closes the log for work on its file; false when the user keeps it open, because that locks the values
+  /// corrected so far.
+  bool CloseForMaintenance();
+  /// Opens it again, without offering an update, and shows it.
+  void ReopenAfterMaintenance();
   /// After the window's position was saved: closes the workspace and keeps the settings.
   void Unload();
 
@@ -68,6 +73,7 @@ class MainProgram {
 
  private:
   void ReplaceDataFile(const std::string& file);
+  bool Open(const std::string& file);
   void ShowText(db::TextKey key, db::MessageIcon icon);
   /// Locks what was corrected so far.
   void WriteBackEdits();

@@ -208,9 +208,9 @@ void CJetEngine::CloseDBInWorkspace() {
 void CJetEngine::Compact(const std::string& source, const std::optional<std::string>& destination,
                          int options) {
   if (destination)
-    engine_.CompactDatabase(source, *destination, options);
+    engine_.CompactDatabase(source, *destination, options, progress_);
   else
-    engine_.CompactInPlace(source, TemporaryFor(source), options);
+    engine_.CompactInPlace(source, TemporaryFor(source), options, progress_);
 }
 
 std::int32_t CJetEngine::CompactDatabase(const std::string& source,
@@ -255,7 +255,7 @@ std::int32_t CJetEngine::CreateDatabase(const std::string& path, std::int32_t op
 }
 
 std::int32_t CJetEngine::RepairDatabase(const std::string& path) {
-  Trap([&] { engine_.RepairDatabase(path); });
+  Trap([&] { engine_.RepairDatabase(path, progress_); });
   return 0;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 
 #include "db/dao/DBEngine.h"
@@ -89,6 +90,9 @@ class CJetEngine {
 
   [[nodiscard]] const std::string& LastError() const { return lastError_; }
 
+  /// Hears how far CompactDatabase and RepairDatabase are.
+  void SetMaintenanceProgress(dao::MaintenanceProgress progress) { progress_ = std::move(progress); }
+
  private:
   /// The one trap of every operation: 0, or the number of the error whose text is now in LastError().
   template <typename Operation>
@@ -108,6 +112,7 @@ class CJetEngine {
   bool exclusive_ = false;
   bool readOnly_ = false;
   std::optional<std::string> password_;
+  dao::MaintenanceProgress progress_;
 };
 
 }  // namespace varnlog::db

@@ -141,6 +141,10 @@ class DBEngine {
   DBEngine& operator=(const DBEngine&) = delete;
   [[nodiscard]] static DBEngine& Instance();
 
+  /// Name and version of the storage and of the text order, for the about box.
+  [[nodiscard]] static std::string StorageVersion();
+  [[nodiscard]] static std::string TextOrderVersion();
+
   /// The workgroup file that names the accounts; checked by CreateWorkspace.
   [[nodiscard]] const std::string& SystemDB() const { return systemDB_; }
   void SetSystemDB(std::string path) { systemDB_ = std::move(path); }

@@ -1,0 +1,357 @@
+#include "app/frmMDIMain.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QStatusBar>
+
+#include "app/frmProperties.h"
+#include "db/modCommon.h"
+#include "dialogs/frmBegEnd.h"
+#include "dialogs/frmPatSearch.h"
+#include "intake/frmRunUpdate.h"
+#include "ui/FileDialog.h"
+#include "ui/QtText.h"
+#include "ui/Theme.h"
+
+namespace varnlog::app {
+
+using db::TextKey;
+using db::literals::operator""_key;
+using ui::Caption;
+
+namespace {
+
+constexpr int kMillisecondsAfterActivation = 200;
+
+QString QView(std::string_view text) {
+  return ui::ToQString(text);
+}
+
+}  // namespace
+
+frmMDIMain::frmMDIMain(const WindowContext& context)
+    : context_(context),
+      program_(context_.globals, context_.services, *this),
+      mru_(context_.services.ini),
+      formPos_(context_.services.ini),
+      mdi_(new QMdiArea),
+      tlbStandard_(new ui::Toolbar) {
+  setObjectName("frmMDIMain");
+  setWindowIcon(ui::ProgramIcon());
+  SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
+  mdi_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  mdi_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  setCentralWidget(mdi_);
+  BuildActions();
+  BuildMenus();
+  BuildToolbar();
+  BuildStatusBar();
+  timUpdate_.setSingleShot(true);
+  timUpdate_.setInterval(kMillisecondsAfterActivation);
+  connect(&timUpdate_, &QTimer::timeout, this, [this] { program_.UpdateAfterActivation(); });
+}
+
+frmMDIMain::~frmMDIMain() {
+  // The view hands its widths and its log back while this window can still take them.
+  if (results_) results_->close();
+}
+
+bool frmMDIMain::Load() {
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  if (!program_.LoadBeforeShow()) {
+    QApplication::restoreOverrideCursor();
+    return false;
+  }
+  formPos_.SetForm(this);
+  formPos_.SetIniFile(context_.globals.IniFileGl);
+  mru_.SetIniFile(context_.globals.IniFileGl);
+  mru_.SetMenuItem(this);
+  resize(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 40);
+  const bool restored = formPos_.RestoreForm(true);
+  if (!restored) SetState(WindowState::kMaximised);
+  ApplyViewOptions();
+  RefreshCommands();
+  show();
+  QApplication::processEvents();
+  QApplication::restoreOverrideCursor();
+  mru_.GetMRUList();
+  program_.LoadAfterShow();
+  connect(qApp, &QApplication::applicationStateChanged, this, &frmMDIMain::ApplicationStateChanged);
+  return true;
+}
+
+void frmMDIMain::BuildActions() {
+  for (const CommandDef& command : AllCommands()) {
+    auto* action = new QAction(Caption(context_.services.texts, TextKey(command.textKey)), this);
+    action->setObjectName(QView(command.name));
+    if (!command.shortcut.empty()) action->setShortcut(QKeySequence(QView(command.shortcut)));
+    action->setCheckable(command.isChecked);
+    // A keyboard user opens the File menu and leaves it again; macOS-like guessing by name is not wanted.
+    action->setMenuRole(QAction::NoRole);
+    connect(action, &QAction::triggered, this, [this, id = command.id] { Run(id); });
+    actions_.emplace(command.id, action);
+  }
+  for (const ToolbarButton& button : Toolbar()) {
+    if (button.key.empty()) continue;
+    QAction* action = actions_.at(button.command);
+    QString tip = Caption(context_.services.texts, TextKey(button.tooltipKey));
+    if (!action->shortcut().isEmpty()) {
+      tip += QStringLiteral(" (%1)").arg(action->shortcut().toString(QKeySequence::NativeText));
+    }
+    action->setToolTip(tip);
+  }
+}
+
+void frmMDIMain::BuildMenus() {
+  for (const MenuDef& definition : Menus()) {
+    QMenu* menu = menuBar()->addMenu(Caption(context_.services.texts, TextKey(definition.textKey)));
+    menu->setObjectName(QView(definition.name));
+    for (const MenuEntry& entry : definition.entries) {
+      switch (entry.kind) {
+        case MenuEntry::Kind::kCommand:
+          menu->addAction(actions_.at(entry.command));
+          break;
+        case MenuEntry::Kind::kSeparator:
+          menu->addSeparator();
+          break;
+        case MenuEntry::Kind::kRecentFiles:
+          recentMenu_ = menu;
+          recentEnd_ = menu->addSeparator();
+          break;
+      }
+    }
+  }
+}
+
+void frmMDIMain::BuildToolbar() {
+  tlbStandard_->setObjectName("tlbStandard");
+  tlbStandard_->setWindowTitle(Caption(context_.services.texts, "MN_TOOLBAR"_key));
+  for (const CommandDef& command : AllCommands()) {
+    if (!command.icon.empty()) actions_.at(command.id)->setIcon(ui::ThemedIcon(QView(command.icon)));
+  }
+  std::vector<ui::ToolbarItem> items;
+  for (const ToolbarButton& button : Toolbar()) {
+    items.push_back({QView(button.key), button.key.empty() ? nullptr : actions_.at(button.command)});
+  }
+  tlbStandard_->Build(items, context_.globals.OptBigIcons);
+  if (tlbStandard_->parent() == nullptr) addToolBar(tlbStandard_);
+}
+
+void frmMDIMain::BuildStatusBar() {
+  const auto panel = [this](const char* name) {
+    auto* label = new QLabel;
+    label->setObjectName(name);
+    statusBar()->addPermanentWidget(label);
+    return label;
+  };
+  statusBar()->setAccessibleName(Caption(context_.services.texts, "MN_STATUSBAR"_key));
+  filePanel_ = new QLabel;
+  filePanel_->setObjectName("pnlFile");
+  // A long path is cut by the window rather than keeping the window from getting narrower.
+  filePanel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  statusBar()->addWidget(filePanel_, 1);
+  pendingPanel_ = panel("pnlPending");
+  pendingPanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_PENDINGTIP"_key));
+  readOnlyPanel_ = panel("pnlReadOnly");
+  readOnlyPanel_->setText(Caption(context_.services.texts, "MN_STATUS_READONLY"_key));
+  rowsPanel_ = panel("pnlRows");
+}
+
+void frmMDIMain::ApplyViewOptions() {
+  const db::Globals& globals = context_.globals;
+  tlbStandard_->setVisible(globals.OptTbrVisible);
+  statusBar()->setVisible(globals.OptSbrVisible);
+  actions_.at(CommandId::mnuViewToolbar)->setChecked(globals.OptTbrVisible);
+  actions_.at(CommandId::mnuViewStatusbar)->setChecked(globals.OptSbrVisible);
+  actions_.at(CommandId::mnuViewBigIcons)->setChecked(globals.OptBigIcons);
+  BuildToolbar();
+}
+
+void frmMDIMain::RefreshCommands() {
+  if (unloading_) return;
+  const CommandState state = program_.State();
+  for (const CommandDef& command : AllCommands()) {
+    actions_.at(command.id)->setEnabled(IsEnabled(command.enabledWhen, state));
+  }
+  if (!state.dataFileOpen) SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
+  ShowStatus();
+}
+
+void frmMDIMain::ShowStatus() {
+  const db::TextLookup& texts = context_.services.texts;
+  const CommandState state = program_.State();
+  filePanel_->setText(state.dataFileOpen ? QView(context_.globals.strDataFileGl)
+                                         : Caption(texts, "MN_STATUS_NOFILE"_key));
+  filePanel_->setToolTip(filePanel_->text());
+  readOnlyPanel_->setVisible(state.dataFileOpen && state.readOnly);
+  const std::size_t pending = program_.Edits().Count();
+  pendingPanel_->setVisible(pending > 0);
+  pendingPanel_->setText(QView(
+      db::ReplacePlaceholder(texts.GetText("MN_STATUS_PENDING"_key), "lngCount", std::to_string(pending))));
+  rowsPanel_->setVisible(state.logViewShown);
+}
+
+void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
+  const db::TextLookup& texts = context_.services.texts;
+  const QString count = QLocale().toString(static_cast<qlonglong>(rows));
+  QString text =
+      QView(db::ReplacePlaceholder(texts.GetText("MN_STATUS_ROWS"_key), "lngCount", ui::FromQString(count)));
+  if (!complete) text += QStringLiteral("...");
+  rowsPanel_->setText(text);
+  rowsPanel_->setVisible(true);
+}
+
+void frmMDIMain::SetCaption(const std::string& caption) {
+  setWindowTitle(QView(caption));
+}
+
+QIcon frmMDIMain::PictureOf(const std::string& iconKey) const {
+  return ui::ThemedIcon(QView(iconKey));
+}
+
+bool frmMDIMain::AskPeriod() {
+  dialogs::frmBegEnd dialog(this,
+                            dialogs::Period(context_.globals, context_.shortDate, context_.services.clock),
+                            context_.services.texts, context_.services.user);
+  return dialog.exec() == QDialog::Accepted;
+}
+
+bool frmMDIMain::AskPatient() {
+  const auto& log = context_.globals.LogEngineGl->Database();
+  if (!log) return false;
+  dialogs::frmPatSearch dialog(this, dialogs::PatientSearch(context_.globals, *log, context_.shortDate),
+                               context_.services.texts, context_.services.user);
+  return dialog.exec() == QDialog::Accepted;
+}
+
+std::optional<std::string> frmMDIMain::AskDataFile(const std::string& folder) {
+  const db::TextLookup& texts = context_.services.texts;
+  ui::CFileDialog dialog;
+  dialog.SetInitDir(folder);
+  dialog.SetDialogTitle(texts.GetText("MN_OPENXRLOG"_key));
+  dialog.SetFilter(texts.GetText("MN_MDBFILTER"_key));
+  dialog.SetDefaultExt("MDB");
+  return dialog.ShowOpen(this);
+}
+
+void frmMDIMain::ShowUpdateRun() {
+  intake::frmRunUpdate dialog(this, {context_.globals, context_.services.texts, context_.services.clock},
+                              context_.services.user);
+  dialog.exec();
+}
+
+void frmMDIMain::ViewResults() {
+  if (!context_.globals.LogEngineGl || !context_.globals.LogEngineGl->Database()) return;
+  if (results_) {
+    results_->InitData();
+  } else {
+    const logview::ViewContext view{context_.globals,       context_.services.texts, context_.services.ini,
+                                    context_.services.user, context_.scheme,         context_.shortDate,
+                                    program_.Edits()};
+    results_ = new logview::frmResults(view, *this);
+    QMdiSubWindow* child = mdi_->addSubWindow(results_);
+    child->setAttribute(Qt::WA_DeleteOnClose);
+    child->showMaximized();
+  }
+  RefreshCommands();
+}
+
+void frmMDIMain::FocusLogView() {
+  if (results_) results_->setFocus();
+}
+
+void frmMDIMain::CloseResultWindows() {
+  for (QMdiSubWindow* child : mdi_->subWindowList()) child->close();
+}
+
+void frmMDIMain::ResultsClosed() {
+  results_ = nullptr;
+  RefreshCommands();
+}
+
+void frmMDIMain::RememberFile(const std::string& file) {
+  mru_.SetMRUList(file, {});
+}
+
+void frmMDIMain::ShowEntries(const std::vector<MruEntry>& entries) {
+  for (QAction* action : recent_) delete action;
+  recent_.clear();
+  for (const MruEntry& entry : entries) {
+    auto* action = new QAction(QView(entry.caption), this);
+    action->setData(QView(entry.tag));
+    connect(action, &QAction::triggered, this, [this, path = entry.path] { program_.OpenRecentFile(path); });
+    recentMenu_->insertAction(recentEnd_, action);
+    recent_.push_back(action);
+  }
+}
+
+void frmMDIMain::ApplicationStateChanged(Qt::ApplicationState state) {
+  if (state == Qt::ApplicationActive && UpdatesOnActivation(context_.globals, LogViewLoaded())) {
+    timUpdate_.start();
+  }
+}
+
+void frmMDIMain::BringToFront() {
+  if (isMinimized()) showNormal();
+  raise();
+  activateWindow();
+}
+
+void frmMDIMain::closeEvent(QCloseEvent* event) {
+  if (!unloading_ && program_.ConfirmQuit()) {
+    event->ignore();
+    return;
+  }
+  if (isMinimized()) showNormal();
+  if (results_) results_->close();
+  CloseResultWindows();
+  unloading_ = true;
+  timUpdate_.stop();
+  formPos_.SaveForm();
+  program_.Unload();
+  event->accept();
+}
+
+void frmMDIMain::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  // Icons are drawn in the colours of the theme.
+  if (event->type() == QEvent::PaletteChange && !actions_.empty()) BuildToolbar();
+}
+
+WindowPlace frmMDIMain::Place() const {
+  const QRect place = isMaximized() ? normalGeometry() : QRect(pos(), size());
+  return {place.x(), place.y(), place.width(), place.height()};
+}
+
+WindowState frmMDIMain::State() const {
+  if (isMinimized()) return WindowState::kMinimised;
+  return isMaximized() ? WindowState::kMaximised : WindowState::kNormal;
+}
+
+void frmMDIMain::SetState(WindowState state) {
+  setWindowState(state == WindowState::kMinimised   ? Qt::WindowMinimized
+                 : state == WindowState::kMaximised ? Qt::WindowMaximized
+                                                    : Qt::WindowNoState);
+}
+
+void frmMDIMain::MoveTo(const WindowPlace& place) {
+  // Whatever the INI file says, the window can be seen and reached with the mouse.
+  const QRect available = screen()->availableGeometry();
+  const QSize size(std::clamp(place.width, minimumSizeHint().width(), available.width()),
+                   std::clamp(place.height, minimumSizeHint().height(), available.height()));
+  resize(size);
+  move(std::clamp(place.left, available.left(), available.right() - size.width() + 1),
+       std::clamp(place.top, available.top(), available.bottom() - size.height() + 1));
+}
+
+int frmMDIMain::ScreenWidth() const {
+  return screen()->geometry().width();
+}
+
+int frmMDIMain::ScreenHeight() const {
+  return screen()->geometry().height();
+}
+
+}  // namespace varnlog::app

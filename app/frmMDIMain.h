@@ -1,0 +1,117 @@
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include <QAction>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMdiArea>
+#include <QPointer>
+#include <QTimer>
+
+#include "app/CFormPosIni.h"
+#include "app/CMruINI.h"
+#include "app/MainProgram.h"
+#include "intake/CodeMappings.h"
+#include "logview/frmResults.h"
+#include "platform/ShortDate.h"
+#include "ui/Toolbar.h"
+
+namespace varnlog::app {
+
+/// What the main window works with besides the program's state; all of it outlives the window.
+struct WindowContext {
+  db::Globals& globals;
+  Services services;
+  const intake::ToothScheme& scheme;
+  const platform::ShortDate& shortDate;
+};
+
+/// The program's only top-level window. It is built from the command tables and shows what MainProgram does.
+class frmMDIMain final : public QMainWindow,
+                         private MainView,
+                         private logview::ResultsHost,
+                         private MruMenu,
+                         private PlacedWindow {
+ public:
+  explicit frmMDIMain(const WindowContext& context);
+  ~frmMDIMain() override;
+
+  /// The load sequence; false ends the program without a window.
+  [[nodiscard]] bool Load();
+
+  /// nullptr while the log view is not open.
+  [[nodiscard]] logview::frmResults* Results() const { return results_; }
+  [[nodiscard]] QAction* Action(CommandId id) const { return actions_.at(id); }
+  /// To the front, out of the icon state, as another copy of the program asks for.
+  void BringToFront();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void BuildActions();
+  void BuildMenus();
+  void BuildToolbar();
+  void BuildStatusBar();
+  void ApplyViewOptions();
+  void Run(CommandId id);
+  void RunView(CommandId id);
+  void ShowProperties();
+  void ShowAbout();
+  void ShowStatus();
+  void ApplicationStateChanged(Qt::ApplicationState state);
+
+  // MainView
+  bool AskPeriod() override;
+  bool AskPatient() override;
+  void SetCaption(const std::string& caption) override;
+  void RefreshCommands() override;
+  [[nodiscard]] bool LogViewLoaded() const override { return !results_.isNull(); }
+  void ViewResults() override;
+  void FocusLogView() override;
+  void CloseResultWindows() override;
+  [[nodiscard]] std::optional<std::string> AskDataFile(const std::string& folder) override;
+  void ShowUpdateRun() override;
+  void RememberFile(const std::string& file) override;
+
+  // logview::ResultsHost
+  [[nodiscard]] QIcon PictureOf(const std::string& iconKey) const override;
+  void ShowRowCount(std::int64_t rows, bool complete) override;
+  void ResultsClosed() override;
+
+  // MruMenu
+  void ShowEntries(const std::vector<MruEntry>& entries) override;
+
+  // PlacedWindow
+  [[nodiscard]] std::string Name() const override { return "frmMDIMain"; }
+  [[nodiscard]] WindowPlace Place() const override;
+  [[nodiscard]] WindowState State() const override;
+  void SetState(WindowState state) override;
+  void MoveTo(const WindowPlace& place) override;
+  [[nodiscard]] int ScreenWidth() const override;
+  [[nodiscard]] int ScreenHeight() const override;
+
+  WindowContext context_;
+  MainProgram program_;
+  CMruINI mru_;
+  CFormPosIni formPos_;
+
+  QMdiArea* mdi_;
+  ui::Toolbar* tlbStandard_;
+  QMenu* recentMenu_ = nullptr;   // the menu that holds mnuFileMRU
+  QAction* recentEnd_ = nullptr;  // the entries stand before this one
+  std::vector<QAction*> recent_;
+  std::map<CommandId, QAction*> actions_;
+  QLabel* rowsPanel_ = nullptr;
+  QLabel* filePanel_ = nullptr;
+  QLabel* readOnlyPanel_ = nullptr;
+  QLabel* pendingPanel_ = nullptr;
+  QTimer timUpdate_;
+  QPointer<logview::frmResults> results_;
+  bool unloading_ = false;
+};
+
+}  // namespace varnlog::app

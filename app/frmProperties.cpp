@@ -1,0 +1,216 @@
+#include "app/frmProperties.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QLocale>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include "platform/Files.h"
+#include "ui/QtText.h"
+
+namespace varnlog::app {
+
+using db::TextKey;
+using db::literals::operator""_key;
+using ui::Caption;
+
+namespace {
+
+constexpr int kProgressSteps = 1000;
+constexpr std::uint64_t kKilobyte = 1024;
+constexpr std::uint64_t kMegabyte = kKilobyte * 1024;
+
+QString Replaced(const db::TextLookup& texts, TextKey key, std::string_view name, const QString& value) {
+  return ui::ToQString(db::ReplacePlaceholder(texts.GetText(key), name, ui::FromQString(value)));
+}
+
+std::int64_t RowCount(dao::Database& log) {
+  const auto rows = log.OpenRecordset("SELECT TXray.* From TXray;", dao::RecordsetType::kDynaset);
+  if (rows->IsEOF()) return 0;
+  rows->MoveLast();
+  return rows->RecordCount();
+}
+
+}  // namespace
+
+frmProperties::frmProperties(QWidget* parent, db::Globals& globals, const Services& services,
+                             PropertiesHost host)
+    : QDialog(parent), globals_(globals), services_(services), host_(std::move(host)) {
+  setObjectName("frmProperties");
+  setWindowTitle(Caption(services_.texts, "PP_CAPTION"_key));
+  auto* tabs = new QTabWidget;
+  tabs->addTab(FileTab(), Caption(services_.texts, "PP_TAB_FILE"_key));
+  tabs->addTab(ProgramTab(), Caption(services_.texts, "PP_TAB_PROGRAM"_key));
+  auto* buttons = new QDialogButtonBox;
+  auto* close = buttons->addButton(Caption(services_.texts, "GL_CLOSE"_key), QDialogButtonBox::RejectRole);
+  close->setObjectName("cmdClose");
+  close->setDefault(true);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(tabs);
+  layout->addWidget(buttons);
+  setMinimumWidth(fontMetrics().averageCharWidth() * 72);
+  ShowFacts();
+}
+
+QLabel* frmProperties::AddFact(QFormLayout* form, TextKey label, const char* name) {
+  auto* fact = new QLabel;
+  fact->setObjectName(name);
+  fact->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  fact->setWordWrap(true);
+  fact->setAccessibleName(ui::PlainCaption(services_.texts, label));
+  form->addRow(Caption(services_.texts, label), fact);
+  return fact;
+}
+
+QWidget* frmProperties::FileTab() {
+  const db::TextLookup& texts = services_.texts;
+  auto* tab = new QWidget;
+  auto* form = new QFormLayout(tab);
+  path_ = AddFact(form, "PP_PATH"_key, "lblPath");
+  version_ = AddFact(form, "PP_DBVERSION"_key, "lblVersion");
+  size_ = AddFact(form, "PP_SIZE"_key, "lblSize");
+  rows_ = AddFact(form, "PP_ROWS"_key, "lblRows");
+
+  readOnly_ = new QCheckBox(Caption(texts, "PP_READONLY"_key));
+  readOnly_->setObjectName("chkReadOnly");
+  readOnly_->setToolTip(Caption(texts, "PP_READONLYTIP"_key));
+  connect(readOnly_, &QCheckBox::clicked, this, &frmProperties::SetReadOnly);
+  form->addRow(QString(), readOnly_);
+
+  compact_ = new QPushButton(Caption(texts, "PP_COMPACT"_key));
+  compact_->setObjectName("cmdCompact");
+  compact_->setToolTip(Caption(texts, "PP_COMPACTTIP"_key));
+  connect(compact_, &QPushButton::clicked, this, [this] { Work(Job::kCompact); });
+  repair_ = new QPushButton(Caption(texts, "PP_REPAIR"_key));
+  repair_->setObjectName("cmdRepair");
+  repair_->setToolTip(Caption(texts, "PP_REPAIRTIP"_key));
+  connect(repair_, &QPushButton::clicked, this, [this] { Work(Job::kRepair); });
+  auto* jobs = new QHBoxLayout;
+  jobs->addWidget(compact_);
+  jobs->addWidget(repair_);
+  jobs->addStretch(1);
+  form->addRow(QString(), jobs);
+
+  running_ = new QLabel;
+  progress_ = new QProgressBar;
+  progress_->setObjectName("prgBar");
+  progress_->setAccessibleName(Caption(texts, "PP_PROGRESS"_key));
+  progress_->setRange(0, kProgressSteps);
+  // Their room is kept while nothing runs, so that the dialog does not jump.
+  for (QWidget* widget : {static_cast<QWidget*>(running_), static_cast<QWidget*>(progress_)}) {
+    QSizePolicy policy = widget->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    widget->setSizePolicy(policy);
+    widget->hide();
+    form->addRow(widget);
+  }
+  return tab;
+}
+
+QWidget* frmProperties::ProgramTab() {
+  auto* tab = new QWidget;
+  auto* form = new QFormLayout(tab);
+  AddFact(form, "PP_PROGRAMFOLDER"_key, "lblProgramFolder")->setText(ui::ToQString(globals_.ProgramFolderGl));
+  AddFact(form, "PP_EXCHANGEFILE"_key, "lblExchangeFile")->setText(ui::ToQString(globals_.ExchangeFileGl));
+  auto* onActivation = new QCheckBox(Caption(services_.texts, "PP_UPDATEONACT"_key));
+  onActivation->setObjectName("chkUpdateOnActivation");
+  onActivation->setToolTip(Caption(services_.texts, "PP_UPDATEONACTTIP"_key));
+  onActivation->setChecked(globals_.UpdateOnActivation);
+  connect(onActivation, &QCheckBox::toggled, this, [this](bool on) { globals_.UpdateOnActivation = on; });
+  form->addRow(onActivation);
+  return tab;
+}
+
+QString frmProperties::SizeText(std::uint64_t bytes) const {
+  const bool small = bytes < kMegabyte;
+  const double amount = static_cast<double>(bytes) / static_cast<double>(small ? kKilobyte : kMegabyte);
+  return Replaced(services_.texts, small ? "PP_SIZE_KB"_key : "PP_SIZE_MB"_key, "strSize",
+                  QLocale().toString(amount, 'f', small ? 0 : 1));
+}
+
+void frmProperties::ShowFacts() {
+  const auto& log = globals_.LogEngineGl->Database();
+  path_->setText(ui::ToQString(globals_.strDataFileGl));
+  version_->setText(ui::ToQString(globals_.DBVersionGl));
+  size_->setText(SizeText(platform::FileSize(platform::ToPath(globals_.strDataFileGl)).value_or(0)));
+  readOnly_->setChecked(globals_.ReadOnlyGl);
+  const bool isOpen = log != nullptr;
+  for (QWidget* widget :
+       {static_cast<QWidget*>(readOnly_), static_cast<QWidget*>(compact_), static_cast<QWidget*>(repair_)}) {
+    widget->setEnabled(isOpen);
+  }
+  try {
+    rows_->setText(isOpen ? QLocale().toString(static_cast<qlonglong>(RowCount(*log))) : QString());
+  } catch (const dao::EngineError& error) {
+    rows_->setText(ui::ToQString(error.what()));
+  }
+}
+
+void frmProperties::SetReadOnly(bool readOnly) {
+  if (SetConfigValue(globals_, "ReadOnly", readOnly ? "1" : "0")) {
+    globals_.ReadOnlyGl = readOnly;
+  } else {
+    const std::string text = db::ReplacePlaceholder(services_.texts.GetText("PP_ERR_READONLY"_key),
+                                                    "strError", globals_.LogEngineGl->LastError());
+    db::MsgBox(services_.user, services_.texts, text, db::MessageIcon::kCritical);
+  }
+  ShowFacts();
+}
+
+std::string frmProperties::RunJob(Job job) {
+  // An engine object of its own: its LastError tells this job's failure and nothing older.
+  db::CJetEngine engine;
+  engine.SetMaintenanceProgress([this](double part) {
+    progress_->setValue(static_cast<int>(part * kProgressSteps));
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    return true;
+  });
+  if (job == Job::kCompact) {
+    (void)engine.CompactDatabase(globals_.strDataFileGl);
+  } else {
+    (void)engine.RepairDatabase(globals_.strDataFileGl);
+  }
+  return engine.LastError();
+}
+
+void frmProperties::Work(Job job) {
+  const auto before = platform::FileSize(platform::ToPath(globals_.strDataFileGl)).value_or(0);
+  if (!host_.closeLog()) return;
+  running_->setText(
+      Caption(services_.texts, job == Job::kCompact ? "PP_COMPACT_RUNNING"_key : "PP_REPAIR_RUNNING"_key));
+  progress_->setValue(0);
+  running_->show();
+  progress_->show();
+  setEnabled(false);
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  const std::string error = RunJob(job);
+  QApplication::restoreOverrideCursor();
+  setEnabled(true);
+  running_->hide();
+  progress_->hide();
+  host_.reopenLog();
+  ShowFacts();
+  Report(job, error, before);
+}
+
+void frmProperties::Report(Job job, const std::string& error, std::uint64_t before) {
+  const db::TextLookup& texts = services_.texts;
+  std::string text;
+  if (!error.empty()) {
+    const TextKey key = job == Job::kCompact ? "PP_ERR_COMPACT"_key : "PP_ERR_REPAIR"_key;
+    text = db::ReplacePlaceholder(texts.GetText(key), "strError", error);
+  } else if (job == Job::kCompact) {
+    text = db::ReplacePlaceholder(texts.GetText("PP_COMPACT_DONE"_key), "strBefore",
+                                  ui::FromQString(SizeText(before)));
+    text = db::ReplacePlaceholder(text, "strAfter", ui::FromQString(size_->text()));
+  } else {
+    text = db::ReplacePlaceholder(texts.GetText("PP_REPAIR_DONE"_key), "lngCount",
+                                  ui::FromQString(rows_->text()));
+  }
+  db::MsgBox(services_.user, texts, text,
+             error.empty() ? db::MessageIcon::kInformation : db::MessageIcon::kCritical);
+}
+
+}  // namespace varnlog::app

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <functional>
+
+#include <QCheckBox>
+#include <QDialog>
+#include <QFormLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+
+#include "app/StartUp.h"
+#include "db/Globals.h"
+
+namespace varnlog::app {
+
+/// What the properties dialog needs of the main window.
+struct PropertiesHost {
+  /// Closes the log so that its file can be worked on; false when the user keeps it open.
+  std::function<bool()> closeLog;
+  /// Opens it again and shows it.
+  std::function<void()> reopenLog;
+};
+
+/// The open log's file and the program's own switches, with compacting and repairing of the file.
+class frmProperties final : public QDialog {
+ public:
+  frmProperties(QWidget* parent, db::Globals& globals, const Services& services, PropertiesHost host);
+
+ private:
+  enum class Job { kCompact, kRepair };
+
+  [[nodiscard]] QWidget* FileTab();
+  [[nodiscard]] QWidget* ProgramTab();
+  QLabel* AddFact(QFormLayout* form, db::TextKey label, const char* name);
+  void ShowFacts();
+  void SetReadOnly(bool readOnly);
+  void Work(Job job);
+  [[nodiscard]] std::string RunJob(Job job);
+  void Report(Job job, const std::string& error, std::uint64_t before);
+  [[nodiscard]] QString SizeText(std::uint64_t bytes) const;
+
+  db::Globals& globals_;
+  Services services_;
+  PropertiesHost host_;
+  QLabel* path_ = nullptr;
+  QLabel* version_ = nullptr;
+  QLabel* size_ = nullptr;
+  QLabel* rows_ = nullptr;
+  QCheckBox* readOnly_ = nullptr;
+  QPushButton* compact_ = nullptr;
+  QPushButton* repair_ = nullptr;
+  QLabel* running_ = nullptr;
+  QProgressBar* progress_ = nullptr;
+};
+
+}  // namespace varnlog::app

@@ -1,0 +1,119 @@
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QLibraryInfo>
+#include <QTranslator>
+
+#include "app/Language.h"
+#include "app/SingleInstance.h"
+#include "app/frmMDIMain.h"
+#include "app/modINIFile.h"
+#include "db/modCommon.h"
+#include "platform/Files.h"
+#include "ui/MessageBox.h"
+#include "ui/QtText.h"
+
+namespace {
+
+using namespace varnlog;
+using db::literals::operator""_key;
+
+enum ExitStatus : int { kDone = 0, kFailed = 1 };
+
+struct Arguments {
+  QString folder;
+  QString language;
+};
+
+/// --help and --version end the program here, before a display is needed or anything is opened.
+Arguments ParseArguments(int argc, char** argv) {
+  const QCoreApplication application(argc, argv);
+  QCoreApplication::setApplicationName("varnlog");
+  QCoreApplication::setApplicationVersion(VARNLOG_VERSION);
+  QCommandLineParser parser;
+  parser.setApplicationDescription("The X-ray exposure log book of a dental practice.");
+  parser.addHelpOption();
+  parser.addVersionOption();
+  const QCommandLineOption folder("folder", "The program folder; the executable's own unless given.", "DIR");
+  const QCommandLineOption language(
+      "language", "D, GB, E, I, F, NL or CYR for this run; the setting of varnlog.ini unless given.", "CODE");
+  parser.addOptions({folder, language});
+  parser.process(application);
+  return {parser.value(folder), parser.value(language)};
+}
+
+/// The one text that cannot come from the language database.
+void ShowFatal(ui::MessageBox& user) {
+  user.Show({"Couldn't access language ressources. Application is terminating now.", "Error",
+             db::MessageIcon::kCritical, db::MessageButtons::kOk});
+}
+
+/// Qt's own buttons and dialogs speak the program's language where Qt knows it.
+void TranslateQt(QTranslator& translator, const std::string& language) {
+  static const std::map<std::string, const char*> kLocales = {
+      {"D", "de"}, {"GB", "en"}, {"E", "es"}, {"I", "it"}, {"F", "fr"}, {"NL", "nl"}, {"CYR", "ru"}};
+  const auto locale = kLocales.find(language);
+  if (locale == kLocales.end()) return;
+  if (translator.load(QStringLiteral("qtbase_") + QLatin1String(locale->second),
+                      QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(&translator);
+  }
+}
+
+int RunProgram(db::Globals& globals, const std::string& givenLanguage) {
+  app::SingleInstance instance(globals.ProgramFolderGl);
+  const bool first = instance.Claim();
+  app::Language texts(globals);
+  ui::MessageBox user(texts);
+  app::modINIFile ini;
+  if (first) {
+    platform::SystemLauncher launcher;
+    app::RegisterReportComponents(launcher);
+  }
+  const bool hasTexts = texts.InitLanguage();
+  if (!first) {
+    if (hasTexts) instance.ActivateOther();
+    return kDone;
+  }
+  if (!hasTexts) {
+    ShowFatal(user);
+    return kFailed;
+  }
+  texts.SetLanguage(givenLanguage.empty() ? ini.ReadString("App", "Language", globals.IniFileGl)
+                                          : givenLanguage);
+  ini = app::modINIFile(globals.LanguageGl);
+  QTranslator translator;
+  TranslateQt(translator, globals.LanguageGl);
+
+  const platform::SystemClock clock;
+  const platform::ShortDate shortDate = platform::ShortDate::FromSystem();
+  const app::HostToothScheme scheme(globals, ini);
+  app::frmMDIMain window({globals, {ini, texts, user, clock}, scheme, shortDate});
+  user.SetParent(&window);
+  instance.OnActivation([&window] { window.BringToFront(); });
+  return window.Load() ? QApplication::exec() : kFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Arguments arguments = ParseArguments(argc, argv);
+  const QApplication application(argc, argv);
+
+  db::Globals globals;
+  globals.ProgramFolderGl = arguments.folder.isEmpty()
+                                ? platform::FromPath(platform::ExecutableFolder())
+                                : platform::FromPath(std::filesystem::absolute(
+                                      platform::ToPath(ui::FromQString(arguments.folder))));
+  globals.IniFileGl = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / "varnlog.ini");
+  if (!db::ChangeToFolder(globals.ProgramFolderGl)) {
+    std::fprintf(stderr, "varnlog: the program folder %s cannot be entered\n",
+                 globals.ProgramFolderGl.c_str());
+    return kFailed;
+  }
+  return RunProgram(globals, ui::FromQString(arguments.language));
+}
