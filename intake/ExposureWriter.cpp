@@ -110,8 +110,8 @@ ExposureWriter::~ExposureWriter() = default;
 ExposureWriter::Done ExposureWriter::Take(CToken& token) {
   if (token.TypeCode().empty() || token.TypeCode().front() != 'X') return Done::kSkipped;
   cut_.clear();
-  birthday_ = ReadDate(token, CToken::kBirthday, "RU_ERR_BIRTHDATE"_key);
-  const platform::DateTime day = ReadDate(token, CToken::kTakeDate, "RU_ERR_TAKEDATE"_key);
+  birthday_ = ReadDate(token, CToken::kBirthday, "RU_ERR_BIRTHDATE"_key, knownBirthday_);
+  const platform::DateTime day = ReadDate(token, CToken::kTakeDate, "RU_ERR_TAKEDATE"_key, knownTakeDate_);
   taken_ = day.AtTimeOf(ReadTime(token));
   // Before the look-up: a name that was cut when it was stored must be found again.
   Fit(token, CToken::kLastName, fields_->name, "RU_FIELD_NAME"_key);
@@ -134,13 +134,18 @@ ExposureWriter::Done ExposureWriter::Take(CToken& token) {
   return isNew ? Done::kAdded : Done::kChanged;
 }
 
-platform::DateTime ExposureWriter::ReadDate(CToken& token, CToken::Property property, db::TextKey message) {
+platform::DateTime ExposureWriter::ReadDate(CToken& token, CToken::Property property, db::TextKey message,
+                                            KnownDate& known) {
   std::string& text = token.Mutable(property);
+  if (known.date.IsSet() && text == known.text) return known.date;
+  std::string written = text;
   if (!db::IsDottedDate(text, clock_)) {
     ReportDefault(token, message, db::kDefaultDateText);
     text = db::kDefaultDateText;
+    return db::DottedTextToDate(text, clock_);
   }
-  return db::DottedTextToDate(text, clock_);
+  known = {std::move(written), db::DottedTextToDate(text, clock_)};
+  return known.date;
 }
 
 platform::DateTime ExposureWriter::ReadTime(CToken& token) {

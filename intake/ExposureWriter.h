@@ -35,7 +35,14 @@ class ExposureWriter {
  private:
   struct Fields;
 
-  [[nodiscard]] platform::DateTime ReadDate(CToken& token, CToken::Property property, db::TextKey message);
+  /// The last date that was read from a property. Exposures come day by day and patient by patient.
+  struct KnownDate {
+    std::string text;
+    platform::DateTime date;
+  };
+
+  [[nodiscard]] platform::DateTime ReadDate(CToken& token, CToken::Property property, db::TextKey message,
+                                            KnownDate& known);
   [[nodiscard]] platform::DateTime ReadTime(CToken& token);
   void ReportDefault(const CToken& token, db::TextKey message, std::string_view shownDefault);
   void Fit(CToken& token, CToken::Property property, const dao::Field& field, db::TextKey caption);
@@ -52,6 +59,8 @@ class ExposureWriter {
   std::unique_ptr<dao::Recordset> rows_;
   std::unique_ptr<Fields> fields_;
   std::vector<db::TextKey> cut_;  // the fields for which the current record has too long values
+  KnownDate knownBirthday_;
+  KnownDate knownTakeDate_;
   platform::DateTime birthday_;
   platform::DateTime taken_;
 };

@@ -37,17 +37,33 @@ std::uint64_t Word(const char* bytes) {
 
 constexpr std::uint64_t kHighBits = 0x8080808080808080U;
 
+/// The high bit of each byte that is zero. No carry crosses a byte, so each is right whatever stands beside
+/// it.
+std::uint64_t ZeroBytes(std::uint64_t word) {
+  return ~(((word & ~kHighBits) + ~kHighBits) | word) & kHighBits;
+}
+
 /// Eight bytes at a time: a million records are counted here before one of them is taken.
 std::size_t CountZeros(std::string_view bytes) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101U;
+  constexpr int kTopByte = 56;
   std::size_t zeros = 0;
   while (bytes.size() >= sizeof(std::uint64_t)) {
-    const std::uint64_t word = Word(bytes.data());
-    // No carry crosses a byte: the high bit stays clear exactly where all of the byte's bits are.
-    const std::uint64_t nonZero = ((word & ~kHighBits) + ~kHighBits) | word;
-    zeros += static_cast<std::size_t>(std::popcount(~nonZero & kHighBits));
-    bytes.remove_prefix(sizeof word);
+    // The product adds up all bytes in its highest one.
+    zeros += static_cast<std::size_t>(((ZeroBytes(Word(bytes.data())) >> 7U) * kOnes) >> kTopByte);
+    bytes.remove_prefix(sizeof(std::uint64_t));
   }
   return zeros + static_cast<std::size_t>(std::ranges::count(bytes, '\0'));
+}
+
+/// The length of the string that `bytes` begins with, or npos without a terminator. Most are shorter than
+/// eight characters, and then calling the library's search would be the longer part of the work.
+std::size_t StringLength(std::string_view bytes) {
+  if (std::endian::native == std::endian::little && bytes.size() >= sizeof(std::uint64_t)) {
+    const std::uint64_t zeros = ZeroBytes(Word(bytes.data()));
+    if (zeros != 0) return static_cast<std::size_t>(std::countr_zero(zeros)) / 8;
+  }
+  return bytes.find('\0');
 }
 
 bool IsAscii(std::string_view bytes) {
@@ -119,9 +135,8 @@ bool ParseRecord(std::string_view record, const platform::CodePage& oem, CToken&
   token.Set(CToken::kKind, record.substr(kLengthBytes, 1));
   Filler filler(token, oem, IsAscii(rest));
   for (const CToken::Property property : strings) {
-    const void* end = rest.empty() ? nullptr : std::memchr(rest.data(), 0, rest.size());
-    if (end == nullptr) return false;
-    const auto length = static_cast<std::size_t>(static_cast<const char*>(end) - rest.data());
+    const std::size_t length = StringLength(rest);
+    if (length == std::string_view::npos) return false;
     filler.Put(property, WithoutTrailingBlanks(rest.substr(0, length)));
     rest.remove_prefix(length + 1);
   }
