@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
+
+#include "platform/Files.h"
 
 namespace varnlog::app {
 
@@ -11,36 +14,48 @@ constexpr std::string_view kSection = "Form Positions";
 // Beyond any screen, and small enough that sums of two never overflow.
 constexpr int kFarthest = 1'000'000;
 
-/// The number between `marker` and the next ";"; 0 when there is none.
-int NumberBehind(std::string_view text, std::string_view marker) {
+/// The number between `marker` and the next ";".
+std::optional<int> NumberBehind(std::string_view text, std::string_view marker) {
   const auto at = text.find(marker);
-  if (at == std::string_view::npos) return 0;
+  if (at == std::string_view::npos) return std::nullopt;
   std::string_view digits = text.substr(at + marker.size());
   digits = digits.substr(0, digits.find(';'));
   long long number = 0;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  if (result.ec == std::errc::invalid_argument) return std::nullopt;
   if (result.ec == std::errc::result_out_of_range) number = digits.starts_with('-') ? -kFarthest : kFarthest;
   return static_cast<int>(std::clamp<long long>(number, -kFarthest, kFarthest));
 }
 
+std::optional<WindowPlace> PlaceOf(std::string_view text) {
+  const auto left = NumberBehind(text, "L=");
+  const auto top = NumberBehind(text, "T=");
+  const auto width = NumberBehind(text, "W=");
+  const auto height = NumberBehind(text, "H=");
+  if (!left || !top || !width || !height) return std::nullopt;
+  return WindowPlace{*left, *top, *width, *height};
+}
+
 }  // namespace
+
+CFormPosIni::CFormPosIni(db::SettingsStore& settings)
+    : settings_(settings), iniFile_(platform::ExecutableName() + ".ini") {}
 
 bool CFormPosIni::RestoreForm(bool keepVisible) {
   const std::string text = settings_.ReadString(kSection, form_->Name(), iniFile_);
-  if (text.empty()) return false;
-  const int state = NumberBehind(text, "S=");
+  const int state = NumberBehind(text, "S=").value_or(0);
   if (state == static_cast<int>(WindowState::kMinimised) ||
       state == static_cast<int>(WindowState::kMaximised)) {
     form_->SetState(static_cast<WindowState>(state));
     return true;
   }
-  WindowPlace place{NumberBehind(text, "L="), NumberBehind(text, "T="), NumberBehind(text, "W="),
-                    NumberBehind(text, "H=")};
+  auto place = PlaceOf(text);
+  if (!place) return false;
   if (keepVisible) {
-    if (place.left >= form_->ScreenWidth()) place.left = form_->ScreenWidth() - place.width;
-    if (place.top >= form_->ScreenHeight()) place.top = form_->ScreenHeight() - place.height;
+    if (place->left >= form_->ScreenWidth()) place->left = form_->ScreenWidth() - place->width;
+    if (place->top >= form_->ScreenHeight()) place->top = form_->ScreenHeight() - place->height;
   }
-  form_->MoveTo(place);
+  form_->MoveTo(*place);
   return true;
 }
 

@@ -33,16 +33,18 @@ class PlacedWindow {
 /// Keeps a window's position in one INI value such as "L=10;T=20;W=800;H=600;S=0".
 class CFormPosIni {
  public:
-  explicit CFormPosIni(db::SettingsStore& settings) : settings_(settings) {}
+  explicit CFormPosIni(db::SettingsStore& settings);
 
   [[nodiscard]] PlacedWindow* Form() const { return form_; }
   /// Not owned.
   void SetForm(PlacedWindow* form) { form_ = form; }
+  /// The executable's name followed by ".ini" unless set.
   [[nodiscard]] const std::string& IniFile() const { return iniFile_; }
   void SetIniFile(std::string_view file) { iniFile_ = file; }
 
-  /// False when nothing was saved. A saved minimised or maximised state is applied without the numbers. With
-  /// `keepVisible` a place beyond the right or lower edge of the screen is pulled back to it.
+  /// False when nothing was saved that can be read. A saved minimised or maximised state is applied without
+  /// the numbers. With `keepVisible` a place beyond the right or lower edge of the screen is pulled back to
+  /// it; widths and heights are handed on as they were saved, at most a million either way.
   bool RestoreForm(bool keepVisible);
   void SaveForm();
   /// In the middle of the screen.

@@ -24,11 +24,13 @@ class MruMenu {
 };
 
 /// Keeps the recently used files, most recent first, in an INI file and shows them in a menu. A path that an
-/// INI value cannot hold is shown for the running program and not found again by the next.
+/// INI value cannot hold whole (more than 255 characters, a line break) does not enter the list: cut, it
+/// would offer a file that cannot be opened, or another one.
 class CMruINI {
  public:
-  explicit CMruINI(db::SettingsStore& settings) : settings_(settings) {}
+  explicit CMruINI(db::SettingsStore& settings);
 
+  /// The executable's name followed by ".ini" unless set.
   [[nodiscard]] const std::string& IniFile() const { return iniFile_; }
   void SetIniFile(std::string_view file) { iniFile_ = file; }
   [[nodiscard]] const std::string& Section() const { return section_; }
@@ -52,6 +54,8 @@ class CMruINI {
 
  private:
   [[nodiscard]] std::vector<MruEntry> Read() const;
+  void Write(const std::vector<MruEntry>& entries);
+  void WriteValue(const std::string& key, const std::string& value);
   void Show(std::vector<MruEntry> entries) const;
 
   db::SettingsStore& settings_;

@@ -10,7 +10,20 @@ namespace {
 
 constexpr std::string_view kOldVersion = "1.0";
 constexpr std::string_view kVersion = "1.1";
+constexpr const char* kDoseField = "tXraySDose";
+constexpr const char* kDoseFlag = "tXrayBEdDose";
 constexpr std::int32_t kDoseLength = 32;
+
+bool HasDoseFields(dao::Database& log) {
+  try {
+    const dao::TableDef exposures = log.TableDefs("TXray");
+    static_cast<void>(exposures.FieldNamed(kDoseField));
+    static_cast<void>(exposures.FieldNamed(kDoseFlag));
+    return true;
+  } catch (const dao::EngineError&) {
+    return false;
+  }
+}
 
 std::unique_ptr<dao::Recordset> ConfigRow(const db::Globals& globals, std::string_view key) {
   std::string sql = "SELECT TConfig.tCfgSKey, TConfig.tCfgSSet From TConfig WHERE (((TConfig.tCfgSKey)='";
@@ -100,15 +113,16 @@ bool UpgradeDataFile(db::Globals& globals, const std::string& file) {
     return db::TableExists(*engine.Database(), table);
   };
   if (!exists("TConfig") || !exists("TXray")) return false;
-  if (GetConfigValue(globals, "DBVersion") != kOldVersion) return true;
-  // A run that was interrupted between the fields has added the first one already.
-  engine.AddTextFieldToTable("TXRay", "tXraySDose", kDoseLength);
-  if (engine.AddBooleanFieldToTable("TXRay", "tXrayBEdDose")) {
+  if (GetConfigValue(globals, "DBVersion") != kOldVersion || engine.Database()->IsReadOnly()) return true;
+  // An upgrade that was interrupted has added one or both of them already.
+  engine.AddTextFieldToTable("TXRay", kDoseField, kDoseLength);
+  if (engine.AddBooleanFieldToTable("TXRay", kDoseFlag)) {
     // Opened anew, so that the new fields are seen.
     engine.CloseDBInWorkspace();
     if (engine.OpenDBInWorkspace(file, false, false) != 0) return false;
   }
-  SetConfigValue(globals, "DBVersion", kVersion);
+  // Without the fields the log must not pass for the new version: it would open and then fail at every row.
+  if (HasDoseFields(*engine.Database())) SetConfigValue(globals, "DBVersion", kVersion);
   return true;
 }
 

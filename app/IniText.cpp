@@ -1,6 +1,6 @@
 #include "app/IniText.h"
 
-#include <algorithm>
+#include "platform/CodePage.h"
 
 namespace varnlog::app {
 
@@ -14,13 +14,15 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+bool IsAscii(std::string_view text) {
+  return platform::AsciiPrefix(text) == text.size();
 }
 
 bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char left, char right) { return Lower(left) == Lower(right); });
+  if (a == b) return true;
+  // Most names that differ do so in length; only letters beyond A to Z may take more bytes in the other case.
+  if (a.size() != b.size() && IsAscii(a) && IsAscii(b)) return false;
+  return platform::UpperCase(a) == platform::UpperCase(b);
 }
 
 bool IsQuoted(std::string_view value) {
@@ -76,21 +78,21 @@ struct Place {
   std::optional<std::size_t> sectionEnd;  // behind the last line of the section that is not blank
 };
 
+/// `section` and `key` without blanks around them.
 Place FindPlace(std::string_view text, std::string_view section, std::string_view key) {
   Place place;
   bool inSection = false;
   for (Lines lines(text); lines.Next();) {
     const std::string_view line = lines.Line();
     if (const auto name = SectionName(line)) {
-      inSection = SameName(*name, Trimmed(section));
+      inSection = SameName(*name, section);
       if (inSection && !place.sectionEnd) place.sectionEnd = lines.end();
       continue;
     }
     if (!inSection || Trimmed(line).empty()) continue;
     place.sectionEnd = lines.end();
     const auto equals = line.find('=');
-    if (equals == std::string_view::npos || !SameName(Trimmed(line.substr(0, equals)), Trimmed(key)))
-      continue;
+    if (equals == line.npos || !SameName(Trimmed(line.substr(0, equals)), key)) continue;
     place.value = Trimmed(line.substr(equals + 1));
     place.lineBegin = lines.begin();
     place.lineEnd = lines.end();
@@ -103,6 +105,16 @@ bool HasLineBreak(std::string_view text) {
   return text.find_first_of(std::string_view("\r\n\0", 3)) != text.npos;
 }
 
+bool CanBeSection(std::string_view name) {
+  return !name.empty() && !HasLineBreak(name);
+}
+
+/// A name that would be read as a comment or as a section is none for a key.
+bool CanBeKey(std::string_view name) {
+  return !name.empty() && !HasLineBreak(name) && name.find('=') == name.npos && name.front() != ';' &&
+         name.front() != '[';
+}
+
 /// A value that would lose blanks or quotes when it is read gets a pair of quotes around it.
 std::string Protected(std::string_view value) {
   if (value == Trimmed(value) && !IsQuoted(value)) return std::string(value);
@@ -113,23 +125,25 @@ std::string Protected(std::string_view value) {
 
 std::optional<std::string> FindIniValue(std::string_view text, std::string_view section,
                                         std::string_view key) {
-  const Place place = FindPlace(text, section, key);
+  const Place place = FindPlace(text, Trimmed(section), Trimmed(key));
   if (!place.value) return std::nullopt;
-  return std::string(Unquoted(*place.value));
+  const std::string_view value = Unquoted(*place.value);
+  return std::string(value.substr(0, value.find('\0')));
 }
 
 std::optional<std::string> WithIniValue(std::string_view text, std::string_view section, std::string_view key,
                                         std::string_view value) {
-  if (HasLineBreak(section) || HasLineBreak(key) || HasLineBreak(value)) return std::nullopt;
-  if (Trimmed(key).empty() || key.find('=') != key.npos || Trimmed(key).starts_with('[')) return std::nullopt;
+  section = Trimmed(section);
+  key = Trimmed(key);
+  if (!CanBeSection(section) || !CanBeKey(key) || HasLineBreak(value)) return std::nullopt;
   const std::string newline = text.empty() || text.find("\r\n") != text.npos ? "\r\n" : "\n";
-  const std::string line = std::string(Trimmed(key)) + "=" + Protected(value);
+  const std::string line = std::string(key) + "=" + Protected(value);
   const Place place = FindPlace(text, section, key);
   std::string result(text);
   if (place.value) return result.replace(place.lineBegin, place.lineEnd - place.lineBegin, line);
   if (place.sectionEnd) return result.insert(*place.sectionEnd, newline + line);
   if (!result.empty() && !result.ends_with('\n')) result += newline;
-  return result.append("[").append(Trimmed(section)).append("]").append(newline).append(line).append(newline);
+  return result.append("[").append(section).append("]").append(newline).append(line).append(newline);
 }
 
 }  // namespace varnlog::app

@@ -4,6 +4,7 @@
 #include "app/StartUp.h"
 #include "db/modCommon.h"
 #include "platform/Files.h"
+#include "platform/ShortDate.h"
 
 namespace varnlog::app {
 
@@ -27,11 +28,22 @@ std::string InSuiteFolder(const db::Globals& globals, std::string_view name) {
   return platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / ".." / platform::ToPath(name));
 }
 
-/// Not set when the key is missing or holds no date.
+/// Not set when the key is missing or holds no date. The dates of older files have dots.
 platform::DateTime ReadDate(const db::SettingsStore& ini, const std::string& section, std::string_view key,
                             const std::string& file) {
   const std::string text = ini.ReadString(section, key, file);
-  return text.empty() ? platform::DateTime() : db::CompactTextToDate(text);
+  const platform::DateTime compact = db::CompactTextToDate(text);
+  if (compact.IsSet()) return compact;
+  return platform::ShortDate().Parse(text).value_or(platform::DateTime());
+}
+
+/// The log that the settings name; "" when they name none or one that does not exist.
+std::string NamedDataFile(const db::Globals& globals, const db::SettingsStore& ini) {
+  std::string file = ini.ReadString(kUser, "DataFile", globals.IniFileGl);
+  if (file.empty()) return {};
+  const std::filesystem::path path = platform::ToPath(file);
+  if (path.is_relative()) file = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / path);
+  return db::FileExists(file) ? file : std::string();
 }
 
 std::string DateText(platform::DateTime date) {
@@ -45,11 +57,12 @@ void LoadSettings(db::Globals& globals, const db::SettingsStore& ini) {
   for (const Switch& option : kSwitches) {
     globals.*option.member = !hasFile || ini.ReadString(kUser, option.key, globals.IniFileGl) == "1";
   }
-  globals.strDataFileGl = ini.ReadString(kUser, "DataFile", globals.IniFileGl);
-  if (!globals.strDataFileGl.empty() && db::FileExists(globals.strDataFileGl)) {
+  globals.strDataFileGl = NamedDataFile(globals, ini);
+  if (!globals.strDataFileGl.empty()) {
     LoadSelection(globals, ini, globals.strDataFileGl);
   } else {
     globals.strDataFileGl = globals.DataPathGl + "Varnlog.mdb";
+    globals.SortSelectionGl = db::SelectionKind::kAll;
   }
 }
 

@@ -8,8 +8,8 @@ namespace varnlog::app {
 using db::MessageIcon;
 using db::literals::operator""_key;
 
-void RegisterReportComponents(platform::Launcher& launcher) {
-  if (!platform::HasComponentRegistration()) return;
+void RegisterReportComponents(platform::Launcher& launcher, bool hasRegistration) {
+  if (!hasRegistration) return;
   launcher.Start({"Regsvr32.exe", "/s", "CraxDrt.DLL"});
   launcher.Start({"Regsvr32.exe", "/s", "CRViewer.DLL"});
 }
@@ -24,8 +24,11 @@ bool OpenLogWorkspace(db::Globals& globals) {
 
 bool InstallDataFile(const db::Globals& globals, const Services& services) {
   if (db::FileExists(globals.strDataFileGl)) return true;
-  const std::string emptyLog = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / "varnlog.md0");
-  if (db::CopyFile(emptyLog, globals.strDataFileGl)) return true;
+  const std::filesystem::path emptyLog = platform::ToPath(globals.ProgramFolderGl) / "varnlog.md0";
+  // Never over a log that another workstation has put there meanwhile.
+  const std::error_code error =
+      platform::CopyWholeFile(emptyLog, platform::ToPath(globals.strDataFileGl), false);
+  if (!error || db::FileExists(globals.strDataFileGl)) return true;
   db::MsgBox(services.user, services.texts,
              db::ReplacePlaceholder(services.texts.GetText("MN_ERR_DBINSTALL"_key), "strDataFileGl",
                                     globals.strDataFileGl),

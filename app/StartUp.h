@@ -21,7 +21,10 @@ struct Services {
   const platform::Clock& clock;
 };
 
-void RegisterReportComponents(platform::Launcher& launcher);
+/// Starts the registration of the two report components and does not wait for it; nothing where the operating
+/// system has no registration program.
+void RegisterReportComponents(platform::Launcher& launcher,
+                              bool hasRegistration = platform::HasComponentRegistration());
 
 /// The imaging suite's data folder with its trailing separator, asked of the suite's library "KVFILEDB.DLL"
 /// one folder above the program; "" on any failure. `language` chooses the code page of the library's answer.
@@ -52,7 +55,7 @@ bool InstallDataFile(const db::Globals& globals, const Services& services);
 /// `file`; on failure the reason has been shown and the log is closed.
 [[nodiscard]] bool OpenAndCheckDataFile(db::Globals& globals, const Services& services,
                                         const std::string& file, bool readOnly = false);
-/// Version "1.0" to "1.1"; false when TConfig or TXray is missing.
+/// Version "1.0" to "1.1"; false when TConfig or TXray is missing. A log that cannot be changed stays "1.0".
 [[nodiscard]] bool UpgradeDataFile(db::Globals& globals, const std::string& file);
 
 /// Falls back to kAll when the remembered selection's values are incomplete.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "db/SettingsStore.h"
 
 namespace varnlog::app {
@@ -8,7 +10,8 @@ namespace varnlog::app {
 /// blanks around names and values ignored, a value in matching quotes loses them, the first of two equal
 /// names counts, values cut at 255 characters, integers as far as the digits go. Lines that are not
 /// understood are kept when a value is written; a file is replaced as a whole, never rewritten in place.
-/// `language` chooses the code page of files that are not UTF-8.
+/// `language` chooses the code page of files that are not UTF-8; such a file stays in its code page as long
+/// as that can hold the value. Every read looks at the file, so nothing here is ever out of date.
 class modINIFile final : public db::SettingsStore {
  public:
   explicit modINIFile(std::string_view language = "D");

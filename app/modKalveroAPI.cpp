@@ -1,5 +1,4 @@
 #include <array>
-#include <cstring>
 #include <filesystem>
 
 #include "app/StartUp.h"
@@ -55,7 +54,7 @@ std::string AskLibrary(const fs::path& file) {
 
 std::string HostDataPath(std::string_view programFolder, std::string_view language) {
   try {
-    const fs::path suite = fs::absolute(platform::ToPath(programFolder) / "..").lexically_normal();
+    const fs::path suite = fs::canonical(platform::ToPath(programFolder) / "..");
     const fs::path file = suite / "KVFILEDB.DLL";
     if (!fs::exists(file)) return {};
     const CurrentFolder inSuite(suite);

@@ -21,6 +21,9 @@ namespace varnlog::platform {
 /// The folder that holds the running executable.
 [[nodiscard]] std::filesystem::path ExecutableFolder();
 
+/// The running executable's name without its ending.
+[[nodiscard]] std::string ExecutableName();
+
 /// The size in bytes; nothing when there is no regular file of that name or it cannot be asked.
 [[nodiscard]] std::optional<std::uint64_t> FileSize(const std::filesystem::path& path);
 

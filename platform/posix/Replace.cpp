@@ -121,20 +121,6 @@ std::error_code CopyContent(const File& source, File& target) {
 
 }  // namespace
 
-std::filesystem::path ToPath(std::string_view text) {
-  std::string path(text);
-  for (char& c : path) {
-    if (c == '\\') c = '/';
-  }
-  return path;
-}
-
-std::filesystem::path ExecutableFolder() {
-  std::error_code error;
-  const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
-  return error ? std::filesystem::current_path(error) : executable.parent_path();
-}
-
 std::error_code ReplaceFile(const std::filesystem::path& path, std::string_view content) {
   const std::filesystem::path target = BehindLinks(path);
   struct stat old {};
