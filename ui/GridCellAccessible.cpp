@@ -89,7 +89,7 @@ QString GridCellAccessible::text(QAccessible::Text type) const {
     case QAccessible::Value:
       return Grid().CellText(row(), column());
     case QAccessible::Description:
-      return Grid().Model().StateText(Grid().StateOf(row(), column()));
+      return Grid().Model().StateText(row(), column());
     default:
       return {};
   }

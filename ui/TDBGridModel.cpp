@@ -77,7 +77,10 @@ void TDBGridModel::SetStateText(CellState state, const QString& text) {
   stateTexts_.at(static_cast<std::size_t>(state)) = text;
 }
 
-QString TDBGridModel::StateText(CellState state) const {
+QString TDBGridModel::StateText(int row, int column) const {
+  const CellState state = CellAt(row, column).state;
+  if (const QString& text = Column(column).openText; state == CellState::kEdit && !text.isEmpty())
+    return text;
   return stateTexts_.at(static_cast<std::size_t>(state));
 }
 
@@ -97,7 +100,7 @@ QVariant TDBGridModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
       return CellAt(index.row(), index.column()).text;
     case Qt::AccessibleDescriptionRole:
-      return StateText(CellAt(index.row(), index.column()).state);
+      return StateText(index.row(), index.column());
     default:
       return {};
   }

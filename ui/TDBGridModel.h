@@ -25,6 +25,7 @@ struct GridColumn {
   bool ownerDraw = false;          // raises OwnerDrawCell
   std::optional<int> maxLength{};  // in characters
   QStringList list{};              // entries of the drop-down list; empty: no list
+  QString openText{};  // what kEdit means in this column, where that differs from the grid\'s text
 };
 
 /// The rows as QTableView wants to see them. Holds no data but the blocks read last.
@@ -68,7 +69,8 @@ class TDBGridModel final : public QAbstractTableModel {
   void SetAllowUpdate(bool allow) { allowUpdate_ = allow; }
   [[nodiscard]] bool AllowUpdate() const { return allowUpdate_; }
   void SetStateText(CellState state, const QString& text);
-  [[nodiscard]] QString StateText(CellState state) const;
+  /// What the state of the cell means, for those who do not see its colour.
+  [[nodiscard]] QString StateText(int row, int column) const;
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;

@@ -131,7 +131,7 @@ inline std::vector<GridColumn> ExposureColumns() {
            .editable = true,
            .ownerDraw = true,
            .list = {"ja", "nein", "unbekannt"}},
-          {.heading = "Bemerkung", .width = 200, .editable = true, .maxLength = 32}};
+          {.heading = "Bemerkung", .width = 200, .editable = true, .maxLength = 32, .openText = "Jederzeit"}};
 }
 
 /// A grid on the screen, worked the way a person does.

@@ -187,6 +187,8 @@ TEST_F(TDBGridTest, AStateCanBeReadWithoutItsColour) {
   Shows(10);
   const QModelIndex locked = grid_.model()->index(0, 2);
   EXPECT_EQ(locked.data(Qt::AccessibleDescriptionRole).toString(), "Gesperrt");
+  const QModelIndex comment = grid_.model()->index(0, 4);
+  EXPECT_EQ(comment.data(Qt::AccessibleDescriptionRole).toString(), "Jederzeit");
   QStyleOptionViewItem option;
   option.rect = CellRect(0, 2);
   EXPECT_EQ(grid_.Delegate().ToolTip(option, locked), "Gesperrt");

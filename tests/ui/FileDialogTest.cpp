@@ -1,0 +1,102 @@
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include "ui/FileDialog.h"
+
+namespace varnlog::ui::test {
+namespace {
+
+TEST(NameFilters, ComeFromPairsOfTextAndPatterns) {
+  struct Case {
+    const char* filter;
+    QStringList expected;
+  };
+  for (const Case& c : {
+           Case{"Kontrollbuch (*.mdb)|*.mdb|Alle Dateien (*.*)|*.*",
+                {"Kontrollbuch (*.mdb)", "Alle Dateien (*)"}},
+           Case{"Logs|*.mdb;*.md0", {"Logs (*.mdb *.md0)"}},
+           Case{"Журнал|*.mdb", {"Журнал (*.mdb)"}},
+           Case{"Old (Jet 3) files|*.mdb", {"Old (Jet 3) files (*.mdb)"}},
+           Case{"no patterns", {}},
+           Case{"empty||Logs|*.mdb", {"Logs (*.mdb)"}},
+           Case{"", {}},
+       }) {
+    EXPECT_EQ(NameFilters(c.filter), c.expected) << c.filter;
+  }
+}
+
+class FileDialogTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(folder_.isValid());
+    folderPath_ = folder_.filePath("Böse Ordner");
+    ASSERT_TRUE(QDir().mkpath(folderPath_));
+    for (const char* name : {"Praxis.mdb", "notes.txt"}) {
+      QFile file(folderPath_ + '/' + name);
+      ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    dialog_.SetInitDir(folderPath_.toStdString());
+    dialog_.SetDialogTitle("Röntgenkontrollbuch öffnen");
+    dialog_.SetFilter("Logs|*.mdb");
+    dialog_.SetDefaultExt("MDB");
+  }
+  static void WhenShown(const std::function<void(QFileDialog&)>& user) {
+    QTimer::singleShot(50, [user] {
+      auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      user(*dialog);
+    });
+  }
+  static void Enters(QFileDialog& dialog, const QString& name) {
+    dialog.findChild<QLineEdit*>("fileNameEdit")->setText(name);
+    QMetaObject::invokeMethod(&dialog, "accept");
+  }
+
+  QTemporaryDir folder_;
+  QString folderPath_;
+  CFileDialog dialog_;
+};
+
+TEST_F(FileDialogTest, OpensInTheFolderUnderItsTitle) {
+  WhenShown([this](QFileDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), "Röntgenkontrollbuch öffnen");
+    EXPECT_EQ(dialog.directory().path(), folderPath_);
+    EXPECT_EQ(dialog.nameFilters(), QStringList{"Logs (*.mdb)"});
+    Enters(dialog, "Praxis.mdb");
+  });
+  EXPECT_EQ(dialog_.ShowOpen(nullptr), (folderPath_ + "/Praxis.mdb").toStdString());
+}
+
+TEST_F(FileDialogTest, CancelGivesNothing) {
+  WhenShown([](QFileDialog& dialog) { dialog.reject(); });
+  EXPECT_EQ(dialog_.ShowOpen(nullptr), std::nullopt);
+}
+
+TEST_F(FileDialogTest, AFolderThatIsGoneIsNoObstacle) {
+  dialog_.SetInitDir("/no/such\\folder");
+  WhenShown([](QFileDialog& dialog) {
+    EXPECT_TRUE(dialog.directory().exists());
+    dialog.reject();
+  });
+  EXPECT_EQ(dialog_.ShowOpen(nullptr), std::nullopt);
+}
+
+TEST_F(FileDialogTest, SavingAddsTheExtension) {
+  WhenShown([](QFileDialog& dialog) { Enters(dialog, "Bericht"); });
+  EXPECT_EQ(dialog_.ShowSave(nullptr), (folderPath_ + "/Bericht.MDB").toStdString());
+}
+
+TEST_F(FileDialogTest, AScriptAnswersInsteadOfTheUser) {
+  CFileDialog::AnswerWith([](const CFileDialog& asked) { return asked.InitDir() + "/x.mdb"; });
+  EXPECT_EQ(dialog_.ShowOpen(nullptr), (folderPath_ + "/x.mdb").toStdString());
+  CFileDialog::AnswerWith({});
+}
+
+}  // namespace
+}  // namespace varnlog::ui::test

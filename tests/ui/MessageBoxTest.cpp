@@ -1,0 +1,96 @@
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include "tests/ui/FakeTexts.h"
+#include "ui/MessageBox.h"
+
+namespace varnlog::ui::test {
+namespace {
+
+class MessageBoxTest : public ::testing::Test {
+ protected:
+  /// Shows the message and lets `user` do something with the box.
+  db::MessageAnswer Shown(const db::Message& message, const std::function<void(QMessageBox&)>& user) {
+    QTimer::singleShot(0, [&user] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      user(*box);
+    });
+    return box_.Show(message);
+  }
+  static void PressesEscape(QMessageBox& box) {
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QApplication::sendEvent(&box, &escape);
+  }
+
+  FakeTexts texts_;
+  MessageBox box_{texts_};
+};
+
+TEST_F(MessageBoxTest, ShowsTheTextAsItIsUnderItsTitle) {
+  const auto answer =
+      Shown({.text = "<b>Müller</b>\rzweite Zeile", .title = "Titel", .icon = db::MessageIcon::kCritical},
+            [](QMessageBox& box) {
+              EXPECT_EQ(box.text(), "<b>Müller</b>\nzweite Zeile");
+              EXPECT_EQ(box.textFormat(), Qt::PlainText);
+              EXPECT_EQ(box.windowTitle(), "Titel");
+              EXPECT_EQ(box.icon(), QMessageBox::Critical);
+              box.button(QMessageBox::Ok)->click();
+            });
+  EXPECT_EQ(answer, db::MessageAnswer::kOk);
+}
+
+TEST_F(MessageBoxTest, ButtonsCarryTheProgramsTextsAndGiveTheirAnswers) {
+  const db::Message question{.text = "Beenden?", .title = "", .buttons = db::MessageButtons::kYesNo};
+  EXPECT_EQ(Shown(question,
+                  [](QMessageBox& box) {
+                    EXPECT_EQ(box.button(QMessageBox::Yes)->text(), "&Ja");
+                    EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::Yes));
+                    box.button(QMessageBox::No)->click();
+                  }),
+            db::MessageAnswer::kNo);
+  EXPECT_EQ(Shown(question, [](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); }),
+            db::MessageAnswer::kYes);
+  const db::Message retry{.text = "Gesperrt", .title = "", .buttons = db::MessageButtons::kRetryCancel};
+  EXPECT_EQ(Shown(retry,
+                  [](QMessageBox& box) {
+                    EXPECT_FALSE(box.button(QMessageBox::Retry)->text().isEmpty())
+                        << "no text in the database";
+                    box.button(QMessageBox::Retry)->click();
+                  }),
+            db::MessageAnswer::kRetry);
+}
+
+TEST_F(MessageBoxTest, EscapeIsTheHarmlessAnswer) {
+  for (const auto& [buttons, answer] : {std::pair{db::MessageButtons::kOk, db::MessageAnswer::kOk},
+                                        {db::MessageButtons::kYesNo, db::MessageAnswer::kNo},
+                                        {db::MessageButtons::kRetryCancel, db::MessageAnswer::kCancel}}) {
+    EXPECT_EQ(Shown({.text = "?", .title = "", .buttons = buttons}, PressesEscape), answer);
+  }
+}
+
+TEST_F(MessageBoxTest, TakesTheHourglassAway) {
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  Shown({.text = "fertig", .title = ""}, [](QMessageBox& box) {
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    box.accept();
+  });
+}
+
+TEST_F(MessageBoxTest, AScriptAnswersInsteadOfTheUser) {
+  std::vector<std::string> asked;
+  box_.AnswerWith([&asked](const db::Message& message) {
+    asked.push_back(message.text);
+    return db::MessageAnswer::kRetry;
+  });
+  EXPECT_EQ(box_.Show({.text = "nochmal?", .title = ""}), db::MessageAnswer::kRetry);
+  EXPECT_EQ(asked, std::vector<std::string>{"nochmal?"});
+}
+
+}  // namespace
+}  // namespace varnlog::ui::test

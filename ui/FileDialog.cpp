@@ -1,0 +1,74 @@
+#include "ui/FileDialog.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QRegularExpression>
+
+#include "ui/QtText.h"
+
+namespace varnlog::ui {
+
+namespace {
+
+CFileDialog::Script& CurrentScript() {
+  static CFileDialog::Script script;
+  return script;
+}
+
+QString Patterns(const QString& list) {
+  QStringList patterns = list.split(';', Qt::SkipEmptyParts);
+  for (QString& pattern : patterns) {
+    pattern = pattern.trimmed();
+    if (pattern == "*.*") pattern = "*";
+  }
+  patterns.removeAll(QString());
+  return patterns.join(' ');
+}
+
+}  // namespace
+
+QStringList NameFilters(std::string_view filter) {
+  // The dialog takes the last parentheses for the patterns and shows them with the text.
+  static const QRegularExpression kOwnPatterns(R"(\s*\([^()]*\)\s*$)");
+  const QStringList parts = ToQString(filter).split('|');
+  QStringList filters;
+  for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+    const QString patterns = Patterns(parts.at(i + 1));
+    if (patterns.isEmpty()) continue;
+    QString text = parts.at(i).trimmed();
+    text.remove(kOwnPatterns);
+    filters << QStringLiteral("%1 (%2)").arg(text, patterns);
+  }
+  return filters;
+}
+
+void CFileDialog::AnswerWith(Script script) {
+  CurrentScript() = std::move(script);
+}
+
+std::optional<std::string> CFileDialog::ShowOpen(QWidget* parent) const {
+  return Show(parent, Mode::kOpen);
+}
+
+std::optional<std::string> CFileDialog::ShowSave(QWidget* parent) const {
+  return Show(parent, Mode::kSave);
+}
+
+std::optional<std::string> CFileDialog::Show(QWidget* parent, Mode mode) const {
+  if (CurrentScript()) return CurrentScript()(*this);
+  QFileDialog dialog(parent, ToQString(title_));
+  dialog.setObjectName("CFileDialog");
+  dialog.setAcceptMode(mode == Mode::kOpen ? QFileDialog::AcceptOpen : QFileDialog::AcceptSave);
+  dialog.setFileMode(mode == Mode::kOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+  // The folder of a file that is gone may be gone too; the dialog then begins where it likes.
+  QString folder = ToQString(initDir_);
+  folder.replace('\\', '/');
+  if (!folder.isEmpty() && QDir(folder).exists()) dialog.setDirectory(folder);
+  if (const QStringList filters = NameFilters(filter_); !filters.isEmpty()) dialog.setNameFilters(filters);
+  dialog.setDefaultSuffix(ToQString(defaultExt_));
+  if (!fileName_.empty()) dialog.selectFile(ToQString(fileName_));
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  return FromQString(QDir::toNativeSeparators(dialog.selectedFiles().constFirst()));
+}
+
+}  // namespace varnlog::ui

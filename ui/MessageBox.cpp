@@ -1,0 +1,93 @@
+#include "ui/MessageBox.h"
+
+#include <span>
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "ui/QtText.h"
+
+namespace varnlog::ui {
+
+using db::literals::operator""_key;
+
+namespace {
+
+struct Button {
+  db::MessageAnswer answer;
+  QMessageBox::StandardButton standard;
+  db::TextKey text;
+};
+
+constexpr Button kOk[] = {{db::MessageAnswer::kOk, QMessageBox::Ok, "GL_OK"_key}};
+constexpr Button kYesNo[] = {{db::MessageAnswer::kYes, QMessageBox::Yes, "GL_YES"_key},
+                             {db::MessageAnswer::kNo, QMessageBox::No, "GL_NO"_key}};
+constexpr Button kRetryCancel[] = {{db::MessageAnswer::kRetry, QMessageBox::Retry, "GL_RETRY"_key},
+                                   {db::MessageAnswer::kCancel, QMessageBox::Cancel, "GL_CANCEL"_key}};
+
+/// The first is the default, the last is what Escape means.
+std::span<const Button> ButtonsOf(db::MessageButtons buttons) {
+  switch (buttons) {
+    case db::MessageButtons::kYesNo:
+      return kYesNo;
+    case db::MessageButtons::kRetryCancel:
+      return kRetryCancel;
+    case db::MessageButtons::kOk:
+      break;
+  }
+  return kOk;
+}
+
+QMessageBox::Icon IconOf(db::MessageIcon icon) {
+  switch (icon) {
+    case db::MessageIcon::kInformation:
+      return QMessageBox::Information;
+    case db::MessageIcon::kQuestion:
+      return QMessageBox::Question;
+    case db::MessageIcon::kCritical:
+      return QMessageBox::Critical;
+    case db::MessageIcon::kNone:
+      break;
+  }
+  return QMessageBox::NoIcon;
+}
+
+void AddButtons(QMessageBox& box, std::span<const Button> buttons, const db::TextLookup& texts) {
+  for (const Button& button : buttons) {
+    QPushButton* added = box.addButton(button.standard);
+    // The language database may be what the message is about.
+    if (const QString text = Caption(texts, button.text); !text.isEmpty()) added->setText(text);
+  }
+  box.setDefaultButton(buttons.front().standard);
+  box.setEscapeButton(buttons.back().standard);
+}
+
+}  // namespace
+
+db::MessageAnswer MessageBox::Show(const db::Message& message) {
+  while (QApplication::overrideCursor() != nullptr) QApplication::restoreOverrideCursor();
+  if (script_) return script_(message);
+  QWidget* window = QApplication::activeModalWidget();
+  if (window == nullptr) window = QApplication::activeWindow();
+  QMessageBox box(window == nullptr ? parent_.data() : window);
+  box.setObjectName("MessageBox");
+  box.setIcon(IconOf(message.icon));
+  box.setWindowTitle(ToQString(message.title));
+  box.setTextFormat(Qt::PlainText);
+  box.setText(ToQString(message.text));
+  const std::span<const Button> buttons = ButtonsOf(message.buttons);
+  AddButtons(box, buttons, texts_);
+  const int pressed = box.exec();
+  for (const Button& button : buttons) {
+    if (button.standard == pressed) return button.answer;
+  }
+  return buttons.back().answer;
+}
+
+void MessageBox::Beep() {
+  ++beeps_;
+  if (!script_) QApplication::beep();
+}
+
+}  // namespace varnlog::ui

@@ -1,0 +1,94 @@
+#include "ui/frmAbout.h"
+
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "ui/QtText.h"
+#include "ui/Theme.h"
+
+namespace varnlog::ui {
+
+using db::literals::operator""_key;
+
+namespace {
+
+constexpr int kIconSize = 64;
+
+QLabel* PlainLabel(const QString& text, const char* name) {
+  auto* label = new QLabel(text);
+  label->setObjectName(name);
+  label->setTextFormat(Qt::PlainText);
+  label->setWordWrap(true);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  return label;
+}
+
+QHBoxLayout* ProgramPart(const db::TextLookup& texts, const std::string& version) {
+  auto* icon = new QLabel;
+  icon->setPixmap(ProgramIcon().pixmap(kIconSize, kIconSize));
+  QLabel* title = PlainLabel(Caption(texts, "GL_TITLE"_key), "lblTitle");
+  QFont font = title->font();
+  font.setBold(true);
+  font.setPointSizeF(font.pointSizeF() * 1.4);
+  title->setFont(font);
+
+  auto* words = new QVBoxLayout;
+  words->addWidget(title);
+  words->addWidget(
+      PlainLabel(ToQString(db::ReplacePlaceholder(texts.GetText("AB_VERSION"_key), "strVersion", version)),
+                 "lblVersion"));
+  words->addWidget(PlainLabel(Caption(texts, "AB_TEXT"_key), "lblText"));
+  auto* part = new QHBoxLayout;
+  part->addWidget(icon, 0, Qt::AlignTop);
+  part->addLayout(words, 1);
+  return part;
+}
+
+QTreeWidget* LibraryList(const db::TextLookup& texts, const std::vector<UsedLibrary>& libraries) {
+  auto* list = new QTreeWidget;
+  list->setObjectName("lvwLibraries");
+  list->setAccessibleName(PlainCaption(texts, "AB_LICENCES"_key));
+  list->setRootIsDecorated(false);
+  list->setHeaderLabels({Caption(texts, "AB_LIBRARY"_key), Caption(texts, "AB_LICENCE"_key)});
+  for (const UsedLibrary& library : libraries) {
+    list->addTopLevelItem(new QTreeWidgetItem(
+        {ToQString(library.name + ' ' + library.version).trimmed(), ToQString(library.licence)}));
+  }
+  list->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+  return list;
+}
+
+}  // namespace
+
+UsedLibrary QtLibrary() {
+  return {"Qt", qVersion(), "LGPL 3"};
+}
+
+frmAbout::frmAbout(const db::TextLookup& texts, const std::string& version,
+                   const std::vector<UsedLibrary>& libraries, QWidget* parent)
+    : QDialog(parent) {
+  setObjectName("frmAbout");
+  setWindowTitle(Caption(texts, "AB_CAPTION"_key));
+  auto* layout = new QVBoxLayout(this);
+  layout->addLayout(ProgramPart(texts, version));
+  QTreeWidget* list = LibraryList(texts, libraries);
+  auto* heading = new QLabel(Caption(texts, "AB_LICENCES"_key));
+  heading->setBuddy(list);
+  layout->addWidget(heading);
+  layout->addWidget(list, 1);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+  QPushButton* ok = buttons->button(QDialogButtonBox::Ok);
+  if (const QString text = Caption(texts, "GL_OK"_key); !text.isEmpty()) ok->setText(text);
+  ok->setObjectName("cmdOK");
+  ok->setDefault(true);
+  ok->setFocus();
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  layout->addWidget(buttons);
+  resize(fontMetrics().averageCharWidth() * 72, fontMetrics().height() * 24);
+}
+
+}  // namespace varnlog::ui
