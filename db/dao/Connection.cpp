@@ -8,7 +8,9 @@
 
 #include "db/dao/Collation.h"
 #include "db/dao/CountingVfs.h"
+#include "db/dao/DistinctRows.h"
 #include "db/dao/FileChecks.h"
+#include "db/dao/OrderedIds.h"
 #include "db/dao/Schema.h"
 #include "db/dao/Select.h"
 #include "platform/Files.h"
@@ -46,7 +48,9 @@ Connection::Connection(std::string path, Mode mode, std::shared_ptr<EngineState>
     : path_(std::move(path)),
       mode_(mode),
       state_(std::move(state)),
-      selects_(std::make_unique<SelectCache>()) {}
+      selects_(std::make_unique<SelectCache>()),
+      distinct_(std::make_unique<DistinctRows>()),
+      ordered_(std::make_unique<OrderedIds>()) {}
 
 Connection::~Connection() {
   Close();
@@ -167,6 +171,8 @@ void Connection::Close() noexcept {
   if (handle_ == nullptr) return;
   state_->closedCacheReads += CacheReads();
   selects_ = std::make_unique<SelectCache>();
+  distinct_ = std::make_unique<DistinctRows>();
+  ordered_ = std::make_unique<OrderedIds>();
   tables_.clear();
   sqlite3* const handle = std::exchange(handle_, nullptr);
   while (sqlite3_stmt* const statement = sqlite3_next_stmt(handle, nullptr)) sqlite3_finalize(statement);

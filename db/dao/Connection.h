@@ -16,6 +16,8 @@ struct sqlite3;
 namespace varnlog::dao {
 
 struct TableSchema;
+class DistinctRows;
+class OrderedIds;
 class SelectCache;
 
 /// One open file. Database, record sets and statements share it; Close() ends all of them.
@@ -95,6 +97,8 @@ class Connection {
   void ForgetSchema();
 
   [[nodiscard]] SelectCache& Selects() { return *selects_; }
+  [[nodiscard]] DistinctRows& Distinct() { return *distinct_; }
+  [[nodiscard]] OrderedIds& Ordered() { return *ordered_; }
 
   /// Applies the engine's options after they changed.
   void ApplyOptions();
@@ -131,6 +135,8 @@ class Connection {
   std::chrono::steady_clock::time_point fileChangesRead_;
   std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
   std::unique_ptr<SelectCache> selects_;
+  std::unique_ptr<DistinctRows> distinct_;
+  std::unique_ptr<OrderedIds> ordered_;
   Statement begin_;
   Statement beginWrite_;
   Statement commit_;

@@ -97,8 +97,8 @@ void Insert(Connection& target, const TableSchema& table, const Fields& fields,
 
 }  // namespace
 
-Connection* DistinctRows::Find(Connection& source, const TableSchema& table,
-                               const std::vector<std::string>& fields) {
+std::shared_ptr<Connection> DistinctRows::Find(Connection& source, const TableSchema& table,
+                                               const std::vector<std::string>& fields) {
   if (fields.empty() || source.InTransaction()) return nullptr;
   Fields defs;
   for (const std::string& field : fields) {
@@ -109,7 +109,7 @@ Connection* DistinctRows::Find(Connection& source, const TableSchema& table,
   Kept* const kept = Entry(source, table, defs);
   if (kept == nullptr) return nullptr;
   if (!kept->current || kept->stamp != source.CurrentStamp()) Fill(*kept, source, table, defs);
-  return kept->tooMany ? nullptr : kept->rows.get();
+  return kept->tooMany ? nullptr : kept->rows;
 }
 
 DistinctRows::Kept* DistinctRows::Entry(Connection& source, const TableSchema& table, const Fields& fields) {

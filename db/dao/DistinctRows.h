@@ -18,16 +18,13 @@ class DistinctRows {
  public:
   /// The database in memory to run a statement on that names no fields but `fields`, its rows in the order of
   /// the fields as given. It is filled when it is asked for the first time and again when the file has
-  /// changed; it lives as long as this object, so statements prepared on it can be kept.
+  /// changed; it stays the same one, so statements prepared on it can be kept.
   ///
   /// Nothing when the statement has to run on the table itself: within a transaction, whose changes may yet
   /// be undone, when there are too many combinations, when a field holds numbers, and when too many
   /// sets of fields are kept already.
-  [[nodiscard]] Connection* Find(Connection& source, const TableSchema& table,
-                                 const std::vector<std::string>& fields);
-
-  /// Closes the databases in memory; statements on them can no longer be run.
-  void Clear() { kept_.clear(); }
+  [[nodiscard]] std::shared_ptr<Connection> Find(Connection& source, const TableSchema& table,
+                                                 const std::vector<std::string>& fields);
 
  private:
   struct Kept {

@@ -18,9 +18,8 @@ DynasetRecordset::DynasetRecordset(std::shared_ptr<Connection> connection, std::
     : ScrollRecordset(select->fields),
       connection_(std::move(connection)),
       select_(std::move(select)),
-      keys_(std::make_shared<KeySet>(
-          connection_, select_,
-          std::make_unique<StatementIds>(connection_, select_, std::move(parameters)))) {
+      keys_(std::make_shared<KeySet>(connection_, select_,
+                                     MakeIdSource(connection_, select_, std::move(parameters)))) {
   keys_->Fetch(kFirstSlice);
   GoToFirst();
 }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "db/dao/Connection.h"
+#include "db/dao/OrderedIds.h"
 
 namespace varnlog::dao {
 
@@ -142,6 +143,13 @@ bool StatementIds::Fetch(std::size_t rows, std::vector<std::int64_t>& ids) {
                                : (!hasKey || Read(EqualToLast(), rows, ids)) && Read(BehindLast(), rows, ids);
   if (!isEnd) Remember(ids.back());
   return isEnd;
+}
+
+std::unique_ptr<IdSource> MakeIdSource(const std::shared_ptr<Connection>& connection,
+                                       const std::shared_ptr<Select>& select, Parameters parameters) {
+  if (auto ids = connection->Ordered().Find(*connection, *select, parameters))
+    return std::make_unique<ComputedIds>(*std::move(ids));
+  return std::make_unique<StatementIds>(connection, select, std::move(parameters));
 }
 
 }  // namespace varnlog::dao

@@ -8,16 +8,10 @@
 #include "db/dao/EngineError.h"
 #include "db/dao/JetSqlExpression.h"
 #include "db/dao/JetSqlLexer.h"
+#include "db/dao/Schema.h"
 
 namespace varnlog::dao {
 namespace {
-
-/// Names of tables and fields differ only by ASCII case in this engine's statements.
-bool SameName(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [lower](char x, char y) { return lower(x) == lower(y); });
-}
 
 class SelectParser {
  public:

@@ -12,16 +12,20 @@ namespace {
 
 constexpr const char* kPointerType = "varnlog row collector";
 
+struct Scan {
+  RowCollector* collector;
+};
+
 void TakeRow(sqlite3_context* context, int count, sqlite3_value** values) {
   // Zeroed when the scan begins; checking the pointer's type once a row would take as long as the row.
-  auto** collector = static_cast<RowCollector**>(sqlite3_aggregate_context(context, sizeof(*collector)));
-  if (collector == nullptr) return sqlite3_result_error_nomem(context);
-  if (*collector == nullptr) {
-    *collector = static_cast<RowCollector*>(sqlite3_value_pointer(values[0], kPointerType));
-    if (*collector == nullptr) return sqlite3_result_error(context, "no collector", -1);
+  auto* scan = static_cast<Scan*>(sqlite3_aggregate_context(context, sizeof(Scan)));
+  if (scan == nullptr) return sqlite3_result_error_nomem(context);
+  if (scan->collector == nullptr) {
+    scan->collector = static_cast<RowCollector*>(sqlite3_value_pointer(values[0], kPointerType));
+    if (scan->collector == nullptr) return sqlite3_result_error(context, "no collector", -1);
   }
   try {
-    (*collector)->Take(count - 1, values + 1);
+    scan->collector->Take(count - 1, values + 1);
   } catch (const std::bad_alloc&) {
     sqlite3_result_error_nomem(context);
   }

@@ -41,11 +41,13 @@ void ResolveColumns(Select& select) {
   auto fields = std::make_shared<std::vector<FieldDef>>();
   for (const SelectColumn& column : select.parsed.columns) {
     const std::size_t ordinal =
-        column.isField ? select.table->FieldAt(column.name).value_or(kNoField) : kNoField;
+        column.isField ? select.table->FieldAt(column.field).value_or(kNoField) : kNoField;
     select.columns.push_back(column.storage);
     select.ordinals.push_back(ordinal);
-    fields->push_back(ordinal != kNoField ? select.table->fields[ordinal]
-                                          : FieldDef{.name = column.name, .type = FieldType::kMemo});
+    FieldDef def =
+        ordinal != kNoField ? select.table->fields[ordinal] : FieldDef{.name = {}, .type = FieldType::kMemo};
+    if (!SameName(def.name, column.name)) def.name = column.name;
+    fields->push_back(std::move(def));
   }
   select.allAreFields =
       std::find(select.ordinals.begin(), select.ordinals.end(), kNoField) == select.ordinals.end();

@@ -36,6 +36,10 @@ struct Select {
   Statement& Prepared(Connection& connection, const std::string& storageSql);
   /// The statement of a snapshot, which is looked up oftenest.
   Statement snapshot;
+  /// The same for a DISTINCT over the different combinations of its fields, which stand in a database in
+  /// memory.
+  std::shared_ptr<Connection> combinations;
+  Statement distinctSnapshot;
 
  private:
   std::map<std::string, Statement> statements_;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "db/dao/Connection.h"
+#include "db/dao/DistinctRows.h"
 
 namespace varnlog::dao {
 
@@ -17,6 +18,21 @@ std::string SnapshotSql(const Select& select) {
     separator = ", ";
   }
   return sql;
+}
+
+Statement& SnapshotStatement(Connection& connection, Select& select) {
+  if (select.parsed.distinct && !select.parsed.allFields) {
+    auto combinations = connection.Distinct().Find(connection, *select.table, select.parsed.fields);
+    if (combinations != nullptr) {
+      if (select.combinations != combinations) {
+        select.distinctSnapshot = Statement(*combinations, SnapshotSql(select));
+        select.combinations = std::move(combinations);
+      }
+      return select.distinctSnapshot;
+    }
+  }
+  if (!select.snapshot.IsPrepared()) select.snapshot = Statement(connection, SnapshotSql(select));
+  return select.snapshot;
 }
 
 }  // namespace
@@ -39,11 +55,11 @@ CellView SnapshotRecordset::CurrentCell(std::size_t ordinal) {
 }
 
 std::shared_ptr<const RowSet> ReadAll(Connection& connection, Select& select, const Parameters& parameters) {
-  if (!select.snapshot.IsPrepared()) select.snapshot = Statement(connection, SnapshotSql(select));
+  Statement& statement = SnapshotStatement(connection, select);
   auto rows = std::make_shared<RowSet>(select.columns.size());
-  ResetAtEnd reset(select.snapshot);
-  BindParameters(select.snapshot, parameters);
-  while (select.snapshot.Step()) rows->Append(select.snapshot);
+  ResetAtEnd reset(statement);
+  BindParameters(statement, parameters);
+  while (statement.Step()) rows->Append(statement);
   return rows;
 }
 

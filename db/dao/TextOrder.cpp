@@ -21,7 +21,7 @@ void Push(std::vector<T>& values, T value) {
 
 }  // namespace
 
-TextOrder::TextOrder(std::vector<Term> terms, std::size_t expectedRows) {
+TextOrder::TextOrder(const std::vector<Term>& terms, std::size_t expectedRows) {
   for (const Term& term : terms) {
     columns_.push_back(Column{term, {}, {}});
     columns_.back().codes.reserve(expectedRows);

@@ -26,7 +26,7 @@ class TextOrder {
   };
 
   /// `expectedRows` saves growing; it may be wrong.
-  explicit TextOrder(std::vector<Term> terms, std::size_t expectedRows = 0);
+  explicit TextOrder(const std::vector<Term>& terms, std::size_t expectedRows = 0);
 
   /// One row with a value for each term, nothing for NULL. The texts are copied when they are new. False when
   /// the fields have so many different values that the dictionaries would not stay small: the storage should

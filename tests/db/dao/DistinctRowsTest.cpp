@@ -35,7 +35,7 @@ class DistinctRowsTest : public ::testing::Test {
     connection.Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday) VALUES " + values);
   }
 
-  Connection* Find() { return rows_.Find(*log_, *log_->Table("txray"), kPatient); }
+  std::shared_ptr<Connection> Find() { return rows_.Find(*log_, *log_->Table("txray"), kPatient); }
 
   /// The columns of each row, separated by "|".
   static std::vector<std::string> Rows(Connection& connection, const std::string& sql) {
@@ -51,7 +51,7 @@ class DistinctRowsTest : public ::testing::Test {
   }
 
   std::vector<std::string> Names() {
-    Connection* const found = Find();
+    const std::shared_ptr<Connection> found = Find();
     if (found == nullptr) return {"nothing"};
     return Rows(*found, "SELECT tXraySName FROM TXray");
   }
@@ -67,7 +67,7 @@ TEST_F(DistinctRowsTest, HoldsEachCombinationOnceInOrder) {
       "('Weiß', 'Eva', '1961-03-12 00:00:00'), ('Müller', 'Hans', '1961-03-12 00:00:00'), "
       "('Müller', 'Hans', '1961-03-12 00:00:00'), ('Müller', 'Hans', '1960-01-01 00:00:00'), "
       "('MÜLLER', 'Hans', NULL), (NULL, '', NULL), ('007', '7', NULL)");
-  Connection* const found = Find();
+  const std::shared_ptr<Connection> found = Find();
   ASSERT_NE(found, nullptr);
   EXPECT_THAT(
       Rows(*found, "SELECT *, typeof(tXraySName) FROM TXray"),
@@ -99,7 +99,7 @@ TEST_F(DistinctRowsTest, GivesStatementsTheAnswerOfTheTable) {
         statement.where + " ORDER BY 1, 2, 3";
     const auto expected = Rows(*log_, sql);
     ASSERT_FALSE(expected.empty()) << where;
-    Connection* const found = Find();
+    const std::shared_ptr<Connection> found = Find();
     ASSERT_NE(found, nullptr);
     EXPECT_EQ(Rows(*found, sql), expected) << where;
   }
@@ -125,7 +125,7 @@ TEST_F(DistinctRowsTest, FollowsEveryChangeOfTheFile) {
 
 TEST_F(DistinctRowsTest, KeepsTheRowsWhileNothingChanges) {
   Add(*log_, "('a', '', NULL)");
-  Connection* const found = Find();
+  const std::shared_ptr<Connection> found = Find();
   ASSERT_NE(found, nullptr);
   found->Execute("INSERT INTO TXray VALUES ('mark', '', NULL)");
   EXPECT_THAT(Names(), ElementsAre("a", "mark"));
