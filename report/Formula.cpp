@@ -1,5 +1,7 @@
 #include "report/Formula.h"
 
+#include <array>
+#include <charconv>
 #include <cstdio>
 
 #include "report/FormulaParser.h"
@@ -15,10 +17,12 @@ constexpr std::string_view kDefaultPicture = "d.M.yyyy";
 
 FormulaValue Compute(const Node& node, const FormulaContext& context);
 
+// Not printf, whose decimal point the user's locale may turn into a comma.
 std::string NumberText(double value, int decimals) {
-  char buffer[352];  // room for the largest double in full
-  const int length = std::snprintf(buffer, sizeof buffer, "%.*f", decimals, value);
-  return {buffer, static_cast<std::size_t>(length)};
+  std::array<char, 352> buffer{};  // room for the largest double in full
+  const auto [end, error] =
+      std::to_chars(buffer.begin(), buffer.end(), value, std::chars_format::fixed, decimals);
+  return error == std::errc() ? std::string(buffer.begin(), end) : std::string();
 }
 
 std::string AsText(const FormulaValue& value) {

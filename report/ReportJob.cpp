@@ -1,0 +1,12 @@
+#include "report/ReportJob.h"
+
+namespace varnlog::report {
+
+ReportJob BeginReport(const db::TextLookup& texts, const std::string& site, std::string_view headline,
+                      platform::DateTime today, const platform::ShortDate& shortDate, dao::Recordset& rows) {
+  dsrResults report(texts, site, today, shortDate);
+  report.SetTitle(headline);
+  return {ReadReportDesign(StoredDesignText()), std::move(report), rows, shortDate};
+}
+
+}  // namespace varnlog::report

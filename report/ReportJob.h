@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "db/TextLookup.h"
+#include "db/dao/Recordset.h"
+#include "platform/ShortDate.h"
+#include "report/ReportDesign.h"
+#include "report/dsrResults.h"
+
+namespace varnlog::report {
+
+/// Everything that one report is made from. The record set belongs to the caller and outlives the job.
+struct ReportJob {
+  ReportDesign design;
+  dsrResults report;
+  dao::Recordset& rows;
+  platform::ShortDate shortDate;
+};
+
+/// A report begun now: the stored design, headings in the user's language, the title from the headline of the
+/// selection. Throws DesignError.
+[[nodiscard]] ReportJob BeginReport(const db::TextLookup& texts, const std::string& site,
+                                    std::string_view headline, platform::DateTime today,
+                                    const platform::ShortDate& shortDate, dao::Recordset& rows);
+
+/// The pages that are wanted, from 1; a last page of 0 stands for the end of the report.
+struct PageRange {
+  int first = 1;
+  int last = 0;
+};
+
+}  // namespace varnlog::report

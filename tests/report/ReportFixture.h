@@ -1,0 +1,116 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "db/dao/DBEngine.h"
+#include "platform/CodePage.h"
+#include "report/ReportJob.h"
+#include "report/ReportLayout.h"
+
+namespace varnlog::report {
+
+/// One exposure to be logged; what is not given is what most rows hold.
+struct LoggedRow {
+  std::string name = "Muster";
+  std::string firstName = "Max";
+  platform::DateTime birth = *platform::DateTime::FromCivil(1961, 7, 5);
+  platform::DateTime taken = *platform::DateTime::FromCivil(2024, 2, 9, 14, 5, 33);
+  std::string pregnancy = "N";
+  std::string person = "Dr. Weiß";
+  std::string type = "XI";
+  std::string region = "36";
+  std::string retry = {};
+  std::string comment = {};
+};
+
+/// A log of its own in the temporary folder.
+class LogFile {
+ public:
+  LogFile();
+  ~LogFile();
+  LogFile(const LogFile&) = delete;
+  LogFile& operator=(const LogFile&) = delete;
+
+  void Add(const LoggedRow& row, int times = 1);
+  [[nodiscard]] dao::Database& Database() { return *database_; }
+  /// All rows in the order in which they were added.
+  [[nodiscard]] std::unique_ptr<dao::Recordset> Rows();
+  [[nodiscard]] const std::filesystem::path& Folder() const { return folder_; }
+
+ private:
+  std::filesystem::path folder_;
+  dao::DBEngine engine_;
+  std::shared_ptr<dao::Workspace> workspace_;
+  std::shared_ptr<dao::Database> database_;
+};
+
+/// Texts as in the language database, or a key's own name where the test gives none.
+class GivenTexts final : public db::TextLookup {
+ public:
+  GivenTexts() = default;
+  explicit GivenTexts(std::map<std::string, std::string> texts) : texts_(std::move(texts)) {}
+  [[nodiscard]] std::string GetText(db::TextKey key) const override;
+
+ private:
+  std::map<std::string, std::string> texts_;
+};
+
+/// Never in the way unless told after how many calls to stop.
+class CountedProgress final : public ReportProgress {
+ public:
+  bool Counting(std::int64_t, std::int64_t) override { return ++countings != stopAtCounting; }
+  bool Painting(int, int) override { return ++paintings != stopAtPainting; }
+
+  int countings = 0;
+  int paintings = 0;
+  int stopAtCounting = 0;
+  int stopAtPainting = 0;
+};
+
+/// Every character is as wide as a digit of a narrow font.
+class SquareMetrics final : public TextMetrics {
+ public:
+  explicit SquareMetrics(const ReportDesign& design) : design_(design) {}
+  [[nodiscard]] double Width(std::string_view text, int font) const override {
+    return static_cast<double>(platform::CharacterCount(text)) *
+           design_.fonts[static_cast<std::size_t>(font)].size * 0.42;
+  }
+  [[nodiscard]] bool IsRightToLeft(std::string_view text) const override {
+    return text.starts_with("\u05D0");
+  }
+
+ private:
+  const ReportDesign& design_;
+};
+
+/// What was drawn on a page.
+class Drawing final : public ReportCanvas {
+ public:
+  struct Text {
+    double left;
+    double baseline;
+    std::string text;
+    int font;
+    bool rightToLeft;
+  };
+  struct Rule {
+    double x1, y1, x2, y2, thickness;
+  };
+
+  void DrawText(double left, double baseline, std::string_view text, int font, bool rightToLeft) override {
+    texts.push_back({left, baseline, std::string(text), font, rightToLeft});
+  }
+  void DrawRule(double x1, double y1, double x2, double y2, double thickness) override {
+    rules.push_back({x1, y1, x2, y2, thickness});
+  }
+
+  [[nodiscard]] bool Has(std::string_view text) const;
+  std::vector<Text> texts;
+  std::vector<Rule> rules;
+};
+
+}  // namespace varnlog::report
