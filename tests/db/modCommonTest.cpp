@@ -1,0 +1,230 @@
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "db/modCommon.h"
+
+namespace varnlog::db {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::DateTime;
+
+DateTime Date(const char* iso) {
+  return DateTime::FromIso(iso).value();
+}
+
+TEST(ModCommon, TakesPathsApart) {
+  struct Row {
+    const char* path;
+    const char* name;
+    const char* folder;
+  };
+  const Row rows[] = {
+      {"C:\\Daten\\Log.mdb", "Log.mdb", "C:\\Daten"},
+      {"/var/lib/Röntgen Log.mdb", "Röntgen Log.mdb", "/var/lib"},
+      {"C:\\Daten/gemischt\\x", "x", "C:\\Daten/gemischt"},
+      {"Log.mdb", "", ""},
+      {"C:\\Daten\\", "", "C:\\Daten"},
+      {"/Log.mdb", "Log.mdb", ""},
+      {"", "", ""},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(FileNamePart(row.path), row.name) << row.path;
+    EXPECT_EQ(FolderPart(row.path), row.folder) << row.path;
+  }
+}
+
+TEST(ModCommon, CutsAtTheFirstZero) {
+  EXPECT_EQ(CutAtZero(std::string_view("ab\0cd\0", 6)), "ab");
+  EXPECT_EQ(CutAtZero("abc"), "abc");
+  EXPECT_EQ(CutAtZero(std::string_view("\0", 1)), "");
+}
+
+TEST(ModCommon, WritesDatesForSqlAndForTheIniFile) {
+  EXPECT_EQ(SqlDateLiteral(Date("2024-02-09")), "#2/9/2024#");
+  EXPECT_EQ(SqlDateLiteral(Date("1880-12-31 23:59:59")), "#12/31/1880#");
+  EXPECT_EQ(DateToCompactText(Date("0987-02-09")), "09870209");
+}
+
+TEST(ModCommon, ReplacesTheSortClause) {
+  struct Row {
+    const char* sql;
+    const char* clause;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"SELECT a FROM t ORDER BY a;", "ORDER BY b DESC;", "SELECT a FROM t ORDER BY b DESC;"},
+      {"SELECT a FROM t ORDER BY a;", "", "SELECT a FROM t ORDER BY a;"},
+      {"SELECT a FROM t", "ORDER BY b;", ""},
+      {"ORDER BY a;", "ORDER BY b;", ""},
+      {"SELECT a FROM t order by a;", "ORDER BY b;", ""},
+  };
+  for (const Row& row : rows) EXPECT_EQ(ReplaceSortClause(row.sql, row.clause), row.expected) << row.sql;
+}
+
+TEST(ModCommon, ReadsCompactDates) {
+  EXPECT_EQ(CompactTextToDate("20240209"), Date("2024-02-09"));
+  EXPECT_EQ(CompactTextToDate("20010231"), Date("2001-03-03"));
+  for (const char* text : {"", "2024020", "2024020x", "-2024020", "09.02.2024", "00000000"}) {
+    EXPECT_FALSE(CompactTextToDate(text).IsSet()) << text;
+  }
+}
+
+class DottedDate : public testing::Test {
+ protected:
+  const platform::FixedClock clock_{Date("2024-05-06")};
+};
+
+TEST_F(DottedDate, IsTestedAndWidened) {
+  struct Row {
+    const char* text;
+    bool valid;
+    const char* rewritten;
+  };
+  const Row rows[] = {
+      {"01.02.1960", true, "01.02.1960"},
+      {"31.02.2001", true, "31.02.2001"},  // no month is asked for its length
+      {"1.1.05", true, "1.1.2005"},
+      {"1.1.24", true, "1.1.2024"},
+      {"1.1.25", true, "1.1.1925"},
+      {"1.1.99", true, "1.1.1999"},
+      {"1.1.5", true, "1.1.2005"},
+      {"1.1.0", true, "1.1.2000"},
+      {" 1 . 2 .1960", true, " 1 . 2 .1960"},
+      {"31.12.2024", true, "31.12.2024"},
+      {"01.01.1880", true, "01.01.1880"},
+      {"01.01.1879", false, nullptr},
+      {"01.01.2025", false, nullptr},
+      {"01.01.100", false, nullptr},
+      {"00.01.2000", false, nullptr},
+      {"32.01.2000", false, nullptr},
+      {"01.00.2000", false, nullptr},
+      {"01.13.2000", false, nullptr},
+      {"..2000", false, nullptr},
+      {".1.2000", false, nullptr},
+      {"1..2000", false, nullptr},
+      {"1.1.", false, nullptr},
+      {"1.1", false, nullptr},
+      {"1.1.2000.", false, nullptr},
+      {"1.1.-5", false, nullptr},
+      {"a.b.c", false, nullptr},
+      {"1/1/2000", false, nullptr},
+      {"99999999999999999999.1.2000", false, nullptr},
+      {"", false, nullptr},
+  };
+  for (const Row& row : rows) {
+    std::string text = row.text;
+    EXPECT_EQ(IsDottedDate(text, clock_), row.valid) << row.text;
+    EXPECT_EQ(text, row.rewritten == nullptr ? row.text : row.rewritten) << row.text;
+  }
+}
+
+TEST_F(DottedDate, IsReadAtFixedPlaces) {
+  struct Row {
+    const char* text;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"01.02.1960", "1960-02-01"}, {"29.02.2024", "2024-02-29"}, {"31.02.2001", "2001-03-03"},
+      {"01.02.60", "1960-02-01"},   {"01.02.24", "2024-02-01"},   {"1.2.1960", "1880-01-01"},
+      {"01.2.1960", "1880-01-01"},  {"01.01.1879", "1880-01-01"}, {"07.05.2025", "1880-01-01"},
+      {"unbekannt", "1880-01-01"},  {"", "1880-01-01"},           {"01.02. 960", "1880-01-01"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(DottedTextToDate(row.text, clock_), Date(row.expected)) << row.text;
+}
+
+TEST(ModCommon, ReadsTimes) {
+  struct Row {
+    const char* text;
+    bool valid;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"00:00:00", true, "00:00:00"},  {"23:59:59", true, "23:59:59"},  {"7:05:09", true, "07:05:09"},
+      {"12:3:4", true, "12:03:04"},    {"24:00:00", false, "00:00:00"}, {"12:60:00", false, "00:00:00"},
+      {"12:00:60", false, "00:00:00"}, {"12:00", false, "00:00:00"},    {":00:00", false, "00:00:00"},
+      {"12:00:", false, "00:00:00"},   {"12:00:0x", false, "00:00:00"}, {"12:00:00:00", false, "00:00:00"},
+      {"-1:00:00", false, "00:00:00"}, {"", false, "00:00:00"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(IsColonTime(row.text), row.valid) << row.text;
+    EXPECT_EQ(Date("2024-02-09").AtTimeOf(ColonTextToTime(row.text)).ToIso().substr(11), row.expected)
+        << row.text;
+  }
+}
+
+class FileHelpers : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "Ärzte Haus XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+  std::string In(const std::string& name) const { return (folder_ / name).string(); }
+  std::string Holding(const std::string& name, const std::string& content) const {
+    std::ofstream(folder_ / name) << content;
+    return In(name);
+  }
+  fs::path folder_;
+};
+
+TEST_F(FileHelpers, TellFilesFromFolders) {
+  const std::string file = Holding("Log Buch.mdb", "x");
+  EXPECT_TRUE(FileExists(file));
+  EXPECT_FALSE(FolderExists(file));
+  EXPECT_FALSE(FileExists(In("")));
+  EXPECT_TRUE(FolderExists(In("")));
+  EXPECT_TRUE(FolderExists(folder_.string() + "\\.."));
+  EXPECT_FALSE(FileExists(In("fehlt")));
+  EXPECT_FALSE(FileExists(""));
+  EXPECT_FALSE(FolderExists(""));
+  EXPECT_FALSE(FileExists(file + "/darunter"));
+}
+
+TEST_F(FileHelpers, MakeAllFoldersOfAPath) {
+  EXPECT_TRUE(MakeFolderPath(In("a\\b/ü c")));
+  EXPECT_TRUE(FolderExists(In("a/b/ü c")));
+  EXPECT_TRUE(MakeFolderPath(In("a/b")));
+  EXPECT_FALSE(MakeFolderPath(Holding("datei", "x") + "/darunter"));
+  EXPECT_FALSE(MakeFolderPath(""));
+}
+
+TEST_F(FileHelpers, CopyAndDelete) {
+  const std::string source = Holding("quelle", "Inhalt");
+  EXPECT_TRUE(CopyFile(source, In("ziel")));
+  EXPECT_EQ(fs::file_size(In("ziel")), 6U);
+  EXPECT_FALSE(CopyFile(In("fehlt"), In("ziel")));
+  EXPECT_EQ(fs::file_size(In("ziel")), 6U);
+  EXPECT_TRUE(DeleteFile(In("ziel")));
+  EXPECT_FALSE(DeleteFile(In("ziel")));
+  fs::create_directory(folder_ / "leer");
+  EXPECT_FALSE(DeleteFile(In("leer")));
+  EXPECT_TRUE(FolderExists(In("leer")));
+}
+
+TEST_F(FileHelpers, ChangeTheCurrentFolder) {
+  const fs::path before = fs::current_path();
+  Holding("kalvero.ini", "x");
+  ASSERT_TRUE(MakeFolderPath(In("Programm")));
+  EXPECT_TRUE(ChangeToFolder(In("Programm")));
+  EXPECT_TRUE(FileExists("..\\kalvero.ini"));
+  EXPECT_FALSE(ChangeToFolder(In("fehlt")));
+  EXPECT_TRUE(FileExists("..\\kalvero.ini"));
+  fs::current_path(before);
+}
+
+TEST_F(FileHelpers, FindTablesWithoutRegardToCase) {
+  dao::DBEngine engine;
+  const auto database = engine.CreateDatabase(In("Log.mdb"), "", dao::kNoOption);
+  database->Execute("CREATE TABLE TXray (a INTEGER)");
+  EXPECT_TRUE(TableExists(*database, "txRAY"));
+  EXPECT_FALSE(TableExists(*database, "TConfig"));
+  database->Close();
+  EXPECT_FALSE(TableExists(*database, "TXray"));
+}
+
+}  // namespace
+}  // namespace varnlog::db
