@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
@@ -17,6 +19,8 @@ std::size_t WidthOf(UChar32 character) {
 }  // namespace
 
 std::size_t DisplayWidth(std::string_view text) {
+  const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+  if (std::all_of(text.begin(), text.end(), isAscii)) return text.size();
   const auto characters = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
   std::size_t width = 0;
   for (std::int32_t at = 0; at < characters.length(); at = characters.moveIndex32(at, 1)) {
