@@ -50,27 +50,31 @@ bool IsCollated(const FieldDef& field) {
   return field.type == FieldType::kText || field.type == FieldType::kMemo;
 }
 
-/// For each row the place of one of its values in that column's order, NULL first.
-std::vector<std::uint32_t> RanksOf(const std::vector<RowTexts>& rows, std::size_t column, bool collated) {
+/// For each row the place of one of its values in the collation's order, NULL first.
+std::vector<std::uint32_t> RanksOf(const std::vector<RowTexts>& rows, std::size_t column) {
   ValueDictionary values;
   std::vector<std::uint32_t> codes(rows.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (rows[i][column]) codes[i] = values.Intern(*rows[i][column]);
   }
-  const std::vector<std::uint32_t> ranks = RankValues(values, collated);
+  const std::vector<std::uint32_t> ranks = RankValues(values, true);
   for (std::size_t i = 0; i < rows.size(); ++i) codes[i] = rows[i][column] ? ranks[codes[i]] + 1 : 0;
   return codes;
 }
 
 /// The rows' numbers in the order of the fields.
 std::vector<std::size_t> InOrder(const std::vector<RowTexts>& rows, const Fields& fields) {
-  std::vector<std::vector<std::uint32_t>> ranks;
-  for (std::size_t i = 0; i < fields.size(); ++i) ranks.push_back(RanksOf(rows, i, IsCollated(*fields[i])));
+  // Texts are compared through their ranks, everything else by its bytes; that begins with NULL as well.
+  std::vector<std::vector<std::uint32_t>> ranks(fields.size());
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (IsCollated(*fields[i])) ranks[i] = RanksOf(rows, i);
+  }
   std::vector<std::size_t> order(rows.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(), [&ranks](std::size_t a, std::size_t b) {
-    for (const auto& column : ranks) {
-      if (column[a] != column[b]) return column[a] < column[b];
+  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    for (std::size_t i = 0; i < ranks.size(); ++i) {
+      if (ranks[i].empty() && rows[a][i] != rows[b][i]) return rows[a][i] < rows[b][i];
+      if (!ranks[i].empty() && ranks[i][a] != ranks[i][b]) return ranks[i][a] < ranks[i][b];
     }
     return a < b;
   });

@@ -23,19 +23,21 @@ std::uint64_t Load(const char* bytes, std::size_t size) {
   return word;
 }
 
-/// Eight bytes at a time: names are short, and a general hash would cost more than reading the row.
+/// Eight bytes at a time, in two halves that do not wait for each other: names are short, and a general hash
+/// would cost more than reading the row.
 std::uint32_t Hash(std::string_view value) {
-  std::uint64_t hash = value.size();
+  std::uint64_t even = value.size();
+  std::uint64_t odd = 0x51ED270B9F652295U;
   const char* next = value.data();
   std::size_t left = value.size();
-  for (; left >= 8; left -= 8, next += 8) hash = Mix(hash ^ Load(next, 8));
-  if (left > 0) {
-    // The last eight bytes once more are quicker to load than the odd rest.
-    const std::uint64_t rest =
-        value.size() >= 8 ? Load(value.data() + value.size() - 8, 8) : Load(next, left);
-    hash = Mix(hash ^ rest);
+  for (; left >= 16; left -= 16, next += 16) {
+    even = Mix(even ^ Load(next, 8));
+    odd = Mix(odd ^ Load(next + 8, 8));
   }
-  return static_cast<std::uint32_t>(Mix(hash) >> 32U);
+  if (left >= 8) even = Mix(even ^ Load(next, 8));
+  // The last eight bytes once more are quicker to load than the odd rest.
+  odd = Mix(odd ^ (value.size() >= 8 ? Load(value.data() + value.size() - 8, 8) : Load(next, left)));
+  return static_cast<std::uint32_t>(Mix(even + (odd << 1U)) >> 32U);
 }
 
 }  // namespace
