@@ -26,6 +26,7 @@ class CopyProgress {
   CopyProgress(Connection& source, std::string copy, const MaintenanceProgress& progress)
       : source_(source), copy_(FilePath(copy)), progress_(progress) {
     if (!progress_) return;
+    if (!progress_(0)) throw EngineError(ErrorNumber::kCancelled, "The operation was cancelled.");
     Statement size(source_,
                    "SELECT (page_count - freelist_count) * page_size "
                    "FROM pragma_page_count, pragma_freelist_count, pragma_page_size");
@@ -40,7 +41,7 @@ class CopyProgress {
   CopyProgress& operator=(const CopyProgress&) = delete;
 
  private:
-  static constexpr int kStepsBetweenReports = 100000;
+  static constexpr int kStepsBetweenReports = 20000;
   // The copy is verified afterwards.
   static constexpr double kCopyingShare = 0.9;
 

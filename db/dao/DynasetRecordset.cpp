@@ -84,7 +84,10 @@ void DynasetRecordset::Update() {
   if (state == CopyBuffer::State::kAdding) {
     keys_->Append(Writer().Add(Buffer()));
   } else if (state == CopyBuffer::State::kEditing) {
+    const std::int64_t position = RequirePosition();
+    // Whether the change is kept or refused, the next look at the row is at the file.
     row_ = {};
+    keys_->Forget(position);
     Writer().Change(Buffer());
   } else {
     throw EngineError(ErrorNumber::kUpdateWithoutEdit, "Update comes after AddNew or Edit only.");

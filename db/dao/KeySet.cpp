@@ -115,4 +115,8 @@ KeySet::Row KeySet::SeenBeforeOthersChanged(std::int64_t position) {
   return {block->rows, static_cast<std::size_t>(position - block->first)};
 }
 
+void KeySet::Forget(std::int64_t position) {
+  std::erase_if(blocks_, [&](const Block& block) { return block.Holds(position); });
+}
+
 }  // namespace varnlog::dao

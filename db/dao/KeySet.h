@@ -37,6 +37,8 @@ class KeySet {
   [[nodiscard]] Row At(std::int64_t position, bool backward);
   /// The row as it was last read, if another user has changed the file since; else nothing.
   [[nodiscard]] Row SeenBeforeOthersChanged(std::int64_t position);
+  /// The row was changed by the user who sees it.
+  void Forget(std::int64_t position);
 
  private:
   struct Block {

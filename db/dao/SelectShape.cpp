@@ -40,11 +40,11 @@ bool IsBlank(char c) {
 bool LiftTexts(std::string_view jetSql, std::string& shape, std::vector<std::string>& texts) {
   shape.clear();
   texts.clear();
-  char before = '\0';  // the last character that is no blank
+  if (jetSql.find('\x01') != std::string_view::npos) return false;  // no mark may be in it already
+  char before = '\0';                                               // the last character that is no blank
   for (std::size_t i = 0; i < jetSql.size();) {
     const char c = jetSql[i];
     std::size_t end = i + 1;
-    if (c == '\x01') return false;
     if (c == '\'' || c == '"') end = EndOfQuoted(jetSql, i);
     if (c == '[') end = jetSql.find(']', i);
     if (c == '#') end = jetSql.find('#', i + 1);

@@ -1,0 +1,274 @@
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "db/CJetEngine.h"
+#include "platform/Files.h"
+
+namespace varnlog::db {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// An engine that remembers what it was asked for.
+class WatchedEngine final : public dao::DBEngine {
+ public:
+  std::shared_ptr<dao::Database> CreateDatabase(const std::string& path, std::string_view locale,
+                                                int options) override {
+    locale_ = locale;
+    options_ = options;
+    return DBEngine::CreateDatabase(path, locale, options);
+  }
+  void CompactDatabase(const std::string& source, const std::string& target, int options,
+                       const dao::MaintenanceProgress& progress) override {
+    options_ = options;
+    DBEngine::CompactDatabase(source, target, options, progress);
+  }
+  void CompactInPlace(const std::string& path, const std::string& temporary, int options,
+                      const dao::MaintenanceProgress& progress) override {
+    options_ = options;
+    temporary_ = temporary;
+    DBEngine::CompactInPlace(path, temporary, options, progress);
+  }
+  std::int64_t ISAMStats(dao::EngineStatistic statistic, bool reset) override {
+    statistics_.emplace_back(static_cast<int>(statistic), reset);
+    return 100 + static_cast<int>(statistic);
+  }
+  void SetOption(dao::EngineOption option, const std::variant<std::int32_t, std::string>& value) override {
+    set_[static_cast<int>(option)] = value;
+    DBEngine::SetOption(option, value);
+  }
+
+  std::string locale_;
+  std::string temporary_;
+  int options_ = -1;
+  std::vector<std::pair<int, bool>> statistics_;
+  std::map<int, std::variant<std::int32_t, std::string>> set_;
+};
+
+class CJetEngineTest : public testing::Test {
+ protected:
+  CJetEngineTest() : folder_(fs::temp_directory_path() / ("Buch ö " + std::to_string(::getpid()))) {
+    fs::remove_all(folder_);
+    fs::create_directories(folder_);
+    auto workgroup = engine_.CreateDatabase(Path("system.mdw"), "", 0);
+    workgroup->Execute(
+        "CREATE TABLE Accounts (Name TEXT(20) COLLATE JET, Salt TEXT, PasswordHash TEXT);"
+        "INSERT INTO Accounts VALUES ('Admin', '', '')");
+    workgroup->Close();
+  }
+  ~CJetEngineTest() override {
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+  }
+
+  [[nodiscard]] std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+  void OpenWorkspace() {
+    jet_.SetWorkgroupPath(Path("system.mdw"));
+    jet_.OpenWorkspace("MyWs", "Admin", "");
+    ASSERT_EQ(jet_.WorkspaceName(), "MyWs");
+  }
+  std::string MakeDatabase(const std::string& name) {
+    auto database = engine_.CreateDatabase(Path(name), "", 0);
+    database->Execute(
+        "CREATE TABLE TXray (tXraySName TEXT(32) COLLATE JET); INSERT INTO TXray VALUES ('Weiß')");
+    database->Close();
+    return Path(name);
+  }
+  [[nodiscard]] std::int32_t SizeOf(const std::string& path) const {
+    return static_cast<std::int32_t>(fs::file_size(path));
+  }
+
+  fs::path folder_;
+  WatchedEngine engine_;
+  CJetEngine jet_{engine_};
+};
+
+TEST_F(CJetEngineTest, AFailedWorkspaceHasNoNameButAnErrorText) {
+  jet_.SetWorkgroupPath(Path("missing.mdw"));
+  jet_.OpenWorkspace("MyWs", "Admin", "");
+  EXPECT_EQ(jet_.WorkspaceName(), "");
+  const std::string missing = jet_.LastError();
+  EXPECT_NE(missing, "");
+  jet_.SetWorkgroupPath(Path("system.mdw"));
+  jet_.OpenWorkspace("MyWs", "Admin", "wrong");
+  EXPECT_EQ(jet_.WorkspaceName(), "");
+  EXPECT_NE(jet_.LastError(), missing);
+  const std::string wrong = jet_.LastError();
+  OpenWorkspace();
+  EXPECT_EQ(jet_.LastError(), wrong) << "a success clears nothing";
+  jet_.CloseWorkspace();
+  EXPECT_EQ(jet_.WorkspaceName(), "");
+}
+
+TEST_F(CJetEngineTest, OpeningReturnsTheNumberOfTheError) {
+  OpenWorkspace();
+  const std::string path = MakeDatabase("Log.mdb");
+  std::ofstream(Path("letter.mdb")) << "no database";
+  EXPECT_EQ(jet_.OpenDBInWorkspace(path, false, false), 0);
+  EXPECT_NE(jet_.Database(), nullptr);
+  EXPECT_EQ(jet_.OpenDBInWorkspace(Path("missing.mdb"), false, false), 3024);
+  EXPECT_EQ(jet_.OpenDBInWorkspace(Path("letter.mdb"), false, false), 3343);
+  EXPECT_NE(jet_.LastError().find("letter.mdb"), std::string::npos);
+  EXPECT_EQ(jet_.Database()->Name(), path) << "the open database stays";
+  EXPECT_EQ(jet_.OpenDBInWorkspace(path, false, true, "geheim"), 0);
+  EXPECT_TRUE(jet_.Database()->IsReadOnly());
+  jet_.CloseDBInWorkspace();
+  EXPECT_EQ(jet_.Database(), nullptr);
+}
+
+TEST_F(CJetEngineTest, WhatIsMissingIsAFailureThatIsRecorded) {
+  const std::vector<std::function<void()>> operations = {
+      [&] { jet_.CloseDBInWorkspace(); },
+      [&] { jet_.CloseWorkspace(); },
+      [&] { EXPECT_FALSE(jet_.TransactionStart()); },
+      [&] { EXPECT_FALSE(jet_.TransactionCommit()); },
+      [&] { EXPECT_FALSE(jet_.TransactionRollback()); },
+      [&] { EXPECT_NE(jet_.OpenDBInWorkspace(Path("x.mdb"), false, false), 0); },
+      [&] { EXPECT_FALSE(jet_.AddTextFieldToTable("TXray", "x", 3)); },
+      [&] { EXPECT_FALSE(jet_.AddBooleanFieldToTable("TXray", "x")); },
+      [&] { EXPECT_EQ(jet_.CompactDatabase(Path("none.mdb")), 0); },
+      [&] { EXPECT_EQ(jet_.EncryptDatabase(Path("none.mdb")), 0); },
+      [&] { EXPECT_EQ(jet_.CreateDatabase(Path("no/where.mdb"), 0, false), 0); },
+      [&] { EXPECT_EQ(jet_.RepairDatabase(Path("none.mdb")), 0); },
+  };
+  for (std::size_t i = 0; i < operations.size(); ++i) {
+    CJetEngine fresh(engine_);
+    ASSERT_EQ(jet_.LastError().empty(), i == 0);
+    jet_.SetDatabase(nullptr);
+    operations[i]();
+    EXPECT_FALSE(jet_.LastError().empty()) << "operation " << i;
+  }
+}
+
+TEST_F(CJetEngineTest, CompactingInPlaceGoesByWayOfTheBaseName) {
+  struct Case {
+    const char* name;
+    const char* temporary;
+  };
+  for (const auto& [name, temporary] :
+       {Case{"Log.mdb", "Log.TMP"}, {"Archive.2024.mdb", "Archive.TMP"}, {"bare", "bare.TMP"}}) {
+    const std::string path = MakeDatabase(name);
+    EXPECT_EQ(jet_.CompactDatabase(path), 0) << name;
+    EXPECT_EQ(engine_.temporary_, Path(temporary));
+    EXPECT_EQ(engine_.options_, 0);
+    EXPECT_TRUE(fs::exists(path)) << name;
+    EXPECT_FALSE(fs::exists(Path(temporary))) << name;
+    const std::int32_t encrypted = jet_.EncryptDatabase(path);
+    EXPECT_EQ(encrypted, SizeOf(path)) << name;
+    EXPECT_EQ(engine_.options_, 2);
+    const std::int32_t decrypted = jet_.DecryptDatabase(path);
+    EXPECT_EQ(decrypted, SizeOf(path)) << name;
+    EXPECT_EQ(engine_.options_, 4);
+  }
+  EXPECT_EQ(jet_.LastError(), "");
+}
+
+TEST_F(CJetEngineTest, ThePathMayHaveEitherSeparatorOrNone) {
+  MakeDatabase("Log.mdb");
+  const fs::path before = fs::current_path();
+  fs::current_path(folder_);
+  jet_.CompactDatabase("Log.mdb");
+  EXPECT_EQ(engine_.temporary_, "Log.TMP") << "in the current folder";
+  fs::create_directory("Sub.Folder");
+  fs::rename("Log.mdb", fs::path("Sub.Folder") / "Log.v1.mdb");
+  jet_.CompactDatabase("Sub.Folder\\Log.v1.mdb");
+  EXPECT_EQ(engine_.temporary_, "Sub.Folder\\Log.TMP");
+  EXPECT_TRUE(fs::exists("Sub.Folder/Log.v1.mdb"));
+  fs::current_path(before);
+  EXPECT_EQ(jet_.LastError(), "");
+}
+
+TEST_F(CJetEngineTest, CompactingToADestinationReturnsItsSize) {
+  const std::string path = MakeDatabase("Log.mdb");
+  const std::int32_t size = jet_.CompactDatabase(path, Path("Small.mdb"));
+  EXPECT_EQ(size, SizeOf(Path("Small.mdb")));
+  EXPECT_GT(size, 0);
+  EXPECT_TRUE(fs::exists(path));
+}
+
+TEST_F(CJetEngineTest, AFailedCompactionNeverTouchesTheSource) {
+  std::ofstream(Path("Log.mdb")) << "what remains of a log";
+  EXPECT_EQ(jet_.CompactDatabase(Path("Log.mdb")), 0);
+  EXPECT_EQ(fs::file_size(Path("Log.mdb")), 21U);
+  const std::string busy = MakeDatabase("Busy.mdb");
+  std::ofstream(Path("Busy.TMP")) << "somebody's";
+  EXPECT_EQ(jet_.EncryptDatabase(busy), 0);
+  EXPECT_TRUE(fs::exists(busy));
+  EXPECT_EQ(fs::file_size(Path("Busy.TMP")), 10U);
+  const std::string itself = MakeDatabase("Same.TMP");
+  EXPECT_EQ(jet_.EncryptDatabase(itself), 0);
+  EXPECT_GT(fs::file_size(itself), 0U);
+}
+
+TEST_F(CJetEngineTest, CreatesDatabases) {
+  const std::string path = Path("New.mdb");
+  const std::int32_t size = jet_.CreateDatabase(path, 0, true);
+  EXPECT_EQ(size, SizeOf(path));
+  EXPECT_EQ(engine_.options_, 2);
+  EXPECT_EQ(engine_.locale_, ";LANGID=0x0409;CP=1252;COUNTRY=0");
+  EXPECT_GT(jet_.CreateDatabase(Path("Other.mdb"), 1, false, ";LANGID=0x0407"), 0);
+  EXPECT_EQ(engine_.options_, 1);
+  EXPECT_EQ(engine_.locale_, ";LANGID=0x0407");
+}
+
+TEST_F(CJetEngineTest, TunesAndCountsByNumber) {
+  jet_.TuneUserCommitSync(true);
+  jet_.TuneImplicitCommitSync(false);
+  jet_.TunePageTimeout(1);
+  jet_.TuneMaxBufferSize(2);
+  jet_.TuneLockRetry(3);
+  jet_.TuneExclusiveAsyncDelay(4);
+  jet_.TuneSharedAsyncDelay(5);
+  jet_.TuneMaxLocksPerFile(6);
+  jet_.TuneLockDelay(7);
+  jet_.TuneRecycleLVs(8);
+  jet_.TuneFlushTransactionTimeout(9);
+  const std::map<int, std::variant<std::int32_t, std::string>> wanted = {
+      {58, "Yes"}, {59, "No"}, {6, 1}, {8, 2}, {57, 3}, {60, 4}, {61, 5}, {62, 6}, {63, 7}, {65, 8}, {66, 9}};
+  EXPECT_EQ(engine_.set_, wanted);
+  EXPECT_EQ(jet_.ISAMDiskReads(), 100);
+  EXPECT_EQ(jet_.ISAMDiskWrites(), 101);
+  EXPECT_EQ(jet_.ISAMCacheReads(), 102);
+  EXPECT_EQ(jet_.ISAMRACacheReads(), 103);
+  EXPECT_EQ(jet_.ISAMLocksPlaced(), 104);
+  EXPECT_EQ(jet_.ISAMLocksReleased(), 105);
+  engine_.statistics_.clear();
+  jet_.ResetISAMDiskReads();
+  jet_.ResetISAMDiskWrites();
+  jet_.ResetISAMCacheReads();
+  jet_.ResetISAMRACacheReads();
+  jet_.ResetISAMLocksPlaced();
+  jet_.ResetISAMLocksReleased();
+  EXPECT_EQ(engine_.statistics_, (std::vector<std::pair<int, bool>>{
+                                     {0, true}, {1, true}, {2, true}, {3, true}, {4, true}, {5, true}}));
+}
+
+TEST_F(CJetEngineTest, AddsFieldsAndRunsTransactions) {
+  OpenWorkspace();
+  ASSERT_EQ(jet_.OpenDBInWorkspace(MakeDatabase("Log.mdb"), false, false), 0);
+  EXPECT_TRUE(jet_.AddTextFieldToTable("TXRay", "tXraySDose", 32));
+  EXPECT_TRUE(jet_.AddBooleanFieldToTable("TXRay", "tXrayBEdDose"));
+  EXPECT_FALSE(jet_.AddBooleanFieldToTable("TXRay", "tXrayBEdDose"));
+  EXPECT_FALSE(jet_.AddTextFieldToTable("TNone", "x", 32));
+  const auto definition = jet_.Database()->TableDefs("TXray");
+  EXPECT_EQ(definition.FieldNamed("tXraySDose").size, 32);
+  EXPECT_EQ(definition.FieldNamed("tXrayBEdDose").type, dao::FieldType::kBoolean);
+  EXPECT_TRUE(jet_.TransactionStart());
+  const auto rows = jet_.Database()->OpenRecordset("SELECT * FROM TXray");
+  rows->Edit();
+  rows->Fields("tXraySDose").SetText("12");
+  rows->Update();
+  EXPECT_TRUE(jet_.RefreshCache());
+  EXPECT_TRUE(jet_.TransactionRollback());
+  EXPECT_TRUE(rows->Fields("tXraySDose").IsNull());
+  EXPECT_FALSE(jet_.TransactionCommit());
+}
+
+}  // namespace
+}  // namespace varnlog::db

@@ -1,0 +1,104 @@
+#include "db/dao/Sha256.h"
+#include "db/dao/Workgroup.h"
+#include "tests/db/dao/EngineFixture.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+class DBEngineTest : public EngineTest {};
+
+TEST_F(DBEngineTest, AWorkspaceNeedsAWorkgroupFileAndAnAccount) {
+  const auto creating = [&](const std::string& user, const std::string& password) {
+    return ErrorOf([&] { static_cast<void>(engine_.CreateWorkspace("MyWs", user, password)); });
+  };
+  EXPECT_EQ(creating("Admin", ""), ErrorNumber::kNone);
+  EXPECT_EQ(creating("ADMIN", ""), ErrorNumber::kNone);
+  EXPECT_EQ(creating("Admin", "x"), ErrorNumber::kBadAccount);
+  EXPECT_EQ(creating("Nobody", ""), ErrorNumber::kBadAccount);
+  EXPECT_EQ(creating("Admin' OR '1'='1", ""), ErrorNumber::kBadAccount);
+  const auto workgroup = Open(engine_.SystemDB());
+  workgroup->Execute("INSERT INTO Accounts VALUES ('Praxis', 'salt', '" + PasswordHash("salt", "geheim") +
+                     "')");
+  EXPECT_EQ(creating("praxis", "geheim"), ErrorNumber::kNone);
+  EXPECT_EQ(creating("praxis", "Geheim"), ErrorNumber::kBadAccount);
+  EXPECT_EQ(creating("praxis", ""), ErrorNumber::kBadAccount);
+  WriteFile("letter.txt", "no database");
+  for (const std::string& file : {std::string(), Path("missing.mdw"), Path("letter.txt"), MakeLog()}) {
+    engine_.SetSystemDB(file);
+    EXPECT_EQ(creating("Admin", ""), ErrorNumber::kWorkgroupFileMissing) << file;
+  }
+}
+
+TEST_F(DBEngineTest, FindsAppendedWorkspacesByName) {
+  const auto appended = engine_.CreateWorkspace("MyWs", "Admin", "");
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.Workspaces("MyWs")); }), ErrorNumber::kItemNotFound);
+  engine_.AppendWorkspace(appended);
+  EXPECT_EQ(engine_.Workspaces("myws"), appended);
+  engine_.RemoveWorkspace(appended);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.Workspaces("MyWs")); }), ErrorNumber::kItemNotFound);
+}
+
+TEST_F(DBEngineTest, CountsReadsWritesAndLocks) {
+  const auto log = Open(MakeLog());
+  for (const auto statistic :
+       {EngineStatistic::kDiskReads, EngineStatistic::kDiskWrites, EngineStatistic::kCacheReads,
+        EngineStatistic::kLocksPlaced, EngineStatistic::kLocksReleased}) {
+    engine_.ISAMStats(statistic, true);
+    EXPECT_EQ(engine_.ISAMStats(statistic), 0) << static_cast<int>(statistic);
+    FillLog(*workspace_, *log, 20);
+    const auto counted = engine_.ISAMStats(statistic);
+    EXPECT_GT(counted, 0) << static_cast<int>(statistic);
+    log->Execute("SELECT 1");
+    EXPECT_EQ(engine_.ISAMStats(statistic, true), counted) << "resetting returns the count";
+  }
+  EXPECT_EQ(engine_.ISAMStats(EngineStatistic::kReadAheadCacheReads), 0);
+}
+
+TEST_F(DBEngineTest, OptionsTakeTheirTypeOnly) {
+  const auto setting = [&](EngineOption option, const std::variant<std::int32_t, std::string>& value) {
+    return ErrorOf([&] { engine_.SetOption(option, value); });
+  };
+  for (const auto option :
+       {EngineOption::kPageTimeout, EngineOption::kMaxBufferSize, EngineOption::kLockRetry,
+        EngineOption::kExclusiveAsyncDelay, EngineOption::kSharedAsyncDelay, EngineOption::kMaxLocksPerFile,
+        EngineOption::kLockDelay, EngineOption::kRecycleLVs, EngineOption::kFlushTransactionTimeout}) {
+    EXPECT_EQ(setting(option, 5), ErrorNumber::kNone) << static_cast<int>(option);
+    EXPECT_EQ(setting(option, "Yes"), ErrorNumber::kNotSupported) << static_cast<int>(option);
+  }
+  for (const auto option : {EngineOption::kUserCommitSync, EngineOption::kImplicitCommitSync}) {
+    EXPECT_EQ(setting(option, "no"), ErrorNumber::kNone);
+    EXPECT_EQ(setting(option, "Yes"), ErrorNumber::kNone);
+    EXPECT_EQ(setting(option, "maybe"), ErrorNumber::kNotSupported);
+    EXPECT_EQ(setting(option, 1), ErrorNumber::kNotSupported);
+  }
+  EXPECT_EQ(setting(static_cast<EngineOption>(7), 1), ErrorNumber::kNotSupported);
+}
+
+TEST_F(DBEngineTest, ALargerBufferReadsLessFromTheDisk) {
+  const auto log = Open(MakeLog());
+  FillLog(*workspace_, *log, 30000);
+  const auto readsOfTwoPasses = [&](std::int32_t kibibytes) {
+    engine_.SetOption(EngineOption::kMaxBufferSize, kibibytes);
+    engine_.Idle(true);
+    engine_.ISAMStats(EngineStatistic::kDiskReads, true);
+    for (int pass = 0; pass < 2; ++pass)
+      static_cast<void>(log->OpenRecordset("SELECT * FROM TXray", RecordsetType::kSnapshot));
+    return engine_.ISAMStats(EngineStatistic::kDiskReads);
+  };
+  const auto small = readsOfTwoPasses(256);
+  const auto large = readsOfTwoPasses(32768);
+  EXPECT_LT(large, small * 3 / 4);
+}
+
+TEST(Sha256Test, GivesTheKnownDigests) {
+  EXPECT_EQ(Sha256Hex(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(Sha256Hex("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(Sha256Hex("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
+            "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
+  EXPECT_EQ(Sha256Hex(std::string(1000000, 'a')),
+            "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+}
+
+}  // namespace
+}  // namespace varnlog::dao

@@ -1,0 +1,249 @@
+#include <algorithm>
+#include <limits>
+#include <random>
+
+#include "tests/db/dao/EngineFixture.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+constexpr const char* kByTime = "SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;";
+
+class DynasetTest : public EngineTest {
+ protected:
+  DynasetTest() : log_(Open(MakeLog())) {}
+
+  static std::string Names(Recordset& rows) {
+    std::string names;
+    for (rows.MoveFirst(); !rows.IsEOF(); rows.MoveNext())
+      names += std::string(rows.Fields("tXraySName").Text()) + " ";
+    return names;
+  }
+  static std::vector<std::int64_t> Ids(Recordset& rows) {
+    std::vector<std::int64_t> ids;
+    for (; !rows.IsEOF(); rows.MoveNext()) ids.push_back(rows.Fields("tXrayCulIntIDPk").Number());
+    return ids;
+  }
+
+  std::shared_ptr<Database> log_;
+};
+
+TEST_F(DynasetTest, MovesAmongRowsAndBeyondTheirEnds) {
+  FillLog(*workspace_, *log_, 5);
+  const auto rows = log_->OpenRecordset(kByTime);
+  EXPECT_EQ(rows->Type(), RecordsetType::kDynaset);
+  EXPECT_EQ(rows->AbsolutePosition(), 0) << "the first row is current after opening";
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "P4");
+  struct Step {
+    std::int64_t by;
+    std::int64_t position;
+    const char* edge;
+  };
+  for (const auto& [by, position, edge] : {Step{2, 2, ""},
+                                           {-1, 1, ""},
+                                           {0, 1, ""},
+                                           {100, -1, "EOF"},
+                                           {-2, 3, ""},
+                                           {-4, -1, "BOF"},
+                                           {1, 0, ""},
+                                           {4, 4, ""},
+                                           {1, -1, "EOF"}}) {
+    rows->Move(by);
+    EXPECT_EQ(rows->AbsolutePosition(), position) << "after moving by " << by;
+    EXPECT_EQ(rows->IsEOF(), std::string_view(edge) == "EOF") << "after moving by " << by;
+    EXPECT_EQ(rows->IsBOF(), std::string_view(edge) == "BOF") << "after moving by " << by;
+  }
+  EXPECT_EQ(ErrorOf([&] { rows->MoveNext(); }), ErrorNumber::kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Text()); }), ErrorNumber::kNoCurrentRecord);
+  for (const std::int64_t outside :
+       {std::int64_t{-1}, std::int64_t{5}, std::numeric_limits<std::int64_t>::max()})
+    EXPECT_EQ(ErrorOf([&] { rows->SetAbsolutePosition(outside); }), ErrorNumber::kNoCurrentRecord) << outside;
+  rows->Move(std::numeric_limits<std::int64_t>::min());
+  EXPECT_TRUE(rows->IsBOF());
+  rows->MoveLast();
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "P0");
+}
+
+TEST_F(DynasetTest, AnEmptyOneIsAtBothEnds) {
+  const auto rows = log_->OpenRecordset(kByTime);
+  EXPECT_TRUE(rows->IsBOF() && rows->IsEOF());
+  EXPECT_EQ(rows->RecordCount(), 0);
+  EXPECT_TRUE(rows->Populate(10));
+  for (const auto& move :
+       std::vector<std::function<void()>>{[&] { rows->MoveFirst(); }, [&] { rows->MoveLast(); },
+                                          [&] { rows->MoveNext(); }, [&] { rows->Edit(); }})
+    EXPECT_EQ(ErrorOf(move), ErrorNumber::kNoCurrentRecord);
+}
+
+// Many rows share a time stamp, so that slices end among equal ones.
+TEST_F(DynasetTest, SlicesGiveTheSameRowsAsOneReading) {
+  workspace_->BeginTrans();
+  std::mt19937 random(7);
+  const auto table = log_->OpenRecordset("TXray");
+  for (int i = 0; i < 700; ++i)
+    AddExposure(*table,
+                {"P" + std::to_string(i % 9), "Anna", Minute(0), Minute(static_cast<int>(random() % 40))});
+  workspace_->CommitTrans();
+  struct Case {
+    const char* sql;
+    const char* storageSql;  // the same, told to the storage itself
+  };
+  for (const auto& [sql, expected] :
+       {Case{"SELECT * FROM TXray", "1 ORDER BY rowid"},
+        {"SELECT * FROM TXray ORDER BY tXrayTs", "1 ORDER BY tXrayTs, rowid"},
+        {kByTime, "1 ORDER BY tXrayTs DESC, rowid DESC"},
+        {"SELECT * FROM TXray WHERE tXraySName = 'p3' ORDER BY tXrayTs DESC",
+         "tXraySName = 'P3' ORDER BY tXrayTs DESC, rowid DESC"},
+        {"SELECT * FROM TXray WHERE tXrayTs Between #3/1/2024 8:10:00 AM# And #3/1/2024 8:20:00 AM# ORDER BY "
+         "tXrayTs",
+         "tXrayTs BETWEEN '2024-03-01 08:10:00' AND '2024-03-01 08:20:00' ORDER BY tXrayTs, rowid"}}) {
+    log_->Execute("CREATE TABLE expected AS SELECT rowid AS id FROM TXray WHERE " + std::string(expected));
+    const auto wanted = log_->OpenRecordset("SELECT id FROM expected", RecordsetType::kSnapshot);
+    std::vector<std::int64_t> wantedIds;
+    for (; !wanted->IsEOF(); wanted->MoveNext()) wantedIds.push_back(wanted->Fields(0).Number());
+    for (const std::int64_t slice : {1, 7, 64, 10000}) {
+      const auto rows = log_->OpenRecordset(sql);
+      while (!rows->Populate(slice)) {
+      }
+      EXPECT_EQ(rows->RecordCount(), static_cast<std::int64_t>(wantedIds.size())) << sql;
+      EXPECT_EQ(Ids(*rows), wantedIds) << sql << ", slices of " << slice;
+    }
+    log_->Execute("DROP TABLE expected");
+  }
+}
+
+TEST_F(DynasetTest, RowsWithoutADateAreNotLostBetweenSlices) {
+  FillLog(*workspace_, *log_, 200);
+  log_->Execute("UPDATE TXray SET tXrayTs = NULL WHERE rowid % 2");
+  for (const char* sql : {kByTime, "SELECT * FROM TXray ORDER BY tXrayTs"}) {
+    const auto rows = log_->OpenRecordset(sql);
+    while (!rows->Populate(10)) {
+    }
+    auto ids = Ids(*rows);
+    std::sort(ids.begin(), ids.end());
+    ASSERT_EQ(ids.size(), 200U) << sql;
+    EXPECT_TRUE(std::adjacent_find(ids.begin(), ids.end()) == ids.end()) << sql;
+  }
+}
+
+TEST_F(DynasetTest, OthersCanWriteWhileItIsHalfPopulated) {
+  FillLog(*workspace_, *log_, 1000);
+  const auto rows = log_->OpenRecordset(kByTime);
+  EXPECT_FALSE(rows->Populate(100));
+  const auto other = AnotherStation();
+  const auto otherLog = other.workspace->OpenDatabase(log_->Name(), false, false);
+  AddExposure(*otherLog->OpenRecordset("TXray"), {"Late", "Comer", Minute(0), Minute(5)});
+  otherLog->Execute("DELETE FROM TXray WHERE tXraySName = 'P7'");
+  rows->MoveLast();
+  EXPECT_EQ(rows->RecordCount(), 1000) << "the new row is in, the deleted one is not";
+}
+
+TEST_F(DynasetTest, SeesWhatOthersChangedAndWhatTheyDeleted) {
+  FillLog(*workspace_, *log_, 10);
+  const auto other = AnotherStation();
+  const auto otherLog = other.workspace->OpenDatabase(log_->Name(), false, false);
+  const auto rows = log_->OpenRecordset("SELECT * FROM TXray");
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "P0");
+  otherLog->Execute("UPDATE TXray SET tXraySName = 'Neu' WHERE tXraySName = 'P1'");
+  rows->MoveNext();
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "Neu");
+  otherLog->Execute("DELETE FROM TXray WHERE tXraySName = 'P3'");
+  rows->Move(2);
+  EXPECT_EQ(rows->AbsolutePosition(), 3);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Text()); }), ErrorNumber::kRecordDeleted);
+  EXPECT_EQ(ErrorOf([&] { rows->Edit(); }), ErrorNumber::kRecordDeleted);
+  rows->MoveNext();
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "P4") << "moving goes on";
+  log_->Execute("UPDATE TXray SET tXraySName = 'Own' WHERE tXraySName = 'P5'");
+  rows->MoveNext();
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "Own");
+}
+
+TEST_F(DynasetTest, ReadsTheSameRowsInAnyDirection) {
+  FillLog(*workspace_, *log_, 500);
+  log_->Execute("DELETE FROM TXray WHERE rowid % 7 = 0 OR rowid BETWEEN 100 AND 140");
+  for (const char* sql :
+       {"SELECT * FROM TXray", kByTime, "SELECT * FROM TXray ORDER BY tXrayBEdDr, tXraySName"}) {
+    const auto rows = log_->OpenRecordset(sql);
+    const std::vector<std::int64_t> ids = Ids(*rows);
+    std::mt19937 random(11);
+    for (int i = 0; i < 300; ++i) {
+      const auto position = static_cast<std::int64_t>(random() % ids.size());
+      rows->SetAbsolutePosition(position);
+      for (int step = 0; step < 3 && !rows->IsBOF(); ++step) {
+        ASSERT_EQ(rows->Fields(0).Number(), ids[static_cast<std::size_t>(rows->AbsolutePosition())]) << sql;
+        rows->MovePrevious();
+      }
+    }
+  }
+}
+
+TEST_F(DynasetTest, ClonesShareRowsAndBookmarksButNotThePosition) {
+  FillLog(*workspace_, *log_, 10);
+  const auto rows = log_->OpenRecordset(kByTime);
+  rows->Move(3);
+  const auto clone = rows->Clone();
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(clone->Fields(0).Text()); }), ErrorNumber::kNoCurrentRecord);
+  EXPECT_EQ(clone->AbsolutePosition(), -1);
+  clone->SetBookmark(rows->Bookmark());
+  EXPECT_EQ(clone->Fields("tXraySName").Text(), "P6");
+  clone->MoveLast();
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "P6");
+  EXPECT_EQ(rows->RecordCount(), 10);
+  rows->Edit();
+  rows->Fields("tXraySName").SetText("Anders");
+  rows->Update();
+  clone->SetAbsolutePosition(3);
+  EXPECT_EQ(clone->Fields("tXraySName").Text(), "Anders");
+}
+
+TEST_F(DynasetTest, RefusesToOverwriteWhatAnotherUserChangedMeanwhile) {
+  FillLog(*workspace_, *log_, 3);
+  const auto other = AnotherStation();
+  const auto otherLog = other.workspace->OpenDatabase(log_->Name(), false, false);
+  const auto rows = log_->OpenRecordset("SELECT * FROM TXray");
+  EXPECT_TRUE(rows->Fields("tXraySVolt").IsNull());
+  otherLog->Execute("UPDATE TXray SET tXraySVolt = '60' WHERE rowid = 1");
+  rows->Edit();
+  rows->Fields("tXraySVolt").SetText("70");
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kDataChanged);
+  rows->CancelUpdate();
+  EXPECT_EQ(rows->Fields("tXraySVolt").Text(), "60") << "now it is shown";
+  rows->Edit();
+  rows->Fields("tXraySVolt").SetText("70");
+  otherLog->Execute("UPDATE TXray SET tXraySDr = 'B' WHERE rowid = 1");  // another field does not matter
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kNone);
+  rows->Edit();
+  rows->Fields("tXraySVolt").SetText("80");
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kNone) << "a change of one's own is no conflict";
+  EXPECT_EQ(rows->Fields("tXraySVolt").Text(), "80");
+  rows->Edit();
+  rows->Fields("tXraySVolt").SetText("90");
+  otherLog->Execute("DELETE FROM TXray WHERE rowid = 1");
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kRecordDeleted);
+}
+
+TEST_F(DynasetTest, AddsRows) {
+  FillLog(*workspace_, *log_, 2);
+  const auto rows = log_->OpenRecordset("SELECT tXraySName, tXrayTs FROM TXray");
+  rows->AddNew();
+  rows->Fields("tXraySName").SetText("Neu");
+  rows->Update();
+  EXPECT_EQ(Names(*rows), "P0 P1 Neu ");
+}
+
+TEST_F(DynasetTest, ShowsRowsAsTheyWereAfterARollback) {
+  FillLog(*workspace_, *log_, 3);
+  const auto rows = log_->OpenRecordset("SELECT * FROM TXray");
+  workspace_->BeginTrans();
+  rows->Edit();
+  rows->Fields("tXraySName").SetText("Changed");
+  rows->Update();
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "Changed");
+  workspace_->Rollback();
+  EXPECT_EQ(Names(*rows), "P0 P1 P2 ");
+}
+
+}  // namespace
+}  // namespace varnlog::dao

@@ -1,0 +1,223 @@
+#include <algorithm>
+#include <set>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/db/dao/EngineFixture.h"
+
+namespace varnlog::dao {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::uint64_t kPage = 16384;
+constexpr int kRows = 3000;
+
+class MaintenanceTest : public EngineTest {
+ protected:
+  MaintenanceTest() : path_(MakeLog()) {
+    const auto log = Open(path_);
+    FillLog(*workspace_, *log, kRows);
+    log->Close();
+  }
+
+  [[nodiscard]] std::set<std::int64_t> Ids(const std::string& path) {
+    std::set<std::int64_t> ids;
+    const auto rows =
+        Open(path, true)->OpenRecordset("SELECT tXrayCulIntIDPk FROM TXray", RecordsetType::kSnapshot);
+    for (; !rows->IsEOF(); rows->MoveNext()) ids.insert(rows->Fields(0).Number());
+    return ids;
+  }
+  // Pages are told apart by what is written on them; a row goes on with its time stamp, an index does not.
+  [[nodiscard]] std::uint64_t PageOfRow(const std::string& name) const {
+    return PageWith(name + "Anna1970-01-01 00:00:002024");
+  }
+  [[nodiscard]] std::uint64_t PageWith(const std::string& text) const {
+    const std::string content = ReadFile(path_);
+    const std::size_t at = content.find(text);
+    EXPECT_NE(at, std::string::npos);
+    return at / kPage;
+  }
+
+  std::string path_;
+};
+
+TEST_F(MaintenanceTest, CompactsIntoANewFile) {
+  Open(path_)->Execute("DELETE FROM TXray WHERE rowid > 100");
+  const std::string before = ReadFile(path_);
+  std::vector<double> parts;
+  engine_.CompactDatabase(path_, Path("small.mdb"), kNoOption, [&](double part) {
+    parts.push_back(part);
+    return true;
+  });
+  EXPECT_TRUE(ReadFile(path_) == before);
+  EXPECT_LT(fs::file_size(Path("small.mdb")), before.size() / 2);
+  EXPECT_EQ(Ids(Path("small.mdb")), Ids(path_));
+  ASSERT_FALSE(parts.empty());
+  EXPECT_TRUE(std::is_sorted(parts.begin(), parts.end()));
+  EXPECT_EQ(parts.back(), 1.0);
+  const auto table = Open(Path("small.mdb"))->OpenRecordset("TXray");
+  EXPECT_TRUE(FindExposure(*table, {"P9", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(9)}));
+  AddExposure(*table, {"New", "Row", Minute(0), Minute(9999)});
+  EXPECT_TRUE(FindExposure(*table, {"New", "Row", Minute(0), Minute(9999)}));
+  EXPECT_EQ(table->Fields(0).Number(), kRows + 1) << "numbers go on where they were";
+}
+
+TEST_F(MaintenanceTest, CompactingNeverOverwritesAndLeavesNothingHalf) {
+  WriteFile("there.mdb", "something else");
+  WriteFile("letter.txt", "no database");
+  struct Case {
+    std::string source;
+    std::string target;
+    ErrorNumber number;
+  };
+  for (const auto& [source, target, number] :
+       {Case{path_, Path("there.mdb"), ErrorNumber::kFileExists},
+        {path_, path_, ErrorNumber::kFileExists},
+        {path_, Path("no/where.mdb"), ErrorNumber::kInvalidPath},
+        {Path("missing.mdb"), Path("new.mdb"), ErrorNumber::kFileNotFound},
+        {Path("letter.txt"), Path("new.mdb"), ErrorNumber::kUnrecognisedFormat}})
+    EXPECT_EQ(ErrorOf([&] { engine_.CompactDatabase(source, target); }), number)
+        << source << " to " << target;
+  EXPECT_EQ(ErrorOf([&] {
+              engine_.CompactDatabase(path_, Path("new.mdb"), kNoOption, [](double) { return false; });
+            }),
+            ErrorNumber::kCancelled);
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw", "there.mdb"}));
+  EXPECT_EQ(ReadFile(Path("there.mdb")), "something else");
+}
+
+TEST_F(MaintenanceTest, CompactsInPlaceWhileNobodyElseWrites) {
+  const auto ids = Ids(path_);
+  const auto other = AnotherStation();
+  const auto otherLog = other.workspace->OpenDatabase(path_, false, false);
+  other.workspace->BeginTrans();
+  EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(path_, Path("log.TMP")); }), ErrorNumber::kFileInUse);
+  other.workspace->Rollback();
+  engine_.CompactInPlace(path_, Path("log.TMP"));
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+  EXPECT_EQ(Ids(path_), ids);
+  // A station that had the old file open must not write into what is no longer the log.
+  EXPECT_EQ(ErrorOf([&] {
+              AddExposure(*otherLog->OpenRecordset("TXray"), {"L", "o", Minute(0), Minute(0)});
+            }),
+            ErrorNumber::kObjectInvalid);
+}
+
+TEST_F(MaintenanceTest, NoRoomForTheCopyLeavesTheSource) {
+  const std::string before = ReadFile(path_);
+  const pid_t child = fork();
+  if (child == 0) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit most{before.size() / 2, before.size() / 2};
+    if (setrlimit(RLIMIT_FSIZE, &most) != 0) _exit(99);
+    DBEngine engine;
+    const ErrorNumber inPlace = ErrorOf([&] { engine.CompactInPlace(path_, Path("log.TMP")); });
+    const ErrorNumber toNew = ErrorOf([&] { engine.CompactDatabase(path_, Path("new.mdb")); });
+    _exit(inPlace != ErrorNumber::kNone && toNew == inPlace ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+  EXPECT_TRUE(ReadFile(path_) == before);
+}
+
+TEST_F(MaintenanceTest, RepairLeavesASoundFileAlone) {
+  const std::string before = ReadFile(path_);
+  engine_.RepairDatabase(path_);
+  EXPECT_TRUE(ReadFile(path_) == before);
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+}
+
+// A page of rows is lost: all other rows, their numbers and their order stay.
+TEST_F(MaintenanceTest, RepairKeepsEveryRowThatCanBeRead) {
+  const auto before = Ids(path_);
+  Damage(path_, PageOfRow("P1500") * kPage, kPage);
+  const std::string damaged = ReadFile(path_);
+  EXPECT_FALSE(Open(path_)->Check().empty());
+  engine_.RepairDatabase(path_);
+  const auto after = Ids(path_);
+  EXPECT_GT(after.size(), before.size() - 400) << "no more than the rows of one page";
+  EXPECT_LT(after.size(), before.size());
+  EXPECT_TRUE(std::includes(before.begin(), before.end(), after.begin(), after.end()));
+  EXPECT_TRUE(after.contains(1) && after.contains(kRows));
+  EXPECT_TRUE(Open(path_)->Check().empty());
+  EXPECT_TRUE(ReadFile(path_ + ".damaged") == damaged) << "nothing is thrown away";
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "log.mdb.damaged", "system.mdw"}));
+  const auto log = Open(path_);
+  const auto table = log->OpenRecordset("TXray");
+  EXPECT_TRUE(FindExposure(*table, {"P9", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(9)}));
+  AddExposure(*table, {"New", "Row", Minute(0), Minute(9999)});
+  ASSERT_TRUE(FindExposure(*table, {"New", "Row", Minute(0), Minute(9999)}));
+  EXPECT_EQ(table->Fields(0).Number(), kRows + 1);
+  EXPECT_EQ(
+      log->OpenRecordset("SELECT * FROM TConfig WHERE tCfgSKey = 'DBVersion'")->Fields("tCfgSSet").Text(),
+      "1.1");
+}
+
+TEST_F(MaintenanceTest, RepairMakesDamagedIndexesAnew) {
+  const auto before = Ids(path_);
+  const std::uint64_t page = PageWith("2024-03-01 08:00:00P0Anna");  // the index by which exposures are known
+  Damage(path_, page * kPage + 200, kPage - 300, '\x55');
+  ASSERT_FALSE(Open(path_)->Check().empty());
+  engine_.RepairDatabase(path_);
+  EXPECT_EQ(Ids(path_), before);
+  const auto table = Open(path_)->OpenRecordset("TXray");
+  EXPECT_TRUE(FindExposure(*table, {"P0", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(0)}));
+}
+
+TEST_F(MaintenanceTest, RepairGoesOnAfterSeveralDamagedPages) {
+  const auto before = Ids(path_);
+  for (const char* name : {"P300Anna", "P1200Anna", "P2990Anna"})
+    Damage(path_, PageWith(name) * kPage, 512, '\xaa');
+  engine_.RepairDatabase(path_);
+  const auto after = Ids(path_);
+  EXPECT_GT(after.size(), before.size() - 1200);
+  EXPECT_TRUE(after.contains(800) && after.contains(2000)) << "rows between the damaged pages";
+  engine_.RepairDatabase(path_);
+  Damage(path_, PageOfRow("P800") * kPage, kPage);
+  engine_.RepairDatabase(path_);
+  EXPECT_TRUE(fs::exists(path_ + ".damaged2")) << "an earlier damaged file is kept, too";
+}
+
+TEST_F(MaintenanceTest, RepairOfWhatCannotBeReadChangesNothing) {
+  Damage(path_, 100, kPage - 100, '\xee');
+  const std::string before = ReadFile(path_);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_); }), ErrorNumber::kUnrecognisedFormat);
+  EXPECT_TRUE(ReadFile(path_) == before);
+  WriteFile("letter.txt", "no database");
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("letter.txt")); }), ErrorNumber::kUnrecognisedFormat);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("missing.mdb")); }), ErrorNumber::kFileNotFound);
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw"}));
+}
+
+TEST_F(MaintenanceTest, ACancelledRepairChangesNothing) {
+  Damage(path_, PageOfRow("P1500") * kPage, kPage);
+  const std::string before = ReadFile(path_);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_, [](double) { return false; }); }),
+            ErrorNumber::kCancelled);
+  EXPECT_TRUE(ReadFile(path_) == before);
+  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+}
+
+TEST_F(MaintenanceTest, CheckFindsValuesThatAFieldCannotHold) {
+  const auto log = Open(path_);
+  EXPECT_TRUE(log->Check().empty());
+  log->Execute(
+      "UPDATE TXray SET tXraySType = 'XITOOLONG' WHERE rowid = 1;"
+      "UPDATE TXray SET tXrayTs = '1.2.2003' WHERE rowid IN (2, 3);"
+      "UPDATE TXray SET tXrayBEdDr = 7 WHERE rowid = 4;"
+      "UPDATE TXray SET tXraySDr = NULL, tXrayTs = NULL WHERE rowid = 5");
+  const auto findings = log->Check();
+  ASSERT_EQ(findings.size(), 3U);
+  EXPECT_NE(findings[0].find("tXrayTs: 2"), std::string::npos) << findings[0];
+  EXPECT_NE(findings[1].find("tXrayBEdDr: 1"), std::string::npos) << findings[1];
+  EXPECT_NE(findings[2].find("tXraySType: 1"), std::string::npos) << findings[2];
+}
+
+}  // namespace
+}  // namespace varnlog::dao

@@ -1,0 +1,190 @@
+#include <array>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/db/dao/EngineFixture.h"
+
+namespace varnlog::dao {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Another process that holds a file exclusively until the end of the scope.
+class ExclusiveHolder {
+ public:
+  ExclusiveHolder(const std::string& systemDb, const std::string& path) {
+    std::array<int, 2> ready{};
+    std::array<int, 2> quit{};
+    if (pipe(ready.data()) != 0 || pipe(quit.data()) != 0) throw std::runtime_error("no pipe");
+    child_ = fork();
+    if (child_ == 0) {
+      close(quit[1]);
+      Hold(systemDb, path, ready[1], quit[0]);
+    }
+    close(ready[1]);
+    close(quit[0]);
+    quit_ = quit[1];
+    char byte = 0;
+    holds_ = read(ready[0], &byte, 1) == 1;
+    close(ready[0]);
+  }
+  ~ExclusiveHolder() {
+    close(quit_);
+    waitpid(child_, nullptr, 0);
+  }
+  ExclusiveHolder(const ExclusiveHolder&) = delete;
+  ExclusiveHolder& operator=(const ExclusiveHolder&) = delete;
+  [[nodiscard]] bool Holds() const { return holds_; }
+
+ private:
+  [[noreturn]] static void Hold(const std::string& systemDb, const std::string& path, int ready, int quit) {
+    char byte = 1;
+    DBEngine engine;
+    engine.SetSystemDB(systemDb);
+    const auto database = engine.CreateWorkspace("Child", "Admin", "")->OpenDatabase(path, true, false);
+    if (write(ready, &byte, 1) != 1) _exit(1);
+    if (read(quit, &byte, 1) > 0) _exit(2);
+    _exit(0);
+  }
+
+  pid_t child_ = -1;
+  int quit_ = -1;
+  bool holds_ = false;
+};
+
+class OpenDatabaseTest : public EngineTest {
+ protected:
+  [[nodiscard]] ErrorNumber Opening(const std::string& path, bool readOnly = false) {
+    return ErrorOf([&] { static_cast<void>(Open(path, readOnly)); });
+  }
+};
+
+TEST_F(OpenDatabaseTest, TellsWhyAFileCannotBeOpened) {
+  WriteFile("empty.mdb", "");
+  WriteFile("letter.txt", "Dear Dr. Weiß, this is a letter and no database at all.");
+  WriteFile("short.mdb", "SQLite format 3");
+  WriteFile("old.mdb", std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(4096, 'x'));
+  WriteFile("header.mdb", std::string("SQLite format 3\0", 16) + std::string(4096, '\xff'));
+  fs::create_directory(folder_ / "folder.mdb");
+  struct Case {
+    const char* name;
+    ErrorNumber number;
+  };
+  for (const auto& [name, number] : {Case{"missing.mdb", ErrorNumber::kFileNotFound},
+                                     {"no folder/log.mdb", ErrorNumber::kInvalidPath},
+                                     {"no\\such\\log.mdb", ErrorNumber::kInvalidPath},
+                                     {"folder.mdb", ErrorNumber::kCannotOpen},
+                                     {"empty.mdb", ErrorNumber::kUnrecognisedFormat},
+                                     {"letter.txt", ErrorNumber::kUnrecognisedFormat},
+                                     {"short.mdb", ErrorNumber::kUnrecognisedFormat},
+                                     {"old.mdb", ErrorNumber::kUnrecognisedFormat},
+                                     {"header.mdb", ErrorNumber::kUnrecognisedFormat}}) {
+    for (const bool readOnly : {false, true}) {
+      EXPECT_EQ(Opening(Path(name), readOnly), number) << name << (readOnly ? ", read only" : "");
+      const std::string text = ErrorTextOf([&] { static_cast<void>(Open(Path(name), readOnly)); });
+      EXPECT_NE(text.find(name), std::string::npos) << text;
+    }
+  }
+  EXPECT_NE(ErrorTextOf([&] { static_cast<void>(Open(Path("old.mdb"))); }).find("old format"),
+            std::string::npos);
+}
+
+TEST_F(OpenDatabaseTest, RefusesToWriteWithoutPermissionButReads) {
+  const std::string path = MakeLog();
+  fs::permissions(path, fs::perms::owner_read);
+  EXPECT_EQ(Opening(path), ErrorNumber::kNoPermission);
+  EXPECT_EQ(Open(path, true)->TableNames(), (std::vector<std::string>{"TConfig", "TXray"}));
+  fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+  fs::permissions(folder_, fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_EQ(Opening(path), ErrorNumber::kNoPermission) << "no journal can be made in the folder";
+  EXPECT_EQ(Opening(path, true), ErrorNumber::kNone);
+  fs::permissions(folder_, fs::perms::owner_all);
+}
+
+TEST_F(OpenDatabaseTest, ReadsFromAReadOnlyMedium) {
+  fs::create_directory(folder_ / "medium");
+  MakeLog("medium/log.mdb");
+  const std::string medium = (folder_ / "medium").string();
+  if (mount(medium.c_str(), medium.c_str(), nullptr, MS_BIND, nullptr) != 0)
+    GTEST_SKIP() << "cannot mount here";
+  const bool isReadOnly =
+      mount(nullptr, medium.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+  const ErrorNumber writing = Opening(Path("medium/log.mdb"));
+  const ErrorNumber reading = Opening(Path("medium/log.mdb"), true);
+  ASSERT_EQ(umount2(medium.c_str(), MNT_DETACH), 0);
+  ASSERT_TRUE(isReadOnly);
+  EXPECT_EQ(writing, ErrorNumber::kNoPermission);
+  EXPECT_EQ(reading, ErrorNumber::kNone);
+}
+
+TEST_F(OpenDatabaseTest, WaitsForALockAndThenReportsTheFileInUse) {
+  const std::string path = MakeLog();
+  const ExclusiveHolder holder(engine_.SystemDB(), path);
+  ASSERT_TRUE(holder.Holds());
+  EXPECT_EQ(Opening(path), ErrorNumber::kFileInUse);
+  EXPECT_EQ(Opening(path, true), ErrorNumber::kFileInUse);
+}
+
+TEST_F(OpenDatabaseTest, OpensExclusivelyOnlyWhenNobodyWrites) {
+  const std::string path = MakeLog();
+  const auto other = AnotherStation();
+  const auto open = other.workspace->OpenDatabase(path, false, false);
+  other.workspace->BeginTrans();
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(workspace_->OpenDatabase(path, true, false)); }),
+            ErrorNumber::kFileInUse);
+  other.workspace->Rollback();
+  const auto alone = workspace_->OpenDatabase(path, true, false);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(open->OpenRecordset("TXray")); }), ErrorNumber::kFileInUse);
+}
+
+TEST_F(OpenDatabaseTest, FindsADamagedFirstPage) {
+  const std::string path = MakeLog();
+  Damage(path, 100, 64, '\x7f');
+  EXPECT_EQ(Opening(path), ErrorNumber::kDamaged);
+}
+
+TEST_F(OpenDatabaseTest, TakesAFileBackFromAnotherJournalMode) {
+  const std::string path = MakeLog();
+  Damage(path, 18, 2, '\2');  // as another program leaves it that keeps its journal in shared memory
+  EXPECT_EQ(Opening(path, true), ErrorNumber::kNoPermission);
+  EXPECT_EQ(Open(path)->TableDefs("txray").Fields().size(), 25U);
+  EXPECT_EQ(Opening(path, true), ErrorNumber::kNone) << "it is an ordinary file again";
+}
+
+TEST_F(OpenDatabaseTest, IgnoresAPasswordOfAFileThatHasNone) {
+  const auto log = workspace_->OpenDatabase(MakeLog(), false, false, ";pwd=geheim");
+  EXPECT_EQ(log->TableNames().size(), 2U);
+}
+
+TEST_F(OpenDatabaseTest, EverythingOfAClosedDatabaseIsInvalid) {
+  const auto log = Open(MakeLog());
+  FillLog(*workspace_, *log, 3);
+  const auto table = log->OpenRecordset("TXray");
+  const auto rows = log->OpenRecordset("SELECT * FROM TXray");
+  auto definition = log->TableDefs("TXray");
+  log->Close();
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Number()); }), ErrorNumber::kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { table->MoveNext(); }), ErrorNumber::kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] {
+              AddExposure(*table, {"A", "B", Minute(0), Minute(0)});
+            }),
+            ErrorNumber::kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(log->OpenRecordset("TXray")); }), ErrorNumber::kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { definition.Append({.name = "x", .type = FieldType::kBoolean}); }),
+            ErrorNumber::kObjectInvalid);
+}
+
+TEST_F(OpenDatabaseTest, NewFilesNeedAFreeNameInAFolder) {
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.CreateDatabase(Path("no/log.mdb"), "", 0)); }),
+            ErrorNumber::kInvalidPath);
+  const std::string path = MakeLog();
+  const std::string before = ReadFile(path);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.CreateDatabase(path, "", 0)); }),
+            ErrorNumber::kFileExists);
+  EXPECT_TRUE(ReadFile(path) == before);
+}
+
+}  // namespace
+}  // namespace varnlog::dao

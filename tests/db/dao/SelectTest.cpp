@@ -1,0 +1,148 @@
+#include "db/dao/SelectShape.h"
+#include "tests/db/dao/EngineFixture.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+class SelectTest : public EngineTest {
+ protected:
+  SelectTest() : log_(Open(MakeLog())) {
+    FillLog(*workspace_, *log_, 4);
+    log_->Execute(
+        "UPDATE TXray SET tXraySName = 'O''Neil' WHERE rowid = 1;"
+        "UPDATE TXray SET tXraySName = 'Müller' WHERE rowid IN (2, 3)");
+  }
+
+  [[nodiscard]] ErrorNumber Opening(const std::string& source,
+                                    std::optional<RecordsetType> type = std::nullopt) {
+    return ErrorOf([&] { static_cast<void>(log_->OpenRecordset(source, type)); });
+  }
+  [[nodiscard]] std::string Value(const std::string& key) {
+    const auto rows = log_->OpenRecordset(
+        "SELECT TConfig.tCfgSKey, TConfig.tCfgSSet From TConfig WHERE (((TConfig.tCfgSKey)='" + key + "'));");
+    return rows->IsEOF() ? "none" : std::string(rows->Fields("tCfgSSet").Text());
+  }
+
+  std::shared_ptr<Database> log_;
+};
+
+TEST_F(SelectTest, EachSourceHasItsTypes) {
+  using enum RecordsetType;
+  const std::string fields = "SELECT tXraySName FROM TXray";
+  const std::string distinct = "SELECT DISTINCT tXraySName FROM TXray";
+  const std::string computed = "SELECT tXraySName & '!' AS Loud FROM TXray";
+  EXPECT_EQ(log_->OpenRecordset("TXRAY")->Type(), kTable);
+  EXPECT_EQ(log_->OpenRecordset("TXray", kDynaset)->Type(), kDynaset);
+  EXPECT_EQ(log_->OpenRecordset(fields)->Type(), kDynaset);
+  EXPECT_EQ(log_->OpenRecordset(fields, kSnapshot)->Type(), kSnapshot);
+  EXPECT_EQ(log_->OpenRecordset(distinct)->Type(), kSnapshot);
+  EXPECT_EQ(log_->OpenRecordset(computed)->Type(), kSnapshot);
+  EXPECT_EQ(Opening(fields, kTable), ErrorNumber::kNotSupported);
+  EXPECT_EQ(Opening(distinct, kDynaset), ErrorNumber::kNotSupported);
+  EXPECT_EQ(Opening(computed, kDynaset), ErrorNumber::kNotSupported);
+}
+
+TEST_F(SelectTest, WhatIsNoSelectStatementOfAKnownTableIsAnError) {
+  struct Case {
+    const char* source;
+    ErrorNumber number;
+  };
+  for (const auto& [source, number] :
+       {Case{"", ErrorNumber::kTableNotFound},
+        {"TNone", ErrorNumber::kTableNotFound},
+        {"sqlite_schema", ErrorNumber::kTableNotFound},
+        {"SELECT * FROM TNone", ErrorNumber::kTableNotFound},
+        {"SELECT * FROM sqlite_schema", ErrorNumber::kTableNotFound},
+        {"SELECT tNone FROM TXray", ErrorNumber::kTooFewParameters},
+        {"SELECT * FROM TXray WHERE rowid = 1", ErrorNumber::kTooFewParameters},
+        {"SELECT * FROM TXray WHERE tXraySName = 'O'Neil'", ErrorNumber::kSyntaxError},
+        {"SELECT * FROM TXray WHERE tXraySName = 'x", ErrorNumber::kSyntaxError},
+        {"SELECT * FROM TXray; DELETE FROM TXray", ErrorNumber::kSyntaxError},
+        {"SELECT * FROM TXray WHERE tXraySName = ''; DELETE FROM TXray --'", ErrorNumber::kSyntaxError},
+        {"SELECT * FROM TXray UNION SELECT * FROM TXray", ErrorNumber::kSyntaxError},
+        {"DELETE FROM TXray", ErrorNumber::kTableNotFound},
+        {"SELECT load_extension('x') FROM TXray", ErrorNumber::kSyntaxError}})
+    EXPECT_EQ(Opening(source), number) << source;
+  EXPECT_EQ(log_->OpenRecordset("TXray")->RecordCount(), 4);
+}
+
+// Statements of one shape share a translation, so that each must still get its own values.
+TEST_F(SelectTest, StatementsThatDifferInTheirTextsOnlyKeepThemApart) {
+  EXPECT_EQ(Value("DBVersion"), "1.1");
+  EXPECT_EQ(Value("ReadOnly"), "0");
+  EXPECT_EQ(Value("dbversion"), "1.1");
+  EXPECT_EQ(Value("Nothing"), "none");
+  EXPECT_EQ(Opening("SELECT * FROM TConfig WHERE tCfgSKey = 'O'Neil'"), ErrorNumber::kSyntaxError);
+  EXPECT_EQ(Value("O''Neil"), "none");
+  const auto count = [&](const std::string& where) {
+    const auto rows = log_->OpenRecordset("SELECT * FROM TXray WHERE " + where);
+    rows->Populate(1000);
+    return rows->RecordCount();
+  };
+  EXPECT_EQ(count("tXraySName = 'O''Neil'"), 1);
+  EXPECT_EQ(count("tXraySName = \"O'Neil\""), 1);
+  EXPECT_EQ(count("tXraySName='MÜLLER'"), 2);
+  EXPECT_EQ(count("tXraySName = 'P3' OR 'x' = 'x'"), 4);
+  EXPECT_EQ(count("tXraySName = 'P3' OR 'x' = 'y'"), 1);
+  EXPECT_EQ(count("tXraySName Like 'mü*' AND tXraySFirstname = 'anna'"), 2);
+  EXPECT_EQ(count("tXraySName Like 'p*' AND tXraySFirstname = 'anna'"), 1);
+  EXPECT_EQ(count("tXraySName = ''"), 0);
+}
+
+TEST_F(SelectTest, DynasetsOfOneShapeDoNotDisturbEachOther) {
+  const auto one = log_->OpenRecordset("SELECT * FROM TXray WHERE tXraySName = 'Müller'");
+  const auto two = log_->OpenRecordset("SELECT * FROM TXray WHERE tXraySName = 'P3'");
+  one->MoveLast();
+  two->MoveLast();
+  EXPECT_EQ(one->RecordCount(), 2);
+  EXPECT_EQ(two->RecordCount(), 1);
+  EXPECT_EQ(one->Fields("tXrayCulIntIDPk").Number(), 3);
+  EXPECT_EQ(two->Fields("tXrayCulIntIDPk").Number(), 4);
+}
+
+TEST_F(SelectTest, ComputedColumnsAndDistinctRowsAreSnapshots) {
+  const auto rows = log_->OpenRecordset(
+      "SELECT DISTINCT TXray.tXraySName, TXray.tXraySFirstname, TXray.tXrayDBirthday, "
+      "[tXraySName] & \", \" & [tXraySFirstname] AS FullName FROM TXray "
+      "WHERE ((([tXraySName] & \", \" & [tXraySFirstname]) Like 'm*'));");
+  ASSERT_EQ(rows->RecordCount(), 1);
+  EXPECT_EQ(rows->Fields("fullname").Text(), "Müller, Anna");
+  EXPECT_EQ(rows->Fields("tXrayDBirthday").Date(), *platform::DateTime::FromCivil(1970, 1, 1));
+  EXPECT_EQ(ErrorOf([&] { rows->Edit(); }), ErrorNumber::kNotSupported);
+  log_->Execute("DELETE FROM TXray");
+  EXPECT_EQ(rows->Fields("fullname").Text(), "Müller, Anna") << "a snapshot stays as it was taken";
+}
+
+TEST_F(SelectTest, ANewFieldIsFoundByStatementsThatWereRunBefore) {
+  const char* const sql = "SELECT * FROM TXray";
+  EXPECT_EQ(log_->OpenRecordset(sql)->FieldCount(), 25U);
+  log_->TableDefs("TXray").Append({.name = "tXraySNote", .type = FieldType::kText, .size = 9});
+  EXPECT_EQ(log_->OpenRecordset(sql)->FieldCount(), 26U);
+}
+
+TEST(SelectShapeTest, LiftsTheTextsBehindEqualsSigns) {
+  struct Case {
+    const char* sql;
+    std::vector<std::string> texts;
+  };
+  for (const auto& [sql, wanted] : {Case{"a='x'", {"x"}},
+                                    {"(a) = 'it''s' AND b = \"q\"\"q\"", {"it's", "q\"q"}},
+                                    {"a Like 'x*' AND [b='c'] = 'd'", {"d"}},
+                                    {"a=#1/2/2003# AND b>='z'", {"z"}},
+                                    {"'a'=b", {}}}) {
+    std::string shape;
+    std::vector<std::string> texts;
+    EXPECT_TRUE(LiftTexts(sql, shape, texts)) << sql;
+    EXPECT_EQ(texts, wanted) << sql;
+  }
+  std::string shape;
+  std::vector<std::string> texts;
+  for (const char* open : {"a='x", "a=\"x''", "[a", "#1/2/2003",
+                           "a='\x01"
+                           "1\x01'"})
+    EXPECT_FALSE(LiftTexts(open, shape, texts)) << open;
+}
+
+}  // namespace
+}  // namespace varnlog::dao

@@ -1,0 +1,173 @@
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "tests/db/dao/EngineFixture.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+class TransactionTest : public EngineTest {
+ protected:
+  TransactionTest() : path_(MakeLog()) {}
+
+  [[nodiscard]] std::int64_t RowCount() { return Open(path_)->OpenRecordset("TXray")->RecordCount(); }
+  [[nodiscard]] std::vector<std::string> Findings() { return Open(path_)->Check(); }
+
+  std::string path_;
+};
+
+TEST_F(TransactionTest, CommitKeepsAndRollbackUndoes) {
+  const auto log = Open(path_);
+  FillLog(*workspace_, *log, 5);
+  workspace_->BeginTrans();
+  AddExposure(*log->OpenRecordset("TXray"), {"Gone", "Soon", Minute(0), Minute(9)});
+  workspace_->Rollback();
+  EXPECT_EQ(RowCount(), 5);
+  workspace_->BeginTrans();
+  AddExposure(*log->OpenRecordset("TXray"), {"Stays", "Here", Minute(0), Minute(9)});
+  log->Close();
+  EXPECT_EQ(RowCount(), 5) << "closing commits nothing";
+}
+
+TEST_F(TransactionTest, TransactionsPair) {
+  const auto log = Open(path_);
+  EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), ErrorNumber::kInvalidTransaction);
+  EXPECT_EQ(ErrorOf([&] { workspace_->Rollback(); }), ErrorNumber::kInvalidTransaction);
+  workspace_->BeginTrans();
+  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kInvalidTransaction);
+  workspace_->Rollback();
+  workspace_->Close();
+  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kObjectInvalid);
+}
+
+TEST_F(TransactionTest, OneStationWaitsForTheOther) {
+  const auto log = Open(path_);
+  auto other = AnotherStation();
+  const auto otherLog = other.workspace->OpenDatabase(path_, false, false);
+  other.workspace->BeginTrans();
+  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kFileInUse)
+      << "after the lock retry time";
+  EXPECT_EQ(ErrorOf([&] {
+              AddExposure(*log->OpenRecordset("TXray"), {"A", "B", Minute(0), Minute(1)});
+            }),
+            ErrorNumber::kFileInUse);
+  engine_.SetOption(EngineOption::kLockDelay, 1000);
+  std::thread commits([&] {
+    AddExposure(*otherLog->OpenRecordset("TXray"), {"First", "One", Minute(0), Minute(0)});
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    other.workspace->CommitTrans();
+  });
+  workspace_->BeginTrans();  // waits
+  const bool sees = FindExposure(*log->OpenRecordset("TXray"), {"First", "One", Minute(0), Minute(0)});
+  workspace_->CommitTrans();
+  commits.join();
+  EXPECT_TRUE(sees);
+}
+
+TEST_F(TransactionTest, ReadersDoNotSeeWhatIsNotCommitted) {
+  const auto log = Open(path_);
+  const auto other = AnotherStation();
+  const auto otherLog = other.workspace->OpenDatabase(path_, false, false);
+  workspace_->BeginTrans();
+  AddExposure(*log->OpenRecordset("TXray"), {"A", "B", Minute(0), Minute(0)});
+  EXPECT_EQ(otherLog->OpenRecordset("TXray")->RecordCount(), 0);
+  EXPECT_EQ(log->OpenRecordset("TXray")->RecordCount(), 1);
+  workspace_->CommitTrans();
+  EXPECT_EQ(otherLog->OpenRecordset("TXray")->RecordCount(), 1);
+}
+
+TEST_F(TransactionTest, AFullDiskUndoesAllAndWritesNothingMore) {
+  const auto log = Open(path_);
+  FillLog(*workspace_, *log, 10);
+  log->Execute("PRAGMA max_page_count = 8");  // the storage meets its limit as it would meet the disk's
+  workspace_->BeginTrans();
+  const auto table = log->OpenRecordset("TXray");
+  ErrorNumber failure = ErrorNumber::kNone;
+  for (int i = 0; i < 5000 && failure == ErrorNumber::kNone; ++i)
+    failure = ErrorOf([&] { AddExposure(*table, {"P", std::to_string(i), Minute(0), Minute(100 + i)}); });
+  EXPECT_EQ(failure, ErrorNumber::kNotEnoughDiskSpace);
+  EXPECT_EQ(ErrorOf([&] {
+              AddExposure(*table, {"P", "X", Minute(0), Minute(1)});
+            }),
+            ErrorNumber::kInvalidTransaction)
+      << "not one row outside the transaction that was undone";
+  EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), ErrorNumber::kInvalidTransaction);
+  log->Close();
+  EXPECT_EQ(RowCount(), 10);
+  EXPECT_TRUE(Findings().empty());
+}
+
+// The child may not write more than this to a file; that is how a full disk looks to it.
+int RunWithFileLimit(std::uint64_t limit, const std::function<int()>& run) {
+  const pid_t child = fork();
+  if (child == 0) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit most{limit, limit};
+    if (setrlimit(RLIMIT_FSIZE, &most) != 0) _exit(99);
+    _exit(run());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 98;
+}
+
+TEST_F(TransactionTest, AFailingWriteLeavesTheLogAsItWas) {
+  FillLog(*workspace_, *Open(path_), 50);
+  const std::uint64_t size = std::filesystem::file_size(path_);
+  const int result = RunWithFileLimit(size + 20000, [&] {
+    auto station = AnotherStation();
+    const auto log = station.workspace->OpenDatabase(path_, false, false);
+    const ErrorNumber failure = ErrorOf([&] {
+      station.workspace->BeginTrans();
+      const auto table = log->OpenRecordset("TXray");
+      for (int i = 0; i < 20000; ++i)
+        AddExposure(*table, {"P", std::to_string(i), Minute(0), Minute(100 + i)});
+      station.engine->Idle(true);  // shows now what the commit would meet
+      station.workspace->CommitTrans();
+    });
+    return failure == ErrorNumber::kNotEnoughDiskSpace || failure == ErrorNumber::kDiskError ? 0 : 1;
+  });
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(RowCount(), 50);
+  EXPECT_TRUE(Findings().empty());
+}
+
+TEST_F(TransactionTest, AProcessKilledInTheMiddleLeavesTheLogAsItWas) {
+  FillLog(*workspace_, *Open(path_), 50);
+  for (int moment = 0; moment < 8; ++moment) {
+    const pid_t child = fork();
+    if (child == 0) {
+      auto station = AnotherStation();
+      const auto log = station.workspace->OpenDatabase(path_, false, false);
+      station.workspace->BeginTrans();
+      log->Execute("UPDATE TXray SET tXraySDr = 'half'");
+      const auto table = log->OpenRecordset("TXray");
+      for (int i = 0;; ++i) {
+        AddExposure(*table, {"P", std::to_string(i), Minute(0), Minute(100 + i)});
+        if (i % 50 == 0) station.engine->Idle(true);  // half of it is in the file already
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5 + 13 * moment));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    ASSERT_EQ(Open(path_)->OpenRecordset("SELECT * FROM TXray WHERE tXraySDr = 'half'")->RecordCount(), 0);
+    ASSERT_EQ(RowCount(), 50);
+    ASSERT_TRUE(Findings().empty());
+  }
+}
+
+TEST_F(TransactionTest, AReadOnlyDatabaseDoesNotHinderATransaction) {
+  const auto log = Open(path_);
+  const auto texts = Open(MakeLog("texts.mdb"), true);
+  workspace_->BeginTrans();
+  AddExposure(*log->OpenRecordset("TXray"), {"A", "B", Minute(0), Minute(0)});
+  workspace_->CommitTrans();
+  EXPECT_EQ(RowCount(), 1);
+}
+
+}  // namespace
+}  // namespace varnlog::dao
