@@ -83,7 +83,7 @@ class DefinitionReader {
   std::string Name(std::size_t& at) {
     const std::size_t length = isJet3_ ? reader_.U8(at) : reader_.U16(at);
     at += isJet3_ ? 1 : 2;
-    const std::string name = text_.Decode(reader_.Slice(at, length));
+    std::string name = text_.Decode(reader_.Slice(at, length));
     at += length;
     return name;
   }

@@ -50,11 +50,12 @@ class RowJudge {
   }
 
   void JudgeDate(const JetRow& row, DateTime taken) {
-    if (taken < kFirstExposure || taken >= kEndOfExposures) {
+    const std::int64_t second = taken.SecondsSinceEpoch();
+    if (second < kFirstExposure.SecondsSinceEpoch() || second >= kEndOfExposures.SecondsSinceEpoch()) {
       return Report(FaultKind::kImplausibleDate, row, ExposureColumns()[kTimestamp].name);
     }
-    if (!result_.first.IsSet() || taken < result_.first) result_.first = taken;
-    if (!result_.last.IsSet() || taken > result_.last) result_.last = taken;
+    if (!result_.first.IsSet() || second < result_.first.SecondsSinceEpoch()) result_.first = taken;
+    if (!result_.last.IsSet() || second > result_.last.SecondsSinceEpoch()) result_.last = taken;
   }
 
   void Report(FaultKind kind, const JetRow& row, std::string_view name) {

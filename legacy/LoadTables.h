@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+#include "db/dao/DBEngine.h"
+
+namespace varnlog::legacy {
+
+/// True when a file that begins with these bytes is a Jet database.
+[[nodiscard]] bool IsJetStart(std::string_view start);
+
+/// Makes the tables of a Jet file in the empty database `target` and fills them, so that an old database that
+/// is only read behaves like any other. A counter becomes the table's key; other indexes are not made.
+/// Columns of binary data are left out, money is a text.
+///
+/// Throws dao::EngineError: kFileNotFound when the file cannot be read, kUnrecognisedFormat, and kDamaged
+/// with the place when anything in it cannot be read, for rows must never be missing unnoticed.
+void LoadTables(const std::filesystem::path& jetFile, dao::Database& target);
+
+}  // namespace varnlog::legacy
