@@ -45,7 +45,11 @@ function(varnlog_program name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE varnlog::options ${ARG_DEPENDS})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VARNLOG_PROGRAM_DIR})
+  add_dependencies(program_folder ${name} program_databases)
 endfunction()
+
+# Everything that the program folder is made of, without tests and benchmarks.
+add_custom_target(program_folder)
 
 # varnlog_windows(NAME SOURCES ... DEPENDS ...): the windows of a folder, apart from its logic so that varnlogctl
 # never links them.
