@@ -28,6 +28,8 @@ void RunUpdateCommand(Session& session, const Options& options, Output& output);
 void AddListOptions(CLI::App& command, Options& options);
 void ValidateSelection(const Options& options);
 void RunListCommand(Session& session, const Options& options, Output& output);
+void AddReportOptions(CLI::App& command, Options& options);
+void RunReportCommand(Session& session, const Options& options, Output& output);
 void RunCheckCommand(Session& session, const Options& options, Output& output);
 void RunCompactCommand(Session& session, const Options& options, Output& output);
 void RunRepairCommand(Session& session, const Options& options, Output& output);

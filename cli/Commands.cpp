@@ -10,6 +10,10 @@ constexpr std::array kCommands = {
     Command{"update", "take the exposures that the imaging suite reported into the log", nullptr, nullptr,
             RunUpdateCommand},
     Command{"list", "print rows of the log", AddListOptions, ValidateSelection, RunListCommand},
+#ifdef VARNLOG_HAS_REPORT  // not in a build without Qt
+    Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,
+            RunReportCommand},
+#endif
     Command{"check", "verify the log file", nullptr, nullptr, RunCheckCommand},
     Command{"compact", "rewrite the log file without the room that it no longer needs", nullptr, nullptr,
             RunCompactCommand},

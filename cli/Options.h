@@ -24,6 +24,7 @@ struct Options {
   std::string patient;
   ListFormat format = ListFormat::kTable;
   bool display = false;
+  std::string output;  // the report's file
 };
 
 /// Adds the options that every command takes.

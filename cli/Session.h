@@ -57,6 +57,9 @@ class Session {
   /// Shows the text of `key` with $name$ replaced by `value`, then throws JobError.
   [[noreturn]] void Fail(db::TextKey key, std::string_view name = {}, std::string_view value = {});
 
+  /// Shows `message`, then throws JobError.
+  [[noreturn]] void FailWith(const std::string& message);
+
   /// Says that the log could not be opened, and why, then throws JobError. `error` is the engine's number.
   [[noreturn]] void FailToOpen(std::int32_t error);
 
@@ -69,7 +72,6 @@ class Session {
   [[nodiscard]] const platform::ShortDate& shortDate() const { return shortDate_; }
 
  private:
-  [[noreturn]] void FailWith(const std::string& message);
   void EnterProgramFolder();
   void ChooseLanguage();
 

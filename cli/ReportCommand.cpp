@@ -1,0 +1,72 @@
+#include <filesystem>
+
+#include "cli/Command.h"
+#include "logview/Selection.h"
+#include "platform/Files.h"
+#include "report/PdfReport.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+/// Rows are read twice, once for finding the pages and once for drawing them; drawing takes nearly all the
+/// time, so that alone moves the bar.
+class PageProgress final : public report::ReportProgress {
+ public:
+  explicit PageProgress(TerminalDialog& user) : user_(user) {}
+
+  bool Counting(std::int64_t /*rowsDone*/, std::int64_t /*rows*/) override { return true; }
+  bool Painting(int page, int pages) override {
+    user_.SetRecordCount(pages * kRowsPerPage);
+    user_.Advance(page * kRowsPerPage);
+    return true;
+  }
+
+ private:
+  static constexpr std::int64_t kRowsPerPage = 64;  // the bar moves no more often
+
+  TerminalDialog& user_;
+};
+
+/// While the current folder is still the user's own.
+std::string FromCurrentFolder(const std::string& path) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(platform::ToPath(path), error);
+  return error ? path : platform::FromPath(absolute);
+}
+
+void SaveReport(Session& session, dao::Recordset& rows, const std::string& headline,
+                const std::string& file) {
+  const report::DrawingWithoutDisplay drawing;
+  PageProgress progress(session.user());
+  const report::ReportJob job = report::BeginReport(session.texts(), session.globals().SiteGl, headline,
+                                                    session.clock().Today(), session.shortDate(), rows);
+  if (!report::SaveReportAsPdf(job, file, progress)) throw JobError("");
+}
+
+}  // namespace
+
+void AddReportOptions(CLI::App& command, Options& options) {
+  AddSelectionOptions(command, options);
+  command.add_option("--output", options.output, "the PDF file to write")
+      ->required()
+      ->transform(FromCurrentFolder)
+      ->option_text("FILE.pdf");
+}
+
+void RunReportCommand(Session& session, const Options& options, Output& /*output*/) {
+  SetSelection(session.globals(), options, session.shortDate());
+  session.InstallLog();
+  session.OpenLog(Session::Access::kRead);
+  const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
+  const auto rows = session.Log().OpenRecordset(selection.sql);
+  try {
+    SaveReport(session, *rows, selection.headline, options.output);
+  } catch (const dao::EngineError&) {
+    throw;
+  } catch (const std::exception& error) {
+    session.FailWith(report::ReportErrorText(session.texts(), error));
+  }
+}
+
+}  // namespace varnlog::cli
