@@ -1,0 +1,36 @@
+#include "bench/Claims.h"
+
+namespace varnlog::bench {
+
+namespace {
+
+constexpr Ratio kClaims[] = {
+    {"read and parse 100,000 records / raw insert", "Parse/100000", "RawFresh/100000", 0.22},
+    {"read and parse 1,000,000 records / raw insert", "Parse/1000000", "RawFresh/1000000", 0.22},
+    {"update with 100,000 fresh records / raw insert", "Fresh/100000", "RawFresh/100000", 1.8},
+    {"update with 1,000,000 fresh records / raw insert", "Fresh/1000000", "RawFresh/1000000", 1.8},
+    {"10,000 recent records into 100,000 / raw insert", "RecentIntoFull/100000", "RawRecent/10000", 2.2},
+    {"10,000 recent records into 1,000,000 / raw insert", "RecentIntoFull/1000000", "RawRecent/10000", 2.2},
+    {"10,000 recent records: into 1,000,000 / into 100,000", "RecentIntoFull/1000000",
+     "RecentIntoFull/100000", 1.2},
+    {"100,000 records once more / raw insert", "SameAgain/100000", "RawFresh/100000", 0.8},
+    {"1,000,000 records once more / raw insert", "SameAgain/1000000", "RawFresh/1000000", 0.8},
+    {"first 60 of 1,000,000 rows / of 10,000 rows", "OpenAndReadPage/1000000", "OpenAndReadPage/10000", 1.5},
+    {"all ids of 1,000,000 rows / bare statement", "AllIds/1000000", "BareIds/1000000", 1.3},
+    {"jump and read 60 rows / bare statements", "JumpAndReadPage/1000000", "BarePage/1000000", 1.5},
+    {"100,000 texts looked up / bare prepared query", "GetText", "BareText", 1.5},
+    {"sort by patient / bare scan of the names", "SortByPatient", "BareNameScan", 4.0},
+    {"sort by patient / ORDER BY with the collation", "SortByPatient", "BareSort", 0.45},
+    {"sort by a column with few values / bare scan", "SortByType", "BareTypeScan", 1.8},
+    {"patient search, first answer / bare scan", "PatientSearchFirst", "BareNameScan", 1.3},
+    {"patient search, further answers / bare scan", "PatientSearchAgain", "BareNameScan", 0.05},
+    {"period and type / bare statement", "PeriodAndType", "BarePeriodAndType", 1.2},
+};
+
+}  // namespace
+
+std::span<const Ratio> Claims() {
+  return kClaims;
+}
+
+}  // namespace varnlog::bench
