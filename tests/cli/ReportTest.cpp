@@ -1,0 +1,232 @@
+#ifdef VARNLOG_HAS_REPORT
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/Installation.h"
+#include "tests/cli/PdfText.h"
+#include "tools/exchange/ExposureGenerator.h"
+
+namespace varnlog::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+std::string ReadAll(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// Records separated by line ends that stand in no quotes.
+std::vector<std::vector<std::string>> ReadCsv(const std::string& csv) {
+  std::vector<std::vector<std::string>> rows(1);
+  std::string value;
+  bool quoted = false;
+  char before = 0;
+  for (const char c : csv) {
+    if (c == '"') {
+      if (!quoted && before == '"') value += '"';  // doubled inside quotes
+      quoted = !quoted;
+    } else if (!quoted && (c == ',' || c == '\n')) {
+      rows.back().push_back(std::exchange(value, {}));
+      if (c == '\n') rows.emplace_back();
+    } else if (quoted || c != '\r') {
+      value += c;
+    }
+    before = c;
+  }
+  rows.pop_back();
+  rows.erase(rows.begin());  // the headings
+  return rows;
+}
+
+std::string WithoutLeadingZeros(const std::string& date) {
+  const auto part = [](const std::string& digits) { return std::to_string(std::stoi(digits)); };
+  return part(date.substr(0, 2)) + "." + part(date.substr(3, 2)) + date.substr(5);
+}
+
+/// A row of the list as the report shows it: its own order of columns, the time beside the date, birth dates
+/// without leading zeros, and an unknown pregnancy in words. `stamp` is the stored date and time.
+std::string AsReported(const std::vector<std::string>& row, const std::string& stamp) {
+  const std::string time = stamp.substr(11) == "00:00:00" ? "" : stamp.substr(10);
+  const auto star = row[2].rfind('*') + 1;
+  const std::string patient = row[2].substr(0, star) + WithoutLeadingZeros(row[2].substr(star));
+  const std::string pregnancy = row[3].empty() ? "Unbekannt" : row[3];
+  std::string text;
+  for (const std::string& value : {row[0], row[1] + time, patient, pregnancy, row[11], row[4], row[5], row[6],
+                                   row[7], row[8], row[10], row[12], row[9]}) {
+    text += value + " ";
+  }
+  return text;
+}
+
+/// The text of a key in all languages.
+std::vector<std::string> TextsOf(const std::string& key) {
+  std::ifstream table(fs::path(VARNLOG_SOURCE_DIR) / "resources" / "texts.tsv");
+  std::vector<std::string> texts;
+  for (std::string line; std::getline(table, line);) {
+    std::istringstream cells(line);
+    std::string cell;
+    if (!std::getline(cells, cell, '\t') || cell != key) continue;
+    while (std::getline(cells, cell, '\t')) texts.push_back(cell);
+  }
+  return texts;
+}
+
+class ReportTest : public testing::Test {
+ protected:
+  ReportTest() : installation_("report") {}
+
+  void Logs(std::int64_t count) {
+    tools::GeneratorOptions options;
+    options.count = count;
+    options.invalidPercent = 0;
+    tools::ExposureGenerator generator(options);
+    std::vector<tools::Exposure> exposures;
+    for (std::int64_t i = 0; i < count; ++i) exposures.push_back(generator.Next());
+    installation_.Reports(exposures);
+    EXPECT_EQ(installation_.Ctl("update").status, 0);
+  }
+
+  void Comments(const std::string& sql) {
+    installation_.WithLog(false, [&sql](dao::Database& log) { log.Execute(sql); });
+  }
+
+  [[nodiscard]] fs::path Pdf() const { return installation_.suite() / "bericht ü.pdf"; }
+  [[nodiscard]] Ended Report(const std::string& selection) const {
+    return installation_.Ctl("report " + selection + " --output '" + Pdf().string() + "'");
+  }
+
+  /// Every line of the list stands in the report, in the same order and with the same values.
+  void ExpectSameAsList(const std::string& selection) {
+    ASSERT_EQ(Report(selection).status, 0);
+    const auto shown = ReadCsv(installation_.Ctl("list --display --format csv " + selection).out);
+    const auto stored = ReadCsv(installation_.Ctl("list --format csv " + selection).out);
+    const std::vector<ReportedRow> reported = ReportedRows(Pdf(), installation_);
+    ASSERT_EQ(reported.size(), shown.size()) << selection;
+    constexpr std::size_t kTimeStamp = 7;
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+      const std::string expected = AsReported(shown[i], stored[i][kTimeStamp]);
+      if (reported[i].lines == 1) {
+        EXPECT_EQ(reported[i].text, SingleBlanks(expected));
+      } else {
+        EXPECT_EQ(Letters(reported[i].text), Letters(expected)) << expected;
+      }
+    }
+  }
+
+  Installation installation_;
+};
+
+TEST_F(ReportTest, ShowsRowByRowWhatTheListShows) {
+  Logs(300);
+  Comments("UPDATE TXray SET tXraySComment = 'gut (\"Zitat\", {dao.x}; 100%)' WHERE tXrayCulIntIDPk % 7 = 0");
+  Comments(
+      "UPDATE TXray SET tXraySComment = 'eine lange Bemerkung mit' || char(13) || char(10) || "
+      "'Zeilenwechsel, die nicht in eine Zeile passt' WHERE tXrayCulIntIDPk % 11 = 0");
+  Comments("UPDATE TXray SET tXraySPreg = 'J', tXraySDiagRetry = 'Wdh.' WHERE tXrayCulIntIDPk % 13 = 0");
+  Comments("UPDATE TXray SET tXrayTs = '2015-01-20 00:00:00' WHERE tXrayCulIntIDPk = 100");
+  for (const char* selection :
+       {"", "--from 05.01.2015 --to 15.01.2015", "--from 1.1.2015 --to 31.12.2015 --type XP"})
+    ExpectSameAsList(selection);
+}
+
+TEST_F(ReportTest, APdfHasATitleItsFontsAndAFooterOnEachPage) {
+  Logs(200);
+  ASSERT_EQ(Report("").status, 0);
+  const std::string quoted = " '" + Pdf().string() + "'";
+  EXPECT_THAT(installation_.Shell("pdfinfo" + quoted).out,
+              HasSubstr("Röntgenkontrollbuch: alle Patienten, alle Bilder"));
+  const std::string fonts = installation_.Shell("pdffonts" + quoted).out;
+  EXPECT_THAT(fonts, HasSubstr(" yes "));
+  EXPECT_THAT(fonts, testing::Not(HasSubstr(" no  no")));
+  const std::vector<std::string> pages = PdfPages(Pdf(), installation_);
+  ASSERT_GT(pages.size(), 2U);
+  for (std::size_t i = 0; i < pages.size(); ++i) {
+    EXPECT_THAT(pages[i], HasSubstr("Praxis Dr. Weiß"));
+    EXPECT_THAT(pages[i], HasSubstr("Bemerkung"));
+    EXPECT_THAT(pages[i], HasSubstr("Gedruckt: "));
+    EXPECT_THAT(pages[i], HasSubstr("Kalvero Röntgenkontrollbuch"));
+    EXPECT_THAT(pages[i],
+                HasSubstr("Seite " + std::to_string(i + 1) + " von " + std::to_string(pages.size())));
+  }
+}
+
+TEST_F(ReportTest, AnEmptySelectionSaysSoInEveryLanguage) {
+  const std::vector<std::string> texts = TextsOf("DRS_EMPTY");
+  const std::vector<std::string> languages = {"D", "GB", "E", "I", "F", "NL", "CYR"};
+  ASSERT_EQ(texts.size(), languages.size());
+  for (std::size_t i = 0; i < languages.size(); ++i) {
+    installation_.SetLanguage(languages[i]);
+    ASSERT_EQ(Report("").status, 0) << languages[i];
+    const std::vector<std::string> pages = PdfPages(Pdf(), installation_);
+    ASSERT_EQ(pages.size(), 1U);
+    EXPECT_THAT(pages[0], HasSubstr(texts[i]));
+    EXPECT_THAT(pages[0], HasSubstr("mGy * cm 2")) << languages[i];
+    EXPECT_THAT(pages[0], HasSubstr("Praxis Dr. Weiß")) << languages[i];
+  }
+}
+
+TEST_F(ReportTest, NamesAreRelativeToTheUsersFolder) {
+  const fs::path folder = installation_.suite() / "anderswo";
+  fs::create_directories(folder);
+  const Ended ended = installation_.Shell("cd '" + folder.string() + "' && " + installation_.CtlCommand() +
+                                          " report --output a.pdf");
+  EXPECT_EQ(ended.status, 0) << ended.err;
+  EXPECT_EQ(ended.err, "");
+  EXPECT_TRUE(fs::exists(folder / "a.pdf"));
+}
+
+TEST_F(ReportTest, NeedsNeitherDisplayNorHome) {
+  const Ended ended =
+      installation_.Shell("env -i QT_QPA_PLATFORM=xcb DISPLAY=:77 " + installation_.CtlCommand() +
+                          " report --output '" + Pdf().string() + "'");
+  EXPECT_EQ(ended.status, 0) << ended.err;
+  EXPECT_EQ(PdfPages(Pdf(), installation_).size(), 1U);
+}
+
+TEST_F(ReportTest, AFailureLeavesTheOldFileAndSaysWhy) {
+  Logs(300);
+  Installation::Write(Pdf(), "the old report");
+  const std::string target = Pdf().string();
+  const struct {
+    const char* why;
+    std::string before;
+    std::string output;
+  } rows[] = {
+      {"no such folder", "", installation_.suite().string() + "/nowhere/a.pdf"},
+      {"a folder", "", installation_.suite().string()},
+      {"a device", "", "/dev/null"},
+      // What a full disk does, for a file of more than a few kilobytes.
+      {"no room", "trap '' XFSZ; ulimit -f 8; ", target},
+  };
+  for (const auto& row : rows) {
+    const Ended ended = installation_.Shell(row.before + installation_.CtlCommand() + " report --output '" +
+                                            row.output + "'");
+    EXPECT_EQ(ended.status, 1) << row.why;
+    EXPECT_THAT(ended.err, HasSubstr("Der Bericht konnte nicht gespeichert werden: " + row.output))
+        << row.why;
+  }
+  EXPECT_EQ(ReadAll(Pdf()), "the old report");
+  EXPECT_FALSE(fs::is_regular_file("/dev/null"));
+  for (const auto& entry : fs::directory_iterator(installation_.suite()))
+    EXPECT_TRUE(entry.path() == Pdf() ||
+                entry.path().filename().string().find("bericht") == std::string::npos)
+        << entry.path() << " was left behind";
+}
+
+TEST_F(ReportTest, WithoutAFileItIsWrongUsage) {
+  EXPECT_EQ(installation_.Ctl("report").status, 2);
+  EXPECT_EQ(installation_.Ctl("report --type XI --output x.pdf").status, 2);
+}
+
+}  // namespace
+}  // namespace varnlog::cli
+
+#endif
