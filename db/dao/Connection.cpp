@@ -29,17 +29,12 @@ void PrepareStorage() {
   static_cast<void>(configured);
 }
 
-std::string ReadHeader(sqlite3* handle) {
+// The file as the storage has it open. Opening it a second time and closing that would drop the locks of all
+// connections of the process on some systems.
+sqlite3_file& OpenFile(sqlite3* handle) {
   sqlite3_file* file = nullptr;
   sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
-  sqlite3_int64 size = 0;
-  if (file == nullptr || file->pMethods == nullptr) return {};
-  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) return {};
-  std::string header(static_cast<std::size_t>(std::min<sqlite3_int64>(size, kHeaderSize)), '\0');
-  if (header.empty()) return header;
-  const int result = file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0);
-  if (result != SQLITE_OK) header.clear();
-  return header;
+  return *file;
 }
 
 }  // namespace
@@ -115,7 +110,7 @@ void Connection::OpenHandle(int flags) {
 }
 
 void Connection::CheckHeader() {
-  const std::string header = ReadHeader(handle_);
+  const std::string header = ReadBytes(0, kHeaderSize);
   RequireDatabaseHeader(header, path_);
   if (HasSharedMemoryJournal(header)) LeaveSharedMemoryJournal();
 }
@@ -205,10 +200,26 @@ int Connection::OnBusy(void* connection, int attempt) {
   return 1;
 }
 
+std::int64_t Connection::FileLength() const {
+  sqlite3_file& file = OpenFile(Handle());
+  sqlite3_int64 length = 0;
+  if (file.pMethods == nullptr || file.pMethods->xFileSize(&file, &length) != SQLITE_OK) return 0;
+  return length;
+}
+
+std::string Connection::ReadBytes(std::int64_t offset, std::size_t count) const {
+  const std::int64_t there = std::max<std::int64_t>(0, FileLength() - offset);
+  std::string bytes(std::min(count, static_cast<std::size_t>(there)), '\0');
+  if (bytes.empty()) return bytes;
+  sqlite3_file& file = OpenFile(handle_);
+  if (file.pMethods->xRead(&file, bytes.data(), static_cast<int>(bytes.size()), offset) != SQLITE_OK)
+    bytes.clear();
+  return bytes;
+}
+
 Connection::Stamp Connection::CurrentStamp() {
-  sqlite3_file* file = nullptr;
-  sqlite3_file_control(Handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
-  file->pMethods->xRead(file, &fileChanges_, sizeof fileChanges_, kChangeCounterOffset);
+  sqlite3_file& file = OpenFile(Handle());
+  file.pMethods->xRead(&file, &fileChanges_, sizeof fileChanges_, kChangeCounterOffset);
   fileChangesRead_ = std::chrono::steady_clock::now();
   return {fileChanges_, OwnChanges(), epoch_};
 }

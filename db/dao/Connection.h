@@ -104,6 +104,9 @@ class Connection {
   void ApplyOptions();
   /// Writes what an open transaction has changed so far, ahead of its commit.
   void WriteAhead();
+  /// Bytes of the file as they are on the disk; fewer at its end and where they cannot be read.
+  [[nodiscard]] std::string ReadBytes(std::int64_t offset, std::size_t count) const;
+  [[nodiscard]] std::int64_t FileLength() const;
   /// Gives cached pages back to the system unless a transaction is open.
   void ReleaseMemory();
   /// Pages found in the cache since the file was opened.

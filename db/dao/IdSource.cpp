@@ -8,17 +8,6 @@
 
 namespace varnlog::dao {
 
-namespace {
-
-void BindView(Statement& statement, int parameter, const CellView& value) {
-  if (value.kind == CellKind::kInteger) return statement.Bind(parameter, value.integer);
-  if (value.kind == CellKind::kReal) return statement.Bind(parameter, value.real);
-  if (value.kind == CellKind::kText) return statement.Bind(parameter, value.text);
-  statement.BindNull(parameter);
-}
-
-}  // namespace
-
 bool ComputedIds::Fetch(std::size_t /*rows*/, std::vector<std::int64_t>& ids) {
   if (ids.empty())
     ids = std::move(ids_);
@@ -83,7 +72,7 @@ Statement& StatementIds::EqualToLast() {
   const std::string behind = select_->parsed.orderBy.front().descending ? " < ?" : " > ?";
   Statement& ids =
       Bound(OrderField() + " = ?" + std::to_string(key) + " AND rowid" + behind + std::to_string(key + 1));
-  BindView(ids, key, lastKey_.At(0, 0));
+  ids.Bind(key, lastKey_.At(0, 0));
   ids.Bind(key + 1, lastId_);
   return ids;
 }
@@ -97,7 +86,7 @@ Statement& StatementIds::BehindLast() {
   }
   const bool descending = select_->parsed.orderBy.front().descending;
   Statement& ids = Bound(OrderField() + (descending ? " < ?" : " > ?") + std::to_string(key));
-  BindView(ids, key, lastKey_.At(0, 0));
+  ids.Bind(key, lastKey_.At(0, 0));
   return ids;
 }
 

@@ -8,20 +8,6 @@ namespace varnlog::dao {
 
 namespace {
 
-void BindCell(Statement& statement, int parameter, const CopyBuffer::Cell& cell) {
-  switch (cell.kind) {
-    case CellKind::kInteger:
-      return statement.Bind(parameter, cell.integer);
-    case CellKind::kReal:
-      return statement.Bind(parameter, cell.real);
-    case CellKind::kText:
-      return statement.Bind(parameter, std::string_view(cell.text));
-    case CellKind::kNull:
-    case CellKind::kDeleted:
-      return statement.BindNull(parameter);
-  }
-}
-
 void SetDefault(CopyBuffer::Cell& cell, const Value& value) {
   cell.kind = CellKind::kNull;
   cell.text.clear();
@@ -101,7 +87,7 @@ void RowWriter::BindForInsert(const CopyBuffer& buffer) {
     }
     if (wanted == bound_[i] && cell.kind != CellKind::kReal) continue;
     bound_[i] = {};
-    BindCell(insert, static_cast<int>(i) + 1, cell);
+    insert.Bind(static_cast<int>(i) + 1, cell.View());
     bound_[i] = wanted;
   }
 }
@@ -161,7 +147,7 @@ void RowWriter::Change(CopyBuffer& buffer) {
   Statement& update = UpdateStatement(buffer);
   int parameter = 0;
   for (std::size_t i = 0; i < buffer.size(); ++i)
-    if (buffer[i].isChanged) BindCell(update, ++parameter, buffer[i]);
+    if (buffer[i].isChanged) update.Bind(++parameter, buffer[i].View());
   update.Bind(parameter + 1, editedRow_);
   update.Run();
   if (sqlite3_changes(connection_->Handle()) == 0) ThrowDeleted();

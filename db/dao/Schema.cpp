@@ -21,8 +21,8 @@ struct TypeName {
 
 constexpr TypeName kTypeNames[] = {
     {"yesno", FieldType::kBoolean}, {"datetime", FieldType::kDate}, {"long", FieldType::kLong},
-    {"integer", FieldType::kLong},  {"double", FieldType::kDouble}, {"real", FieldType::kDouble},
-    {"text", FieldType::kMemo},     {"memo", FieldType::kMemo},
+    {"integer", FieldType::kLong},  {"int", FieldType::kLong},      {"double", FieldType::kDouble},
+    {"real", FieldType::kDouble},   {"text", FieldType::kMemo},     {"memo", FieldType::kMemo},
 };
 
 // "TEXT(32)" is a text of at most 32 characters, "TEXT" a memo; what another program declared otherwise is

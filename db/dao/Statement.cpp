@@ -71,6 +71,13 @@ void Statement::Bind(int parameter, std::string_view text) {
   CheckBound(sqlite3_bind_text64(handle_, parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8));
 }
 
+void Statement::Bind(int parameter, const CellView& value) {
+  if (value.kind == CellKind::kInteger) return Bind(parameter, value.integer);
+  if (value.kind == CellKind::kReal) return Bind(parameter, value.real);
+  if (value.kind == CellKind::kText) return Bind(parameter, value.text);
+  BindNull(parameter);
+}
+
 bool Statement::Step() {
   RequireOpen();
   const int result = sqlite3_step(handle_);

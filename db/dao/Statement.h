@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "db/dao/RowSet.h"
+
 struct sqlite3_stmt;
 
 namespace varnlog::dao {
@@ -33,6 +35,7 @@ class Statement {
   void Bind(int parameter, std::int64_t number);
   void Bind(int parameter, double number);
   void Bind(int parameter, std::string_view text);
+  void Bind(int parameter, const CellView& value);
 
   /// True when there is a row; at the end, and before an error is thrown, the statement is reset.
   bool Step();

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <random>
 #include <set>
 #include <signal.h>
 #include <sys/resource.h>
@@ -182,6 +183,59 @@ TEST_F(MaintenanceTest, RepairGoesOnAfterSeveralDamagedPages) {
   Damage(path_, PageOfRow("P800") * kPage, kPage);
   engine_.RepairDatabase(path_);
   EXPECT_TRUE(fs::exists(path_ + ".damaged2")) << "an earlier damaged file is kept, too";
+}
+
+// The page that leads to all others of the table: the rows are found on their own pages.
+TEST_F(MaintenanceTest, RepairFindsRowsThatNothingLeadsTo) {
+  const auto before = Ids(path_);
+  const auto log = Open(path_);
+  log->Execute(
+      "UPDATE TXray SET tXraySDr = 'Dr. Weiß', tXrayBEdDr = 1, tXrayCulIntIDPk = 500000 WHERE rowid = 77");
+  log->Execute("CREATE TABLE roots AS SELECT rootpage FROM sqlite_schema WHERE name = 'TXray'");
+  const auto page = log->OpenRecordset("SELECT rootpage FROM roots")->Fields(0).Number();
+  log->Close();
+  Damage(path_, static_cast<std::uint64_t>(page - 1) * kPage, kPage, '\x13');
+  EXPECT_FALSE(Open(path_)->Check().empty());
+  engine_.RepairDatabase(path_);
+  auto wanted = before;
+  wanted.erase(77);
+  wanted.insert(500000);
+  EXPECT_EQ(Ids(path_), wanted);
+  const auto mended = Open(path_);
+  EXPECT_TRUE(mended->Check().empty());
+  const auto table = mended->OpenRecordset("TXray");
+  ASSERT_TRUE(FindExposure(*table, {"P76", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(76)}));
+  EXPECT_EQ(table->Fields("tXraySDr").Text(), "Dr. Weiß");
+  EXPECT_TRUE(table->Fields("tXrayBEdDr").Boolean());
+  EXPECT_FALSE(table->Fields("tXrayBEdType").IsNull());
+  EXPECT_TRUE(table->Fields("tXraySComment").IsNull());
+}
+
+// Whatever a bad disk does to the file, a repair ends, and what it leaves is sound or the file as it was.
+TEST_F(MaintenanceTest, RepairEndsWellWhateverIsDamaged) {
+  const std::string sound = ReadFile(path_);
+  std::mt19937 random(20240302);
+  for (int round = 0; round < 60; ++round) {
+    WriteFile("log.mdb", sound);
+    for (int wound = 0; wound < 1 + round % 4; ++wound) {
+      const std::uint64_t at = random() % (sound.size() - 600);
+      Damage(path_, at, 1 + random() % 600, static_cast<char>(random()));
+    }
+    const std::string damaged = ReadFile(path_);
+    const ErrorNumber result = ErrorOf([&] { engine_.RepairDatabase(path_); });
+    if (result == ErrorNumber::kNone) {
+      EXPECT_EQ(ErrorOf([&] { EXPECT_TRUE(Open(path_)->TableNames().size() > 0) << round; }),
+                ErrorNumber::kNone)
+          << round;
+    } else {
+      EXPECT_TRUE(ReadFile(path_) == damaged) << round << ", error " << static_cast<int>(result);
+    }
+    for (const std::string& name : FilesInFolder())
+      if (name != "log.mdb" && name != "system.mdw") {
+        EXPECT_EQ(name, "log.mdb.damaged") << round;
+        fs::remove(folder_ / name);
+      }
+  }
 }
 
 TEST_F(MaintenanceTest, RepairOfWhatCannotBeReadChangesNothing) {
