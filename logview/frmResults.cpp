@@ -1,9 +1,12 @@
 #include "logview/frmResults.h"
 
+#include <algorithm>
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QVBoxLayout>
 
+#include "db/modCommon.h"
 #include "logview/CRGBColorINI.h"
 #include "logview/Columns.h"
 #include "logview/EditRules.h"
@@ -20,8 +23,11 @@ namespace {
 // A slice takes a few milliseconds, so that keys and mouse are answered while a million rows are counted.
 constexpr std::int64_t kRowsPerSlice = 20'000;
 
-/// Widths until the user changes them, in characters of the view's font.
-constexpr int kDefaultCharacters[kColumnCount] = {7, 12, 34, 10, 7, 11, 8, 7, 7, 11, 10, 14, 36};
+/// Widths until the user changes them, in digits of the view's font; never less than the heading needs.
+constexpr int kDefaultDigits[kColumnCount] = {7, 11, 32, 11, 5, 6, 7, 6, 6, 9, 11, 13, 34};
+
+// Margins, and the mark of the sorted column.
+constexpr int kHeadingExtra = 30;
 
 class HourGlass {
  public:
@@ -116,7 +122,8 @@ void frmResults::BuildColumns() {
     const Column& column = kColumns.at(static_cast<std::size_t>(i));
     ui::GridColumn shown;
     shown.heading = ui::ToQString(ColumnHeading(i, context_.texts));
-    shown.width = fontMetrics().averageCharWidth() * kDefaultCharacters[i];
+    shown.width = std::max(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kDefaultDigits[i],
+                           fontMetrics().horizontalAdvance(shown.heading) + kHeadingExtra);
     shown.editable = !column.field.empty();
     const bool isNumber = i == kNumberColumn || (i > kRegionColumn && i <= kDoseColumn);
     shown.alignment = isNumber ? Qt::AlignRight : Qt::AlignLeft;
@@ -139,9 +146,10 @@ void frmResults::LimitInput() {
 
 void frmResults::InitData() {
   const SelectionView view = BuildSelection(context_.globals, context_.texts, context_.shortDate);
+  // The frame shows this behind the headline, in brackets.
+  setWindowTitle(ui::ToQString(db::FileNamePart(context_.globals.strDataFileGl)));
   if (!view.headline.empty()) {
     host_.SetCaption(view.headline);
-    setWindowTitle(ui::ToQString(view.headline));
     setWindowIcon(host_.PictureOf(view.icon));
   }
   (void)OpenRows(view.sql);
