@@ -61,7 +61,8 @@ void ListEditor::hidePopup() {
   QTimer::singleShot(0, this, [this] {
     if (list_ != List::kClosing) return;
     list_ = List::kDone;
-    emit Dismissed();
+    // An editor that was put away takes its list with it; there is nothing left to close.
+    if (isVisible()) emit Dismissed();
   });
 }
 

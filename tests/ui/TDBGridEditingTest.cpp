@@ -231,6 +231,23 @@ TEST_F(TDBGridEditingTest, ARefusedListStaysClosed) {
   EXPECT_EQ(rows_.buttons, std::vector<int>{3}) << "a cell that can never be edited has no button";
 }
 
+QStringList warnings;
+
+TEST_F(TDBGridEditingTest, CancellingPutsAnOpenListAwayOnce) {
+  Shows(100);
+  ClicksButton(2, 3);
+  ASSERT_NE(List(), nullptr);
+  warnings.clear();
+  const auto previous = qInstallMessageHandler(
+      [](QtMsgType, const QMessageLogContext&, const QString& text) { warnings << text; });
+  grid_.CancelEdit();
+  Settle();
+  qInstallMessageHandler(previous);
+  EXPECT_TRUE(warnings.filter("closeEditor").isEmpty()) << warnings.join('\n').toStdString();
+  EXPECT_EQ(List(), nullptr);
+  EXPECT_TRUE(rows_.written.empty());
+}
+
 TEST_F(TDBGridEditingTest, ALetterPreselectsAndEnterStores) {
   Shows(100);
   grid_.SetCurrentCell(1, 3);
