@@ -49,6 +49,17 @@ class PainterCanvas final : public ReportCanvas {
   double thickness_ = -1;
 };
 
+class SavedState {
+ public:
+  explicit SavedState(QPainter& painter) : painter_(painter) { painter_.save(); }
+  ~SavedState() { painter_.restore(); }
+  SavedState(const SavedState&) = delete;
+  SavedState& operator=(const SavedState&) = delete;
+
+ private:
+  QPainter& painter_;
+};
+
 std::vector<QFont> RequireFonts(const ReportDesign& design) {
   if (QFontDatabase::families().isEmpty()) throw PrintError("no font is installed");
   return MakeFonts(design);
@@ -69,14 +80,13 @@ PaintedReport::PaintedReport(const ReportJob& job, const QPageLayout& page)
       layout_(job.design, job.report, job.rows, job.shortDate, metrics_, AreaOf(page)) {}
 
 void PaintedReport::PaintPage(QPainter& painter, int page) {
-  painter.save();
+  const SavedState saved(painter);
   const double unitsPerInch = kPointsPerInch * kFontUnitsPerPoint;
   painter.scale(layout_.Scale() * painter.device()->logicalDpiX() / unitsPerInch,
                 layout_.Scale() * painter.device()->logicalDpiY() / unitsPerInch);
   painter.setPen(Qt::black);
   PainterCanvas canvas(painter, fonts_);
   layout_.PaintPage(page, canvas);
-  painter.restore();
 }
 
 bool PaintedReport::Paint(QPagedPaintDevice& device, PageRange range, ReportProgress& progress) {

@@ -7,6 +7,7 @@
 #include <QPagedPaintDevice>
 #include <QPainter>
 
+#include "report/PrintChoices.h"
 #include "report/QtTextMetrics.h"
 #include "report/ReportJob.h"
 #include "report/ReportLayout.h"

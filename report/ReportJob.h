@@ -24,10 +24,4 @@ struct ReportJob {
                                     std::string_view headline, platform::DateTime today,
                                     const platform::ShortDate& shortDate, dao::Recordset& rows);
 
-/// The pages that are wanted, from 1; a last page of 0 stands for the end of the report.
-struct PageRange {
-  int first = 1;
-  int last = 0;
-};
-
 }  // namespace varnlog::report

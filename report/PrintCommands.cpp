@@ -1,0 +1,174 @@
+#include "report/PrintCommands.h"
+
+#include "report/PdfFile.h"
+#include "report/ProgressWindow.h"
+#include "report/ReportErrors.h"
+#include "report/frmPreview.h"
+#include "report/frmPrinter.h"
+#include "report/frmPrinterSetup.h"
+#include "ui/FileDialog.h"
+#include "ui/QtText.h"
+
+namespace varnlog::report {
+
+using db::MessageIcon;
+using db::ReplacePlaceholder;
+using db::literals::operator""_key;
+
+namespace {
+
+// Characters that one or the other system takes for something else in a file name.
+constexpr std::string_view kNotInFileNames = "/\\:*?\"<>|";
+
+std::string FileNameFor(const ReportJob& job) {
+  std::string name = job.report.Title();
+  for (char& c : name) {
+    if (kNotInFileNames.find(c) != std::string_view::npos) c = ' ';
+  }
+  return name + ".pdf";
+}
+
+/// A stopped job has to be taken back before it is finished. Printing systems that cannot do that print the
+/// pages drawn so far.
+class AbortingProgress final : public ReportProgress {
+ public:
+  AbortingProgress(ReportProgress& progress, QPrinter& printer) : progress_(progress), printer_(printer) {}
+
+  bool Counting(std::int64_t rowsDone, std::int64_t rows) override {
+    return progress_.Counting(rowsDone, rows);
+  }
+  bool Painting(int page, int pages) override {
+    if (progress_.Painting(page, pages)) return true;
+    printer_.abort();
+    return false;
+  }
+
+ private:
+  ReportProgress& progress_;
+  QPrinter& printer_;
+};
+
+}  // namespace
+
+PrintCommands::PrintCommands(PrintContext context, std::unique_ptr<Printers> printers)
+    : context_(std::move(context)),
+      printers_(printers ? std::move(printers) : std::make_unique<SystemPrinters>()),
+      page_(DefaultPageLayout(ReadReportDesign(StoredDesignText()))) {}
+
+PrintCommands::~PrintCommands() = default;
+
+void PrintCommands::Guard(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const std::exception& error) {
+    ShowFailure(ReportErrorText(context_.texts, error));
+  }
+}
+
+void PrintCommands::ShowFailure(const std::string& text) {
+  db::MsgBox(context_.user, context_.texts, text, MessageIcon::kCritical);
+}
+
+bool PrintCommands::RequirePrinter() {
+  if (!printers_->Names().empty()) return true;
+  db::MsgBox(context_.user, context_.texts, context_.texts.GetText("MN_ERR_NOPRINTER"_key),
+             MessageIcon::kCritical);
+  return false;
+}
+
+ReportJob PrintCommands::Begin(const PrintSource& source) const {
+  return BeginReport(context_.texts, context_.site(), source.headline, context_.clock.Today(),
+                     context_.shortDate, *source.rows);
+}
+
+void PrintCommands::Print(QWidget* parent) {
+  if (!RequirePrinter()) return;
+  Guard([this, parent] {
+    const PrintSource source = context_.open();
+    PrintReport(parent, Begin(source));
+  });
+}
+
+frmPreview* PrintCommands::Preview(QWidget* parent) {
+  std::unique_ptr<frmPreview> preview;
+  Guard([&] {
+    PrintSource source = context_.open();
+    ReportJob job = Begin(source);
+    auto window = std::make_unique<frmPreview>(*this, std::move(source.rows), std::move(job), parent);
+    if (window->Paginate()) preview = std::move(window);
+  });
+  return preview.release();
+}
+
+void PrintCommands::PageSetup(QWidget* parent) {
+  if (!RequirePrinter()) return;
+  frmPrinterSetup dialog(parent, *printers_, context_.texts, ui::ToQString(choices_.printer),
+                         page_.pageSize());
+  if (dialog.exec() != QDialog::Accepted) return;
+  choices_.printer = ui::FromQString(dialog.Printer());
+  page_.setPageSize(dialog.Paper());
+}
+
+void PrintCommands::PrintReport(QWidget* parent, const ReportJob& job) {
+  if (!RequirePrinter()) return;
+  Guard([&] {
+    while (!AskAndPrint(parent, job)) {
+    }
+  });
+}
+
+/// False when the pages asked for do not exist and the user is to be asked again.
+bool PrintCommands::AskAndPrint(QWidget* parent, const ReportJob& job) {
+  if (frmPrinter(parent, *printers_, context_.texts, choices_).exec() != QDialog::Accepted) return true;
+  const auto printer = printers_->Open(ui::ToQString(choices_.printer));
+  SetUp(*printer, job);
+  ProgressWindow progress(parent, context_.texts);
+  PaintedReport report(job, printer->pageLayout());
+  if (!report.Paginate(progress)) return true;
+  const PageRange range = ChosenRange(choices_);
+  if (!HasPages(range, report.PageCount())) {
+    const std::string text = context_.texts.GetText("DRS_ERR_RANGE"_key);
+    db::MsgBox(context_.user, context_.texts,
+               ReplacePlaceholder(text, "lngPages", std::to_string(report.PageCount())),
+               MessageIcon::kInformation);
+    return false;
+  }
+  // A printer that cannot count copies gets one job for each.
+  AbortingProgress aborting(progress, *printer);
+  const int jobs = printer->supportsMultipleCopies() ? 1 : choices_.copies;
+  for (int i = 0; i < jobs; ++i) {
+    if (!report.Paint(*printer, range, aborting)) return true;
+  }
+  return true;
+}
+
+void PrintCommands::SetUp(QPrinter& printer, const ReportJob& job) const {
+  printer.setDocName(ui::ToQString(job.report.Title()));
+  printer.setCreator(ui::ToQString(*job.report.Caption("txtProduct")));
+  // A printer that cannot print so near to the edge keeps its own margins.
+  if (!printer.setPageLayout(page_)) {
+    printer.setPageSize(page_.pageSize());
+    printer.setPageOrientation(page_.orientation());
+  }
+  if (!printer.supportsMultipleCopies()) return;
+  printer.setCopyCount(choices_.copies);
+  printer.setCollateCopies(choices_.collate);
+}
+
+void PrintCommands::SaveReport(QWidget* parent, const ReportJob& job) {
+  ui::CFileDialog dialog;
+  dialog.SetDialogTitle(context_.texts.GetText("DRS_SAVEPDF_TITLE"_key));
+  dialog.SetFilter(context_.texts.GetText("DRS_PDFFILTER"_key));
+  dialog.SetDefaultExt("pdf");
+  dialog.SetFileName(FileNameFor(job));
+  const auto file = dialog.ShowSave(parent);
+  if (!file) return;
+  Guard([&] {
+    ProgressWindow progress(parent, context_.texts);
+    if (!SavePdf(job, page_, *file, progress)) return;
+    const std::string text = ReplacePlaceholder(context_.texts.GetText("DRS_SAVED"_key), "strFile", *file);
+    db::MsgBox(context_.user, context_.texts, text, MessageIcon::kInformation);
+  });
+}
+
+}  // namespace varnlog::report

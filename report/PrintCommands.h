@@ -1,0 +1,78 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <QPageLayout>
+#include <QWidget>
+
+#include "db/TextLookup.h"
+#include "db/UserDialog.h"
+#include "platform/Clock.h"
+#include "platform/ShortDate.h"
+#include "report/PaintedReport.h"
+#include "report/PrintChoices.h"
+#include "report/Printers.h"
+
+namespace varnlog::report {
+
+class frmPreview;
+
+/// The rows of the log view's current selection, opened anew, and its headline.
+struct PrintSource {
+  std::unique_ptr<dao::Recordset> rows;
+  std::string headline;
+};
+
+/// What the print commands work with; all of it outlives them.
+struct PrintContext {
+  const db::TextLookup& texts;
+  db::UserDialog& user;
+  const platform::Clock& clock;
+  const platform::ShortDate& shortDate;
+  /// The practice's name, asked each time a report is begun.
+  std::function<std::string()> site;
+  /// May throw dao::EngineError.
+  std::function<PrintSource()> open;
+};
+
+/// The print commands of the main window. What was chosen in a dialog is kept as long as this lives. Errors
+/// have been shown to the user when a call returns.
+class PrintCommands {
+ public:
+  explicit PrintCommands(PrintContext context, std::unique_ptr<Printers> printers = nullptr);
+  ~PrintCommands();
+
+  /// Asks for printer, copies and pages and prints the current selection.
+  void Print(QWidget* parent);
+  /// The preview of the current selection, to be shown by the caller, who owns it; nullptr when there is
+  /// nothing to show. It uses these commands as long as it lives.
+  [[nodiscard]] frmPreview* Preview(QWidget* parent);
+  void PageSetup(QWidget* parent);
+
+  /// Prints a report that is open already.
+  void PrintReport(QWidget* parent, const ReportJob& job);
+  /// Asks for a file and writes the report to it.
+  void SaveReport(QWidget* parent, const ReportJob& job);
+
+  /// The paper that reports are laid out for.
+  [[nodiscard]] const QPageLayout& Page() const { return page_; }
+  [[nodiscard]] const db::TextLookup& Texts() const { return context_.texts; }
+  void ShowFailure(const std::string& text);
+
+ private:
+  [[nodiscard]] bool RequirePrinter();
+  [[nodiscard]] ReportJob Begin(const PrintSource& source) const;
+  [[nodiscard]] bool AskAndPrint(QWidget* parent, const ReportJob& job);
+  void SetUp(QPrinter& printer, const ReportJob& job) const;
+  /// Runs `work` and shows what it throws.
+  void Guard(const std::function<void()>& work);
+
+  PrintContext context_;
+  std::unique_ptr<Printers> printers_;
+  PrintChoices choices_;
+  QPageLayout page_;
+};
+
+}  // namespace varnlog::report

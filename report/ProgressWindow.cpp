@@ -1,0 +1,56 @@
+#include "report/ProgressWindow.h"
+
+#include "ui/QtText.h"
+
+namespace varnlog::report {
+
+using db::ReplacePlaceholder;
+using db::literals::operator""_key;
+
+namespace {
+
+constexpr int kSteps = 1'000;
+constexpr double kCountingShare = 0.2;  // of the time that a whole report takes
+constexpr int kMillisecondsUntilShown = 1'000;
+
+double Part(std::int64_t done, std::int64_t all) {
+  return all > 0 ? static_cast<double>(done) / static_cast<double>(all) : 0;
+}
+
+}  // namespace
+
+ProgressWindow::ProgressWindow(QWidget* parent, const db::TextLookup& texts)
+    : texts_(texts), dialog_(parent) {
+  dialog_.setObjectName("frmReportProgress");
+  dialog_.setWindowTitle(ui::Caption(texts, "GL_TITLE"_key));
+  dialog_.setCancelButtonText(ui::Caption(texts, "GL_CANCEL"_key));
+  // Nothing else may touch the rows while they are being read.
+  dialog_.setWindowModality(Qt::ApplicationModal);
+  dialog_.setMinimumDuration(kMillisecondsUntilShown);
+  dialog_.setAutoReset(false);
+  dialog_.setAutoClose(false);
+  dialog_.setRange(0, kSteps);
+  dialog_.setValue(0);
+}
+
+bool ProgressWindow::Counting(std::int64_t rowsDone, std::int64_t rows) {
+  const std::string text =
+      ReplacePlaceholder(texts_.GetText("DRS_PROGRESS"_key), "lngDone", std::to_string(rowsDone));
+  return Show(ReplacePlaceholder(text, "lngCount", std::to_string(rows)),
+              kCountingShare * Part(rowsDone, rows));
+}
+
+bool ProgressWindow::Painting(int page, int pages) {
+  const std::string text =
+      ReplacePlaceholder(texts_.GetText("DRS_PRINTING"_key), "lngPage", std::to_string(page));
+  return Show(ReplacePlaceholder(text, "lngPages", std::to_string(pages)),
+              kCountingShare + (1 - kCountingShare) * Part(page, pages));
+}
+
+bool ProgressWindow::Show(const std::string& text, double part) {
+  dialog_.setLabelText(ui::ToQString(text));
+  dialog_.setValue(static_cast<int>(part * (kSteps - 1)));
+  return !dialog_.wasCanceled();
+}
+
+}  // namespace varnlog::report

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QRadioButton>
+#include <QSpinBox>
+
+#include "db/TextLookup.h"
+#include "report/PrintChoices.h"
+#include "report/Printers.h"
+
+namespace varnlog::report {
+
+/// Asks for printer, copies and pages. accepted() means that the choices hold what was chosen.
+class frmPrinter final : public QDialog {
+ public:
+  /// Shows `choices` as they are and keeps a reference to them.
+  frmPrinter(QWidget* parent, const Printers& printers, const db::TextLookup& texts, PrintChoices& choices);
+
+ private:
+  [[nodiscard]] QLayout* PrinterRows(const Printers& printers);
+  [[nodiscard]] QLayout* PageRows();
+  void EnableDependent();
+  void Ok();
+
+  const db::TextLookup& texts_;
+  PrintChoices& choices_;
+  QComboBox* cmbPrinter_;
+  QSpinBox* numCopies_;
+  QCheckBox* chkCollate_;
+  QRadioButton* optAll_;
+  QRadioButton* optRange_;
+  QSpinBox* numFrom_;
+  QSpinBox* numTo_;
+};
+
+}  // namespace varnlog::report
