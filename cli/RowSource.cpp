@@ -70,9 +70,7 @@ class CurrentToothScheme final : public intake::ToothScheme {
 class DisplayedRows final : public RowSource {
  public:
   DisplayedRows(Recordset& rows, const Session& session)
-      : texts_(session.texts()),
-        scheme_(session),
-        display_(rows, texts_, scheme_, session.shortDate()) {}
+      : texts_(session.texts()), scheme_(session), display_(rows, texts_, scheme_, session.shortDate()) {}
 
   [[nodiscard]] std::vector<std::string> Headings() const override {
     std::vector<std::string> headings;

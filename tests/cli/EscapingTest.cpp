@@ -9,7 +9,7 @@ namespace {
 using testing::HasSubstr;
 
 /// A log whose one comment holds what the formats have to protect.
-class EscapingTest : public testing::Test {
+class ListEscapingTest : public testing::Test {
  protected:
   std::string ListOf(const std::string& comment, const std::string& format) {
     Installation installation("escaping");
@@ -25,15 +25,15 @@ class EscapingTest : public testing::Test {
   }
 };
 
-TEST_F(EscapingTest, CsvQuotesWhatNeedsIt) {
+TEST_F(ListEscapingTest, CsvQuotesWhatNeedsIt) {
   EXPECT_THAT(ListOf("a,\"b\"\nc", "csv"), testing::EndsWith(",\"a,\"\"b\"\"\nc\"\r\n"));
 }
 
-TEST_F(EscapingTest, JsonEscapesQuotesAndControlCharacters) {
+TEST_F(ListEscapingTest, JsonEscapesQuotesAndControlCharacters) {
   EXPECT_THAT(ListOf("a\\\"\n\t\x01ü", "json"), HasSubstr("\"tXraySComment\":\"a\\\\\\\"\\n\\t\\u0001ü\"}"));
 }
 
-TEST_F(EscapingTest, ATableKeepsEscapeSequencesFromTheTerminal) {
+TEST_F(ListEscapingTest, ATableKeepsEscapeSequencesFromTheTerminal) {
   EXPECT_THAT(ListOf("a\x1b[31mb\r\nc", "table"), HasSubstr("a [31mb  c\n"));
 }
 

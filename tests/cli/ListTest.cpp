@@ -12,7 +12,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 /// One log for all tests of this file: they only read it.
-class ListTest : public testing::Test {
+class ListCommandTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     installation_ = std::make_unique<Installation>("list");
@@ -32,7 +32,7 @@ class ListTest : public testing::Test {
   static std::unique_ptr<Installation> installation_;
 };
 
-std::unique_ptr<Installation> ListTest::installation_;
+std::unique_ptr<Installation> ListCommandTest::installation_;
 
 /// Each exposure's time stamp occurs once in a list that holds it.
 std::set<int> RowsIn(const std::string& list, const std::vector<std::string>& stamps) {
@@ -46,7 +46,7 @@ std::set<int> RowsIn(const std::string& list, const std::vector<std::string>& st
   return rows;
 }
 
-TEST_F(ListTest, EachSelectionListsItsRowsInEveryFormat) {
+TEST_F(ListCommandTest, EachSelectionListsItsRowsInEveryFormat) {
   const std::vector<std::string> stamps = {
       "2004-03-01 08:00:01", "2004-03-02 08:00:02", "2004-03-03 23:59:59", "2004-03-02 08:00:04",
       "2004-03-03 00:00:00", "2004-03-04 08:00:06", "2004-03-04 08:00:07"};
@@ -76,7 +76,7 @@ TEST_F(ListTest, EachSelectionListsItsRowsInEveryFormat) {
   }
 }
 
-TEST_F(ListTest, CsvHoldsTheStoredFieldsInTheirOrder) {
+TEST_F(ListCommandTest, CsvHoldsTheStoredFieldsInTheirOrder) {
   const Ended run = installation_->Ctl("list --format csv --type XC --from 3.3.2004 --to 3.3.2004");
   EXPECT_EQ(run.out,
             "tXrayCulIntIDPk,tXraySName,tXraySFirstname,tXrayDBirthday,tXraySSex,tXraySPreg,tXrayBEdPreg,"
@@ -87,7 +87,7 @@ TEST_F(ListTest, CsvHoldsTheStoredFieldsInTheirOrder) {
             "8,0,3.4,0,\r\n");
 }
 
-TEST_F(ListTest, JsonTellsNullFromEmptyAndNumbersFromTexts) {
+TEST_F(ListCommandTest, JsonTellsNullFromEmptyAndNumbersFromTexts) {
   const Ended run = installation_->Ctl("list --format json --type XC --from 3.3.2004 --to 3.3.2004");
   EXPECT_THAT(run.out, testing::StartsWith("[\n{\"tXrayCulIntIDPk\":3,\"tXraySName\":\"Müller\","));
   EXPECT_THAT(run.out, testing::EndsWith("\"tXraySComment\":null}\n]\n"));
@@ -95,7 +95,7 @@ TEST_F(ListTest, JsonTellsNullFromEmptyAndNumbersFromTexts) {
   EXPECT_THAT(run.out, HasSubstr("\"tXraySVolt\":\"65\""));
 }
 
-TEST_F(ListTest, DisplayShowsTheGrid) {
+TEST_F(ListCommandTest, DisplayShowsTheGrid) {
   const Ended run = installation_->Ctl("list --display --format csv --from 3.3.2004 --to 3.3.2004");
   EXPECT_THAT(run.out, HasSubstr(",mGycm2,"));
   EXPECT_THAT(run.out, HasSubstr("\r\n1,03.03.2004,\"Müller, Käthe *01.02.1960\","));
@@ -103,7 +103,7 @@ TEST_F(ListTest, DisplayShowsTheGrid) {
   EXPECT_THAT(run.out, HasSubstr("\r\n2,03.03.2004,\"Maier, Käthe *01.02.1960\","));
 }
 
-TEST_F(ListTest, ATableIsAlignedWhateverItsLetters) {
+TEST_F(ListCommandTest, ATableIsAlignedWhateverItsLetters) {
   const Ended run = installation_->Ctl("list --display --from 3.3.2004 --to 3.3.2004");
   std::vector<std::string> lines;
   for (std::size_t at = 0; at < run.out.size();) {
@@ -116,14 +116,14 @@ TEST_F(ListTest, ATableIsAlignedWhateverItsLetters) {
   EXPECT_EQ(lines[2].find("XC"), lines[3].find("XV") + 1) << run.out;
 }
 
-TEST_F(ListTest, WithoutRowsEachFormatIsStillWhole) {
+TEST_F(ListCommandTest, WithoutRowsEachFormatIsStillWhole) {
   const std::string nothing = " --from 1.1.1990 --to 2.1.1990";
   EXPECT_EQ(installation_->Ctl("list --format json" + nothing).out, "[]\n");
   EXPECT_THAT(installation_->Ctl("list --format csv" + nothing).out, testing::EndsWith("tXraySComment\r\n"));
   EXPECT_THAT(installation_->Ctl("list" + nothing).out, HasSubstr("tXrayCulIntIDPk"));
 }
 
-TEST_F(ListTest, CombinationsThatAreNoSelectionAreWrongUsage) {
+TEST_F(ListCommandTest, CombinationsThatAreNoSelectionAreWrongUsage) {
   for (const std::string wrong :
        {"--type XI", "--from 1.1.2004", "--to 1.1.2004", "--type XX --from 1.1.2004 --to 2.1.2004",
         "--patient Müller", "--patient 'Müller, Käthe'", "--patient 'Müller, Käthe *30.2.2001'",
@@ -139,14 +139,14 @@ TEST_F(ListTest, CombinationsThatAreNoSelectionAreWrongUsage) {
   EXPECT_EQ(installation_->Ctl("--help").status, 0);
 }
 
-TEST_F(ListTest, ANameWithAnApostropheIsAnErrorAndNothingElse) {
+TEST_F(ListCommandTest, ANameWithAnApostropheIsAnErrorAndNothingElse) {
   const Ended run = installation_->Ctl("list --patient \"O'Brien, Seán *01.02.1960\"");
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("3075"));
   EXPECT_THAT(installation_->Ctl("check").out, "ok\n");
 }
 
-TEST_F(ListTest, OutputThatCannotBeWrittenIsAnErrorWithAReason) {
+TEST_F(ListCommandTest, OutputThatCannotBeWrittenIsAnErrorWithAReason) {
   const Ended full = installation_->Shell(installation_->CtlCommand() + " list >/dev/full");
   EXPECT_EQ(full.status, 1);
   EXPECT_THAT(full.err, HasSubstr("No space left"));

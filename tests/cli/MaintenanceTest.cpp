@@ -11,9 +11,9 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-class MaintenanceTest : public testing::Test {
+class MaintenanceCommandsTest : public testing::Test {
  protected:
-  MaintenanceTest() {
+  MaintenanceCommandsTest() {
     std::vector<tools::Exposure> exposures;
     for (int i = 0; i < 500; ++i) {
       const std::string time = "0" + std::to_string(i / 60) + ":" + std::to_string(10 + i % 50) + ":00";
@@ -34,7 +34,7 @@ class MaintenanceTest : public testing::Test {
   Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
 };
 
-TEST_F(MaintenanceTest, ASoundLogStaysAsItIs) {
+TEST_F(MaintenanceCommandsTest, ASoundLogStaysAsItIs) {
   const std::string before = Rows();
   EXPECT_EQ(installation_.Ctl("check").out, "ok\n");
   EXPECT_EQ(installation_.Ctl("repair").out, "ok\n");
@@ -42,7 +42,7 @@ TEST_F(MaintenanceTest, ASoundLogStaysAsItIs) {
   EXPECT_EQ(Rows(), before);
 }
 
-TEST_F(MaintenanceTest, CompactingGivesRoomBack) {
+TEST_F(MaintenanceCommandsTest, CompactingGivesRoomBack) {
   installation_.WithLog(
       false, [](dao::Database& log) { log.Execute("DELETE FROM TXray WHERE tXrayCulIntIDPk > 5"); });
   const auto before = fs::file_size(installation_.log());
@@ -52,7 +52,7 @@ TEST_F(MaintenanceTest, CompactingGivesRoomBack) {
   EXPECT_EQ(run.out, "before " + std::to_string(before) + ", after " + std::to_string(after) + "\n");
 }
 
-TEST_F(MaintenanceTest, ADamagedPageIsFoundAndRepaired) {
+TEST_F(MaintenanceCommandsTest, ADamagedPageIsFoundAndRepaired) {
   Damage(static_cast<std::streamoff>(fs::file_size(installation_.log()) / 2));
   const Ended check = installation_.Ctl("check");
   EXPECT_EQ(check.status, 1);
@@ -62,7 +62,7 @@ TEST_F(MaintenanceTest, ADamagedPageIsFoundAndRepaired) {
   EXPECT_EQ(installation_.Ctl("check").out, "ok\n");
 }
 
-TEST_F(MaintenanceTest, FilesThatAreNoLogAreRefusedByEveryCommand) {
+TEST_F(MaintenanceCommandsTest, FilesThatAreNoLogAreRefusedByEveryCommand) {
   const fs::path folder = installation_.suite() / "Data";
   Installation::Write(folder / "text.mdb", "This is a letter to the dentist.\n" + std::string(5000, 'x'));
   Installation::Write(folder / "empty.mdb", "");

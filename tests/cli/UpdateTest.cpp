@@ -9,12 +9,12 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-class UpdateTest : public testing::Test {
+class UpdateCommandTest : public testing::Test {
  protected:
   Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
 };
 
-TEST_F(UpdateTest, TakesExposuresOnceAndRemovesTheExchangeFile) {
+TEST_F(UpdateCommandTest, TakesExposuresOnceAndRemovesTheExchangeFile) {
   const auto exposure = NewExposure("D'Angelo", "XI", "01.03.2004", "08:00:01");
   installation_.Reports({exposure});
   EXPECT_EQ(installation_.Ctl("update").out, "read 1, added 1, changed 0, skipped 0\n");
@@ -29,14 +29,14 @@ TEST_F(UpdateTest, TakesExposuresOnceAndRemovesTheExchangeFile) {
   EXPECT_THAT(installation_.Ctl("list --format csv").out, HasSubstr(",N.d.,"));
 }
 
-TEST_F(UpdateTest, WithoutAnExchangeFileThereIsNothingToDo) {
+TEST_F(UpdateCommandTest, WithoutAnExchangeFileThereIsNothingToDo) {
   const Ended run = installation_.Ctl("update");
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.out, "read 0, added 0, changed 0, skipped 0\n");
   EXPECT_TRUE(fs::exists(installation_.log())) << "the empty log is installed";
 }
 
-TEST_F(UpdateTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {
+TEST_F(UpdateCommandTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {
   std::vector<tools::Exposure> exposures;
   for (const std::string name : {"Müller", "Maier", "Müller", "Müller"}) {
     exposures.push_back(NewExposure(name, "XI", "01.03.2004", "08:00:0" + std::to_string(exposures.size())));
@@ -53,7 +53,7 @@ TEST_F(UpdateTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {
   EXPECT_THAT(run.err, HasSubstr("Maier"));
 }
 
-TEST_F(UpdateTest, MessagesComeInTheConfiguredLanguage) {
+TEST_F(UpdateCommandTest, MessagesComeInTheConfiguredLanguage) {
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
   installation_.SetLanguage("GB");
   EXPECT_THAT(installation_.Ctl("list --file nowhere.mdb").err, HasSubstr("not found"));
@@ -61,7 +61,7 @@ TEST_F(UpdateTest, MessagesComeInTheConfiguredLanguage) {
   EXPECT_THAT(installation_.Ctl("list --file nowhere.mdb").err, HasSubstr("nicht gefunden"));
 }
 
-TEST_F(UpdateTest, AnExchangeFileThatCannotBeOpenedCancelsTheRun) {
+TEST_F(UpdateCommandTest, AnExchangeFileThatCannotBeOpenedCancelsTheRun) {
   fs::create_directory(installation_.exchangeFile());
   Installation::Write(installation_.exchangeFile() / "x", "");
   const Ended run = installation_.Ctl("update");
@@ -70,7 +70,7 @@ TEST_F(UpdateTest, AnExchangeFileThatCannotBeOpenedCancelsTheRun) {
   EXPECT_TRUE(fs::is_directory(installation_.exchangeFile()));
 }
 
-TEST_F(UpdateTest, ADamagedExchangeFileIsLeftAlone) {
+TEST_F(UpdateCommandTest, ADamagedExchangeFileIsLeftAlone) {
   const std::string noise("\x50\x00T \x01garbage without an end", 26);
   Installation::Write(installation_.exchangeFile(), std::string("\x02\x00", 2) + noise);
   const Ended run = installation_.Ctl("update");
@@ -79,7 +79,7 @@ TEST_F(UpdateTest, ADamagedExchangeFileIsLeftAlone) {
   EXPECT_EQ(fs::file_size(installation_.exchangeFile()), noise.size() + 2);
 }
 
-TEST_F(UpdateTest, AReadOnlyLogIsNotUpdated) {
+TEST_F(UpdateCommandTest, AReadOnlyLogIsNotUpdated) {
   EXPECT_EQ(installation_.Ctl("update").status, 0);
   installation_.WithLog(false, [](dao::Database& log) {
     const auto rows = log.OpenRecordset("SELECT TConfig.* From TConfig WHERE TConfig.tCfgSKey='ReadOnly';");
@@ -95,7 +95,7 @@ TEST_F(UpdateTest, AReadOnlyLogIsNotUpdated) {
   EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
 }
 
-TEST_F(UpdateTest, AnotherWorkstationsExclusiveUseIsReported) {
+TEST_F(UpdateCommandTest, AnotherWorkstationsExclusiveUseIsReported) {
   EXPECT_EQ(installation_.Ctl("update").status, 0);
   installation_.WithLog(true, [this](dao::Database&) {
     const Ended run = installation_.Ctl("list");
@@ -105,7 +105,7 @@ TEST_F(UpdateTest, AnotherWorkstationsExclusiveUseIsReported) {
   EXPECT_EQ(installation_.Ctl("list").status, 0);
 }
 
-TEST_F(UpdateTest, WithoutTheSuitesLibraryNothingIsTouched) {
+TEST_F(UpdateCommandTest, WithoutTheSuitesLibraryNothingIsTouched) {
   fs::remove(installation_.suite() / "KVFILEDB.DLL");
   const Ended run = installation_.Ctl("update");
   EXPECT_EQ(run.status, 1);
@@ -113,7 +113,7 @@ TEST_F(UpdateTest, WithoutTheSuitesLibraryNothingIsTouched) {
   EXPECT_FALSE(fs::exists(installation_.log()));
 }
 
-TEST_F(UpdateTest, AnIncompleteProgramFolderIsReported) {
+TEST_F(UpdateCommandTest, AnIncompleteProgramFolderIsReported) {
   fs::remove(installation_.program() / "verbalo.mdb");
   EXPECT_THAT(installation_.Ctl("update").err, HasSubstr("Couldn't access language ressources"));
   const Ended gone = installation_.Shell("'" VARNLOG_PROGRAM_DIR "/varnlogctl' --folder '/no such' check");
@@ -121,7 +121,7 @@ TEST_F(UpdateTest, AnIncompleteProgramFolderIsReported) {
   EXPECT_THAT(gone.err, HasSubstr("/no such"));
 }
 
-TEST_F(UpdateTest, TheProgramFolderWorksWhereverItIsCopiedTo) {
+TEST_F(UpdateCommandTest, TheProgramFolderWorksWhereverItIsCopiedTo) {
   const fs::path copy = installation_.suite() / "Kopie mit Ümlaut";
   fs::copy(VARNLOG_PROGRAM_DIR, copy, fs::copy_options::recursive);
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
