@@ -69,6 +69,7 @@ RunTimeError ExchangeRemoval::RemoveInCompany(File& file, std::uint64_t count) {
   std::error_code error;
   const std::uint64_t size = file.Size(error);
   if (error) return kDeviceError;
+  if (size < count) return kInvalidCall;
   if (size == count) return TakeAside(count);
   const RangeLock lock(file, size - count);
   return lock.IsHeld() ? TakeAside(count) : kDeviceError;
