@@ -9,6 +9,7 @@
 namespace varnlog::legacy {
 namespace {
 
+using namespace std::string_literals;
 using Verdict = LogExamination::Verdict;
 
 constexpr const char* kJet4Log = "log-1.1-jet4-scratch.mdb";
@@ -58,7 +59,7 @@ std::string Cut(std::size_t length) {
 
 std::string NewerVersion() {
   std::string content = samples::ReadOurs(kJet4Log);
-  return content.replace(4, 19, std::string("Standard ACE DB\0\x02\0\0", 19));
+  return content.replace(4, 19, "Standard ACE DB\0\x02\0\0"s);
 }
 
 std::string WithZeroedPage(std::size_t page) {
@@ -114,6 +115,38 @@ TEST(BrokenFiles, AnEndlessMemoLosesOnlyItsOwnValue) {
   EXPECT_TRUE(faults.Has(FaultKind::kLongValue));
 }
 
+// A log one of whose tables the catalogue says to be kept in another file.
+std::string WithLinkedTable(const std::string& name) {
+  std::string content = samples::ReadOurs("log-1.1-jet3-cp1252.mdb");
+  const Bytes bytes = samples::AsBytes(content);
+  const auto header = ReadHeader(bytes);
+  const JetPages pages(bytes, *header);
+  const auto catalogue = ReadTable(pages, JetText(*header), 2);
+  const std::size_t typeAt = 1 + catalogue->Column("Type")->fixedOffset;
+  for (const std::uint32_t number : pages.DataPagesOf(2)) {
+    PageBuffer buffer;
+    const auto page = DataPage::Open(pages, number, 2, buffer);
+    for (int row = 0; row < page->RowCount(); ++row) {
+      const auto slot = page->Slot(row);
+      const auto start = static_cast<std::size_t>(slot->bytes.data() - bytes.data());
+      const std::string stored = content.substr(start, slot->bytes.size());
+      if (stored.find(name) != std::string::npos) content[start + typeAt] = 6;
+    }
+  }
+  return content;
+}
+
+TEST(BrokenFiles, LinkedTablesAreNamedAndHaveNoRows) {
+  const std::string content = WithLinkedTable("TXray");
+  const auto database = JetDatabase::Open(samples::AsBytes(content));
+  ASSERT_TRUE(database);
+  EXPECT_EQ(database->LinkedTables(), std::vector<std::string>{"TXray"});
+  EXPECT_EQ(database->TableNames(), std::vector<std::string>{"TConfig"});
+  const auto found = ExamineContent(content);
+  EXPECT_EQ(found.verdict, Verdict::kForeign);
+  EXPECT_TRUE(found.faults.Has(FaultKind::kTableLinked));
+}
+
 // Where the fixed columns of a row of exposures begin: id, birth date, time stamp.
 std::size_t FixedColumns(const std::string& log, std::size_t page, std::size_t row) {
   ByteReader reader(samples::AsBytes(log));
@@ -146,7 +179,7 @@ TEST(BrokenFiles, ContradictionsWithinSoundPagesAreSeen) {
   }
 
   std::string renamed = sound;
-  const std::string name("t\0X\0r\0a\0y\0S\0D\0r\0", 16);
+  const std::string name = "t\0X\0r\0a\0y\0S\0D\0r\0"s;
   ASSERT_NE(sound.find(name), std::string::npos);
   renamed[sound.find(name) + 14] = 'x';
   EXPECT_TRUE(ExamineContent(renamed).faults.Has(FaultKind::kColumnMissing));
