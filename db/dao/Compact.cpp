@@ -84,13 +84,6 @@ void FlushFile(const std::string& path) {
   if (error) ThrowFileError(error, path);
 }
 
-void Rename(const std::string& from, const std::string& to) {
-  std::error_code error;
-  fs::rename(FilePath(from), FilePath(to), error);
-  if (error) ThrowFileError(error, to);
-  platform::FlushFolder(FilePath(to).parent_path());
-}
-
 }  // namespace
 
 void ThrowFileError(const std::error_code& error, const std::string& path) {
@@ -99,6 +92,24 @@ void ThrowFileError(const std::error_code& error, const std::string& path) {
       error == std::errc::operation_not_permitted)
     ThrowStorageError(SQLITE_PERM, path, {});
   ThrowStorageError(SQLITE_IOERR, path, error.message());
+}
+
+void ReplaceDatabaseFile(const std::string& made, const std::string& target) {
+  std::error_code error;
+  // A name that only points to the file goes on pointing to it.
+  const fs::path resolved = fs::weakly_canonical(FilePath(target), error);
+  const fs::path place = error ? FilePath(target) : resolved;
+  const fs::file_status old = fs::status(place, error);
+  error.clear();
+  // Who could use the old file can use the new one.
+  if (fs::exists(old)) fs::permissions(FilePath(made), old.permissions(), error);
+  if (!error) fs::rename(FilePath(made), place, error);
+  if (error == std::errc::cross_device_link) {
+    error = platform::CopyWholeFile(FilePath(made), place, true);
+    if (!error) RemoveDatabaseFile(made);
+  }
+  if (error) ThrowFileError(error, target);
+  platform::FlushFolder(place.parent_path());
 }
 
 void RemoveDatabaseFile(const std::string& path) noexcept {
@@ -122,7 +133,7 @@ void CopyCompacted(Connection& source, const std::string& target, const Maintena
     copy.Run();
     VerifyCopy(source, before, unfinished, state);
     FlushFile(unfinished);
-    Rename(unfinished, target);
+    ReplaceDatabaseFile(unfinished, target);
   } catch (const EngineError&) {
     RemoveDatabaseFile(unfinished);
     throw;
@@ -137,7 +148,7 @@ void DBEngine::CompactInPlace(const std::string& path, const std::string& tempor
   try {
     CopyCompacted(*connection, temporary, progress, state_);
     // One step puts the new file in the old one's place, so that there is no moment without the file.
-    Rename(temporary, path);
+    ReplaceDatabaseFile(temporary, path);
   } catch (const EngineError&) {
     RemoveDatabaseFile(temporary);
     throw;

@@ -81,7 +81,7 @@ std::shared_ptr<Connection> Connection::Create(const std::string& path,
     connection->Configure();
     connection->Execute(
         "PRAGMA page_size=16384; PRAGMA encoding='UTF-8'; PRAGMA auto_vacuum=NONE;"
-        "PRAGMA application_id=1448233031");
+        "PRAGMA application_id=0x56524C47");  // "VRLG"
   } catch (const EngineError&) {
     connection->Close();
     std::filesystem::remove(platform::ToPath(StoragePath(path)), error);

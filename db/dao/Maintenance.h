@@ -22,6 +22,9 @@ void RepairFile(const std::string& path, const MaintenanceProgress& progress,
 /// Throws the engine error that a failed file operation stands for.
 [[noreturn]] void ThrowFileError(const std::error_code& error, const std::string& path);
 
+/// Puts the file `made` in the place of `target`, in one step and with the old one's permissions.
+void ReplaceDatabaseFile(const std::string& made, const std::string& target);
+
 /// Removes a file and the journal that may lie beside it, if they are there.
 void RemoveDatabaseFile(const std::string& path) noexcept;
 

@@ -41,7 +41,9 @@ class Recordset {
   /// By name, letter case ignored; throws kItemNotFound.
   [[nodiscard]] Field& Fields(std::string_view name);
 
-  // Moving. Not for table-type record sets beyond MoveFirst and MoveNext (in primary key order).
+  // Moving. Not for table-type record sets beyond MoveFirst and MoveNext (in primary key order). Moving in an
+  // empty record set, before its beginning or beyond its end throws kNoCurrentRecord, as in the engine that
+  // this stands for: check RecordCount() or IsEOF() first. An edit that was not finished is given up.
   [[nodiscard]] virtual bool IsBOF() const = 0;
   [[nodiscard]] virtual bool IsEOF() const = 0;
   virtual void MoveFirst();
@@ -67,7 +69,10 @@ class Recordset {
   /// Shares the rows, has its own current row (none until moved or bookmarked).
   [[nodiscard]] virtual std::unique_ptr<Recordset> Clone();
 
-  // Writing.
+  // Writing. Update without AddNew or Edit throws kUpdateWithoutEdit; a database open for reading
+  // kReadOnlyDatabase. Update writes the changed fields only; kDataChanged when another user changed one of
+  // them since it was shown, kRecordDeleted when the row is gone. After AddNew and Update the current row is
+  // the one from before.
   virtual void AddNew();
   virtual void Edit();
   virtual void Update();

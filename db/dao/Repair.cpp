@@ -19,8 +19,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// The file itself, where the path only points to it.
 fs::path FilePath(const std::string& path) {
-  return platform::ToPath(StoragePath(path));
+  std::error_code error;
+  const fs::path named = platform::ToPath(StoragePath(path));
+  const fs::path resolved = fs::weakly_canonical(named, error);
+  return error ? named : resolved;
 }
 
 struct Declaration {
@@ -91,13 +95,13 @@ void SwapIn(const std::string& mended, const std::string& path) {
   fs::create_hard_link(FilePath(path), FilePath(kept), error);
   // Not every file system has two names for one file.
   if (error) error = platform::CopyWholeFile(FilePath(path), FilePath(kept), false);
-  if (!error) fs::rename(FilePath(mended), FilePath(path), error);
-  if (error) {
-    std::error_code ignored;
-    fs::remove(FilePath(kept), ignored);
-    ThrowFileError(error, path);
+  if (error) ThrowFileError(error, kept);
+  try {
+    ReplaceDatabaseFile(mended, path);
+  } catch (const EngineError&) {
+    fs::remove(FilePath(kept), error);
+    throw;
   }
-  platform::FlushFolder(FilePath(path).parent_path());
 }
 
 }  // namespace

@@ -108,6 +108,21 @@ TEST_F(MaintenanceTest, CompactsInPlaceWhileNobodyElseWrites) {
             ErrorNumber::kObjectInvalid);
 }
 
+TEST_F(MaintenanceTest, TheNewFileHasTheNameAndPermissionsOfTheOld) {
+  fs::create_directory(folder_ / "share");
+  fs::rename(path_, folder_ / "share" / "real.mdb");
+  fs::create_symlink(folder_ / "share" / "real.mdb", path_);
+  const fs::perms group =
+      fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read | fs::perms::group_write;
+  fs::permissions(path_, group);
+  Open(path_)->Execute("DELETE FROM TXray WHERE rowid > 10");
+  engine_.CompactInPlace(path_, Path("log.TMP"));
+  EXPECT_TRUE(fs::is_symlink(path_));
+  EXPECT_EQ(Ids((folder_ / "share" / "real.mdb").string()).size(), 10U);
+  EXPECT_LT(fs::file_size(path_), 10 * kPage);
+  EXPECT_EQ(fs::status(path_).permissions(), group);
+}
+
 TEST_F(MaintenanceTest, NoRoomForTheCopyLeavesTheSource) {
   const std::string before = ReadFile(path_);
   const pid_t child = fork();
