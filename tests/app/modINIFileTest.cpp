@@ -178,7 +178,7 @@ TEST_F(ModIniFile, SurvivesNoise) {
 
 TEST_F(ModIniFile, CopesWithLinesOfTenMegabytes) {
   const std::string longLine(10'000'000, 'x');
-  Holds(longLine + "\n[" + longLine + "\n[User]\n" + longLine + "=1\ny=" + longLine + "\nz=2\n");
+  Holds("[" + longLine + "\n[User]\ny=" + longLine + "\nz=2\n");
   EXPECT_EQ(Read("User", "z"), "2");
   EXPECT_EQ(Read("User", "y").size(), 255U);
   EXPECT_TRUE(Write("User", "z", "3"));
