@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 #include <tuple>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -69,7 +70,8 @@ TEST(ExposureGenerator, HoldsEverythingThatARealFileHolds) {
 }
 
 TEST(ExchangeRecord, IsReadBackAsItWasWritten) {
-  const auto file = std::filesystem::temp_directory_path() / "varnlog écriture.sdx";
+  const auto file =
+      std::filesystem::temp_directory_path() / ("varnlog écriture " + std::to_string(::getpid()) + ".sdx");
   for (const std::string language : {"D", "CYR"}) {
     const GeneratorOptions options{.count = 2'000, .language = language};
     std::ofstream(file, std::ios::binary) << Records(options, language == "CYR" ? 866 : 850);

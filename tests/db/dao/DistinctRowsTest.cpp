@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -56,7 +57,9 @@ class DistinctRowsTest : public ::testing::Test {
     return Rows(*found, "SELECT tXraySName FROM TXray");
   }
 
-  std::string path_ = (std::filesystem::temp_directory_path() / "varnlog distinct rows ä.mdb").string();
+  std::string path_ = (std::filesystem::temp_directory_path() /
+                       ("varnlog distinct rows ä " + std::to_string(::getpid()) + ".mdb"))
+                          .string();
   std::shared_ptr<EngineState> state_ = std::make_shared<EngineState>();
   std::shared_ptr<Connection> log_;
   DistinctRows rows_;

@@ -3,6 +3,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -63,7 +64,9 @@ class OrderedIdsTest : public ::testing::Test {
     return ids;
   }
 
-  std::string path_ = (std::filesystem::temp_directory_path() / "varnlog ordered ids ä.mdb").string();
+  std::string path_ = (std::filesystem::temp_directory_path() /
+                       ("varnlog ordered ids ä " + std::to_string(::getpid()) + ".mdb"))
+                          .string();
   std::shared_ptr<EngineState> state_ = std::make_shared<EngineState>();
   std::shared_ptr<Connection> log_;
 };
