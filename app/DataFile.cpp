@@ -4,7 +4,7 @@
 namespace varnlog::app {
 
 using db::MessageIcon;
-using db::literals::operator""_key;
+using namespace db::literals;
 
 namespace {
 

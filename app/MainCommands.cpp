@@ -1,10 +1,9 @@
-#include <QApplication>
-#include <QMenuBar>
-#include <QStatusBar>
+#include <QMdiSubWindow>
 
 #include "app/Libraries.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
+#include "report/frmPreview.h"
 #include "ui/QtText.h"
 #include "ui/frmAbout.h"
 
@@ -49,9 +48,48 @@ void frmMDIMain::Run(CommandId id) {
     case CommandId::mnuHelpInfo:
       ShowAbout();
       break;
+    case CommandId::mnuFilePrint:
+    case CommandId::mnuFilePrintPreview:
+    case CommandId::mnuFilePrintSetup:
+      RunPrint(id);
+      break;
     default:
       RunView(id);
   }
+}
+
+report::PrintContext frmMDIMain::PrintContext() {
+  const auto open = [this] {
+    report::PrintSource source;
+    source.rows = context_.globals.LogEngineGl->Database()->OpenRecordset(results_->RecordSource(),
+                                                                          dao::RecordsetType::kDynaset);
+    source.headline = ui::FromQString(windowTitle());
+    return source;
+  };
+  return {.texts = context_.services.texts,
+          .user = context_.services.user,
+          .clock = context_.services.clock,
+          .shortDate = context_.shortDate,
+          .site = [this] { return context_.globals.SiteGl; },
+          .open = open};
+}
+
+void frmMDIMain::RunPrint(CommandId id) {
+  if (id == CommandId::mnuFilePrintSetup) {
+    print_.PageSetup(this);
+  } else if (id == CommandId::mnuFilePrint) {
+    print_.Print(this);
+  } else {
+    ShowPreview();
+  }
+}
+
+void frmMDIMain::ShowPreview() {
+  report::frmPreview* preview = print_.Preview(this);
+  if (preview == nullptr) return;
+  QMdiSubWindow* child = mdi_->addSubWindow(preview);
+  child->setAttribute(Qt::WA_DeleteOnClose);
+  child->showMaximized();
 }
 
 void frmMDIMain::RunView(CommandId id) {

@@ -6,7 +6,7 @@
 namespace varnlog::app {
 
 using db::MessageIcon;
-using db::literals::operator""_key;
+using namespace db::literals;
 
 void RegisterReportComponents(platform::Launcher& launcher, bool hasRegistration) {
   if (!hasRegistration) return;

@@ -36,6 +36,7 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
       program_(context_.globals, context_.services, *this),
       mru_(context_.services.ini),
       formPos_(context_.services.ini),
+      print_(PrintContext()),
       mdi_(new QMdiArea),
       tlbStandard_(new ui::Toolbar) {
   setObjectName("frmMDIMain");

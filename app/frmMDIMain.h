@@ -16,6 +16,7 @@
 #include "intake/CodeMappings.h"
 #include "logview/frmResults.h"
 #include "platform/ShortDate.h"
+#include "report/PrintCommands.h"
 #include "ui/Toolbar.h"
 
 namespace varnlog::app {
@@ -59,8 +60,11 @@ class frmMDIMain final : public QMainWindow,
   void ApplyViewOptions();
   void Run(CommandId id);
   void RunView(CommandId id);
+  void RunPrint(CommandId id);
   void ShowProperties();
   void ShowAbout();
+  [[nodiscard]] report::PrintContext PrintContext();
+  void ShowPreview();
   void ShowStatus();
   void ApplicationStateChanged(Qt::ApplicationState state);
 
@@ -98,6 +102,7 @@ class frmMDIMain final : public QMainWindow,
   MainProgram program_;
   CMruINI mru_;
   CFormPosIni formPos_;
+  report::PrintCommands print_;
 
   QMdiArea* mdi_;
   ui::Toolbar* tlbStandard_;
