@@ -25,6 +25,9 @@ constexpr Ratio kClaims[] = {
     {"patient search, first answer / bare scan", "PatientSearchFirst", "BareNameScan", 1.3},
     {"patient search, further answers / bare scan", "PatientSearchAgain", "BareNameScan", 0.05},
     {"period and type / bare statement", "PeriodAndType", "BarePeriodAndType", 1.2},
+    {"report of 10,000 rows / drawing its texts", "ReportPdf/10000", "BarePdf/10000", 1.5},
+    {"memory: report of 200,000 rows / of 10,000 rows", "ReportMegabytes/200000", "ReportMegabytes/10000",
+     1.2},
 };
 
 }  // namespace

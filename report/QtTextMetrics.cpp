@@ -13,7 +13,8 @@ namespace {
 
 // First bytes of UTF-8 characters.
 constexpr unsigned char kCombiningAccents = 0xCC;  // U+0300 on
-constexpr unsigned char kHebrew = 0xD6;            // U+0590 is in its second half
+constexpr unsigned char kAsciiEnd = 0x80;
+constexpr unsigned char kHebrew = 0xD6;  // U+0590 is in its second half
 
 bool HasByteFrom(std::string_view text, unsigned char least) {
   return std::ranges::any_of(text, [least](char c) { return static_cast<unsigned char>(c) >= least; });
@@ -61,18 +62,17 @@ double QtTextMetrics::Width(std::string_view text, int font) const {
   const Font& measured = fonts_[static_cast<std::size_t>(font)];
   double units = 0;
   for (std::string_view rest = text; !rest.empty();) {
+    if (const auto byte = static_cast<unsigned char>(rest.front()); byte < kAsciiEnd) {
+      units += LetterWidth(measured, byte);
+      rest.remove_prefix(1);
+      continue;
+    }
     const auto letter = platform::NextCharacter(rest);
     if (!letter || *letter >= kRemembered || IsCombiningAccent(*letter))
       return measured.metrics.horizontalAdvance(ToDrawnText(text)) / kFontUnitsPerPoint;
     units += LetterWidth(measured, *letter);
   }
   return units / kFontUnitsPerPoint;
-}
-
-double QtTextMetrics::LetterWidth(const Font& font, char32_t letter) {
-  float& width = font.widths[letter];
-  if (width == 0) width = static_cast<float>(font.metrics.horizontalAdvance(QChar(letter)));
-  return width;
 }
 
 bool QtTextMetrics::IsRightToLeft(std::string_view text) const {

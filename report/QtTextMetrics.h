@@ -37,7 +37,11 @@ class QtTextMetrics final : public TextMetrics {
     mutable std::array<float, kRemembered> widths{};  // 0: not yet known
   };
 
-  [[nodiscard]] static double LetterWidth(const Font& font, char32_t letter);
+  [[nodiscard]] static double LetterWidth(const Font& font, char32_t letter) {
+    float& width = font.widths[letter];
+    if (width == 0) width = static_cast<float>(font.metrics.horizontalAdvance(QChar(letter)));
+    return width;
+  }
 
   std::vector<Font> fonts_;
 };
