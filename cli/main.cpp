@@ -50,6 +50,7 @@ void CheckUsage(const Command& command, const Session& session, const Options& o
     command.validate(options);
   } catch (const UsageError& error) {
     WriteError(OneLine(session.Text(error.key, error.name, error.value)));
+    WriteError(OneLine(session.Text("VC_TRYHELP"_key)));
     throw;
   }
 }
