@@ -199,6 +199,8 @@ bool IntakeSources::RemoveFrom(const Source& source) {
 }
 
 bool IntakeSources::RemoveRead() {
+  // What this run itself holds open can never be had alone.
+  for (Source& source : sources_) source.tokens.CloseMailslot();
   const bool done =
       std::ranges::all_of(sources_, [this](const Source& source) { return RemoveFrom(source); });
   if (done) options_.Reached(RunStep::kRemoved);

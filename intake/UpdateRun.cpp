@@ -127,7 +127,9 @@ void Run::TakeAll(dao::Database& log) {
 void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   dao::Database& log = *engine.Database();
   bool removed = true;
-  if (sources_.HasRead()) {
+  // Records that changed nothing stand in the log already, or it has no use for them: they need no safe copy.
+  const bool isNeeded = result_.added + result_.changed > 0 || !sources_.CopiedRun().empty();
+  if (sources_.HasRead() && isNeeded) {
     const RunId id = NewRunId();
     WriteRunMark(log, id);
     // A full disk must show now, while nothing is removed yet, and not at the commit.
