@@ -5,8 +5,12 @@
 
 namespace varnlog::dao {
 
-std::string DBEngine::StorageVersion() { return sqlite3_libversion(); }
+std::string DBEngine::StorageVersion() {
+  return sqlite3_libversion();
+}
 
-std::string DBEngine::TextOrderVersion() { return U_ICU_VERSION; }
+std::string DBEngine::TextOrderVersion() {
+  return U_ICU_VERSION;
+}
 
 }  // namespace varnlog::dao

@@ -9,7 +9,8 @@ void ReadTables(const varnlog::legacy::JetDatabase& database) {
   for (const std::string& name : database.TableNames()) {
     varnlog::legacy::FaultList faults;
     if (const auto table = database.Table(name)) {
-      database.Read(*table, [](const varnlog::legacy::JetRow&) { return true; }, faults);
+      database.Read(
+          *table, [](const varnlog::legacy::JetRow&) { return true; }, faults);
     }
   }
 }
