@@ -101,8 +101,8 @@ class CJetEngine {
   void Tune(dao::EngineOption option, const std::variant<std::int32_t, std::string>& value);
   void Compact(const std::string& source, const std::optional<std::string>& destination, int options);
   bool AddField(const std::string& table, const dao::FieldDef& field);
-  dao::Workspace& RequireWorkspace() const;
-  dao::Database& RequireDatabase() const;
+  [[nodiscard]] dao::Workspace& RequireWorkspace() const;
+  [[nodiscard]] dao::Database& RequireDatabase() const;
 
   dao::DBEngine& engine_;
   std::shared_ptr<dao::Workspace> workspace_;
