@@ -1,0 +1,217 @@
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTreeWidget>
+
+#include "logview/Columns.h"
+#include "tests/windows/RunningProgram.h"
+
+namespace varnlog::app::test {
+namespace {
+
+using db::SelectionKind;
+using db::literals::operator""_key;
+using enum CommandId;
+
+constexpr int kVoltageColumn = 7;
+
+/// A practice whose suite has reported four exposures of three patients on four days; the voltage is left to
+/// be entered.
+class MainWindow : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::vector<tools::Exposure> exposures = {cli::NewExposure("Zander", "XI", "03.02.2020", "08:00:00"),
+                                              cli::NewExposure("Abel", "XP", "04.02.2020", "09:00:00"),
+                                              cli::NewExposure("O'Hara", "XI", "05.02.2020", "10:00:00"),
+                                              cli::NewExposure("Abel", "XC", "06.03.2021", "11:00:00")};
+    for (tools::Exposure& exposure : exposures) exposure.volt.clear();
+    installation_.Reports(exposures);
+  }
+
+  void Starts(db::MessageAnswer answer = db::MessageAnswer::kYes) {
+    program_.reset();
+    program_ = std::make_unique<RunningProgram>(installation_, answer);
+  }
+  /// The last day's exposure comes first.
+  [[nodiscard]] std::string Stored(const std::string& field) const {
+    std::string text;
+    installation_.WithLog(false, [&](dao::Database& log) {
+      const auto rows = log.OpenRecordset("SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;");
+      text = rows->Fields(field).Text();
+    });
+    return text;
+  }
+  [[nodiscard]] std::vector<std::string> Patients() {
+    std::vector<std::string> names;
+    for (const QString& text : program_->ColumnTexts(logview::kPatientColumn)) {
+      names.push_back(text.section(',', 0, 0).toStdString());
+    }
+    return names;
+  }
+  static void EntersPeriod(QDialog& dialog, const char* from, const char* to) {
+    Child<QLineEdit>(dialog, "txtDate0").setText(from);
+    Child<QLineEdit>(dialog, "txtDate1").setText(to);
+    Child<QPushButton>(dialog, "cmdOK").click();
+  }
+  static void Cancels(QDialog& dialog) { Child<QPushButton>(dialog, "cmdCancel").click(); }
+  static void SearchesAndTakes(QDialog& dialog, const char* name) {
+    Child<QLineEdit>(dialog, "txtSearch").clear();
+    QTest::keyClicks(&Child<QLineEdit>(dialog, "txtSearch"), name);
+    Child<QPushButton>(dialog, "cmdSearch").click();
+    Child<QPushButton>(dialog, "cmdOK").click();
+  }
+
+  cli::Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
+  std::unique_ptr<RunningProgram> program_;
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(MainWindow, TakesInWhatTheSuiteReportedWhenTheUserAgrees) {
+  Starts();
+  EXPECT_EQ(program_->TakeMessages().value(0), program_->Text("RC_XRNOTUPDATED"_key));
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  EXPECT_FALSE(std::filesystem::exists(installation_.exchangeFile()));
+  EXPECT_TRUE(Child<QLabel>(program_->Window(), "pnlRows").text().contains("4"));
+  EXPECT_EQ(Child<QLabel>(program_->Window(), "pnlFile").text().toStdString(), installation_.log().string());
+}
+
+TEST_F(MainWindow, LeavesThemAfterANoUntilTheUpdateIsAskedFor) {
+  Starts(db::MessageAnswer::kNo);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  emit qApp->applicationStateChanged(Qt::ApplicationActive);
+  QTest::qWait(400);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 0) << "declined";
+  program_->Triggers(mnuEditUpdate);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2022", "08:00:00")});
+  emit qApp->applicationStateChanged(Qt::ApplicationActive);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Grid().ApproximateCount() == 5; }, 10'000));
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 5) << "activation updates again, without a question";
+  (void)program_->TakeMessages();
+  program_->Triggers(mnuEditUpdate);
+  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("MN_NOXR"_key)));
+}
+
+TEST_F(MainWindow, AHeadingSortsAndTheNumbersHeadingBeeps) {
+  Starts();
+  program_->ClicksHeading(logview::kPatientColumn);
+  const Names once = Patients();
+  program_->ClicksHeading(logview::kPatientColumn);
+  const Names twice = Patients();
+  EXPECT_EQ(once, Names({"Abel", "Abel", "O'Hara", "Zander"}));
+  EXPECT_EQ(twice, Names({"Zander", "O'Hara", "Abel", "Abel"}));
+  const int beeps = program_->Beeps();
+  program_->ClicksHeading(logview::kNumberColumn);
+  EXPECT_EQ(program_->Beeps(), beeps + 1);
+  EXPECT_EQ(Patients(), twice);
+}
+
+TEST_F(MainWindow, AValueCanBeCorrectedUntilTheLogIsClosedAndNeverAgain) {
+  Starts();
+  for (const char* voltage : {"63", "65"}) {
+    program_->Enters(0, kVoltageColumn, voltage);
+    EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), voltage);
+    EXPECT_EQ(Stored("tXraySVolt"), voltage);
+  }
+  EXPECT_TRUE(Child<QLabel>(program_->Window(), "pnlPending").isVisible());
+  ASSERT_TRUE(program_->Quits());
+
+  Starts();
+  (void)program_->TakeMessages();
+  EXPECT_EQ(program_->Grid().StateOf(0, kVoltageColumn), ui::CellState::kLocked);
+  program_->Enters(0, kVoltageColumn, "70");
+  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RS_ERR_CHANGE"_key)));
+  EXPECT_EQ(Stored("tXraySVolt"), "65");
+  for (const char* comment : {"ohne Befund", "Karies 36"}) {
+    program_->Enters(0, logview::kCommentColumn, comment);
+    EXPECT_EQ(Stored("tXraySComment"), comment);
+  }
+  EXPECT_TRUE(program_->TakeMessages().isEmpty());
+}
+
+TEST_F(MainWindow, EachSelectionShowsItsRowsAndACancelledOneChangesNothing) {
+  Starts();
+  const auto year = [](QDialog& dialog) { EntersPeriod(dialog, "1.1.2020", "31.12.2020"); };
+  const auto abel = [](QDialog& dialog) { SearchesAndTakes(dialog, "Abel"); };
+  using Step = std::pair<const char*, std::function<void(QDialog&)>>;
+  struct Row {
+    CommandId command;
+    std::vector<Step> dialogs;
+    SelectionKind kind;
+    std::size_t rows;
+  };
+  const Row rows[] = {
+      {mnuSortDateAll, {{"frmBegEnd", year}}, SelectionKind::kPeriod, 3},
+      {mnuSortDateAllXI, {{"frmBegEnd", year}}, SelectionKind::kPeriodXI, 2},
+      {mnuSortDateAllXP, {{"frmBegEnd", Cancels}}, SelectionKind::kPeriodXI, 2},
+      {mnuSortDateAllXP, {{"frmBegEnd", year}}, SelectionKind::kPeriodXP, 1},
+      {mnuSortDateAllXC, {{"frmBegEnd", year}}, SelectionKind::kPeriodXC, 0},
+      {mnuSortDateAllXS, {{"frmBegEnd", year}}, SelectionKind::kPeriodXS, 0},
+      {mnuSortDateAllXV, {{"frmBegEnd", year}}, SelectionKind::kPeriodXV, 0},
+      {mnuSortPatAll, {{"frmPatSearch", abel}}, SelectionKind::kPatient, 2},
+      {mnuSortPatPeriod, {{"frmPatSearch", Cancels}}, SelectionKind::kPatient, 2},
+      {mnuSortPatPeriod, {{"frmPatSearch", abel}, {"frmBegEnd", Cancels}}, SelectionKind::kPatient, 2},
+      {mnuSortPatPeriod, {{"frmPatSearch", abel}, {"frmBegEnd", year}}, SelectionKind::kPatientPeriod, 1},
+      {mnuSortAll, {}, SelectionKind::kAll, 4},
+  };
+  for (const Row& row : rows) {
+    const std::string name(Def(row.command).name);
+    for (const auto& [dialog, user] : row.dialogs) program_->InDialog(dialog, user);
+    program_->Triggers(row.command);
+    EXPECT_TRUE(program_->DialogsDone()) << name;
+    EXPECT_EQ(program_->Globals().SortSelectionGl, row.kind) << name;
+    EXPECT_EQ(Patients().size(), row.rows) << name;
+  }
+}
+
+TEST_F(MainWindow, ACancelledPeriodGivesThePatientBack) {
+  Starts();
+  program_->InDialog("frmPatSearch", [](QDialog& dialog) { SearchesAndTakes(dialog, "Zander"); });
+  program_->Triggers(mnuSortPatAll);
+  program_->InDialog("frmPatSearch", [](QDialog& dialog) { SearchesAndTakes(dialog, "Abel"); });
+  program_->InDialog("frmBegEnd", Cancels);
+  program_->Triggers(mnuSortPatPeriod);
+  EXPECT_EQ(program_->Globals().strPatNameGl, "Zander");
+  EXPECT_EQ(Patients(), Names({"Zander"}));
+}
+
+TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
+  Starts();
+  (void)program_->TakeMessages();
+  program_->InDialog("frmPatSearch", [&](QDialog& dialog) {
+    for (const QString& entry : {QString("'"), QString("["), QString("O'Hara"), QString("%"), QString("Nemo"),
+                                 QString(1000, 'x'), QString("\" OR 1=1 --")}) {
+      Child<QLineEdit>(dialog, "txtSearch").setText(entry);
+      Child<QPushButton>(dialog, "cmdSearch").click();
+      const bool told = !program_->TakeMessages().isEmpty();
+      const bool found = Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount() > 0;
+      EXPECT_NE(told, found) << entry.toStdString() << ": either a list or a message";
+    }
+    Child<QLineEdit>(dialog, "txtSearch").setText("*");
+    Child<QPushButton>(dialog, "cmdSearch").click();
+    EXPECT_EQ(Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount(), 3);
+    Cancels(dialog);
+  });
+  program_->Triggers(mnuSortPatAll);
+  EXPECT_TRUE(program_->DialogsDone());
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+}
+
+TEST_F(MainWindow, APeriodThatIsNoneKeepsTheDialogOpen) {
+  Starts();
+  (void)program_->TakeMessages();
+  program_->InDialog("frmBegEnd", [&](QDialog& dialog) {
+    for (const char* date : {"30.2.2001", "1.13.2001", "gestern", "'"}) {
+      EntersPeriod(dialog, date, "31.12.2020");
+      EXPECT_EQ(program_->TakeMessages().size(), 1) << date;
+      EXPECT_TRUE(dialog.isVisible()) << date;
+    }
+    Cancels(dialog);
+  });
+  program_->Triggers(mnuSortDateAll);
+  EXPECT_EQ(program_->Globals().SortSelectionGl, SelectionKind::kAll);
+}
+
+}  // namespace
+}  // namespace varnlog::app::test

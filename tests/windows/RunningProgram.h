@@ -1,0 +1,83 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QApplication>
+#include <QDialog>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "app/Language.h"
+#include "app/frmMDIMain.h"
+#include "app/modINIFile.h"
+#include "tests/cli/Installation.h"
+#include "ui/MessageBox.h"
+
+namespace varnlog::app::test {
+
+/// One run of the program in this process, on a scratch installation. Message boxes are answered at once:
+/// with `answer` where there is a choice.
+class RunningProgram {
+ public:
+  explicit RunningProgram(const cli::Installation& installation,
+                          db::MessageAnswer answer = db::MessageAnswer::kYes);
+  ~RunningProgram();
+  RunningProgram(const RunningProgram&) = delete;
+  RunningProgram& operator=(const RunningProgram&) = delete;
+
+  [[nodiscard]] frmMDIMain& Window() { return *window_; }
+  [[nodiscard]] ui::TDBGrid& Grid() { return window_->Results()->Grid(); }
+  [[nodiscard]] db::Globals& Globals() { return globals_; }
+  [[nodiscard]] QString Text(db::TextKey key) const;
+
+  void Triggers(CommandId command);
+  /// False when the question was answered with No.
+  bool Quits();
+
+  /// What `user` does in the dialog of that object name once it is open. Dialogs are expected in this order.
+  void InDialog(const char* name, std::function<void(QDialog&)> user);
+  /// True when every dialog expected has come.
+  [[nodiscard]] bool DialogsDone() const { return steps_.empty(); }
+
+  void AnswersWith(db::MessageAnswer answer) { answer_ = answer; }
+  /// The texts shown since the last call.
+  [[nodiscard]] QStringList TakeMessages() { return std::exchange(messages_, {}); }
+  [[nodiscard]] int Beeps() const { return user_.Beeps(); }
+
+  void ClicksCell(int row, int column);
+  void ClicksHeading(int column);
+  /// Goes to the cell, types over what it holds and confirms.
+  void Enters(int row, int column, const QString& text);
+  /// The texts of a column from top to bottom.
+  [[nodiscard]] QStringList ColumnTexts(int column);
+
+  static void Settle();
+
+ private:
+  void Poll(int patience);
+
+  db::Globals globals_;
+  Language texts_{globals_};
+  ui::MessageBox user_{texts_};
+  modINIFile ini_;
+  platform::SystemClock clock_;
+  platform::ShortDate shortDate_;
+  HostToothScheme scheme_{globals_, ini_};
+  std::unique_ptr<frmMDIMain> window_;
+  db::MessageAnswer answer_;
+  QStringList messages_;
+  std::vector<std::pair<QString, std::function<void(QDialog&)>>> steps_;
+};
+
+template <typename Widget>
+Widget& Child(QWidget& parent, const char* name) {
+  auto* child = parent.findChild<Widget*>(QLatin1String(name));
+  if (child == nullptr) throw std::runtime_error(std::string("no ") + name);
+  return *child;
+}
+
+}  // namespace varnlog::app::test
