@@ -65,6 +65,8 @@ void frmRunUpdate::reject() {
   if (running_) {
     AskCancel();
   } else {
+    // Before the first record: nothing was begun, and activating the program must not begin it either.
+    context_.globals.UpdateDeclinedGl = true;
     QDialog::reject();
   }
 }
