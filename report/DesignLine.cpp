@@ -16,7 +16,7 @@ void SkipBlanks(std::string_view& text) {
 }
 
 std::string TakeWord(std::string_view& text, std::string_view ends) {
-  const std::string word(text.substr(0, text.find_first_of(ends)));
+  std::string word(text.substr(0, text.find_first_of(ends)));
   text.remove_prefix(word.size());
   return word;
 }

@@ -1,6 +1,7 @@
 #include "report/QtTextMetrics.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <QString>
 #include <QStringList>
@@ -39,7 +40,7 @@ std::vector<QFont> MakeFonts(const ReportDesign& design) {
     QFont font;
     font.setFamilies(families);
     font.setStyleHint(QFont::Serif);
-    font.setPixelSize(static_cast<int>(described.size * kFontUnitsPerPoint + 0.5));
+    font.setPixelSize(static_cast<int>(std::lround(described.size * kFontUnitsPerPoint)));
     font.setBold(described.bold);
     font.setKerning(false);
     font.setHintingPreference(QFont::PreferNoHinting);

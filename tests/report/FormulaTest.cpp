@@ -11,16 +11,16 @@ using platform::DateTime;
 
 class OneLine final : public FormulaContext {
  public:
-  FormulaValue Field(std::string_view name) const override {
+  [[nodiscard]] FormulaValue Field(std::string_view name) const override {
     const auto found = fields.find(std::string(name));
     if (found == fields.end()) throw FormulaError("no field " + std::string(name));
     return found->second;
   }
-  std::int64_t PageNumber() const override { return 3; }
-  std::int64_t TotalPageCount() const override { return 12; }
-  std::int64_t RecordNumber() const override { return 57; }
-  std::int64_t Count() const override { return 400; }
-  DateTime PrintDate() const override { return *DateTime::FromCivil(2024, 2, 9); }
+  [[nodiscard]] std::int64_t PageNumber() const override { return 3; }
+  [[nodiscard]] std::int64_t TotalPageCount() const override { return 12; }
+  [[nodiscard]] std::int64_t RecordNumber() const override { return 57; }
+  [[nodiscard]] std::int64_t Count() const override { return 400; }
+  [[nodiscard]] DateTime PrintDate() const override { return *DateTime::FromCivil(2024, 2, 9); }
 
   std::map<std::string, FormulaValue> fields = {{"tXraySName", std::string("D'Angelo \"Rex\" {x}")},
                                                 {"tXraySPreg", std::string("N")},

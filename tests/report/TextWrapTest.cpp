@@ -12,10 +12,10 @@ using testing::ElementsAreArray;
 /// Each character is one point wide.
 class PointMetrics final : public TextMetrics {
  public:
-  double Width(std::string_view text, int) const override {
+  [[nodiscard]] double Width(std::string_view text, int) const override {
     return static_cast<double>(platform::CharacterCount(text));
   }
-  bool IsRightToLeft(std::string_view) const override { return false; }
+  [[nodiscard]] bool IsRightToLeft(std::string_view) const override { return false; }
 };
 
 struct Row {

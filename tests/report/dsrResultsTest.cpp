@@ -12,12 +12,14 @@ using platform::ShortDate;
 /// Gives every key its own name in brackets, so that a text shows which key was asked.
 class NamedTexts : public db::TextLookup {
  public:
-  std::string GetText(db::TextKey key) const override { return "<" + std::string(key.name()) + ">"; }
+  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+    return "<" + std::string(key.name()) + ">";
+  }
 };
 
 class QuotingTexts final : public db::TextLookup {
  public:
-  std::string GetText(db::TextKey) const override { return "\"ja\" {dao.x}"; }
+  [[nodiscard]] std::string GetText(db::TextKey) const override { return "\"ja\" {dao.x}"; }
 };
 
 TEST(DateOrderTest, IsReadFromTheSystemsOwnDates) {
