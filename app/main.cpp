@@ -1,11 +1,9 @@
 #include <cstdio>
 #include <filesystem>
-#include <map>
 #include <string>
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLibraryInfo>
 #include <QTranslator>
 
 #include "app/Language.h"
@@ -13,9 +11,11 @@
 #include "app/frmMDIMain.h"
 #include "app/modINIFile.h"
 #include "db/modCommon.h"
+#include "legacy/LoadTables.h"
 #include "platform/Files.h"
 #include "ui/MessageBox.h"
 #include "ui/QtText.h"
+#include "ui/QtTexts.h"
 
 namespace {
 
@@ -52,21 +52,10 @@ void ShowFatal(ui::MessageBox& user) {
              db::MessageIcon::kCritical, db::MessageButtons::kOk});
 }
 
-/// Qt's own buttons and dialogs speak the program's language where Qt knows it.
-void TranslateQt(QTranslator& translator, const std::string& language) {
-  static const std::map<std::string, const char*> kLocales = {
-      {"D", "de"}, {"GB", "en"}, {"E", "es"}, {"I", "it"}, {"F", "fr"}, {"NL", "nl"}, {"CYR", "ru"}};
-  const auto locale = kLocales.find(language);
-  if (locale == kLocales.end()) return;
-  if (translator.load(QStringLiteral("qtbase_") + QLatin1String(locale->second),
-                      QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-    QApplication::installTranslator(&translator);
-  }
-}
-
 int RunProgram(db::Globals& globals, const std::string& givenLanguage) {
   app::SingleInstance instance(globals.ProgramFolderGl);
   const bool first = instance.Claim();
+  legacy::InstallJetFormat();
   app::Language texts(globals);
   ui::MessageBox user(texts);
   app::modINIFile ini;
@@ -87,7 +76,7 @@ int RunProgram(db::Globals& globals, const std::string& givenLanguage) {
                                           : givenLanguage);
   ini = app::modINIFile(globals.LanguageGl);
   QTranslator translator;
-  TranslateQt(translator, globals.LanguageGl);
+  ui::TranslateQt(translator, globals.LanguageGl);
 
   const platform::SystemClock clock;
   const platform::ShortDate shortDate = platform::ShortDate::FromSystem();

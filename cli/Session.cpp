@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "db/modCommon.h"
+#include "legacy/LoadTables.h"
 #include "platform/Files.h"
 
 namespace varnlog::cli {
@@ -28,6 +29,7 @@ Session::Session(const Options& options) {
       options.folder.empty() ? platform::FromPath(platform::ExecutableFolder()) : Absolute(options.folder);
   globals_.IniFileGl = platform::FromPath(platform::ToPath(globals_.ProgramFolderGl) / "varnlog.ini");
   EnterProgramFolder();
+  legacy::InstallJetFormat();
   ChooseLanguage();
 }
 

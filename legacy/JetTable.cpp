@@ -17,13 +17,22 @@ struct Layout {
   std::size_t rows, lastId, variableColumns, columns, realIndexes, indexEntries;
   std::size_t indexEntryLength, columnLength;
   std::size_t number, variableIndex, codePage, flags, fixedOffset, size;
+  std::size_t indexes, keyLength, keyColumns, keyFlags, indexLength, keyOfIndex, kindOfIndex;
 };
 
-constexpr Layout kJet3Layout{12, 16, 0x17, 0x19, 0x1f, 0x2b, 8, 18, 1, 3, 11, 13, 14, 16};
-constexpr Layout kJet4Layout{16, 20, 0x2b, 0x2d, 0x33, 0x3f, 12, 25, 5, 7, 0, 15, 21, 23};
+constexpr Layout kJet3Layout{12, 16, 0x17, 0x19, 0x1f, 0x2b, 8,  18, 1, 3, 11,
+                             13, 14, 16,   0x1b, 39,   0,    38, 20, 4, 19};
+constexpr Layout kJet4Layout{16, 20, 0x2b, 0x2d, 0x33, 0x3f, 12, 25, 5, 7, 0,
+                             15, 21, 23,   0x2f, 52,   4,    46, 28, 8, 23};
 
 constexpr std::uint8_t kFixedFlag = 0x01;
 constexpr std::uint8_t kCounterFlag = 0x04;
+
+constexpr std::size_t kMostKeyColumns = 10;
+constexpr std::size_t kKeyColumnLength = 3;
+constexpr std::uint8_t kUniqueFlag = 0x01;
+constexpr std::uint8_t kPrimaryKind = 1;
+constexpr std::uint8_t kRelationKind = 2;
 
 // The definition in one piece: pages after the first carry on behind a short head.
 Result<std::vector<std::byte>> JoinDefinition(const JetPages& pages, std::uint32_t first) {
@@ -60,7 +69,10 @@ class DefinitionReader {
     std::size_t at = layout_.indexEntries + indexes * layout_.indexEntryLength;
     for (int i = 0; i < columns; ++i, at += layout_.columnLength) table.columns.push_back(Column(at));
     for (JetColumn& column : table.columns) column.name = Name(at);
-    return !reader_.Overran() && std::all_of(table.columns.begin(), table.columns.end(), IsPossible);
+    const bool isPossible =
+        !reader_.Overran() && std::all_of(table.columns.begin(), table.columns.end(), IsPossible);
+    if (isPossible) ReadIndexes(table, at, indexes);
+    return isPossible;
   }
 
  private:
@@ -77,6 +89,36 @@ class DefinitionReader {
     column.size = reader_.U16(at + layout_.size);
     if (!isJet3_ && column.type == ColumnType::kText) column.size /= 2;
     return column;
+  }
+
+  // Behind the columns stand the keys in which rows are sorted, then the indexes, each of which uses one of
+  // the keys, then the names of the indexes.
+  void ReadIndexes(JetTable& table, std::size_t keysAt, std::uint32_t keys) {
+    const std::uint32_t count = reader_.U32(layout_.indexes);
+    if (count > kMostIndexes) return;
+    const std::size_t indexesAt = keysAt + keys * layout_.keyLength;
+    std::size_t namesAt = indexesAt + count * layout_.indexLength;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const std::size_t at = indexesAt + i * layout_.indexLength;
+      const std::uint32_t key = reader_.U32(at + layout_.keyOfIndex);
+      JetIndex index{.name = Name(namesAt), .columns = {}};
+      if (key < keys) ReadKey(table, keysAt + key * layout_.keyLength, index);
+      const std::uint8_t kind = reader_.U8(at + layout_.kindOfIndex);
+      index.isPrimary = kind == kPrimaryKind;
+      if (kind != kRelationKind && !index.columns.empty()) table.indexes.push_back(std::move(index));
+    }
+    if (reader_.Overran()) table.indexes.clear();
+  }
+
+  void ReadKey(const JetTable& table, std::size_t at, JetIndex& index) {
+    for (std::size_t i = 0; i < kMostKeyColumns; ++i) {
+      const std::uint16_t number = reader_.U16(at + layout_.keyColumns + i * kKeyColumnLength);
+      const auto column = std::find_if(table.columns.begin(), table.columns.end(),
+                                       [&](const JetColumn& each) { return each.number == number; });
+      if (column != table.columns.end())
+        index.columns.push_back(static_cast<int>(column - table.columns.begin()));
+    }
+    index.isUnique = (reader_.U8(at + layout_.keyFlags) & kUniqueFlag) != 0;
   }
 
   // Names follow one another behind the columns: a length in bytes, then the text.

@@ -42,11 +42,21 @@ struct JetColumn {
   int codePage = 0;  // 0: the file's
 };
 
+/// The indexes that belong to relations between tables are left out.
+struct JetIndex {
+  std::string name;
+  std::vector<int> columns;  // indexes into JetTable::columns
+  bool isPrimary = false;
+  bool isUnique = false;
+};
+
 /// A table as its definition page tells it.
 struct JetTable {
   std::string name;
   std::uint32_t definitionPage = 0;
   std::vector<JetColumn> columns;  // in the order of their definition
+  /// None when the list of them is damaged: rows are read without indexes.
+  std::vector<JetIndex> indexes;
   bool hasVariableColumns = false;
   std::uint32_t declaredRows = 0;
   /// The id given last, also when its row is gone; 0 before the first. The next row gets the one after it.

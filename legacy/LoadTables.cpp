@@ -9,7 +9,9 @@
 #include "db/dao/JetSql.h"
 #include "db/dao/Schema.h"
 #include "legacy/JetDatabase.h"
+#include "legacy/LogSchema.h"
 #include "legacy/OldFile.h"
+#include "platform/Files.h"
 
 namespace varnlog::legacy {
 namespace {
@@ -70,6 +72,38 @@ std::vector<int> MakeTable(const JetTable& table, dao::Database& target) {
   return columns;
 }
 
+// The names of the columns that a loaded table's index has; "" when one of them was left out.
+std::string IndexColumns(const JetTable& table, const JetIndex& index) {
+  std::string names;
+  for (const int column : index.columns) {
+    const JetColumn& each = table.columns[static_cast<std::size_t>(column)];
+    if (!FieldTypeOf(each.type)) return {};
+    names += (names.empty() ? "" : ", ") + dao::QuoteIdentifier(each.name);
+  }
+  return names;
+}
+
+bool IsCounterKey(const JetTable& table, const JetIndex& index) {
+  return index.columns.size() == 1 && table.columns[static_cast<std::size_t>(index.columns[0])].isCounter;
+}
+
+// An index only makes finding quicker, so one that cannot be made does no harm. Two texts that the old engine
+// took for different may be equal here, which is why a unique one may become an ordinary one.
+void MakeIndex(const JetTable& table, const JetIndex& index, dao::Database& target) {
+  const std::string columns = IndexColumns(table, index);
+  if (columns.empty() || IsCounterKey(table, index)) return;
+  const std::string rest =
+      "INDEX " + dao::QuoteIdentifier(index.name) + " ON " + dao::QuoteIdentifier(table.name);
+  for (const bool isUnique : {true, false}) {
+    if (isUnique && !index.isUnique) continue;
+    try {
+      return target.Execute((isUnique ? "CREATE UNIQUE " : "CREATE ") + rest + " (" + columns + ")");
+    } catch (const EngineError&) {
+      continue;
+    }
+  }
+}
+
 void RequireNone(const FaultList& faults) {
   if (!faults.IsEmpty()) throw EngineError(ErrorNumber::kDamaged, Describe(faults.First().front()));
 }
@@ -90,6 +124,39 @@ void LoadTable(const JetDatabase& source, const std::string& name, dao::Database
       },
       faults);
   RequireNone(faults);
+  for (const JetIndex& index : table->indexes) MakeIndex(*table, index, target);
+}
+
+void LoadAll(const JetDatabase& source, dao::Database& target) {
+  RequireNone(source.Faults());
+  target.Execute("BEGIN");
+  for (const std::string& name : source.TableNames()) LoadTable(source, name, target);
+  target.Execute("COMMIT");
+}
+
+bool IsFirstLayout(dao::Database& database) {
+  try {
+    static_cast<void>(database.TableDefs(kExposureTable));
+    const auto row = database.OpenRecordset("SELECT tCfgSSet FROM TConfig WHERE tCfgSKey='DBVersion'",
+                                            dao::RecordsetType::kSnapshot);
+    return !row->IsEOF() && row->Fields(std::size_t{0}).Text() == "1.0";
+  } catch (const EngineError&) {
+    return false;  // no log
+  }
+}
+
+FieldType TypeOf(const LogColumn& column) {
+  return column.type == ColumnType::kBoolean ? FieldType::kBoolean : FieldType::kText;
+}
+
+void CompleteLayout(dao::Database& log) {
+  if (!IsFirstLayout(log)) return;
+  for (const LogColumn& column : ExposureColumns()) {
+    if (!column.since11) continue;
+    dao::FieldDef field{.name = std::string(column.name), .type = TypeOf(column), .size = column.size};
+    log.Execute("ALTER TABLE TXray ADD COLUMN " + field.name + " " + dao::DeclaredType(field));
+  }
+  log.Execute("UPDATE TConfig SET tCfgSSet = '1.1' WHERE tCfgSKey = 'DBVersion'");
 }
 
 }  // namespace
@@ -100,14 +167,27 @@ bool IsJetStart(std::string_view start) {
 
 void LoadTables(const std::filesystem::path& jetFile, dao::Database& target) {
   std::error_code error;
+  const std::string name = platform::FromPath(jetFile);
   const auto content = ReadOldFile(jetFile, error);
-  if (!content) throw EngineError(ErrorNumber::kFileNotFound, error.message());
+  if (!content)
+    throw EngineError(ErrorNumber::kFileNotFound, "The file '" + name + "': " + error.message() + ".");
   const auto source = JetDatabase::Open(AsBytes(*content));
-  if (!source) throw EngineError(ErrorNumber::kUnrecognisedFormat, Describe(source.Why()));
-  RequireNone(source->Faults());
-  target.Execute("BEGIN");
-  for (const std::string& name : source->TableNames()) LoadTable(*source, name, target);
-  target.Execute("COMMIT");
+  if (!source)
+    throw EngineError(ErrorNumber::kUnrecognisedFormat,
+                      "The file '" + name + "' cannot be read: " + Describe(source.Why()) + ".");
+  try {
+    LoadAll(*source, target);
+  } catch (const EngineError& failure) {
+    // What the storage does not accept, such as two tables of one name, no sound file holds either.
+    throw EngineError(ErrorNumber::kDamaged, "The file '" + name + "' is damaged: " + failure.what() + ".");
+  }
+}
+
+void InstallJetFormat(dao::DBEngine& engine) {
+  engine.SetForeignFormat({IsJetStart, [](const std::string& path, dao::Database& target) {
+                             LoadTables(platform::ToPath(path), target);
+                             CompleteLayout(target);
+                           }});
 }
 
 }  // namespace varnlog::legacy

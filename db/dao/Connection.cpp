@@ -92,7 +92,12 @@ std::shared_ptr<Connection> Connection::Create(const std::string& path,
 }
 
 std::shared_ptr<Connection> Connection::InMemory(const Connection& source) {
-  std::shared_ptr<Connection> connection(new Connection(source.path_, {}, source.state_));
+  return InMemory(source.path_, {}, source.state_);
+}
+
+std::shared_ptr<Connection> Connection::InMemory(const std::string& path, Mode mode,
+                                                 const std::shared_ptr<EngineState>& state) {
+  std::shared_ptr<Connection> connection(new Connection(path, mode, state));
   const int result = sqlite3_open_v2(
       ":memory:", &connection->handle_,
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
@@ -219,7 +224,9 @@ std::string Connection::ReadBytes(std::int64_t offset, std::size_t count) const 
 
 Connection::Stamp Connection::CurrentStamp() {
   sqlite3_file& file = OpenFile(Handle());
-  file.pMethods->xRead(&file, &fileChanges_, sizeof fileChanges_, kChangeCounterOffset);
+  // A database in memory has no file that others could change.
+  if (file.pMethods != nullptr)
+    file.pMethods->xRead(&file, &fileChanges_, sizeof fileChanges_, kChangeCounterOffset);
   fileChangesRead_ = std::chrono::steady_clock::now();
   return {fileChanges_, OwnChanges(), epoch_};
 }

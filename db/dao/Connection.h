@@ -36,6 +36,9 @@ class Connection {
                                                           const std::shared_ptr<EngineState>& state);
   /// An empty database in memory with the text functions, for what is computed from `source`.
   [[nodiscard]] static std::shared_ptr<Connection> InMemory(const Connection& source);
+  /// The same for the content of the file `path`. `mode` restricts record sets and definitions only.
+  [[nodiscard]] static std::shared_ptr<Connection> InMemory(const std::string& path, Mode mode,
+                                                            const std::shared_ptr<EngineState>& state);
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;

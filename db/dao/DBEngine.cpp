@@ -33,6 +33,10 @@ DBEngine& DBEngine::Instance() {
   return engine;
 }
 
+void DBEngine::SetForeignFormat(ForeignFormat format) {
+  state_->foreign = std::move(format);
+}
+
 std::shared_ptr<Workspace> DBEngine::CreateWorkspace(std::string name, std::string user,
                                                      std::string_view password) {
   CheckAccount(systemDB_, user, password, state_);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "db/dao/EngineError.h"
+#include "db/dao/ForeignFormat.h"
 #include "db/dao/Recordset.h"
 #include "db/dao/TableDef.h"
 
@@ -69,6 +70,9 @@ class Workspace {
   [[nodiscard]] const std::string& Name() const { return name_; }
   [[nodiscard]] const std::string& UserName() const { return user_; }
 
+  /// A file of the engine's foreign format can be opened for reading only. It is loaded into memory as it is
+  /// at that moment and then behaves like any other database.
+  ///
   /// `connect` is "" or ";pwd=..."; a password for a file that has none is ignored. Throws kFileNotFound,
   /// kInvalidPath, kCannotOpen (a folder), kFileInUse, kNoPermission, kUnrecognisedFormat, kDamaged.
   [[nodiscard]] std::shared_ptr<Database> OpenDatabase(const std::string& path, bool exclusive, bool readOnly,
@@ -144,6 +148,9 @@ class DBEngine {
   /// Name and version of the storage and of the text order, for the about box.
   [[nodiscard]] static std::string StorageVersion();
   [[nodiscard]] static std::string TextOrderVersion();
+
+  /// The other format that databases may have when they are opened for reading; none unless set.
+  void SetForeignFormat(ForeignFormat format);
 
   /// The workgroup file that names the accounts; checked by CreateWorkspace.
   [[nodiscard]] const std::string& SystemDB() const { return systemDB_; }

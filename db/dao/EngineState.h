@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include "db/dao/ForeignFormat.h"
+
 namespace varnlog::dao {
 
 class Connection;
@@ -26,6 +28,7 @@ struct EngineOptions {
 /// Shared by an engine, its workspaces and their connections.
 struct EngineState {
   EngineOptions options;
+  ForeignFormat foreign;
   std::vector<std::weak_ptr<Connection>> connections;
   /// Cache hits of connections that are closed by now.
   std::int64_t closedCacheReads = 0;

@@ -21,7 +21,9 @@ std::vector<std::shared_ptr<Connection>> Workspace::OpenConnections() {
 std::shared_ptr<Database> Workspace::OpenDatabase(const std::string& path, bool exclusive, bool readOnly,
                                                   std::string_view /*connect*/) {
   RequireOpen();
-  auto connection = Connection::Open(path, {.exclusive = exclusive, .readOnly = readOnly}, state_);
+  auto connection = readOnly ? OpenForeign(path, state_) : nullptr;
+  if (connection == nullptr)
+    connection = Connection::Open(path, {.exclusive = exclusive, .readOnly = readOnly}, state_);
   if (inTransaction_) connection->BeginWork();
   std::erase_if(connections_, [](const auto& each) { return each.expired(); });
   connections_.push_back(connection);

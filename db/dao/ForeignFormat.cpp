@@ -1,0 +1,38 @@
+#include "db/dao/ForeignFormat.h"
+
+#include <array>
+
+#include "db/dao/Connection.h"
+#include "db/dao/DBEngine.h"
+#include "db/dao/FileChecks.h"
+#include "platform/Files.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+std::string StartOf(const std::string& path) {
+  std::error_code error;
+  const auto file =
+      platform::File::Open(platform::ToPath(StoragePath(path)), platform::File::Mode::kRead, error);
+  if (error) return {};
+  std::array<char, kForeignStart> start{};
+  const std::size_t length = file.ReadAt(0, start, error);
+  return error ? std::string() : std::string(start.data(), length);
+}
+
+}  // namespace
+
+std::shared_ptr<Connection> OpenForeign(const std::string& path, const std::shared_ptr<EngineState>& state) {
+  const ForeignFormat& format = state->foreign;
+  if (!format.recognises) return nullptr;
+  RequireUsableFile(path, false);
+  if (!format.recognises(StartOf(path))) return nullptr;
+  auto connection = Connection::InMemory(path, {.exclusive = false, .readOnly = true}, state);
+  Database target(connection);
+  format.load(path, target);
+  connection->ForgetSchema();
+  return connection;
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace varnlog::dao {
+
+class Connection;
+class Database;
+struct EngineState;
+
+/// Databases of another format, which are read by loading them whole.
+struct ForeignFormat {
+  /// Whether a file that begins with these bytes (at most kForeignStart of them) is of that format.
+  std::function<bool(std::string_view start)> recognises;
+  /// Makes the file's tables in the empty database `target` and fills them. Throws EngineError.
+  std::function<void(const std::string& path, Database& target)> load;
+};
+
+inline constexpr int kForeignStart = 64;
+
+/// The content of a file of the engine's foreign format, in memory and for reading only; nullptr for a file
+/// of any other format. Throws what loading it throws, and as Workspace::OpenDatabase() says.
+[[nodiscard]] std::shared_ptr<Connection> OpenForeign(const std::string& path,
+                                                      const std::shared_ptr<EngineState>& state);
+
+}  // namespace varnlog::dao
