@@ -1,7 +1,10 @@
+#include <cstdlib>
+
 #include <gtest/gtest.h>
 
 #include "app/Language.h"
 #include "db/modCommon.h"
+#include "legacy/LoadTables.h"
 #include "tests/app/AppFixture.h"
 
 namespace varnlog::app {
@@ -59,6 +62,21 @@ TEST_F(LanguageTexts, AreEmptyWhereThereAreNone) {
   EXPECT_EQ(language_.GetText(TextKey("x' OR TRes.TResSTextKey='MN_CAPTION")), "Röntgenkontrollbuch")
       << "the key goes into the statement as it is";
   EXPECT_EQ(language_.GetText("MN_CAPTION"_key), "Röntgenkontrollbuch") << "a bad key leaves no trace";
+}
+
+// The other programs of the suite may bring the database in its old format.
+TEST_F(LanguageTexts, ComeFromAnOldDatabaseToo) {
+  const char* samples = std::getenv("VARNLOG_JET_SAMPLES");
+  if (samples == nullptr) GTEST_SKIP() << "VARNLOG_JET_SAMPLES names no folder";
+  legacy::InstallJetFormat();
+  std::filesystem::copy_file(std::filesystem::path(samples) / "others/texts-jet4.mdb",
+                             folder_.Program() / "verbalo.mdb",
+                             std::filesystem::copy_options::overwrite_existing);
+  ASSERT_TRUE(language_.InitLanguage()) << language_.InitError();
+  EXPECT_EQ(language_.GetText(TextKey("mSearch")), "Suchen …");
+  EXPECT_TRUE(language_.SetLanguage("CYR"));
+  EXPECT_EQ(language_.GetText(TextKey("lSize")), "Размер «новый»");
+  EXPECT_EQ(language_.GetText("MN_CAPTION"_key), "");
 }
 
 TEST_F(LanguageTexts, AcceptSevenCodesExactly) {
