@@ -4,8 +4,10 @@
 #include <QCloseEvent>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 
+#include "app/frmConvert.h"
 #include "app/frmProperties.h"
 #include "db/modCommon.h"
 #include "dialogs/frmBegEnd.h"
@@ -24,6 +26,9 @@ using ui::Caption;
 namespace {
 
 constexpr int kMillisecondsAfterActivation = 200;
+
+// Pixels; no screen is farther away, and sums of two such places are still numbers.
+constexpr int kFarthest = 1'000'000;
 
 QString QView(std::string_view text) {
   return ui::ToQString(text);
@@ -338,13 +343,16 @@ void frmMDIMain::SetState(WindowState state) {
 }
 
 void frmMDIMain::MoveTo(const WindowPlace& place) {
-  // Whatever the INI file says, the window can be seen and reached with the mouse.
-  const QRect available = screen()->availableGeometry();
-  const QSize size(std::clamp(place.width, minimumSizeHint().width(), available.width()),
-                   std::clamp(place.height, minimumSizeHint().height(), available.height()));
+  // Whatever the INI file says, the window can be seen and reached with the mouse: on the screen where it
+  // was, or on this one when that screen is gone.
+  const auto bounded = [](int value) { return std::clamp(value, -kFarthest, kFarthest); };
+  const QRect wanted(bounded(place.left), bounded(place.top), bounded(place.width), bounded(place.height));
+  const QScreen* at = QGuiApplication::screenAt(wanted.center());
+  const QRect available = (at != nullptr ? at : screen())->availableGeometry();
+  const QSize size = wanted.size().expandedTo(minimumSizeHint()).boundedTo(available.size());
   resize(size);
-  move(std::clamp(place.left, available.left(), available.right() - size.width() + 1),
-       std::clamp(place.top, available.top(), available.bottom() - size.height() + 1));
+  move(std::clamp(wanted.left(), available.left(), available.right() - size.width() + 1),
+       std::clamp(wanted.top(), available.top(), available.bottom() - size.height() + 1));
 }
 
 int frmMDIMain::ScreenWidth() const {
