@@ -1,0 +1,67 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QTranslator>
+
+#include "app/Language.h"
+#include "app/frmMDIMain.h"
+#include "app/modINIFile.h"
+#include "tools/screenshots/DemoPractice.h"
+#include "tools/screenshots/ModalUser.h"
+#include "ui/MessageBox.h"
+
+namespace varnlog::tools {
+
+/// Opens every window and dialog of the program once, on a made-up practice and the way a user comes to it,
+/// and shows each to a visitor as it stands.
+class WindowTour {
+ public:
+  /// `window` is the one to look at; popups that are open belong to it.
+  using Visitor = std::function<void(const QString& name, QWidget& window)>;
+
+  WindowTour(const DemoPractice& practice, const std::string& language, Visitor visit);
+  ~WindowTour();
+
+  /// Throws std::runtime_error when a window does not come.
+  void Run();
+
+ private:
+  void Start();
+  void ShowLog();
+  void ShowEditing();
+  void ShowMenus();
+  void ShowSelections();
+  void ShowPatientSearch();
+  void ShowProgramWindows();
+  void ShowPrinting();
+  void ShowOtherStates();
+  void Quit();
+
+  void Visit(const QString& name, QWidget& window);
+  /// Visits the dialog of that name and presses the button with that object name in it.
+  void ExpectAndPress(const char* dialog, const QString& name, const char* button);
+  /// Visits a message box and answers it.
+  void ExpectMessage(const QString& name, bool agree = true);
+  void Trigger(app::CommandId command);
+  void Enter(int row, int column, const QString& text);
+  [[nodiscard]] int FirstRow(int column, ui::CellState state) const;
+  [[nodiscard]] ui::TDBGrid& Grid() const { return window_->Results()->Grid(); }
+  [[nodiscard]] QString Text(db::TextKey key) const;
+
+  Visitor visit_;
+  int visits_ = 0;
+  ModalUser user_;
+  db::Globals globals_;
+  QTranslator qtTexts_;
+  app::Language texts_{globals_};
+  ui::MessageBox messages_{texts_};
+  app::modINIFile ini_;
+  platform::FixedClock clock_;
+  platform::ShortDate shortDate_;
+  app::HostToothScheme scheme_{globals_, ini_};
+  std::unique_ptr<app::frmMDIMain> window_;
+};
+
+}  // namespace varnlog::tools
