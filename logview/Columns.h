@@ -11,6 +11,7 @@ namespace varnlog::logview {
 /// One column of the grid; the whole grid is the table kColumns.
 struct Column {
   std::string_view headingKey;  // text key; empty when `heading` is fixed
+  std::string_view tipKey;      // text key of what the column holds, in full
   std::string_view heading;     // fixed heading
   std::string_view field;       // the field that an edit writes; empty when the column is never written
   std::string_view editFlag;    // yes/no field that says whether `field` is open; empty: always open

@@ -51,17 +51,27 @@ ui::CellState ShownState(CellState state) {
   return ui::CellState::kPlain;
 }
 
+/// An open value whose correction waits for the log to be closed.
+bool IsPending(dao::Recordset& rows, int column, const CEdits& edits) {
+  if (edits.Count() == 0) return false;
+  const std::string_view flag = kColumns.at(static_cast<std::size_t>(column)).editFlag;
+  if (flag.empty()) return false;
+  return edits.Contains(CEdit{std::string(rows.Fields("tXrayCulIntIDPk").Text()), std::string(flag)}.Key());
+}
+
 ui::DataFailure FailureOf(const dao::EngineError& error) {
   return {DataErrorOf(error.number()), ui::ToQString(error.what())};
 }
 
 /// The rows of `rows` from its current one on, as texts and states.
-void FillBuffer(dao::Recordset& rows, const RowDisplay& display, ui::RowBuffer& rowBuf) {
+void FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits, ui::RowBuffer& rowBuf) {
   int filled = 0;
   for (; filled < rowBuf.RowCount() && !rows.IsBOF() && !rows.IsEOF(); ++filled) {
     for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
       rowBuf.SetValue(filled, column, ui::ToQString(display.Text(column)));
-      rowBuf.SetState(filled, column, ShownState(CellStateOf(rows, column)));
+      const ui::CellState state = ShownState(CellStateOf(rows, column));
+      const bool pending = state == ui::CellState::kEdit && IsPending(rows, column, edits);
+      rowBuf.SetState(filled, column, pending ? ui::CellState::kPending : state);
     }
     rowBuf.SetBookmark(filled, rows.Bookmark().position);
     rows.MoveNext();
@@ -112,8 +122,10 @@ void frmResults::LoadColors() {
   colors.noneEditBack = ui::ColorFromStored(stored.noneEditBack);
   grid_->SetColors(colors);
   grid_->SetStateText(ui::CellState::kEdit, ui::Caption(context_.texts, "RS_STATE_OPEN"_key));
+  grid_->SetStateText(ui::CellState::kPending, ui::Caption(context_.texts, "RS_STATE_PENDING"_key));
   grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, "RS_STATE_LOCKED"_key));
   grid_->SetStateText(ui::CellState::kNoneEdit, ui::Caption(context_.texts, "RS_STATE_NEVER"_key));
+  grid_->SetEmptyText(ui::Caption(context_.texts, "RS_EMPTY"_key));
 }
 
 void frmResults::BuildColumns() {
@@ -122,6 +134,7 @@ void frmResults::BuildColumns() {
     const Column& column = kColumns.at(static_cast<std::size_t>(i));
     ui::GridColumn shown;
     shown.heading = ui::ToQString(ColumnHeading(i, context_.texts));
+    shown.tip = ui::Caption(context_.texts, db::TextKey(column.tipKey));
     shown.width = std::max(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kDefaultDigits[i],
                            fontMetrics().horizontalAdvance(shown.heading) + kHeadingExtra);
     shown.editable = !column.field.empty();
@@ -132,6 +145,7 @@ void frmResults::BuildColumns() {
   const auto entry = [this](db::TextKey key) { return ui::Caption(context_.texts, key); };
   columns[kPregnancyColumn].list = {QString(), entry("RC_PREGYES"_key), entry("RC_PREGNO"_key),
                                     entry("RC_PREGUNKNOWN"_key)};
+  columns[kCommentColumn].openText = entry("RS_STATE_ALWAYS"_key);
   columns[kRetakeColumn].list = {QString(), entry("RC_ND"_key), entry("RC_REPEAT"_key)};
   grid_->SetColumns(std::move(columns));
   grid_->SetAllowUpdate(!context_.globals.ReadOnlyGl);
@@ -202,6 +216,7 @@ void frmResults::ReloadGrid() {
   BuildColumns();
   LimitInput();
   columnsIni_.RestoreColumns();
+  MarkSort();
 }
 
 void frmResults::CloseData() {
@@ -256,7 +271,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     rowSource_->Move(offset);
     const std::int64_t position = rowSource_->AbsolutePosition();
     const RowDisplay display(*rowSource_, context_.texts, context_.scheme, context_.shortDate);
-    FillBuffer(*rowSource_, display, rowBuf);
+    FillBuffer(*rowSource_, display, context_.edits, rowBuf);
     if (position >= 0) approximatePosition = position;
     if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
   } catch (const dao::EngineError& error) {
@@ -350,11 +365,12 @@ void frmResults::MarkSort() {
 }
 
 void frmResults::Error(int dataError, int& response) {
+  // The message is heard already.
+  response = 0;
   grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
     db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), db::MessageIcon::kCritical);
     host_.RefreshCommands();
-    response = 0;
     return;
   }
   db::MsgBox(context_.user, context_.texts, ui::FromQString(grid_->ErrorText()), db::MessageIcon::kCritical);

@@ -19,6 +19,7 @@ namespace varnlog::ui {
 namespace {
 
 constexpr int kTextMargin = 4;
+constexpr int kEditorMargin = 2;
 constexpr const char* kLoaded = "loaded";
 
 void DrawButton(QPainter& painter, const QRect& button, const QPalette& palette) {
@@ -146,6 +147,9 @@ QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
   if (column.list.isEmpty()) {
     auto* editor = new QLineEdit(parent);
     editor->setFrame(false);
+    // Where the text stood before: a line edit has a small margin of its own.
+    editor->setTextMargins(kTextMargin - kEditorMargin, 0, kTextMargin - kEditorMargin, 0);
+    editor->setAlignment(column.alignment | Qt::AlignVCenter);
     editor->setValidator(new LengthLimit(column.maxLength, editor));
     editor->setAccessibleName(column.heading);
     return editor;

@@ -52,7 +52,7 @@ class CellDelegate final : public QStyledItemDelegate {
 
   TDBGridModel& model_;
   GridColors colors_ = GridColors::Default();
-  mutable std::optional<std::array<ColorPair, 4>> pairs_;
+  mutable std::optional<std::array<ColorPair, kCellStates>> pairs_;
 };
 
 }  // namespace varnlog::ui

@@ -39,6 +39,8 @@ QValidator::State LengthLimit::validate(QString& input, int& position) const {
 }
 
 ListEditor::ListEditor(QWidget* parent) : QComboBox(parent) {
+  // Styles that lay the list over its box would hide the cell and its neighbours.
+  setStyleSheet(QStringLiteral("QComboBox { combobox-popup: 0; }"));
   connect(this, &QComboBox::activated, this, [this] {
     // Letters typed while the list is closed also arrive here; they only preselect.
     if (list_ == List::kOpen || list_ == List::kClosing) {
@@ -50,6 +52,7 @@ ListEditor::ListEditor(QWidget* parent) : QComboBox(parent) {
 
 void ListEditor::showPopup() {
   list_ = List::kOpen;
+  view()->setMinimumWidth(view()->sizeHintForColumn(0) + 2 * view()->frameWidth());
   QComboBox::showPopup();
 }
 

@@ -110,8 +110,7 @@ QAccessible::State GridCellAccessible::state() const {
   state.focusable = true;
   state.selected = isSelected();
   state.focused = Grid().hasFocus() && Grid().currentIndex() == index;
-  state.editable =
-      index.flags().testFlag(Qt::ItemIsEditable) && Grid().StateOf(row(), column()) == CellState::kEdit;
+  state.editable = index.flags().testFlag(Qt::ItemIsEditable) && IsOpen(Grid().StateOf(row(), column()));
   state.readOnly = !state.editable;
   state.offscreen = !Grid().viewport()->rect().intersects(Grid().visualRect(index));
   return state;

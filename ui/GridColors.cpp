@@ -31,6 +31,7 @@ double Luminance(const QColor& color) {
 ColorPair Chosen(CellState state, const GridColors& colors) {
   switch (state) {
     case CellState::kEdit:
+    case CellState::kPending:
       return {colors.editFore, colors.editBack};
     case CellState::kLocked:
       return {colors.lockedFore, colors.lockedBack};

@@ -16,7 +16,13 @@ enum class CellState : std::uint8_t {
   kEdit,      // open to an entry
   kLocked,    // was open, or came filled in
   kNoneEdit,  // can never be edited although its column can
+  kPending,   // entered, and still open for a while; looks like kEdit
 };
+inline constexpr std::size_t kCellStates = 5;
+
+[[nodiscard]] constexpr bool IsOpen(CellState state) {
+  return state == CellState::kEdit || state == CellState::kPending;
+}
 
 /// Rows on their way between the grid and whoever holds the data. For reading, the grid asks for RowCount()
 /// rows and the handler fills them from 0 on and sets the number that it filled; for writing there is one

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QPainter>
 
 #include "ui/TDBGridAccessible.h"
 
@@ -132,6 +133,11 @@ void TDBGrid::SetStateText(CellState state, const QString& text) {
   model_.SetStateText(state, text);
 }
 
+void TDBGrid::SetEmptyText(const QString& text) {
+  emptyText_ = text;
+  viewport()->update();
+}
+
 void TDBGrid::SetAllowUpdate(bool allow) {
   if (!allow) CancelEdit();
   model_.SetAllowUpdate(allow);
@@ -181,6 +187,15 @@ void TDBGrid::TellError() {
   int response = 1;
   if (events_ != nullptr) events_->Error(failure.number, response);
   if (response != 0) QApplication::beep();
+}
+
+void TDBGrid::paintEvent(QPaintEvent* event) {
+  QTableView::paintEvent(event);
+  if (ApproximateCount() > 0 || emptyText_.isEmpty()) return;
+  QPainter painter(viewport());
+  painter.setPen(palette().color(QPalette::PlaceholderText));
+  painter.drawText(viewport()->rect().adjusted(0, verticalHeader()->defaultSectionSize(), 0, 0),
+                   Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, emptyText_);
 }
 
 void TDBGrid::changeEvent(QEvent* event) {

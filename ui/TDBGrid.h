@@ -53,6 +53,8 @@ class TDBGrid final : public QTableView {
   void SetColors(const GridColors& colors);
   /// What a state means, for the tooltip and for screen readers.
   void SetStateText(CellState state, const QString& text);
+  /// Shown in place of rows when there are none.
+  void SetEmptyText(const QString& text);
   /// False: no cell can be edited, Tab visits every cell.
   void SetAllowUpdate(bool allow);
 
@@ -102,6 +104,7 @@ class TDBGrid final : public QTableView {
   void mousePressEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void changeEvent(QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
@@ -132,6 +135,7 @@ class TDBGrid final : public QTableView {
 
   bool cancelRequested_ = false;
   bool openingList_ = false;
+  QString emptyText_;
 
   std::optional<DataFailure> failure_;  // not told yet
   QString errorText_;

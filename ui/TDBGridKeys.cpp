@@ -137,7 +137,7 @@ bool TDBGrid::SearchRow(int row) {
   const int step = search_.direction == Direction::kForward ? 1 : -1;
   for (int column = search_.column; column >= 0 && column < ColumnCount(); column += step) {
     const bool open =
-        !model_.AllowUpdate() || (model_.Column(column).editable && StateOf(row, column) == CellState::kEdit);
+        !model_.AllowUpdate() || (model_.Column(column).editable && IsOpen(StateOf(row, column)));
     if (!open) continue;
     SetCurrentCell(row, column);
     return true;

@@ -110,6 +110,7 @@ QVariant TDBGridModel::headerData(int section, Qt::Orientation orientation, int 
   if (orientation != Qt::Horizontal || section < 0 || section >= columnCount()) return {};
   const GridColumn& column = Column(section);
   if (role == Qt::DisplayRole) return column.heading;
+  if (role == Qt::ToolTipRole) return column.tip;
   if (role == Qt::TextAlignmentRole) return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
   return {};
 }

@@ -25,7 +25,8 @@ struct GridColumn {
   bool ownerDraw = false;          // raises OwnerDrawCell
   std::optional<int> maxLength{};  // in characters
   QStringList list{};              // entries of the drop-down list; empty: no list
-  QString openText{};  // what kEdit means in this column, where that differs from the grid\'s text
+  QString openText{};              // what kEdit means in this column, where that differs from the grid's text
+  QString tip{};                   // tooltip of the heading
 };
 
 /// The rows as QTableView wants to see them. Holds no data but the blocks read last.
@@ -96,7 +97,7 @@ class TDBGridModel final : public QAbstractTableModel {
   bool allowUpdate_ = true;
   bool writing_ = false;
   bool readFailureTold_ = false;
-  std::array<QString, 4> stateTexts_;
+  std::array<QString, kCellStates> stateTexts_;
 };
 
 }  // namespace varnlog::ui
