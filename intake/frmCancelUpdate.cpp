@@ -4,10 +4,10 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QStyle>
 #include <QVBoxLayout>
 
 #include "ui/QtText.h"
+#include "ui/Theme.h"
 
 namespace varnlog::intake {
 
@@ -18,8 +18,7 @@ frmCancelUpdate::frmCancelUpdate(QWidget* parent, const db::TextLookup& texts) :
   setObjectName("frmCancelUpdate");
   setWindowTitle(Caption(texts, "CU_CAPTION"_key));
   auto* icon = new QLabel;
-  const int iconSize = style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
-  icon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(iconSize));
+  icon->setPixmap(ui::MessagePicture(QStringLiteral("Warning"), *this));
   auto* label = new QLabel(Caption(texts, "CU_TEXT"_key) + QLatin1Char(' ') + Caption(texts, "CU_TEXT2"_key));
   label->setObjectName("lblText");
   label->setWordWrap(true);

@@ -3,10 +3,12 @@
 #include <span>
 
 #include <QApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
 #include "ui/QtText.h"
+#include "ui/Theme.h"
 
 namespace varnlog::ui {
 
@@ -53,6 +55,16 @@ QMessageBox::Icon IconOf(db::MessageIcon icon) {
   return QMessageBox::NoIcon;
 }
 
+/// The style's own pictures come in few sizes and are blurred on a fine screen.
+void ShowPicture(QMessageBox& box, db::MessageIcon icon) {
+  auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgboxex_icon_label"));
+  if (label == nullptr || icon == db::MessageIcon::kNone) return;
+  const char* name = icon == db::MessageIcon::kQuestion   ? "Question"
+                     : icon == db::MessageIcon::kCritical ? "Critical"
+                                                          : "Information";
+  label->setPixmap(MessagePicture(QLatin1String(name), box));
+}
+
 void AddButtons(QMessageBox& box, std::span<const Button> buttons, const db::TextLookup& texts) {
   for (const Button& button : buttons) {
     QPushButton* added = box.addButton(button.standard);
@@ -73,6 +85,7 @@ db::MessageAnswer MessageBox::Show(const db::Message& message) {
   QMessageBox box(window == nullptr ? parent_.data() : window);
   box.setObjectName("MessageBox");
   box.setIcon(IconOf(message.icon));
+  ShowPicture(box, message.icon);
   box.setWindowTitle(ToQString(message.title));
   box.setTextFormat(Qt::PlainText);
   box.setText(ToQString(message.text));

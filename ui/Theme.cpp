@@ -5,7 +5,9 @@
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmapCache>
+#include <QStyle>
 #include <QSvgRenderer>
+#include <QWidget>
 
 // A static library's resources register themselves only when asked to, and that only outside of a namespace.
 static void RegisterIcons() {
@@ -105,6 +107,11 @@ bool IsDark(const QPalette& palette) {
 QIcon ThemedIcon(const QString& name) {
   QByteArray svg = Source(name);
   return svg.isEmpty() ? QIcon() : QIcon(new ThemedIconEngine(name, std::move(svg)));
+}
+
+QPixmap MessagePicture(const QString& name, const QWidget& window) {
+  const int size = window.style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &window);
+  return ThemedIcon(name).pixmap(QSize(size, size), window.devicePixelRatioF());
 }
 
 QIcon ProgramIcon() {
