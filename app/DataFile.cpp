@@ -103,7 +103,8 @@ bool SetConfigValue(const db::Globals& globals, std::string_view key, std::strin
 
 bool ReadDBVersion(db::Globals& globals) {
   globals.DBVersionGl = GetConfigValue(globals, "DBVersion");
-  globals.ReadOnlyGl = GetConfigValue(globals, "ReadOnly") == "1";
+  globals.ReadOnlyGl = GetConfigValue(globals, "ReadOnly") == "1" ||
+                       (HasOpenLog(globals) && globals.LogEngineGl->Database()->IsReadOnly());
   return !globals.DBVersionGl.empty();
 }
 

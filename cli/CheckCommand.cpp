@@ -16,7 +16,7 @@ bool IsLog(const dao::Database& database) {
 // A log of any version is verified, and nothing is brought up to date: a check changes nothing.
 void RunCheckCommand(Session& session, const Options& /*options*/, Output& output) {
   session.RequireLogFile();
-  const bool readOnly = !session.LogIsWritable();
+  const bool readOnly = session.LogIsOld() || !session.LogIsWritable();
   const auto error = session.Engine().OpenDBInWorkspace(session.LogFile(), false, readOnly);
   if (error != 0) session.FailToOpen(error);
   const auto findings = session.Log().Check();

@@ -19,6 +19,8 @@ struct Command {
   void (*validate)(const Options& options);
   /// Results go to `output`. Throws JobError, OutputError or dao::EngineError.
   void (*run)(Session& session, const Options& options, Output& output);
+  /// Whether it works on the log of an imaging suite.
+  bool needsSuite = true;
 };
 
 /// All of them, in the order of the help text.
@@ -30,6 +32,8 @@ void ValidateSelection(const Options& options);
 void RunListCommand(Session& session, const Options& options, Output& output);
 void AddReportOptions(CLI::App& command, Options& options);
 void RunReportCommand(Session& session, const Options& options, Output& output);
+void AddConvertOptions(CLI::App& command, Options& options);
+void RunConvertCommand(Session& session, const Options& options, Output& output);
 void RunCheckCommand(Session& session, const Options& options, Output& output);
 void RunCompactCommand(Session& session, const Options& options, Output& output);
 void RunRepairCommand(Session& session, const Options& options, Output& output);

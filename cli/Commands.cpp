@@ -14,6 +14,8 @@ constexpr std::array kCommands = {
     Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,
             RunReportCommand},
 #endif
+    Command{"convert", "take the rows of a log of the earlier program into a new log", AddConvertOptions,
+            nullptr, RunConvertCommand, false},
     Command{"check", "verify the log file", nullptr, nullptr, RunCheckCommand},
     Command{"compact", "rewrite the log file without the room that it no longer needs", nullptr, nullptr,
             RunCompactCommand},

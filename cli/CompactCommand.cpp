@@ -14,6 +14,7 @@ std::string SizeOf(const std::string& file) {
 }  // namespace
 
 void RunCompactCommand(Session& session, const Options& /*options*/, Output& output) {
+  session.RefuseOldLog();
   // Opening it first keeps the operation away from files that are no log.
   session.OpenLog(Session::Access::kRead);
   session.CloseLog();

@@ -1,8 +1,12 @@
 #include "cli/Options.h"
 
 #include <array>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
+
+#include "platform/Files.h"
 
 namespace varnlog::cli {
 
@@ -59,6 +63,12 @@ void SetPatient(db::Globals& globals, const std::string& patient, const ShortDat
 }
 
 }  // namespace
+
+std::string FromCurrentFolder(const std::string& path) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(platform::ToPath(path), error);
+  return error ? path : platform::FromPath(absolute);
+}
 
 void AddCommonOptions(CLI::App& app, Options& options) {
   app.add_option("--folder", options.folder, "program folder; the executable's own when not given");

@@ -25,7 +25,14 @@ struct Options {
   ListFormat format = ListFormat::kTable;
   bool display = false;
   std::string output;  // the report's file
+  std::string oldLog;  // to convert
+  std::string newLog;  //
+  bool partial = false;
+  bool overwrite = false;
 };
+
+/// The full path, as long as the current folder is still the user's own.
+[[nodiscard]] std::string FromCurrentFolder(const std::string& path);
 
 /// Adds the options that every command takes.
 void AddCommonOptions(CLI::App& app, Options& options);

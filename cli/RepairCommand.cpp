@@ -6,6 +6,7 @@ using namespace db::literals;
 
 void RunRepairCommand(Session& session, const Options& options, Output& output) {
   session.RequireLogFile();
+  session.RefuseOldLog();
   const std::string lastError = session.Engine().LastError();
   session.Engine().RepairDatabase(session.LogFile());
   if (session.Engine().LastError() != lastError) {

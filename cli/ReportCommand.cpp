@@ -28,13 +28,6 @@ class PageProgress final : public report::ReportProgress {
   TerminalDialog& user_;
 };
 
-/// While the current folder is still the user's own.
-std::string FromCurrentFolder(const std::string& path) {
-  std::error_code error;
-  const auto absolute = std::filesystem::absolute(platform::ToPath(path), error);
-  return error ? path : platform::FromPath(absolute);
-}
-
 void SaveReport(Session& session, dao::Recordset& rows, const std::string& headline,
                 const std::string& file) {
   const report::DrawingWithoutDisplay drawing;

@@ -5,6 +5,7 @@
 
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
+#include "legacy/OldFile.h"
 #include "platform/Files.h"
 
 namespace varnlog::cli {
@@ -14,19 +15,12 @@ namespace {
 using namespace db::literals;
 using db::MessageIcon;
 
-/// From here, before the program folder becomes the current one.
-std::string Absolute(const std::string& path) {
-  std::error_code error;
-  const auto absolute = std::filesystem::absolute(platform::ToPath(path), error);
-  return error ? path : platform::FromPath(absolute);
-}
-
 }  // namespace
 
 Session::Session(const Options& options) {
-  if (!options.file.empty()) fileGiven_ = Absolute(options.file);
-  globals_.ProgramFolderGl =
-      options.folder.empty() ? platform::FromPath(platform::ExecutableFolder()) : Absolute(options.folder);
+  if (!options.file.empty()) fileGiven_ = FromCurrentFolder(options.file);
+  globals_.ProgramFolderGl = options.folder.empty() ? platform::FromPath(platform::ExecutableFolder())
+                                                    : FromCurrentFolder(options.folder);
   globals_.IniFileGl = platform::FromPath(platform::ToPath(globals_.ProgramFolderGl) / "varnlog.ini");
   EnterProgramFolder();
   legacy::InstallJetFormat();
@@ -65,6 +59,10 @@ void Session::Start() {
   app::ReadHostSettings(globals_, ini_);
   app::LoadSettings(globals_, ini_);
   if (!fileGiven_.empty()) globals_.strDataFileGl = fileGiven_;
+  OpenWorkspace();
+}
+
+void Session::OpenWorkspace() {
   if (!app::OpenLogWorkspace(globals_)) Fail("MN_ERR_DBACCESS"_key);
 }
 
@@ -81,9 +79,18 @@ bool Session::LogIsWritable() const {
   return platform::File::Open(platform::ToPath(LogFile()), platform::File::Mode::kReadWrite, error).IsOpen();
 }
 
+bool Session::LogIsOld() const {
+  return legacy::IsJetFile(platform::ToPath(LogFile()));
+}
+
+void Session::RefuseOldLog() {
+  if (LogIsOld()) Fail("VC_ERR_CONVERT"_key, "strFile", LogFile());
+}
+
 void Session::OpenLog(Access access) {
   RequireLogFile();
-  const bool readOnly = access == Access::kRead && !LogIsWritable();
+  if (access == Access::kWrite) RefuseOldLog();
+  const bool readOnly = access == Access::kRead && (LogIsOld() || !LogIsWritable());
   if (!app::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly)) throw JobError("");
 }
 

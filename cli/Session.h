@@ -39,14 +39,20 @@ class Session {
 
   /// Finds the files, reads the settings and opens the log workspace.
   void Start();
+  /// The log workspace alone, for a job that needs neither imaging suite nor settings.
+  void OpenWorkspace();
   /// Makes an empty log from the template when the INI file's log does not exist.
   void InstallLog();
   void RequireLogFile();
+  /// Says that the log has to be converted first, if it is one of the earlier program.
+  void RefuseOldLog();
   /// Opens and checks the log; an old layout is brought up to date where the file can be written.
   void OpenLog(Access access);
   void CloseLog();
 
   [[nodiscard]] const std::string& LogFile() const { return globals_.strDataFileGl; }
+  /// Whether it is a log of the earlier program, which can only be read.
+  [[nodiscard]] bool LogIsOld() const;
   /// Whether this user may write to the log's file.
   [[nodiscard]] bool LogIsWritable() const;
   [[nodiscard]] dao::Database& Log() { return *Engine().Database(); }

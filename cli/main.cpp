@@ -34,7 +34,11 @@ void RunCommand(const Command& command, Session& session, const Options& options
 
 void RunJob(const Command& command, Session& session, const Options& options) {
   try {
-    session.Start();
+    if (command.needsSuite) {
+      session.Start();
+    } else {
+      session.OpenWorkspace();
+    }
     RunCommand(command, session, options);
   } catch (const OutputError& error) {
     session.Fail("VC_ERR_OUTPUT"_key, "strError", error.code().message());

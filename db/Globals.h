@@ -30,7 +30,7 @@ struct Globals {
   std::string ExchangeFileGl;   // DataPathGl + "varnlog.sdx"
   std::string strDataFileGl;    // the log that is open or to be opened
   std::string DBVersionGl;      // TConfig "DBVersion" of the open log
-  bool ReadOnlyGl = false;      // TConfig "ReadOnly" is "1"
+  bool ReadOnlyGl = false;      // TConfig "ReadOnly" is "1", or the log was opened for reading
 
   bool OptBigIcons = true;
   bool OptTbrVisible = true;

@@ -97,12 +97,29 @@ bool RunInPlace(ConversionRun& run, const ConversionPaths& paths) {
   return run.Build(growing.Path()) && Swap(run, paths);
 }
 
-bool RunTo(ConversionRun& run, const fs::path& newLog, DamagedLog damaged) {
-  if (!run.WaitForOthers() || !run.Examine() || !run.AgreeToLoss(damaged)) return false;
+// A log that is to be replaced must not be in use, and a change that was interrupted must be undone before:
+// what is noted for that beside the file would be applied to the new one.
+bool SettleReplaced(ConversionRun& run, const ConversionContext& context, const fs::path& newLog) {
+  std::error_code error;
+  if (!fs::exists(newLog, error)) return true;
+  try {
+    const auto workspace = context.engine.CreateWorkspace("ReplaceWs", "Admin", "");
+    static_cast<void>(workspace->OpenDatabase(platform::FromPath(newLog), true, false));
+    return true;
+  } catch (const dao::EngineError& failure) {
+    if (failure.number() == dao::ErrorNumber::kUnrecognisedFormat) return true;
+    return run.Fail(run.Text("CV_ERR_WRITE"_key, failure.what()));
+  }
+}
+
+bool RunTo(ConversionRun& run, const ConversionContext& context, const fs::path& newLog,
+           const ConversionChoices& choices) {
+  if (!run.WaitForOthers() || !run.Examine() || !run.AgreeToLoss(choices.damaged)) return false;
   const GrowingFile growing(fs::absolute(newLog) += ".converting");
   if (!run.Build(growing.Path())) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
-  std::error_code error = platform::CopyWholeFile(growing.Path(), newLog, false);
+  if (!SettleReplaced(run, context, newLog)) return false;
+  std::error_code error = platform::CopyWholeFile(growing.Path(), newLog, choices.overwrite);
   return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
 }
 
@@ -122,13 +139,17 @@ ConversionResult ConvertInPlace(const ConversionContext& context, const fs::path
 }
 
 ConversionResult ConvertTo(const ConversionContext& context, const fs::path& oldLog, const fs::path& newLog,
-                           DamagedLog damaged, ConversionView& view) {
+                           const ConversionChoices& choices, ConversionView& view) {
   ConversionRun run(context, Resolved(oldLog), view);
   std::error_code error;
-  if (fs::exists(newLog, error)) {
+  const bool isTaken =
+      fs::exists(newLog, error) && (!choices.overwrite || platform::SameFile(oldLog, newLog));
+  if (isTaken) {
     static_cast<void>(run.Fail(run.TextNaming(newLog, "CV_ERR_EXISTS"_key)));
-  } else if (RunTo(run, newLog, damaged)) {
+  } else if (RunTo(run, context, newLog, choices)) {
     run.Result().outcome = Outcome::kDone;
+    const bool isSound = run.Result().found.verdict == LogExamination::Verdict::kSound;
+    if (!isSound) run.Tell(run.Text("CV_DAMAGED_DONE"_key));
     TellOfLostProtection(run);
   }
   return run.Result();

@@ -48,6 +48,11 @@ struct ConversionResult {
 /// What to do with a damaged log.
 enum class DamagedLog { kAsk, kTakeReadable, kRefuse };
 
+struct ConversionChoices {
+  DamagedLog damaged = DamagedLog::kRefuse;
+  bool overwrite = false;  // a new log of that name may be there and is replaced
+};
+
 /// Converts an old log in its place: asks, builds the new log beside it, compares every value with the old
 /// file read again, and only then lets the files change places. The old one stays as NAME.jet.mdb, its bytes
 /// untouched. Whatever fails or is cancelled, and wherever the power goes, the old file is there and the next
@@ -57,10 +62,11 @@ enum class DamagedLog { kAsk, kTakeReadable, kRefuse };
 [[nodiscard]] ConversionResult ConvertInPlace(const ConversionContext& context,
                                               const std::filesystem::path& log, ConversionView& view);
 
-/// The same into a file of another name, which must not exist, without asking; failures are shown.
+/// The same into a file of another name, without asking; failures are shown, and what is missing. The old
+/// file is only read; `newLog` may not be another name for it.
 [[nodiscard]] ConversionResult ConvertTo(const ConversionContext& context,
                                          const std::filesystem::path& oldLog,
-                                         const std::filesystem::path& newLog, DamagedLog damaged,
-                                         ConversionView& view);
+                                         const std::filesystem::path& newLog,
+                                         const ConversionChoices& choices, ConversionView& view);
 
 }  // namespace varnlog::legacy

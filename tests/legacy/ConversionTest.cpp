@@ -203,25 +203,37 @@ TEST_F(ConversionFixture, NeverOverwritesAnotherKeptFile) {
 TEST_F(ConversionFixture, ConvertsIntoAnotherFileWithoutTouchingTheOldOne) {
   HasSample(kJet4Log);
   const fs::path target = folder_ / "Neu.mdb";
-  const auto result = ConvertTo(Context(), log_(), target, DamagedLog::kRefuse, view_);
+  const auto result = ConvertTo(Context(), log_(), target, {}, view_);
   ASSERT_EQ(result.outcome, Outcome::kDone) << result.error;
   EXPECT_EQ(NewRows(target), ExpectedRows("log-1.1-jet4-scratch"));
   ExpectOnlyTheOldLog();
 
-  const auto again = ConvertTo(Context(), log_(), target, DamagedLog::kRefuse, view_);
+  const auto again = ConvertTo(Context(), log_(), target, {}, view_);
   EXPECT_TRUE(again.error.starts_with("CV_ERR_EXISTS|" + target.string()));
+  EXPECT_EQ(ConvertTo(Context(), log_(), target, {.overwrite = true}, view_).outcome, Outcome::kDone);
+  EXPECT_EQ(NewRows(target), ExpectedRows("log-1.1-jet4-scratch"));
+}
+
+TEST_F(ConversionFixture, NeverOverwritesTheOldFileItself) {
+  HasSample(kJet4Log);
+  fs::create_hard_link(log_(), folder_ / "Zweitname.mdb");
+  for (const fs::path& target : {log_(), folder_ / "." / "Varnlog.mdb", folder_ / "Zweitname.mdb"}) {
+    const auto result = ConvertTo(Context(), log_(), target, {.overwrite = true}, view_);
+    EXPECT_TRUE(result.error.starts_with("CV_ERR_EXISTS|" + target.string()));
+    EXPECT_EQ(samples::Read(log_()), original_);
+  }
 }
 
 TEST_F(ConversionFixture, ADamagedLogNeedsConsentToBeConvertedIntoAnotherFile) {
   HasOldLog(samples::ReadOurs(kJet4Log).substr(0, 126976));
   const fs::path target = folder_ / "Neu.mdb";
-  const auto refused = ConvertTo(Context(), log_(), target, DamagedLog::kRefuse, view_);
+  const auto refused = ConvertTo(Context(), log_(), target, {}, view_);
   EXPECT_TRUE(refused.error.starts_with("CV_ERR_DAMAGED|" + log_().string() + "|205/262"));
   EXPECT_FALSE(fs::exists(target));
-  const auto partial = ConvertTo(Context(), log_(), target, DamagedLog::kTakeReadable, view_);
+  const auto partial = ConvertTo(Context(), log_(), target, {.damaged = DamagedLog::kTakeReadable}, view_);
   EXPECT_EQ(partial.outcome, Outcome::kDone);
   EXPECT_EQ(NewRows(target).size(), 205U);
-  EXPECT_TRUE(view_.shown.back().starts_with("CV_ERR_DAMAGED"));
+  EXPECT_TRUE(view_.shown.back().starts_with("CV_DAMAGED_DONE"));
 }
 
 }  // namespace

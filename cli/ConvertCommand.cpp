@@ -1,0 +1,76 @@
+#include <filesystem>
+
+#include "cli/Command.h"
+#include "db/modCommon.h"
+#include "legacy/Conversion.h"
+#include "platform/Files.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+using namespace db::literals;
+using legacy::ConversionResult;
+using legacy::ConversionStep;
+
+/// One bar for both passes over the exposures.
+class TerminalConversion final : public legacy::ConversionView {
+ public:
+  explicit TerminalConversion(TerminalDialog& user) : user_(user) {}
+
+  void Begin(ConversionStep step, std::int64_t exposures) override {
+    before_ = step == ConversionStep::kComparing ? exposures : 0;
+    user_.SetRecordCount(2 * exposures);
+  }
+  [[nodiscard]] bool Advance(std::int64_t exposuresDone) override {
+    user_.Advance(before_ + exposuresDone);
+    return true;
+  }
+  db::MessageAnswer Show(const db::Message& message) override { return user_.Show(message); }
+  void Beep() override { user_.Beep(); }
+
+ private:
+  TerminalDialog& user_;
+  std::int64_t before_ = 0;
+};
+
+std::string Summary(const Session& session, const ConversionResult& result) {
+  const auto date = [](platform::DateTime when) { return when.IsSet() ? when.ToIso() : std::string("-"); };
+  std::string rows = session.Text("CV_SUMMARY"_key, "lngCount", std::to_string(result.rows));
+  rows = db::ReplacePlaceholder(rows, "dFirst", date(result.found.first));
+  rows = db::ReplacePlaceholder(rows, "dLast", date(result.found.last));
+  const std::string compared =
+      session.Text("CV_COMPARED"_key, "lngValues", std::to_string(result.comparedValues));
+  return rows + "\n" + compared + "\n";
+}
+
+}  // namespace
+
+void AddConvertOptions(CLI::App& command, Options& options) {
+  command.add_option("OLD.mdb", options.oldLog, "the old log; it is only read")
+      ->required()
+      ->transform(FromCurrentFolder);
+  command.add_option("NEW.mdb", options.newLog, "the new log")->required()->transform(FromCurrentFolder);
+  command.add_flag("--partial", options.partial, "take over what can be read of a damaged log");
+  command.add_flag("--overwrite", options.overwrite, "replace NEW.mdb if it exists");
+}
+
+void RunConvertCommand(Session& session, const Options& options, Output& output) {
+  if (!db::FileExists(options.oldLog)) session.Fail("VC_ERR_NODATAFILE"_key, "strFile", options.oldLog);
+  const legacy::ConversionContext context{
+      dao::DBEngine::Instance(), session.texts(),
+      platform::ToPath(session.globals().ProgramFolderGl) / "varnlog.md0"};
+  const legacy::ConversionChoices choices{
+      .damaged = options.partial ? legacy::DamagedLog::kTakeReadable : legacy::DamagedLog::kRefuse,
+      .overwrite = options.overwrite};
+  TerminalConversion view(session.user());
+  const ConversionResult result = legacy::ConvertTo(context, platform::ToPath(options.oldLog),
+                                                    platform::ToPath(options.newLog), choices, view);
+  session.user().Flush();
+  using Outcome = ConversionResult::Outcome;
+  if (result.outcome == Outcome::kNotNeeded) session.Fail("CV_ERR_FORMAT"_key, "strFile", options.oldLog);
+  if (result.outcome != Outcome::kDone) throw JobError("");
+  output.Write(Summary(session, result));
+}
+
+}  // namespace varnlog::cli

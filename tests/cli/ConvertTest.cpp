@@ -1,0 +1,131 @@
+#include <fstream>
+#include <iterator>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/Installation.h"
+
+namespace varnlog::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+std::string Content(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class ConvertCommandTest : public testing::Test {
+ protected:
+  void SetUp() override { installation_.SetLanguage("GB"); }
+  /// An old log, cut to its first `length` bytes.
+  void HasOldLog(const std::string& sample, std::size_t length = std::string::npos) {
+    const fs::path file = fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / sample;
+    Installation::Write(old_, Content(file).substr(0, length));
+  }
+  Ended Converts(const std::string& options = "") {
+    return installation_.Ctl("convert '" + old_.string() + "' '" + new_.string() + "' " + options);
+  }
+  Ended OnOldLog(const std::string& command) {
+    return installation_.Ctl(command + " --file '" + old_.string() + "'");
+  }
+
+  Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
+  fs::path old_ = installation_.suite() / "Data" / "Alt.mdb";
+  fs::path new_ = installation_.suite() / "Data" / "Neu.mdb";
+};
+
+TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
+  HasOldLog("log-1.1-jet4-scratch.mdb");
+  const std::string before = Content(old_);
+  const std::string listed = OnOldLog("list --format csv").out;
+  const Ended run = Converts();
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "Exposures: 262, first: 1895-11-08 17:30:01, last: 1998-02-08 11:51:45\n"
+            "Values compared: 6556, all equal\n");
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(Content(old_), before);
+  EXPECT_EQ(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, listed);
+  EXPECT_EQ(installation_.Ctl("check --file '" + new_.string() + "'").out, "ok\n");
+  EXPECT_EQ(std::distance(fs::directory_iterator(new_.parent_path()), {}), 2);
+}
+
+TEST_F(ConvertCommandTest, NeedsNoSuiteAndTakesPathsFromTheCurrentFolder) {
+  HasOldLog("log-1.0-jet3-cp1252.mdb");
+  fs::remove(installation_.suite() / "KVFILEDB.DLL");
+  const Ended run = installation_.Shell("cd '" + old_.parent_path().string() + "' && " +
+                                        installation_.CtlCommand() + " convert Alt.mdb ./Neu.mdb");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(fs::exists(new_));
+}
+
+TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
+  HasOldLog("log-1.1-jet3-cp1251.mdb");
+  Installation::Write(new_, "last year's");
+  const Ended refused = Converts();
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("will not be overwritten"));
+  EXPECT_EQ(Content(new_), "last year's");
+  EXPECT_EQ(Converts("--overwrite").status, 0);
+  EXPECT_THAT(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, HasSubstr("Щука"));
+
+  fs::copy_file(new_, installation_.log());
+  new_ = installation_.log();
+  installation_.WithLog(true, [&](dao::Database&) { EXPECT_EQ(Converts("--overwrite").status, 1); });
+  EXPECT_EQ(Converts("--overwrite").status, 0);
+}
+
+TEST_F(ConvertCommandTest, TakesThePartsOfADamagedLogOnlyWhenTold) {
+  HasOldLog("log-1.1-jet4-scratch.mdb", 126976);
+  const Ended refused = Converts();
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, testing::AllOf(HasSubstr("205 of 262"), HasSubstr("--partial")));
+  EXPECT_FALSE(fs::exists(new_));
+  const Ended partial = Converts("--partial");
+  EXPECT_EQ(partial.status, 0) << partial.err;
+  EXPECT_THAT(partial.out, HasSubstr("Exposures: 205,"));
+  EXPECT_THAT(partial.err, HasSubstr("205 of 262"));
+}
+
+TEST_F(ConvertCommandTest, RefusesWhatIsNoOldLogAndWrongUsage) {
+  EXPECT_EQ(Converts().status, 1) << "no such file";
+  Installation::Write(old_, "a letter");
+  EXPECT_EQ(Converts().status, 1);
+  HasOldLog("foreign-jet4.mdb");
+  EXPECT_THAT(Converts().err, HasSubstr("is not an X-ray log book"));
+  EXPECT_FALSE(fs::exists(new_));
+  EXPECT_EQ(installation_.Ctl("convert").status, 2);
+  EXPECT_EQ(installation_.Ctl("convert a.mdb").status, 2);
+  EXPECT_EQ(Converts("--everything").status, 2);
+  new_ = installation_.suite() / "no such folder" / "Neu.mdb";
+  HasOldLog("log-1.1-jet3-cp1251.mdb");
+  const Ended unwritable = Converts();
+  EXPECT_EQ(unwritable.status, 1);
+  EXPECT_THAT(unwritable.err, HasSubstr("could not be written"));
+}
+
+TEST_F(ConvertCommandTest, AnOldLogCanBeReadButNotChanged) {
+  HasOldLog("log-1.0-jet3-cp1252.mdb");
+  const std::string before = Content(old_);
+  EXPECT_EQ(OnOldLog("check").out, "ok\n");
+  EXPECT_THAT(OnOldLog("list --display --from 1.1.1895 --to 31.12.1895").out, HasSubstr("1895"));
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  for (const std::string command : {"update", "compact", "repair"}) {
+    SCOPED_TRACE(command);
+    const Ended run = OnOldLog(command);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr("varnlogctl convert"));
+  }
+  EXPECT_EQ(Content(old_), before);
+  EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
+  HasOldLog("log-1.1-jet4-scratch.mdb", 126976);
+  EXPECT_EQ(OnOldLog("check").status, 1);
+  EXPECT_EQ(OnOldLog("list").status, 1);
+}
+
+}  // namespace
+}  // namespace varnlog::cli
