@@ -43,8 +43,12 @@ void MainProgram::LoadAfterShow() {
 }
 
 bool MainProgram::Open(const std::string& file) {
-  const bool opened = OpenAndCheckDataFile(globals_, services_, file);
+  const OpenAs how = PrepareDataFile(globals_, services_, file,
+                                     [this](const auto& conversion) { view_.ShowConversion(conversion); });
+  const bool isOld = how == OpenAs::kOldLog;
+  const bool opened = how != OpenAs::kNothing && OpenAndCheckDataFile(globals_, services_, file, isOld);
   if (opened) edits_.Clear();
+  if (opened && isOld) TellOldLogIsProtected(services_, file);
   view_.RefreshCommands();
   return opened;
 }

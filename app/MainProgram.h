@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
 #include "app/Commands.h"
+#include "app/OldDataFile.h"
 #include "app/SelectionCommands.h"
 #include "app/StartUp.h"
 #include "db/Globals.h"
@@ -27,6 +29,8 @@ class MainView : public SelectionDialogs {
   [[nodiscard]] virtual std::optional<std::string> AskDataFile(const std::string& folder) = 0;
   /// The update run's dialog, modal.
   virtual void ShowUpdateRun() = 0;
+  /// Runs the conversion of an old log and shows how far it is.
+  virtual void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) = 0;
   /// `file` was opened: it goes to the head of the recently used files.
   virtual void RememberFile(const std::string& file) = 0;
 };

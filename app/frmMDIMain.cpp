@@ -248,6 +248,11 @@ void frmMDIMain::ShowUpdateRun() {
   dialog.exec();
 }
 
+void frmMDIMain::ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) {
+  frmConvert window(this, context_.services.texts, context_.services.user);
+  conversion(window);
+}
+
 void frmMDIMain::ViewResults() {
   if (!context_.globals.LogEngineGl || !context_.globals.LogEngineGl->Database()) return;
   if (results_) {

@@ -79,6 +79,7 @@ class frmMDIMain final : public QMainWindow,
   void CloseResultWindows() override;
   [[nodiscard]] std::optional<std::string> AskDataFile(const std::string& folder) override;
   void ShowUpdateRun() override;
+  void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) override;
   void RememberFile(const std::string& file) override;
 
   // logview::ResultsHost

@@ -137,9 +137,10 @@ void frmProperties::ShowFacts() {
   size_->setText(SizeText(platform::FileSize(platform::ToPath(globals_.strDataFileGl)).value_or(0)));
   readOnly_->setChecked(globals_.ReadOnlyGl);
   const bool isOpen = log != nullptr;
+  const bool isChangeable = isOpen && !log->IsReadOnly();
   for (QWidget* widget :
        {static_cast<QWidget*>(readOnly_), static_cast<QWidget*>(compact_), static_cast<QWidget*>(repair_)}) {
-    widget->setEnabled(isOpen);
+    widget->setEnabled(isChangeable);
   }
   try {
     rows_->setText(isOpen ? QLocale().toString(static_cast<qlonglong>(RowCount(*log))) : QString());

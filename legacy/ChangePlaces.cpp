@@ -56,6 +56,12 @@ bool IsKeptNameUsable(const ConversionPaths& paths, const std::string& origin) {
   return content && dao::Sha256Hex(*content) == origin;
 }
 
+bool CanBeReplaced(const fs::path& log) {
+  std::error_code error;
+  const fs::path file = fs::canonical(log, error);
+  return !error && platform::IsWritable(file) && platform::IsWritable(file.parent_path());
+}
+
 std::error_code ChangePlaces(const ConversionPaths& paths) {
   std::error_code error;
   const fs::path folder = paths.log.parent_path();

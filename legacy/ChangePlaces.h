@@ -24,6 +24,9 @@ struct ConversionPaths {
 /// `origin`): an earlier conversion came as far as giving it.
 [[nodiscard]] bool IsKeptNameUsable(const ConversionPaths& paths, const std::string& origin);
 
+/// False for a log that is write-protected, or lies in a folder or on a medium that is.
+[[nodiscard]] bool CanBeReplaced(const std::filesystem::path& log);
+
 /// Gives the old file its second name and the complete new log the old one's name. At every instant, also
 /// through a crash, the old file is there under one of its names, and `log` is either it or the new log.
 [[nodiscard]] std::error_code ChangePlaces(const ConversionPaths& paths);

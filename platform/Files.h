@@ -27,6 +27,10 @@ namespace varnlog::platform {
 /// The size in bytes; nothing when there is no regular file of that name or it cannot be asked.
 [[nodiscard]] std::optional<std::uint64_t> FileSize(const std::filesystem::path& path);
 
+/// Whether the program may write to the file, or make files in the folder. One without any write permission
+/// counts as protected even for a user whom the system would let through.
+[[nodiscard]] bool IsWritable(const std::filesystem::path& path);
+
 /// The whole file. Fails with std::errc::file_too_large beyond `limit` bytes.
 [[nodiscard]] std::optional<std::string> ReadWholeFile(const std::filesystem::path& path,
                                                        std::error_code& error,

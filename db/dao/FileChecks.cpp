@@ -2,8 +2,6 @@
 
 #include <filesystem>
 
-#include <sqlite3.h>
-
 #include "db/dao/StorageError.h"
 #include "platform/Files.h"
 
@@ -20,20 +18,6 @@ fs::path Absolute(const std::string& path) {
   const fs::path given = platform::ToPath(path);
   fs::path absolute = fs::absolute(given, error);
   return error ? given : absolute;
-}
-
-// A file without any write bit is taken as protected even by a user whom the system would let through.
-bool IsWritable(const fs::path& path) {
-  std::error_code error;
-  const fs::perms permissions = fs::status(path, error).permissions();
-  const fs::perms anyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-  if (error || (permissions & anyWrite) == fs::perms::none) return false;
-  sqlite3_vfs* const vfs = sqlite3_vfs_find(nullptr);
-  int allowed = 0;
-  return vfs != nullptr &&
-         vfs->xAccess(vfs, platform::FromPath(path).c_str(), SQLITE_ACCESS_READWRITE, &allowed) ==
-             SQLITE_OK &&
-         allowed != 0;
 }
 
 void RequireFolder(const fs::path& file, const std::string& path) {
@@ -64,7 +48,7 @@ void RequireUsableFile(const std::string& path, bool forWriting) {
   if (status.type() != fs::file_type::regular)
     throw EngineError(ErrorNumber::kCannotOpen, FileText("", path, " is not a file that can be opened."));
   // Changing a file takes a journal beside it, so the folder counts too.
-  if (forWriting && (!IsWritable(file) || !IsWritable(file.parent_path())))
+  if (forWriting && (!platform::IsWritable(file) || !platform::IsWritable(file.parent_path())))
     throw EngineError(ErrorNumber::kNoPermission,
                       FileText("There is no permission to change the file ", path, " or its folder."));
 }
@@ -75,7 +59,7 @@ void RequireFreePath(const std::string& path) {
   RequireFolder(file, path);
   if (fs::exists(fs::symlink_status(file, error)))
     throw EngineError(ErrorNumber::kFileExists, FileText("The file ", path, " exists already."));
-  if (!IsWritable(file.parent_path()))
+  if (!platform::IsWritable(file.parent_path()))
     throw EngineError(ErrorNumber::kNoPermission,
                       FileText("There is no permission to make the file ", path, "."));
 }

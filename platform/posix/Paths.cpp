@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include "platform/Files.h"
 
 namespace varnlog::platform {
@@ -17,6 +19,14 @@ std::filesystem::path ToPath(std::string_view text) {
     if (c == '\\') c = '/';
   }
   return path;
+}
+
+bool IsWritable(const std::filesystem::path& path) {
+  using std::filesystem::perms;
+  std::error_code error;
+  const perms permissions = std::filesystem::status(path, error).permissions();
+  const perms anyWrite = perms::owner_write | perms::group_write | perms::others_write;
+  return !error && (permissions & anyWrite) != perms::none && access(path.c_str(), R_OK | W_OK) == 0;
 }
 
 std::filesystem::path ExecutableFolder() {

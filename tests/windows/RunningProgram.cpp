@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include "legacy/LoadTables.h"
 #include "ui/QtText.h"
 
 namespace varnlog::app::test {
@@ -21,6 +22,7 @@ RunningProgram::RunningProgram(const cli::Installation& installation, db::Messag
     : answer_(answer) {
   globals_.ProgramFolderGl = installation.program().string();
   globals_.IniFileGl = (installation.program() / "varnlog.ini").string();
+  legacy::InstallJetFormat();
   if (!texts_.InitLanguage()) throw std::runtime_error(texts_.InitError());
   texts_.SetLanguage("D");
   user_.AnswerWith([this](const db::Message& message) {

@@ -1,0 +1,96 @@
+#include "app/frmConvert.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QLocale>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/QtText.h"
+
+namespace varnlog::app {
+
+using db::literals::operator""_key;
+using legacy::ConversionStep;
+using ui::Caption;
+
+namespace {
+
+constexpr qint64 kMoment = 250;                    // milliseconds
+constexpr qint64 kMillisecondsBetweenEvents = 30;  // the button answers at once, the work hardly waits
+
+db::TextKey TextOf(ConversionStep step) {
+  switch (step) {
+    case ConversionStep::kTakingOver:
+      return "CV_PROGRESS"_key;
+    case ConversionStep::kComparing:
+      return "CV_COMPARING"_key;
+    case ConversionStep::kReading:
+      break;
+  }
+  return "CV_READING"_key;
+}
+
+}  // namespace
+
+frmConvert::frmConvert(QWidget* parent, const db::TextLookup& texts, db::UserDialog& user)
+    : QDialog(parent), texts_(texts), user_(user), label_(new QLabel), prgBar_(new QProgressBar) {
+  setObjectName("frmConvert");
+  setWindowTitle(Caption(texts, "CV_CAPTION"_key));
+  setWindowModality(Qt::ApplicationModal);
+  prgBar_->setObjectName("prgBar");
+  prgBar_->setAccessibleName(ui::PlainCaption(texts, "CV_CAPTION"_key));
+  auto* buttons = new QDialogButtonBox;
+  buttons->addButton(Caption(texts, "GL_CANCEL"_key), QDialogButtonBox::RejectRole)
+      ->setObjectName("cmdCancel");
+  connect(buttons, &QDialogButtonBox::rejected, this, &frmConvert::reject);
+
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(label_);
+  layout->addWidget(prgBar_);
+  layout->addSpacing(8);
+  layout->addWidget(buttons);
+  setMinimumWidth(fontMetrics().averageCharWidth() * 62);
+  sinceBegin_.start();
+  sinceEvents_.start();
+}
+
+void frmConvert::Begin(ConversionStep step, std::int64_t exposures) {
+  step_ = step;
+  exposures_ = exposures;
+  prgBar_->setRange(0, static_cast<int>(exposures));
+  ShowProgress(0);
+}
+
+bool frmConvert::Advance(std::int64_t exposuresDone) {
+  // Until this window holds them back, no event may reach the main window's commands.
+  if (!isVisible() && sinceBegin_.hasExpired(kMoment)) show();
+  if (!isVisible() || !sinceEvents_.hasExpired(kMillisecondsBetweenEvents)) return !cancelled_;
+  ShowProgress(exposuresDone);
+  QApplication::processEvents();
+  sinceEvents_.restart();
+  return !cancelled_;
+}
+
+void frmConvert::ShowProgress(std::int64_t exposuresDone) {
+  const auto number = [](std::int64_t value) {
+    return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
+  };
+  prgBar_->setValue(static_cast<int>(exposuresDone));
+  std::string text = db::ReplacePlaceholder(texts_.GetText(TextOf(step_)), "lngDone", number(exposuresDone));
+  text = db::ReplacePlaceholder(text, "lngCount", number(exposures_));
+  label_->setText(ui::ToQString(text));
+}
+
+db::MessageAnswer frmConvert::Show(const db::Message& message) {
+  hide();
+  const db::MessageAnswer answer = user_.Show(message);
+  sinceBegin_.restart();
+  return answer;
+}
+
+void frmConvert::Beep() {
+  user_.Beep();
+}
+
+}  // namespace varnlog::app

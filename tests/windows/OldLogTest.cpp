@@ -1,0 +1,195 @@
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <QPushButton>
+
+#include "app/frmConvert.h"
+#include "logview/Columns.h"
+#include "tests/windows/RunningProgram.h"
+#include "ui/FileDialog.h"
+#include "ui/QtText.h"
+
+namespace varnlog::app::test {
+namespace {
+
+namespace fs = std::filesystem;
+using db::literals::operator""_key;
+using enum CommandId;
+
+std::string Content(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// A practice that finds logs of the earlier program and opens them.
+class OldLog : public testing::Test {
+ protected:
+  void SetUp() override { fs::create_directories(folder_); }
+  void TearDown() override {
+    ui::CFileDialog::AnswerWith({});
+    program_.reset();
+    fs::permissions(folder_, fs::perms::owner_all);
+  }
+
+  /// The file as the practice finds it, cut to its first `length` bytes.
+  void Finds(const std::string& sample, std::size_t length = std::string::npos) {
+    original_ = Content(fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / sample).substr(0, length);
+    cli::Installation::Write(log_, original_);
+  }
+  void Opens(db::MessageAnswer answer) {
+    if (!program_) program_ = std::make_unique<RunningProgram>(installation_, answer);
+    program_->AnswersWith(answer);
+    static_cast<void>(program_->TakeMessages());
+    ui::CFileDialog::AnswerWith([this](const ui::CFileDialog&) { return log_.string(); });
+    program_->Triggers(mnuFileOpen);
+  }
+  [[nodiscard]] std::int64_t ShownRows() {
+    return program_->Window().Results() == nullptr ? -1 : program_->Grid().ApproximateCount();
+  }
+  [[nodiscard]] bool IsOpen() { return program_->Globals().LogEngineGl->Database() != nullptr; }
+  [[nodiscard]] int EditableCells() {
+    const QAbstractItemModel& model = *program_->Grid().model();
+    int cells = 0;
+    for (int row = 0; row < model.rowCount(); ++row) {
+      for (int column = 0; column < model.columnCount(); ++column) {
+        if (model.flags(model.index(row, column)).testFlag(Qt::ItemIsEditable)) ++cells;
+      }
+    }
+    return cells;
+  }
+  /// The messages since the log was opened begin with these texts, up to their first placeholder.
+  void ExpectMessages(std::initializer_list<db::TextKey> keys) {
+    const QStringList shown = program_->TakeMessages();
+    ASSERT_EQ(shown.size(), static_cast<qsizetype>(keys.size())) << shown.join("\n---\n").toStdString();
+    auto message = shown.begin();
+    for (const db::TextKey key : keys) {
+      EXPECT_TRUE(message->startsWith(program_->Text(key).section('$', 0, 0)))
+          << key.name() << ": " << message->toStdString();
+      ++message;
+    }
+  }
+
+  cli::Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
+  fs::path folder_ = installation_.suite() / "Alte Bücher";
+  fs::path log_ = folder_ / "Röntgen.mdb";
+  fs::path kept_ = folder_ / "Röntgen.jet.mdb";
+  std::string original_;
+  std::unique_ptr<RunningProgram> program_;
+};
+
+TEST_F(OldLog, IsConvertedAndShownOnceTheUserAgrees) {
+  struct Row {
+    const char* sample;
+    int rows;
+  };
+  for (const Row& row : {Row{"log-1.1-jet4-scratch.mdb", 262}, Row{"log-1.0-jet3-cp1252.mdb", 98}}) {
+    SCOPED_TRACE(row.sample);
+    fs::remove(kept_);
+    Finds(row.sample);
+    Opens(db::MessageAnswer::kYes);
+    ExpectMessages({"CV_ASK"_key, "CV_DONE"_key});
+    EXPECT_EQ(ShownRows(), row.rows);
+    EXPECT_EQ(program_->Globals().strDataFileGl, log_.string());
+    EXPECT_EQ(program_->Globals().DBVersionGl, "1.1");
+    EXPECT_FALSE(program_->Globals().ReadOnlyGl);
+    EXPECT_GT(EditableCells(), 0);
+    EXPECT_EQ(Content(kept_), original_);
+
+    // It has become a log like any other.
+    Opens(db::MessageAnswer::kNo);
+    ExpectMessages({});
+    EXPECT_EQ(ShownRows(), row.rows);
+  }
+}
+
+TEST_F(OldLog, StaysClosedAndUntouchedWhenTheUserDeclines) {
+  Finds("log-1.1-jet3-cp1250.mdb");
+  Opens(db::MessageAnswer::kNo);
+  ExpectMessages({"CV_ASK"_key});
+  EXPECT_FALSE(IsOpen());
+  EXPECT_EQ(ShownRows(), -1);
+  EXPECT_EQ(program_->Globals().strDataFileGl, installation_.log().string());
+  EXPECT_EQ(Content(log_), original_);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1);
+
+  log_ = installation_.log();
+  Opens(db::MessageAnswer::kNo);
+  EXPECT_TRUE(IsOpen());
+}
+
+TEST_F(OldLog, IsOfferedAtStartUpToo) {
+  Finds("log-1.1-jet4-password-encoded.mdb");
+  cli::Installation::Write(installation_.program() / "varnlog.ini",
+                           "[User]\r\nDataFile=" + log_.string() + "\r\n");
+  program_ = std::make_unique<RunningProgram>(installation_, db::MessageAnswer::kYes);
+  ExpectMessages({"CV_ASK"_key, "CV_DONE"_key, "CV_PASSWORD"_key, "CV_ENCODED"_key});
+  EXPECT_EQ(ShownRows(), 54);
+}
+
+TEST_F(OldLog, GivesItsReadableRowsWhenItIsDamaged) {
+  Finds("log-1.1-jet4-scratch.mdb", 126976);
+  Opens(db::MessageAnswer::kNo);
+  EXPECT_TRUE(program_->TakeMessages().join("").contains("205 von 262"));
+  EXPECT_FALSE(IsOpen());
+  EXPECT_EQ(Content(log_), original_);
+  Opens(db::MessageAnswer::kYes);
+  ExpectMessages({"CV_DAMAGED"_key, "CV_DAMAGED_DONE"_key});
+  EXPECT_EQ(ShownRows(), 205);
+}
+
+TEST_F(OldLog, WaitsForTheOtherProgram) {
+  Finds("log-1.1-jet4-scratch.mdb");
+  std::ofstream(folder_ / "Röntgen.ldb") << "PRAXIS2";
+  Opens(db::MessageAnswer::kCancel);
+  ExpectMessages({"CV_ERR_INUSE"_key});
+  EXPECT_FALSE(IsOpen());
+  EXPECT_EQ(Content(log_), original_);
+}
+
+TEST_F(OldLog, IsShownOnlyWhereItIsWriteProtected) {
+  installation_.Reports({cli::NewExposure("Zander", "XI", "03.02.2020", "08:00:00")});
+  for (const auto& [sample, rows] :
+       {std::pair{"log-1.1-jet4-scratch.mdb", 262}, {"log-1.0-jet3-cp1252.mdb", 98}}) {
+    SCOPED_TRACE(sample);
+    fs::permissions(folder_, fs::perms::owner_all);
+    Finds(sample);
+    fs::permissions(folder_, fs::perms::owner_read | fs::perms::owner_exec);
+    Opens(db::MessageAnswer::kYes);
+    // The reported exposure is not offered to be taken in.
+    ExpectMessages({"CV_READONLY"_key});
+    EXPECT_EQ(ShownRows(), rows);
+    EXPECT_TRUE(program_->Globals().ReadOnlyGl);
+    EXPECT_EQ(EditableCells(), 0);
+    EXPECT_FALSE(program_->Window().Action(mnuEditUpdate)->isEnabled());
+    EXPECT_EQ(Content(log_), original_);
+    EXPECT_FALSE(fs::exists(kept_));
+  }
+  fs::permissions(folder_, fs::perms::owner_all);
+  Finds("log-1.1-jet4-scratch.mdb", 126976);
+  fs::permissions(log_, fs::perms::owner_read);
+  Opens(db::MessageAnswer::kYes);
+  EXPECT_TRUE(program_->TakeMessages().join("").contains("205 von 262"));
+  EXPECT_FALSE(IsOpen());
+}
+
+// The window appears when it takes longer than a moment, and its button is heard at once.
+TEST_F(OldLog, CanBeCancelledWhileItIsConverted) {
+  program_ = std::make_unique<RunningProgram>(installation_, db::MessageAnswer::kYes);
+  Language texts(program_->Globals());
+  ASSERT_TRUE(texts.InitLanguage());
+  ui::MessageBox user(texts);
+  frmConvert window(&program_->Window(), texts, user);
+  window.Begin(legacy::ConversionStep::kTakingOver, 1000);
+  EXPECT_TRUE(window.Advance(64));
+  EXPECT_FALSE(window.isVisible());
+  QTest::qWait(300);
+  EXPECT_TRUE(window.Advance(500));
+  EXPECT_TRUE(window.isVisible());
+  EXPECT_EQ(Child<QProgressBar>(window, "prgBar").value(), 500);
+  QTest::mouseClick(&Child<QPushButton>(window, "cmdCancel"), Qt::LeftButton);
+  EXPECT_FALSE(window.Advance(564));
+}
+
+}  // namespace
+}  // namespace varnlog::app::test
