@@ -4,6 +4,7 @@
 
 #include <QAbstractItemView>
 #include <QKeyEvent>
+#include <QStyledItemDelegate>
 #include <QTimer>
 
 namespace varnlog::ui {
@@ -40,7 +41,9 @@ QValidator::State LengthLimit::validate(QString& input, int& position) const {
 
 ListEditor::ListEditor(QWidget* parent) : QComboBox(parent) {
   // Styles that lay the list over its box would hide the cell and its neighbours.
-  setStyleSheet(QStringLiteral("QComboBox { combobox-popup: 0; }"));
+  setStyleSheet(
+      QStringLiteral("QComboBox { combobox-popup: 0; } QAbstractItemView::item { min-height: 1.7em; }"));
+  setItemDelegate(new QStyledItemDelegate(this));
   connect(this, &QComboBox::activated, this, [this] {
     // Letters typed while the list is closed also arrive here; they only preselect.
     if (list_ == List::kOpen || list_ == List::kClosing) {
