@@ -11,6 +11,10 @@ PeriodBoxes Period::CurrentYear() const {
   return {shortDate_.Format(newYear), shortDate_.Format(today)};
 }
 
+std::string Period::Example() const {
+  return shortDate_.Format(platform::DateTime::FromSerial(clock_.Today().Year(), 12, 31));
+}
+
 std::optional<PeriodProblem> Period::Validate(const PeriodBoxes& boxes, int box) const {
   const std::string& text = boxes.at(static_cast<std::size_t>(box));
   if (shortDate_.Parse(text)) return std::nullopt;

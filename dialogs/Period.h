@@ -30,6 +30,9 @@ class Period {
   /// 1 January of this year and today.
   [[nodiscard]] PeriodBoxes CurrentYear() const;
 
+  /// A date in the form that the boxes take; its day cannot be mistaken for a month.
+  [[nodiscard]] std::string Example() const;
+
   /// OK was pressed: fills a missing date into `boxes`, checks both, and on success stores dBegGl and dEndGl.
   /// A period that ends before it begins is taken as entered.
   [[nodiscard]] std::optional<PeriodProblem> Confirm(PeriodBoxes& boxes);

@@ -20,6 +20,8 @@ frmBegEnd::frmBegEnd(QWidget* parent, Period period, const db::TextLookup& texts
   setWindowTitle(Caption(texts, "BE_CAPTION"_key));
 
   auto* grid = new QGridLayout;
+  const QString hint = ui::ToQString(
+      db::ReplacePlaceholder(texts.GetText("BE_DATEHINT"_key), "strExample", period_.Example()));
   constexpr TextKey kLabels[] = {"BE_FROM"_key, "BE_TO"_key};
   for (int i = 0; i < 2; ++i) {
     auto* label = new QLabel(Caption(texts, kLabels[i]));
@@ -28,6 +30,7 @@ frmBegEnd::frmBegEnd(QWidget* parent, Period period, const db::TextLookup& texts
     label->setBuddy(box);
     box->setObjectName(QStringLiteral("txtDate%1").arg(i));
     box->setAccessibleName(ui::PlainCaption(texts, kLabels[i]));
+    box->setAccessibleDescription(hint);
     // Room for the longest form, 31.12.2001 00:00:00, in any font.
     box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("00.00.0000 00:00:00")) + 24);
     grid->addWidget(label, i, 0);
@@ -40,6 +43,9 @@ frmBegEnd::frmBegEnd(QWidget* parent, Period period, const db::TextLookup& texts
   cmdCurYear->setAutoDefault(false);
   connect(cmdCurYear, &QPushButton::clicked, this, &frmBegEnd::CurrentYear);
   grid->addWidget(cmdCurYear, 0, 2);
+  auto* lblHint = new QLabel(hint);
+  lblHint->setObjectName("lblHint");
+  grid->addWidget(lblHint, 2, 1, 1, 2);
   grid->setColumnStretch(1, 1);
 
   auto* buttons = new QDialogButtonBox;

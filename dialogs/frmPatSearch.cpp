@@ -3,10 +3,10 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
-#include <QLabel>
+#include <QLocale>
 #include <QVBoxLayout>
 
+#include "ui/ListView.h"
 #include "ui/QtText.h"
 
 namespace varnlog::dialogs {
@@ -22,7 +22,8 @@ frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const db::Text
       user_(user),
       txtSearch_(new QLineEdit),
       cmdSearch_(new QPushButton(Caption(texts, "PS_SEARCH"_key))),
-      lvwPat_(new QTreeWidget) {
+      lvwPat_(new QTreeWidget),
+      lblCount_(new QLabel) {
   setObjectName("frmPatSearch");
   setWindowTitle(Caption(texts, "PS_CAPTION"_key));
   auto* lblInfo = new QLabel(Caption(texts, "PS_TEXT"_key));
@@ -36,13 +37,17 @@ frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const db::Text
   layout->addWidget(lvwPat_, 1);
 
   auto* buttons = new QDialogButtonBox;
+  lblCount_->setObjectName("lblCount");
   cmdOK_ = buttons->addButton(Caption(texts, "GL_OK"_key), QDialogButtonBox::AcceptRole);
   cmdOK_->setObjectName("cmdOK");
   buttons->addButton(Caption(texts, "GL_CANCEL"_key), QDialogButtonBox::RejectRole)
       ->setObjectName("cmdCancel");
   connect(buttons, &QDialogButtonBox::accepted, this, &frmPatSearch::Ok);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  layout->addWidget(buttons);
+  auto* bottom = new QHBoxLayout;
+  bottom->addWidget(lblCount_);
+  bottom->addWidget(buttons, 1);
+  layout->addLayout(bottom);
 
   cmdSearch_->setDefault(true);
   txtSearch_->setFocus();
@@ -68,11 +73,7 @@ void frmPatSearch::BuildSearchRow() {
 
 void frmPatSearch::BuildList() {
   lvwPat_->setObjectName("lvwPat");
-  lvwPat_->setHeaderLabel(Caption(texts_, "PS_CHOOSEPATIENT"_key));
-  lvwPat_->setAccessibleName(ui::PlainCaption(texts_, "PS_CHOOSEPATIENT"_key));
-  lvwPat_->setRootIsDecorated(false);
-  lvwPat_->setUniformRowHeights(true);
-  lvwPat_->header()->setStretchLastSection(true);
+  ui::MakeOneColumnList(*lvwPat_, Caption(texts_, "PS_CHOOSEPATIENT"_key));
   connect(lvwPat_, &QTreeWidget::currentItemChanged, this,
           [this](const QTreeWidgetItem* item) { Choose(item); });
   connect(lvwPat_, &QTreeWidget::itemClicked, this, [this](const QTreeWidgetItem* item) { Choose(item); });
@@ -118,6 +119,9 @@ void frmPatSearch::Show(const SearchResult& result, const QString& searchText) {
     items.append(new QTreeWidgetItem(QStringList(ui::ToQString(entry))));
   }
   lvwPat_->addTopLevelItems(items);
+  const std::string count = ui::FromQString(QLocale().toString(items.size()));
+  lblCount_->setText(
+      ui::ToQString(db::ReplacePlaceholder(texts_.GetText("PS_COUNT"_key), "lngCount", count)));
   if (!items.isEmpty()) {
     txtSearch_->setText(ui::ToQString(result.searchBox));
     lvwPat_->setCurrentItem(items.front());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTreeWidget>
@@ -31,6 +32,7 @@ class frmPatSearch final : public QDialog {
   QLineEdit* txtSearch_;
   QPushButton* cmdSearch_;
   QTreeWidget* lvwPat_;
+  QLabel* lblCount_;
   QPushButton* cmdOK_;
   QString selected_;  // empty when no list entry is chosen
 };
