@@ -2,7 +2,7 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
-#include <QLabel>
+#include <QLocale>
 #include <QPushButton>
 #include <QShowEvent>
 #include <QTimer>
@@ -22,16 +22,25 @@ namespace {
 constexpr qint64 kMillisecondsBetweenEvents = 30;
 constexpr int kProgressSteps = 10'000;
 
+QString ProgressText(const db::TextLookup& texts, std::int64_t done, std::int64_t count) {
+  const auto number = [](std::int64_t value) {
+    return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
+  };
+  const std::string text = db::ReplacePlaceholder(texts.GetText("RU_PROGRESS"_key), "lngDone", number(done));
+  return ui::ToQString(db::ReplacePlaceholder(text, "lngCount", number(count)));
+}
+
 }  // namespace
 
 frmRunUpdate::frmRunUpdate(QWidget* parent, const UpdateContext& context, db::UserDialog& user)
-    : QDialog(parent), context_(context), user_(user), prgBar_(new QProgressBar) {
+    : QDialog(parent), context_(context), user_(user), prgBar_(new QProgressBar), lblProgress_(new QLabel) {
   setObjectName("frmRunUpdate");
   setWindowTitle(Caption(context.texts, "RU_CAPTION"_key));
   auto* label = new QLabel(Caption(context.texts, "RU_TEXT"_key));
   prgBar_->setObjectName("prgBar");
   prgBar_->setAccessibleName(ui::PlainCaption(context.texts, "RU_CAPTION"_key));
   prgBar_->setRange(0, 0);
+  lblProgress_->setObjectName("lblProgress");
   auto* buttons = new QDialogButtonBox;
   buttons->addButton(Caption(context.texts, "GL_CANCEL"_key), QDialogButtonBox::RejectRole)
       ->setObjectName("cmdCancel");
@@ -40,6 +49,7 @@ frmRunUpdate::frmRunUpdate(QWidget* parent, const UpdateContext& context, db::Us
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(label);
   layout->addWidget(prgBar_);
+  layout->addWidget(lblProgress_);
   layout->addSpacing(8);
   layout->addWidget(buttons);
   setMinimumWidth(fontMetrics().averageCharWidth() * 62);
@@ -82,13 +92,13 @@ void frmRunUpdate::AskCancel() {
 
 void frmRunUpdate::SetRecordCount(std::int64_t records) {
   prgBar_->setRange(0, records > 0 ? kProgressSteps : 0);
-  prgBar_->setProperty("records", QVariant::fromValue<qlonglong>(records));
+  records_ = records;
 }
 
 void frmRunUpdate::Advance(std::int64_t recordsDone) {
   if (!sinceEvents_.hasExpired(kMillisecondsBetweenEvents)) return;
-  const qlonglong records = prgBar_->property("records").toLongLong();
-  if (records > 0) prgBar_->setValue(static_cast<int>(recordsDone * kProgressSteps / records));
+  if (records_ > 0) prgBar_->setValue(static_cast<int>(recordsDone * kProgressSteps / records_));
+  lblProgress_->setText(ProgressText(context_.texts, recordsDone, records_));
   QApplication::processEvents();
   sinceEvents_.restart();
 }

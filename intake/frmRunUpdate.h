@@ -4,6 +4,7 @@
 
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QProgressBar>
 
 #include "intake/UpdateRun.h"
@@ -33,6 +34,8 @@ class frmRunUpdate final : public QDialog, private UpdateView {
   UpdateContext context_;
   db::UserDialog& user_;
   QProgressBar* prgBar_;
+  QLabel* lblProgress_;
+  std::int64_t records_ = 0;
   QElapsedTimer sinceEvents_;
   UpdateResult result_;
   bool started_ = false;
