@@ -151,7 +151,18 @@ void frmPreview::GoToPage(int page) {
   if (page == page_) return;
   page_ = page;
   view_->updatePreview();
+  ScrollToTop();
   RefreshCommands();
+}
+
+void frmPreview::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  // The page is fitted to the window while that takes its size, and is left with its middle in sight.
+  QTimer::singleShot(0, this, &frmPreview::ScrollToTop);
+}
+
+void frmPreview::ScrollToTop() {
+  ScrollBar().setValue(ScrollBar().minimum());
 }
 
 QScrollBar& frmPreview::ScrollBar() const {

@@ -36,6 +36,7 @@ class frmPreview final : public QWidget {
  protected:
   /// The wheel turns the page at the end of one.
   bool eventFilter(QObject* watched, QEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
  private:
   QAction* AddCommand(const char* name, const char* icon, db::TextKey key, void (frmPreview::*run)(),
@@ -48,6 +49,7 @@ class frmPreview final : public QWidget {
   void SetZoom();
   void ShowZoom();
   [[nodiscard]] QScrollBar& ScrollBar() const;
+  void ScrollToTop();
   /// Scrolls a screenful, and beyond the end of the page turns it. `direction` is 1 or -1.
   void ScrollOrTurn(int direction);
   void AddScrollKey(const QKeySequence& key, int direction);

@@ -24,6 +24,7 @@ QSpinBox* NewNumber(const char* name, int most, int value) {
   number->setObjectName(name);
   number->setRange(1, most);
   number->setValue(value);
+  number->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
   return number;
 }
 

@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 #include "ui/QtText.h"
 
@@ -34,10 +35,13 @@ frmPrinterSetup::frmPrinterSetup(QWidget* parent, const Printers& printers, cons
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
-  auto* layout = new QFormLayout(this);
-  layout->addRow(Caption(texts, "DRS_SETUP_PRINTER"_key), cmbPrinter_);
-  layout->addRow(Caption(texts, "DRS_SETUP_PAPER"_key), cmbPaper_);
-  layout->addRow(buttons);
+  auto* rows = new QFormLayout;
+  rows->addRow(Caption(texts, "DRS_SETUP_PRINTER"_key), cmbPrinter_);
+  rows->addRow(Caption(texts, "DRS_SETUP_PAPER"_key), cmbPaper_);
+  auto* layout = new QVBoxLayout(this);
+  layout->addLayout(rows);
+  layout->addSpacing(12);
+  layout->addWidget(buttons);
   layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
