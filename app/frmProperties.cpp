@@ -87,6 +87,8 @@ QWidget* frmProperties::FileTab() {
   repair_->setObjectName("cmdRepair");
   repair_->setToolTip(Caption(texts, "PP_REPAIRTIP"_key));
   connect(repair_, &QPushButton::clicked, this, [this] { Work(Job::kRepair); });
+  // Enter closes; work on the file is always asked for.
+  for (QPushButton* job : {compact_, repair_}) job->setAutoDefault(false);
   auto* jobs = new QHBoxLayout;
   jobs->addWidget(compact_);
   jobs->addWidget(repair_);
@@ -98,14 +100,16 @@ QWidget* frmProperties::FileTab() {
   progress_->setObjectName("prgBar");
   progress_->setAccessibleName(Caption(texts, "PP_PROGRESS"_key));
   progress_->setRange(0, kProgressSteps);
-  // Their room is kept while nothing runs, so that the dialog does not jump.
+  // Their room is kept while nothing runs, so that the dialog does not jump; a form gives it away.
+  auto* room = new QVBoxLayout;
   for (QWidget* widget : {static_cast<QWidget*>(running_), static_cast<QWidget*>(progress_)}) {
     QSizePolicy policy = widget->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     widget->setSizePolicy(policy);
     widget->hide();
-    form->addRow(widget);
+    room->addWidget(widget);
   }
+  form->addRow(room);
   return tab;
 }
 

@@ -2,13 +2,17 @@
 
 #include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QRegularExpression>
+#include <QTreeView>
 
 #include "ui/QtText.h"
 
 namespace varnlog::ui {
 
 namespace {
+
+constexpr QSize kDialogSize(760, 440);
 
 CFileDialog::Script& CurrentScript() {
   static CFileDialog::Script script;
@@ -23,6 +27,17 @@ QString Patterns(const QString& list) {
   }
   patterns.removeAll(QString());
   return patterns.join(' ');
+}
+
+/// Where Qt draws the dialog itself, it cuts types and times.
+void ShowWholeColumns(QFileDialog& dialog) {
+  const auto* files = dialog.findChild<QTreeView*>(QStringLiteral("treeView"));
+  if (files == nullptr) return;
+  for (int column = 0; column < files->header()->count(); ++column) {
+    files->header()->setSectionResizeMode(column,
+                                          column == 0 ? QHeaderView::Stretch : QHeaderView::ResizeToContents);
+  }
+  dialog.resize(dialog.sizeHint().expandedTo(kDialogSize));
 }
 
 }  // namespace
@@ -65,6 +80,7 @@ std::optional<std::string> CFileDialog::Show(QWidget* parent, Mode mode) const {
   folder.replace('\\', '/');
   if (!folder.isEmpty() && QDir(folder).exists()) dialog.setDirectory(folder);
   if (const QStringList filters = NameFilters(filter_); !filters.isEmpty()) dialog.setNameFilters(filters);
+  ShowWholeColumns(dialog);
   dialog.setDefaultSuffix(ToQString(defaultExt_));
   if (!fileName_.empty()) dialog.selectFile(ToQString(fileName_));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;

@@ -1,5 +1,7 @@
 #include "ui/frmAbout.h"
 
+#include <algorithm>
+
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -17,6 +19,7 @@ using db::literals::operator""_key;
 namespace {
 
 constexpr int kIconSize = 64;
+constexpr int kFewestRows = 4;
 
 QLabel* PlainLabel(const QString& text, const char* name) {
   auto* label = new QLabel(text);
@@ -29,7 +32,7 @@ QLabel* PlainLabel(const QString& text, const char* name) {
 
 QHBoxLayout* ProgramPart(const db::TextLookup& texts, const std::string& version) {
   auto* icon = new QLabel;
-  icon->setPixmap(ProgramIcon().pixmap(kIconSize, kIconSize));
+  icon->setPixmap(ProgramIcon().pixmap(QSize(kIconSize, kIconSize), icon->devicePixelRatioF()));
   QLabel* title = PlainLabel(Caption(texts, "GL_TITLE"_key), "lblTitle");
   QFont font = title->font();
   font.setBold(true);
@@ -59,6 +62,11 @@ QTreeWidget* LibraryList(const db::TextLookup& texts, const std::vector<UsedLibr
         {ToQString(library.name + ' ' + library.version).trimmed(), ToQString(library.licence)}));
   }
   list->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+  // Nothing in it can be chosen.
+  list->setSelectionMode(QAbstractItemView::NoSelection);
+  list->setFocusPolicy(Qt::NoFocus);
+  list->setFixedHeight(list->header()->sizeHint().height() + 2 * list->frameWidth() +
+                       list->sizeHintForRow(0) * std::max(list->topLevelItemCount() + 1, kFewestRows));
   return list;
 }
 
@@ -75,11 +83,13 @@ frmAbout::frmAbout(const db::TextLookup& texts, const std::string& version,
   setWindowTitle(Caption(texts, "AB_CAPTION"_key));
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(ProgramPart(texts, version));
+  layout->addSpacing(8);
   QTreeWidget* list = LibraryList(texts, libraries);
   auto* heading = new QLabel(Caption(texts, "AB_LICENCES"_key));
   heading->setBuddy(list);
   layout->addWidget(heading);
-  layout->addWidget(list, 1);
+  layout->addWidget(list);
+  layout->addStretch(1);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
   QPushButton* ok = buttons->button(QDialogButtonBox::Ok);
   if (const QString text = Caption(texts, "GL_OK"_key); !text.isEmpty()) ok->setText(text);
@@ -88,7 +98,7 @@ frmAbout::frmAbout(const db::TextLookup& texts, const std::string& version,
   ok->setFocus();
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   layout->addWidget(buttons);
-  resize(fontMetrics().averageCharWidth() * 72, fontMetrics().height() * 24);
+  resize(fontMetrics().averageCharWidth() * 72, sizeHint().height());
 }
 
 }  // namespace varnlog::ui
