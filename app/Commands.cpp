@@ -34,10 +34,10 @@ constexpr CommandDef kCommands[] = {
     {mnuViewBigIcons, "mnuViewBigIcons", "MN_MNU_VIEWBIGICONS", "", "", kAlways, true},
     {mnuViewLoad, "mnuViewLoad", "MN_MNU_VIEWLOAD", "", "F5", kDataFileOpen, false},
     {mnuViewProperties, "mnuViewProperties", "MN_MNU_VIEWPROPERTIES", "", "Alt+Return", kDataFileOpen, false},
-    {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kNever, false},
-    {mnuHelpContents, "mnuHelpContents", "MN_MNU_HELPCONTENTS", "", "F1", kNever, false},
-    {mnuHelpIndex, "mnuHelpIndex", "MN_MNU_HELPINDEX", "Help", "Shift+F1", kNever, false},
-    {mnuHelpSearch, "mnuHelpSearch", "MN_MNU_HELPSEARCH", "", "", kNever, false},
+    {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kAlways, false},
+    {mnuHelpContents, "mnuHelpContents", "MN_MNU_HELPCONTENTS", "", "F1", kAlways, false},
+    {mnuHelpIndex, "mnuHelpIndex", "MN_MNU_HELPINDEX", "Help", "Shift+F1", kAlways, false},
+    {mnuHelpSearch, "mnuHelpSearch", "MN_MNU_HELPSEARCH", "", "", kAlways, false},
     {mnuHelpInfo, "mnuHelpInfo", "MN_MNU_HELPINFO", "", "", kAlways, false},
 };
 

@@ -48,6 +48,18 @@ void frmMDIMain::Run(CommandId id) {
     case CommandId::mnuHelpInfo:
       ShowAbout();
       break;
+    case CommandId::mnuHelpOnHelp:
+      help_->Show(HelpPart::kHelpOnHelp);
+      break;
+    case CommandId::mnuHelpContents:
+      help_->Show(HelpPart::kContents);
+      break;
+    case CommandId::mnuHelpIndex:
+      help_->Show(HelpPart::kIndex);
+      break;
+    case CommandId::mnuHelpSearch:
+      help_->Show(HelpPart::kSearch);
+      break;
     case CommandId::mnuFilePrint:
     case CommandId::mnuFilePrintPreview:
     case CommandId::mnuFilePrintSetup:

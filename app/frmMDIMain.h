@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <vector>
 
 #include <QAction>
@@ -12,7 +13,9 @@
 
 #include "app/CFormPosIni.h"
 #include "app/CMruINI.h"
+#include "app/Help.h"
 #include "app/MainProgram.h"
+#include "app/PlacedWidget.h"
 #include "intake/CodeMappings.h"
 #include "logview/frmResults.h"
 #include "platform/ShortDate.h"
@@ -30,11 +33,7 @@ struct WindowContext {
 };
 
 /// The program's only top-level window. It is built from the command tables and shows what MainProgram does.
-class frmMDIMain final : public QMainWindow,
-                         private MainView,
-                         private logview::ResultsHost,
-                         private MruMenu,
-                         private PlacedWindow {
+class frmMDIMain final : public QMainWindow, private MainView, private logview::ResultsHost, private MruMenu {
  public:
   explicit frmMDIMain(const WindowContext& context);
   ~frmMDIMain() override;
@@ -90,19 +89,12 @@ class frmMDIMain final : public QMainWindow,
   // MruMenu
   void ShowEntries(const std::vector<MruEntry>& entries) override;
 
-  // PlacedWindow
-  [[nodiscard]] std::string Name() const override { return "frmMDIMain"; }
-  [[nodiscard]] WindowPlace Place() const override;
-  [[nodiscard]] WindowState State() const override;
-  void SetState(WindowState state) override;
-  void MoveTo(const WindowPlace& place) override;
-  [[nodiscard]] int ScreenWidth() const override;
-  [[nodiscard]] int ScreenHeight() const override;
-
   WindowContext context_;
   MainProgram program_;
   CMruINI mru_;
+  PlacedWidget place_{*this};
   CFormPosIni formPos_;
+  std::unique_ptr<Help> help_;  // from the load to the unload
   report::PrintCommands print_;
 
   QMdiArea* mdi_;

@@ -128,7 +128,7 @@ TEST(Texts, TheHeadingNamesTheLanguages) {
 }
 
 TEST(Texts, EveryKeyStandsOnceAndHasATextInEveryLanguage) {
-  const std::regex keyForm("(MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|KVX|CV|VC)(_[A-Z0-9]+)+");
+  const std::regex keyForm("(MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|HP|KVX|CV|VC)(_[A-Z0-9]+)+");
   std::set<std::string> seen;
   const auto lines = Lines();
   for (std::size_t i = 1; i < lines.size(); ++i) {
@@ -208,6 +208,7 @@ std::vector<Group> AcceleratorGroups() {
       {"print",
        {"DRS_PRINT_PRINTER", "DRS_PRINT_COPIES", "DRS_PRINT_COLLATE", "DRS_PRINT_ALL", "DRS_PRINT_RANGE",
         "DRS_PRINT_FROM", "DRS_PRINT_TO", "GL_OK", "GL_CANCEL"}},
+      {"help", {"HP_CONTENTS", "HP_INDEX", "HP_SEARCH", "HP_KEYWORD", "HP_WORDS"}},
       {"print setup", {"DRS_SETUP_PRINTER", "DRS_SETUP_PAPER", "GL_OK", "GL_CANCEL"}},
   };
 }
@@ -368,7 +369,7 @@ bool IsLeftOut(const std::filesystem::path& folder) {
 
 /// Every text key that stands in the program's sources, with one file that names it.
 std::map<std::string, std::string> KeysInSources() {
-  const std::regex literal("\"((?:MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|KVX|CV|VC)_[A-Z0-9_]+)\"");
+  const std::regex literal("\"((?:MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|HP|KVX|CV|VC)_[A-Z0-9_]+)\"");
   std::map<std::string, std::string> keys;
   const std::filesystem::path root(VARNLOG_SOURCE_DIR);
   for (std::filesystem::recursive_directory_iterator it(root), end; it != end; ++it) {

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include <QObject>
+
+#include "app/CFormPosIni.h"
+#include "app/HelpCollection.h"
+#include "app/PlacedWidget.h"
+#include "app/StartUp.h"
+#include "app/frmHelp.h"
+
+namespace varnlog::app {
+
+enum class HelpPart { kContents, kIndex, kSearch, kHelpOnHelp };
+
+/// The program's help, in the program's language. Its window is made when it is first asked for. While this
+/// lives, F1 in a dialog or message shows the page about it; the window can be used beside the dialog.
+class Help final : public QObject {
+ public:
+  Help(const db::Globals& globals, const Services& services);
+  /// Closes the window and keeps its place.
+  ~Help() override;
+
+  /// A help file that is missing or cannot be read is told to the user.
+  void Show(HelpPart part);
+  void ShowPage(std::string_view name);
+
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  [[nodiscard]] bool Open();
+  void Present();
+
+  const db::Globals& globals_;
+  Services services_;
+  std::unique_ptr<HelpCollection> collection_;
+  std::unique_ptr<frmHelp> window_;
+  std::unique_ptr<PlacedWidget> place_;
+  CFormPosIni formPos_;
+};
+
+}  // namespace varnlog::app

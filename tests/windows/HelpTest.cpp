@@ -1,0 +1,183 @@
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include <QHelpContentWidget>
+#include <QHelpIndexWidget>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTextBlock>
+#include <QTextBrowser>
+
+#include "app/Help.h"
+#include "app/HelpFile.h"
+#include "tests/windows/RunningProgram.h"
+#include "ui/QtText.h"
+
+namespace varnlog::app::test {
+namespace {
+
+using db::literals::operator""_key;
+using enum CommandId;
+namespace fs = std::filesystem;
+
+constexpr int kPatience = 10'000;
+
+std::set<fs::path> FilesIn(const fs::path& folder) {
+  std::set<fs::path> files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) files.insert(entry.path());
+  return files;
+}
+
+class HelpWindow : public testing::Test {
+ protected:
+  void Starts(bool hasHelp = true) {
+    if (hasHelp) {
+      fs::copy(fs::path(VARNLOG_PROGRAM_DIR) / "help", installation_.program() / "help",
+               fs::copy_options::recursive);
+    }
+    program_ = std::make_unique<RunningProgram>(installation_);
+    (void)program_->TakeMessages();
+  }
+  /// nullptr while the help is not shown.
+  static QWidget* Shown() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+      if (window->objectName() == "frmHelp" && window->isVisible()) return window;
+    }
+    return nullptr;
+  }
+  QWidget& Window() {
+    if (Shown() == nullptr) throw std::runtime_error("no help window");
+    return *Shown();
+  }
+  std::string Page() { return Child<QTextBrowser>(Window(), "txtPage").source().fileName().toStdString(); }
+  std::string Headline() {
+    return Child<QTextBrowser>(Window(), "txtPage").document()->firstBlock().text().toStdString();
+  }
+
+  cli::Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
+  std::unique_ptr<RunningProgram> program_;
+};
+
+TEST_F(HelpWindow, EachCommandShowsItsPart) {
+  Starts();
+  struct Row {
+    CommandId command;
+    int tab;
+    const char* focus;
+    const char* page;
+  };
+  const Row rows[] = {{mnuHelpIndex, 1, "txtKeyword", "overview.html"},
+                      {mnuHelpSearch, 2, "txtWords", "overview.html"},
+                      {mnuHelpOnHelp, 2, nullptr, "help.html"},
+                      {mnuHelpContents, 0, "trvContents", "overview.html"}};
+  for (const Row& row : rows) {
+    program_->Triggers(row.command);
+    const std::string name(Def(row.command).name);
+    EXPECT_EQ(Child<QTabWidget>(Window(), "tabHelp").currentIndex(), row.tab) << name;
+    EXPECT_EQ(Page(), row.page) << name;
+    if (row.focus != nullptr) {
+      EXPECT_EQ(Window().focusWidget()->objectName().toStdString(), row.focus) << name;
+    }
+  }
+  EXPECT_EQ(Headline(), "Wozu das Röntgenkontrollbuch dient");
+}
+
+TEST_F(HelpWindow, TheContentsListThePagesAndFollowThem) {
+  Starts();
+  program_->Triggers(mnuHelpContents);
+  auto& contents = Child<QHelpContentWidget>(Window(), "trvContents");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return contents.model()->rowCount() > 0; }, kPatience));
+  EXPECT_EQ(contents.model()->rowCount(), 11);
+  contents.setCurrentIndex(contents.model()->index(1, 0));
+  EXPECT_EQ(Page(), "update.html");
+  Child<QAction>(Window(), "cmdBack").trigger();
+  EXPECT_EQ(Page(), "overview.html");
+  EXPECT_EQ(contents.currentIndex().row(), 0);
+}
+
+TEST_F(HelpWindow, AKeywordLeadsToItsPage) {
+  Starts();
+  program_->Triggers(mnuHelpIndex);
+  auto& index = Child<QHelpIndexWidget>(Window(), "lvwIndex");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return index.model()->rowCount() > 0; }, kPatience));
+  auto& keyword = Child<QLineEdit>(Window(), "txtKeyword");
+  QTest::keyClicks(&keyword, "schreibsch");
+  EXPECT_EQ(index.model()->rowCount(), 1);
+  QTest::keyClick(&keyword, Qt::Key_Return);
+  EXPECT_EQ(Page(), "datafiles.html");
+}
+
+TEST_F(HelpWindow, TheSearchFindsBeginningsOfWordsWhateverIsTyped) {
+  Starts();
+  program_->Triggers(mnuHelpSearch);
+  auto& words = Child<QLineEdit>(Window(), "txtWords");
+  auto& results = Child<QListWidget>(Window(), "lvwResults");
+  const auto finds = [&](const char* text) {
+    words.clear();
+    QTest::keyClicks(&words, text);
+    (void)QTest::qWaitFor([&] { return results.count() > 0; }, 2000);
+    return results.count();
+  };
+  words.setText("Apostroph");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return results.count() == 1; }, kPatience)) << "once the pages are read";
+  for (const char* text : {"apostr", "\"Apostroph* (", "name apostroph"}) EXPECT_EQ(finds(text), 1) << text;
+  EXPECT_GT(finds("aufn"), 5);
+  EXPECT_EQ(finds("apostroph schreibschutz"), 0);
+  ASSERT_EQ(finds("apostroph"), 1);
+  QTest::keyClick(&words, Qt::Key_Return);
+  EXPECT_EQ(Page(), "patients.html");
+  EXPECT_EQ(Child<QTextBrowser>(Window(), "txtPage").extraSelections().size(), 1);
+}
+
+TEST_F(HelpWindow, F1InADialogShowsThePageAboutItAndLeavesBothUsable) {
+  Starts();
+  program_->InDialog("frmPatSearch", [&](QDialog& dialog) {
+    QTest::keyClick(&Child<QLineEdit>(dialog, "txtSearch"), Qt::Key_F1);
+    RunningProgram::Settle();
+    EXPECT_EQ(Page(), "patients.html");
+    QTest::mouseClick(&Child<QWidget>(Window(), "tlbHelp"), Qt::LeftButton);
+    QTest::keyClick(&Window(), Qt::Key_F1);
+    EXPECT_EQ(Page(), "help.html") << "the help is not blocked by the dialog";
+    Child<QPushButton>(dialog, "cmdCancel").click();
+  });
+  program_->Triggers(mnuSortPatAll);
+  EXPECT_TRUE(program_->DialogsDone());
+  program_->Triggers(mnuHelpContents);
+  EXPECT_EQ(Page(), "overview.html") << "still there after the dialog";
+}
+
+TEST_F(HelpWindow, IsClosedWithTheProgramKeepsItsPlaceAndWritesNothingIntoTheFolder) {
+  Starts();
+  program_->Triggers(mnuHelpSearch);
+  Window().resize(900, 500);
+  RunningProgram::Settle();
+  const auto files = FilesIn(installation_.program() / "help");
+  QTest::qWait(200);
+  EXPECT_EQ(FilesIn(installation_.program() / "help"), files);
+  ASSERT_TRUE(program_->Quits());
+  EXPECT_EQ(Shown(), nullptr);
+  program_.reset();
+
+  program_ = std::make_unique<RunningProgram>(installation_);
+  program_->Triggers(mnuHelpSearch);
+  EXPECT_EQ(Window().width(), std::min(900, Window().screen()->availableGeometry().width()));
+}
+
+TEST_F(HelpWindow, AMissingOrForeignHelpFileIsTold) {
+  Starts(false);
+  const std::string file = HelpFile(installation_.program().string(), "D");
+  program_->Triggers(mnuHelpContents);
+  fs::create_directories(fs::path(file).parent_path());
+  cli::Installation::Write(file, "no help file at all");
+  program_->Triggers(mnuHelpIndex);
+  const QStringList messages = program_->TakeMessages();
+  ASSERT_EQ(messages.size(), 2);
+  for (const QString& message : messages) EXPECT_TRUE(message.contains(ui::ToQString(file)));
+  EXPECT_EQ(Shown(), nullptr);
+}
+
+}  // namespace
+}  // namespace varnlog::app::test
