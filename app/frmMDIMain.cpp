@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 
 #include "app/frmConvert.h"
@@ -25,6 +26,11 @@ using ui::Caption;
 namespace {
 
 constexpr int kMillisecondsAfterActivation = 200;
+constexpr int kMillisecondsForMessage = 5'000;
+constexpr int kPanelMargin = 4;
+
+// Pixels; no screen is farther away, and sums of two such places are still numbers.
+constexpr int kFarthest = 1'000'000;
 
 QString QView(std::string_view text) {
   return ui::ToQString(text);
@@ -66,16 +72,15 @@ bool frmMDIMain::Load() {
     QApplication::restoreOverrideCursor();
     return false;
   }
-  formPos_.SetForm(&place_);
+  formPos_.SetForm(this);
   formPos_.SetIniFile(context_.globals.IniFileGl);
   mru_.SetIniFile(context_.globals.IniFileGl);
   mru_.SetMenuItem(this);
   resize(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 40);
   const bool restored = formPos_.RestoreForm(true);
-  if (!restored) place_.SetState(WindowState::kMaximised);
+  if (!restored) SetState(WindowState::kMaximised);
   ApplyViewOptions();
   RefreshCommands();
-  help_ = std::make_unique<Help>(context_.globals, context_.services);
   show();
   QApplication::processEvents();
   QApplication::restoreOverrideCursor();
@@ -146,12 +151,14 @@ void frmMDIMain::BuildStatusBar() {
   const auto panel = [this](const char* name) {
     auto* label = new QLabel;
     label->setObjectName(name);
+    label->setMargin(kPanelMargin);
     statusBar()->addPermanentWidget(label);
     return label;
   };
   statusBar()->setAccessibleName(Caption(context_.services.texts, "MN_STATUSBAR"_key));
   filePanel_ = new QLabel;
   filePanel_->setObjectName("pnlFile");
+  filePanel_->setMargin(kPanelMargin);
   // A long path is cut by the window rather than keeping the window from getting narrower.
   filePanel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   statusBar()->addWidget(filePanel_, 1);
@@ -289,7 +296,13 @@ void frmMDIMain::ShowEntries(const std::vector<MruEntry>& entries) {
   for (const MruEntry& entry : entries) {
     auto* action = new QAction(QView(entry.caption), this);
     action->setData(QView(entry.tag));
-    connect(action, &QAction::triggered, this, [this, path = entry.path] { program_.OpenRecentFile(path); });
+    connect(action, &QAction::triggered, this, [this, path = entry.path] {
+      const std::string headline = context_.services.texts.GetText("MN_HEADLINE"_key);
+      statusBar()->showMessage(
+          QView(db::ReplacePlaceholder(headline, "strFileTitle", db::FileNamePart(path))),
+          kMillisecondsForMessage);
+      program_.OpenRecentFile(path);
+    });
     recentMenu_->insertAction(recentEnd_, action);
     recent_.push_back(action);
   }
@@ -319,7 +332,6 @@ void frmMDIMain::closeEvent(QCloseEvent* event) {
   timUpdate_.stop();
   formPos_.SaveForm();
   program_.Unload();
-  help_.reset();
   event->accept();
 }
 
@@ -327,6 +339,43 @@ void frmMDIMain::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   // Icons are drawn in the colours of the theme.
   if (event->type() == QEvent::PaletteChange && !actions_.empty()) BuildToolbar();
+}
+
+WindowPlace frmMDIMain::Place() const {
+  const QRect place = isMaximized() ? normalGeometry() : QRect(pos(), size());
+  return {place.x(), place.y(), place.width(), place.height()};
+}
+
+WindowState frmMDIMain::State() const {
+  if (isMinimized()) return WindowState::kMinimised;
+  return isMaximized() ? WindowState::kMaximised : WindowState::kNormal;
+}
+
+void frmMDIMain::SetState(WindowState state) {
+  setWindowState(state == WindowState::kMinimised   ? Qt::WindowMinimized
+                 : state == WindowState::kMaximised ? Qt::WindowMaximized
+                                                    : Qt::WindowNoState);
+}
+
+void frmMDIMain::MoveTo(const WindowPlace& place) {
+  // Whatever the INI file says, the window can be seen and reached with the mouse: on the screen where it
+  // was, or on this one when that screen is gone.
+  const auto bounded = [](int value) { return std::clamp(value, -kFarthest, kFarthest); };
+  const QRect wanted(bounded(place.left), bounded(place.top), bounded(place.width), bounded(place.height));
+  const QScreen* at = QGuiApplication::screenAt(wanted.center());
+  const QRect available = (at != nullptr ? at : screen())->availableGeometry();
+  const QSize size = wanted.size().expandedTo(minimumSizeHint()).boundedTo(available.size());
+  resize(size);
+  move(std::clamp(wanted.left(), available.left(), available.right() - size.width() + 1),
+       std::clamp(wanted.top(), available.top(), available.bottom() - size.height() + 1));
+}
+
+int frmMDIMain::ScreenWidth() const {
+  return screen()->geometry().width();
+}
+
+int frmMDIMain::ScreenHeight() const {
+  return screen()->geometry().height();
 }
 
 }  // namespace varnlog::app
