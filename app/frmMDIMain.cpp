@@ -4,7 +4,6 @@
 #include <QCloseEvent>
 #include <QMdiSubWindow>
 #include <QMenuBar>
-#include <QScreen>
 #include <QStatusBar>
 
 #include "app/frmConvert.h"
@@ -28,9 +27,6 @@ namespace {
 constexpr int kMillisecondsAfterActivation = 200;
 constexpr int kMillisecondsForMessage = 5'000;
 constexpr int kPanelMargin = 4;
-
-// Pixels; no screen is farther away, and sums of two such places are still numbers.
-constexpr int kFarthest = 1'000'000;
 
 QString QView(std::string_view text) {
   return ui::ToQString(text);
@@ -72,15 +68,16 @@ bool frmMDIMain::Load() {
     QApplication::restoreOverrideCursor();
     return false;
   }
-  formPos_.SetForm(this);
+  formPos_.SetForm(&place_);
   formPos_.SetIniFile(context_.globals.IniFileGl);
   mru_.SetIniFile(context_.globals.IniFileGl);
   mru_.SetMenuItem(this);
   resize(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 40);
   const bool restored = formPos_.RestoreForm(true);
-  if (!restored) SetState(WindowState::kMaximised);
+  if (!restored) place_.SetState(WindowState::kMaximised);
   ApplyViewOptions();
   RefreshCommands();
+  help_ = std::make_unique<Help>(context_.globals, context_.services);
   show();
   QApplication::processEvents();
   QApplication::restoreOverrideCursor();
@@ -332,6 +329,7 @@ void frmMDIMain::closeEvent(QCloseEvent* event) {
   timUpdate_.stop();
   formPos_.SaveForm();
   program_.Unload();
+  help_.reset();
   event->accept();
 }
 
@@ -339,43 +337,6 @@ void frmMDIMain::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   // Icons are drawn in the colours of the theme.
   if (event->type() == QEvent::PaletteChange && !actions_.empty()) BuildToolbar();
-}
-
-WindowPlace frmMDIMain::Place() const {
-  const QRect place = isMaximized() ? normalGeometry() : QRect(pos(), size());
-  return {place.x(), place.y(), place.width(), place.height()};
-}
-
-WindowState frmMDIMain::State() const {
-  if (isMinimized()) return WindowState::kMinimised;
-  return isMaximized() ? WindowState::kMaximised : WindowState::kNormal;
-}
-
-void frmMDIMain::SetState(WindowState state) {
-  setWindowState(state == WindowState::kMinimised   ? Qt::WindowMinimized
-                 : state == WindowState::kMaximised ? Qt::WindowMaximized
-                                                    : Qt::WindowNoState);
-}
-
-void frmMDIMain::MoveTo(const WindowPlace& place) {
-  // Whatever the INI file says, the window can be seen and reached with the mouse: on the screen where it
-  // was, or on this one when that screen is gone.
-  const auto bounded = [](int value) { return std::clamp(value, -kFarthest, kFarthest); };
-  const QRect wanted(bounded(place.left), bounded(place.top), bounded(place.width), bounded(place.height));
-  const QScreen* at = QGuiApplication::screenAt(wanted.center());
-  const QRect available = (at != nullptr ? at : screen())->availableGeometry();
-  const QSize size = wanted.size().expandedTo(minimumSizeHint()).boundedTo(available.size());
-  resize(size);
-  move(std::clamp(wanted.left(), available.left(), available.right() - size.width() + 1),
-       std::clamp(wanted.top(), available.top(), available.bottom() - size.height() + 1));
-}
-
-int frmMDIMain::ScreenWidth() const {
-  return screen()->geometry().width();
-}
-
-int frmMDIMain::ScreenHeight() const {
-  return screen()->geometry().height();
 }
 
 }  // namespace varnlog::app
