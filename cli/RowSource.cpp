@@ -1,7 +1,5 @@
 #include "cli/RowSource.h"
 
-#include <map>
-
 #include "app/StartUp.h"
 #include "logview/Columns.h"
 #include "logview/RowDisplay.h"
@@ -40,37 +38,12 @@ class StoredRows final : public RowSource {
   std::vector<Field*> fields_;
 };
 
-/// A list asks for the same few texts with every row; each is looked up once.
-class RememberedTexts final : public db::TextLookup {
- public:
-  explicit RememberedTexts(const db::TextLookup& texts) : texts_(texts) {}
-
-  [[nodiscard]] std::string GetText(db::TextKey key) const override {
-    const auto [entry, isNew] = known_.try_emplace(std::string(key.name()));
-    if (isNew) entry->second = texts_.GetText(key);
-    return entry->second;
-  }
-
- private:
-  const db::TextLookup& texts_;
-  mutable std::map<std::string, std::string> known_;
-};
-
-/// The numbering of teeth that held when the list was asked for, so that one list never mixes two.
-class CurrentToothScheme final : public intake::ToothScheme {
- public:
-  explicit CurrentToothScheme(const Session& session)
-      : isUS_(app::HostToothScheme(session.globals(), session.ini()).SchemeUS()) {}
-  [[nodiscard]] bool SchemeUS() const override { return isUS_; }
-
- private:
-  bool isUS_;
-};
-
 class DisplayedRows final : public RowSource {
  public:
   DisplayedRows(Recordset& rows, const Session& session)
-      : texts_(session.texts()), scheme_(session), display_(rows, texts_, scheme_, session.shortDate()) {}
+      : texts_(session.texts()),
+        scheme_(session.globals(), session.ini()),
+        display_(rows, texts_, scheme_, session.shortDate()) {}
 
   [[nodiscard]] std::vector<std::string> Headings() const override {
     std::vector<std::string> headings;
@@ -88,8 +61,8 @@ class DisplayedRows final : public RowSource {
   }
 
  private:
-  RememberedTexts texts_;
-  CurrentToothScheme scheme_;
+  db::RememberedTexts texts_;
+  app::HostToothScheme scheme_;
   logview::RowDisplay display_;
 };
 

@@ -22,6 +22,13 @@ std::string Marker(std::string_view name) {
 
 }  // namespace
 
+std::string RememberedTexts::GetText(TextKey key) const {
+  if (const auto known = known_.find(key.name()); known != known_.end()) return known->second;
+  std::string text = texts_.GetText(key);
+  if (!text.empty()) known_.emplace(key.name(), text);
+  return text;
+}
+
 std::string ReplacePlaceholder(std::string_view text, std::string_view name, std::string_view value) {
   const std::string marker = Marker(name);
   // A value that holds the marker (a file may be called so) must not be searched again: there would be no

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -38,6 +40,18 @@ class TextLookup {
   virtual ~TextLookup() = default;
   /// The text with its line breaks (a carriage return each) and tabs in place; "" for a key without a text.
   [[nodiscard]] virtual std::string GetText(TextKey key) const = 0;
+};
+
+/// Looks each text up once, for rows that ask for the same few again and again. Of use as long as the language
+/// stays the same; a text that is missing is looked up every time.
+class RememberedTexts final : public TextLookup {
+ public:
+  explicit RememberedTexts(const TextLookup& texts) : texts_(texts) {}
+  [[nodiscard]] std::string GetText(TextKey key) const override;
+
+ private:
+  const TextLookup& texts_;
+  mutable std::map<std::string, std::string, std::less<>> known_;
 };
 
 /// Every occurrence of $name$ in `text`, letter case of the name ignored, replaced by `value`. A value that

@@ -1,18 +1,8 @@
 #include "logview/EditRules.h"
 
-#include "logview/Columns.h"
-
 namespace varnlog::logview {
 
-namespace {
-
 using namespace db::literals;
-
-bool IsMale(dao::Recordset& rows) {
-  return rows.Fields("tXraySSex").Text() == "m";
-}
-
-}  // namespace
 
 EditDecision BeforeColEdit(dao::Recordset& rows, int column) {
   switch (CellStateOf(rows, column)) {
@@ -34,13 +24,23 @@ EditDecision ButtonClick(dao::Recordset& rows, int column) {
   return decision;
 }
 
-CellState CellStateOf(dao::Recordset& rows, int column) {
+CellStates::CellStates(dao::Recordset& rows) : sex_(rows.Fields("tXraySSex")) {
+  for (std::size_t i = 0; i < kColumns.size(); ++i) {
+    if (!kColumns[i].editFlag.empty()) flags_[i] = &rows.Fields(kColumns[i].editFlag);
+  }
+}
+
+CellState CellStates::Of(int column) const {
   if (column < 0 || column >= kColumnCount) return CellState::kPlain;
-  const Column& shown = kColumns[static_cast<std::size_t>(column)];
-  if (shown.field.empty()) return CellState::kPlain;
-  if (column == kPregnancyColumn && IsMale(rows)) return CellState::kNoneEdit;
-  if (shown.editFlag.empty()) return CellState::kEdit;
-  return rows.Fields(shown.editFlag).Boolean() ? CellState::kEdit : CellState::kLocked;
+  const auto at = static_cast<std::size_t>(column);
+  if (kColumns[at].field.empty()) return CellState::kPlain;
+  if (column == kPregnancyColumn && sex_.Text() == "m") return CellState::kNoneEdit;
+  if (flags_[at] == nullptr) return CellState::kEdit;
+  return flags_[at]->Boolean() ? CellState::kEdit : CellState::kLocked;
+}
+
+CellState CellStateOf(dao::Recordset& rows, int column) {
+  return CellStates(rows).Of(column);
 }
 
 std::optional<int> InputLimit(dao::Recordset& rows, int column) {

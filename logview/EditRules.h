@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <optional>
 
 #include "db/TextLookup.h"
 #include "db/dao/Recordset.h"
+#include "logview/Columns.h"
 
 namespace varnlog::logview {
 
@@ -29,7 +31,19 @@ enum class CellState {
   kNoneEdit,  // can never be edited although its column can
 };
 
-/// How a cell of the current row is to look.
+/// How the cells of the current row are to look. Looks the record set's fields up once, so it lives no longer
+/// than that.
+class CellStates {
+ public:
+  explicit CellStates(dao::Recordset& rows);
+  [[nodiscard]] CellState Of(int column) const;
+
+ private:
+  const dao::Field& sex_;
+  std::array<const dao::Field*, kColumnCount> flags_{};  // nullptr where a column has no flag
+};
+
+/// The same for one cell.
 [[nodiscard]] CellState CellStateOf(dao::Recordset& rows, int column);
 
 /// The most characters that may be typed into a column, or nothing where the grid sets no limit.

@@ -13,7 +13,8 @@
 namespace varnlog::logview {
 
 /// Turns the current row of a record set over TXray into the texts of the grid. Looks the record set's fields
-/// up once and keeps references to them, to the texts and to the scheme, so it lives no longer than those.
+/// up once and keeps references to them and to the texts, so it lives no longer than those. The scheme is asked
+/// once, so that the rows that an object shows never mix two.
 class RowDisplay {
  public:
   RowDisplay(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme,
@@ -23,12 +24,21 @@ class RowDisplay {
   [[nodiscard]] std::string Text(int column) const;
 
  private:
+  class RememberedScheme final : public intake::ToothScheme {
+   public:
+    explicit RememberedScheme(const intake::ToothScheme& scheme) : isUS_(scheme.SchemeUS()) {}
+    [[nodiscard]] bool SchemeUS() const override { return isUS_; }
+
+   private:
+    bool isUS_;
+  };
+
   [[nodiscard]] std::string Patient() const;
   [[nodiscard]] std::string Region() const;
 
   dao::Recordset& rows_;
   const db::TextLookup& texts_;
-  const intake::ToothScheme& scheme_;
+  RememberedScheme scheme_;
   platform::ShortDate shortDate_;
   dao::Field& taken_;
   dao::Field& name_;

@@ -29,6 +29,9 @@ constexpr int kDefaultDigits[kColumnCount] = {7, 11, 32, 11, 5, 6, 7, 6, 6, 9, 1
 // Margins, and the mark of the sorted column.
 constexpr int kHeadingExtra = 30;
 
+// Margins, and the button that opens the list.
+constexpr int kListExtra = 44;
+
 class HourGlass {
  public:
   HourGlass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
@@ -65,11 +68,12 @@ ui::DataFailure FailureOf(const dao::EngineError& error) {
 
 /// The rows of `rows` from its current one on, as texts and states.
 void FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits, ui::RowBuffer& rowBuf) {
+  const CellStates states(rows);
   int filled = 0;
   for (; filled < rowBuf.RowCount() && !rows.IsBOF() && !rows.IsEOF(); ++filled) {
     for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
       rowBuf.SetValue(filled, column, ui::ToQString(display.Text(column)));
-      const ui::CellState state = ShownState(CellStateOf(rows, column));
+      const ui::CellState state = ShownState(states.Of(column));
       const bool pending = state == ui::CellState::kEdit && IsPending(rows, column, edits);
       rowBuf.SetState(filled, column, pending ? ui::CellState::kPending : state);
     }
@@ -147,6 +151,11 @@ void frmResults::BuildColumns() {
                                     entry("RC_PREGUNKNOWN"_key)};
   columns[kCommentColumn].openText = entry("RS_STATE_ALWAYS"_key);
   columns[kRetakeColumn].list = {QString(), entry("RC_ND"_key), entry("RC_REPEAT"_key)};
+  for (ui::GridColumn& column : columns) {
+    for (const QString& choice : column.list) {
+      column.width = std::max(column.width, fontMetrics().horizontalAdvance(choice) + kListExtra);
+    }
+  }
   grid_->SetColumns(std::move(columns));
   grid_->SetAllowUpdate(!context_.globals.ReadOnlyGl);
 }
@@ -270,7 +279,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     }
     rowSource_->Move(offset);
     const std::int64_t position = rowSource_->AbsolutePosition();
-    const RowDisplay display(*rowSource_, context_.texts, context_.scheme, context_.shortDate);
+    const RowDisplay display(*rowSource_, codeTexts_, context_.scheme, context_.shortDate);
     FillBuffer(*rowSource_, display, context_.edits, rowBuf);
     if (position >= 0) approximatePosition = position;
     if (populated_) grid_->SetApproximateCount(data1_->RecordCount());

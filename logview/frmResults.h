@@ -93,6 +93,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void SetWidth(int column, int width) override { grid_->SetColumnWidth(column, width); }
 
   ViewContext context_;
+  db::RememberedTexts codeTexts_{context_.texts};
   ResultsHost& host_;
   ui::TDBGrid* grid_;
   CTDBGColumnsINI columnsIni_;

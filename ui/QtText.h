@@ -12,6 +12,7 @@ namespace varnlog::ui {
 /// A text of the program (UTF-8, line breaks as carriage returns) for a widget.
 [[nodiscard]] inline QString ToQString(std::string_view text) {
   QString result = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  if (text.find('\r') == text.npos) return result;
   result.replace(QLatin1String("\r\n"), QLatin1String("\n"));
   return result.replace(QLatin1Char('\r'), QLatin1Char('\n'));
 }

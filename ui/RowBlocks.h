@@ -15,8 +15,9 @@ namespace varnlog::ui {
 /// block; the block that was not used for longest makes room.
 class RowBlocks {
  public:
-  static constexpr int kRowsPerBlock = 64;
-  static constexpr int kBlocksKept = 8;
+  /// About a screenful: a jump to any row needs two blocks at most, most of whose rows are shown.
+  static constexpr int kRowsPerBlock = 32;
+  static constexpr int kBlocksKept = 16;
   /// Rows that could not be read stay blank for so long before they are asked for again.
   static constexpr std::chrono::seconds kRetryAfter{2};
 
