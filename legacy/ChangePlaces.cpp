@@ -1,8 +1,8 @@
 #include "legacy/ChangePlaces.h"
 
-#include "db/dao/Sha256.h"
 #include "legacy/OldFile.h"
 #include "platform/Files.h"
+#include "platform/Sha256.h"
 
 namespace varnlog::legacy {
 namespace {
@@ -53,7 +53,7 @@ bool IsKeptNameUsable(const ConversionPaths& paths, const std::string& origin) {
   if (!fs::exists(fs::symlink_status(paths.kept, error))) return true;
   if (platform::SameFile(paths.log, paths.kept)) return true;
   const auto content = ReadOldFile(paths.kept, error);
-  return content && dao::Sha256Hex(*content) == origin;
+  return content && platform::Sha256Hex(*content) == origin;
 }
 
 bool CanBeReplaced(const fs::path& log) {

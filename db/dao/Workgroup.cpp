@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "db/dao/Connection.h"
-#include "db/dao/Sha256.h"
+#include "platform/Sha256.h"
 
 namespace varnlog::dao {
 
@@ -40,8 +40,8 @@ std::optional<Account> FindAccount(const std::string& path, std::string_view use
 
 std::string PasswordHash(std::string_view salt, std::string_view password) {
   if (password.empty()) return {};
-  std::string hash = Sha256Hex(std::string(salt) + std::string(password));
-  for (int round = 1; round < kHashRounds; ++round) hash = Sha256Hex(hash + std::string(salt));
+  std::string hash = platform::Sha256Hex(std::string(salt) + std::string(password));
+  for (int round = 1; round < kHashRounds; ++round) hash = platform::Sha256Hex(hash + std::string(salt));
   return hash;
 }
 

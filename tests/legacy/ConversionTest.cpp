@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "db/dao/Sha256.h"
+#include "platform/Sha256.h"
 #include "tests/legacy/ConversionFixture.h"
 
 namespace varnlog::legacy {
@@ -31,7 +31,7 @@ TEST_F(ConversionFixture, TakesOverEveryRowCharacterAndId) {
     EXPECT_EQ(samples::Read(kept()), original_);
     EXPECT_EQ(result.keptFile, kept());
     EXPECT_EQ(result.comparedValues, 25 * result.rows + 6);
-    EXPECT_EQ(Setting(log_(), "JetSHA256"), dao::Sha256Hex(original_));
+    EXPECT_EQ(Setting(log_(), "JetSHA256"), platform::Sha256Hex(original_));
     EXPECT_EQ(Setting(log_(), "DBVersion"), "1.1");
     EXPECT_EQ(Setting(log_(), "ReadOnly"), "0");
     ExpectNothingGrowing();

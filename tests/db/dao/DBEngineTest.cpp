@@ -1,4 +1,3 @@
-#include "db/dao/Sha256.h"
 #include "db/dao/Workgroup.h"
 #include "tests/db/dao/EngineFixture.h"
 
@@ -89,15 +88,6 @@ TEST_F(DBEngineTest, ALargerBufferReadsLessFromTheDisk) {
   const auto small = readsOfTwoPasses(256);
   const auto large = readsOfTwoPasses(32768);
   EXPECT_LT(large, small * 3 / 4);
-}
-
-TEST(Sha256Test, GivesTheKnownDigests) {
-  EXPECT_EQ(Sha256Hex(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-  EXPECT_EQ(Sha256Hex("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-  EXPECT_EQ(Sha256Hex("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
-            "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
-  EXPECT_EQ(Sha256Hex(std::string(1000000, 'a')),
-            "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
 }  // namespace
