@@ -115,11 +115,11 @@ bool SettleReplaced(ConversionRun& run, const ConversionContext& context, const 
 bool RunTo(ConversionRun& run, const ConversionContext& context, const fs::path& newLog,
            const ConversionChoices& choices) {
   if (!run.WaitForOthers() || !run.Examine() || !run.AgreeToLoss(choices.damaged)) return false;
-  const GrowingFile growing(fs::absolute(newLog) += ".converting");
+  const GrowingFile growing(fs::path(newLog) += ".converting");
   if (!run.Build(growing.Path())) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
   if (!SettleReplaced(run, context, newLog)) return false;
-  std::error_code error = platform::CopyWholeFile(growing.Path(), newLog, choices.overwrite);
+  std::error_code error = platform::RenameFile(growing.Path(), newLog, choices.overwrite);
   return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
 }
 
@@ -146,7 +146,7 @@ ConversionResult ConvertTo(const ConversionContext& context, const fs::path& old
       fs::exists(newLog, error) && (!choices.overwrite || platform::SameFile(oldLog, newLog));
   if (isTaken) {
     static_cast<void>(run.Fail(run.TextNaming(newLog, "CV_ERR_EXISTS"_key)));
-  } else if (RunTo(run, context, newLog, choices)) {
+  } else if (RunTo(run, context, Resolved(newLog), choices)) {
     run.Result().outcome = Outcome::kDone;
     const bool isSound = run.Result().found.verdict == LogExamination::Verdict::kSound;
     if (!isSound) run.Tell(run.Text("CV_DAMAGED_DONE"_key));

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "db/dao/Sha256.h"
 #include "legacy/OldFile.h"
 #include "platform/Files.h"
+#include "platform/Sha256.h"
 
 namespace varnlog::legacy {
 
@@ -120,7 +120,7 @@ bool ConversionRun::Examine() {
   if (!content) return Fail(Text("CV_ERR_UNREADABLE"_key, error.message()));
   content_ = std::move(*content);
   if (!IsJet(AsBytes(content_))) return End(Outcome::kNotNeeded);
-  result_.origin = dao::Sha256Hex(content_);
+  result_.origin = platform::Sha256Hex(content_);
   result_.found = legacy::Examine(AsBytes(content_));
   const LogExamination& found = result_.found;
   const bool isUnknown = found.verdict == Verdict::kForeign || found.faults.Has(FaultKind::kUnknownVersion);
@@ -149,6 +149,8 @@ bool ConversionRun::Fill(const fs::path& growing, LogCopy& copy) {
   view_.Begin(ConversionStep::kTakingOver, static_cast<std::int64_t>(result_.found.exposures.read));
   const auto workspace = OpenWorkspace();
   const auto target = workspace->OpenDatabase(platform::FromPath(growing), true, false);
+  // What an interrupted conversion leaves is never used; the whole is flushed when it is complete.
+  target->ForgoSafety();
   workspace->BeginTrans();
   const bool isFilled = copy.Fill(*target, ReportTo(view_));
   if (isFilled) {

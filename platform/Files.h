@@ -45,6 +45,11 @@ namespace varnlog::platform {
 [[nodiscard]] std::error_code CopyWholeFile(const std::filesystem::path& source,
                                             const std::filesystem::path& target, bool overwrite);
 
+/// Gives a file another name on the same file system, for good: the change survives a power cut. Never
+/// overwrites unless told to.
+[[nodiscard]] std::error_code RenameFile(const std::filesystem::path& source,
+                                         const std::filesystem::path& target, bool overwrite);
+
 /// Makes a rename or a deletion in `folder` survive a power cut. Does nothing where the system needs nothing.
 void FlushFolder(const std::filesystem::path& folder);
 

@@ -67,7 +67,7 @@ BulkRows::BulkRows(std::shared_ptr<Connection> connection, std::string_view tabl
   const std::string fields = FieldList(*table_);
   insert_ = Statement(*connection_, "INSERT INTO " + name + " (" + fields + ") VALUES (" +
                                         Parameters(table_->fields.size()) + ")");
-  find_ = Statement(*connection_, "SELECT " + fields + " FROM " + name + " WHERE rowid = ?1");
+  find_ = Statement(*connection_, "SELECT " + fields + ", rowid FROM " + name + " WHERE rowid >= ?1 ORDER BY rowid");
 }
 
 void BulkRows::SuspendIndexes() {
@@ -97,10 +97,22 @@ void BulkRows::Insert(std::span<const Value> row) {
   insert_.Run();
 }
 
-int BulkRows::FindDifference(std::int64_t id, std::span<const Value> row) {
-  ResetAtEnd reset(find_);
+bool BulkRows::IsAt(std::int64_t id) const {
+  return isFinding_ && find_.Number(static_cast<int>(table_->fields.size())) == id;
+}
+
+// The row after the current one is the next one nearly always.
+bool BulkRows::GoTo(std::int64_t id) {
+  if (isFinding_) isFinding_ = find_.Step();
+  if (IsAt(id)) return true;
+  find_.Reset();
   find_.Bind(1, id);
-  if (!find_.Step()) return kMissing;
+  isFinding_ = find_.Step();
+  return IsAt(id);
+}
+
+int BulkRows::FindDifference(std::int64_t id, std::span<const Value> row) {
+  if (!GoTo(id)) return kMissing;
   for (int i = 0; i < static_cast<int>(row.size()); ++i) {
     if (!IsStored(find_, i, row[static_cast<std::size_t>(i)])) return i;
   }

@@ -34,7 +34,8 @@ class BulkRows {
   void Insert(std::span<const Value> row);
 
   /// Compares the row of that counter value with `row`, value by value and type by type. The number of the
-  /// first field that differs; kEqual when none does, kMissing when there is no such row.
+  /// first field that differs; kEqual when none does, kMissing when there is no such row. Rows that are asked
+  /// for in the order of their counter cost least. From the first call on others cannot change the file.
   static constexpr int kEqual = -1;
   static constexpr int kMissing = -2;
   [[nodiscard]] int FindDifference(std::int64_t id, std::span<const Value> row);
@@ -43,12 +44,16 @@ class BulkRows {
   void SetLastId(std::int64_t id);
 
  private:
+  [[nodiscard]] bool GoTo(std::int64_t id);
+  [[nodiscard]] bool IsAt(std::int64_t id) const;
+
   std::shared_ptr<Connection> connection_;
   std::shared_ptr<const TableSchema> table_;
   std::vector<std::array<char, 19>> dates_;  // of the row that is being inserted
   std::vector<std::string> suspended_;       // how the indexes were declared
   Statement insert_;
-  Statement find_;
+  Statement find_;  // its current row is the one compared last
+  bool isFinding_ = false;
 };
 
 }  // namespace varnlog::dao

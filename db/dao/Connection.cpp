@@ -268,7 +268,13 @@ void Connection::SetCache(bool writing) {
   Execute("PRAGMA cache_size=-" + std::to_string(size));
 }
 
+void Connection::ForgoSafety() {
+  isSafe_ = false;
+  Execute("PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF");
+}
+
 void Connection::SetSync(bool sync) {
+  if (!isSafe_) return;
   Execute(sync ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
 }
 

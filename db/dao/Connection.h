@@ -103,6 +103,9 @@ class Connection {
   [[nodiscard]] DistinctRows& Distinct() { return *distinct_; }
   [[nodiscard]] OrderedIds& Ordered() { return *ordered_; }
 
+  /// As Database::ForgoSafety().
+  void ForgoSafety();
+
   /// Applies the engine's options after they changed.
   void ApplyOptions();
   /// Writes what an open transaction has changed so far, ahead of its commit.
@@ -136,6 +139,7 @@ class Connection {
   std::shared_ptr<EngineState> state_;
   sqlite3* handle_ = nullptr;
   bool inWork_ = false;
+  bool isSafe_ = true;  // until ForgoSafety()
   std::int64_t epoch_ = 0;
   std::uint32_t fileChanges_ = 0;
   std::chrono::steady_clock::time_point fileChangesRead_;

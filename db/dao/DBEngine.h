@@ -47,6 +47,10 @@ class Database {
   /// from outside the program.
   void Execute(std::string_view storageSql);
 
+  /// For a file that is thrown away when anything fails: from now on nothing is flushed to the disk, and a
+  /// crash in the middle of a change leaves a file that is of no use.
+  void ForgoSafety();
+
   /// For converting a database into this one; see BulkRows.h. Throws kTableNotFound.
   [[nodiscard]] std::unique_ptr<BulkRows> OpenBulkRows(std::string_view table);
 

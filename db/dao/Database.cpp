@@ -87,6 +87,10 @@ void Database::Execute(std::string_view storageSql) {
   connection_->ForgetRows();
 }
 
+void Database::ForgoSafety() {
+  connection_->ForgoSafety();
+}
+
 std::vector<std::string> Database::Check() {
   return CheckFile(*connection_);
 }

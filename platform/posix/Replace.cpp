@@ -21,6 +21,25 @@ std::filesystem::path FolderOf(const std::filesystem::path& path) {
   return path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
 }
 
+std::error_code RenameOver(const std::filesystem::path& source, const std::filesystem::path& target) {
+  return std::rename(source.c_str(), target.c_str()) == 0 ? std::error_code() : LastError();
+}
+
+std::error_code RenameToUnused(const std::filesystem::path& source, const std::filesystem::path& target) {
+  if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return {};
+  if (errno != EINVAL && errno != ENOSYS) return LastError();
+  // A file system without that operation: a second name for the file is refused as well when the name is
+  // taken, and where there are no second names looking first is all that is left.
+  if (link(source.c_str(), target.c_str()) == 0) {
+    unlink(source.c_str());
+    return {};
+  }
+  if (errno == EEXIST || access(target.c_str(), F_OK) == 0) {
+    return std::make_error_code(std::errc::file_exists);
+  }
+  return RenameOver(source, target);
+}
+
 /// A file beside `target` that is to take its name, removed again unless it did.
 class Successor {
  public:
@@ -49,33 +68,12 @@ class Successor {
     file_.Flush(error);
     if (error) return error;
     file_.Close();
-    error = overwrite ? Rename() : RenameToUnused();
-    if (error) return error;
-    path_.clear();
-    FlushFolder(FolderOf(target_));
-    return {};
+    error = RenameFile(path_, target_, overwrite);
+    if (!error) path_.clear();
+    return error;
   }
 
  private:
-  [[nodiscard]] std::error_code Rename() const {
-    return std::rename(path_.c_str(), target_.c_str()) == 0 ? std::error_code() : LastError();
-  }
-
-  [[nodiscard]] std::error_code RenameToUnused() const {
-    if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0) return {};
-    if (errno != EINVAL && errno != ENOSYS) return LastError();
-    // A file system without that operation: a second name for the file is refused as well when the name is
-    // taken, and where there are no second names looking first is all that is left.
-    if (link(path_.c_str(), target_.c_str()) == 0) {
-      unlink(path_.c_str());
-      return {};
-    }
-    if (errno == EEXIST || access(target_.c_str(), F_OK) == 0) {
-      return std::make_error_code(std::errc::file_exists);
-    }
-    return Rename();
-  }
-
   std::filesystem::path target_;
   std::filesystem::path path_;
   File file_;
@@ -151,6 +149,13 @@ std::error_code CopyWholeFile(const std::filesystem::path& source, const std::fi
   error = CopyContent(from, successor.file());
   if (error) return error;
   return successor.TakePlace(overwrite);
+}
+
+std::error_code RenameFile(const std::filesystem::path& source, const std::filesystem::path& target,
+                           bool overwrite) {
+  const std::error_code error = overwrite ? RenameOver(source, target) : RenameToUnused(source, target);
+  if (!error) FlushFolder(FolderOf(target));
+  return error;
 }
 
 void FlushFolder(const std::filesystem::path& folder) {
