@@ -22,6 +22,8 @@ HelpSearchPane::HelpSearchPane(QHelpSearchEngine& engine, const db::TextLookup& 
   words_->setAccessibleName(ui::PlainCaption(texts, "HP_WORDS"_key));
   found_->setObjectName("lblFound");
   results_->setObjectName("lvwResults");
+  results_->setWordWrap(true);
+  results_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   results_->setAccessibleName(ui::PlainCaption(texts, "HP_RESULTS"_key));
   auto* label = new QLabel(Caption(texts, "HP_WORDS"_key));
   label->setBuddy(words_);

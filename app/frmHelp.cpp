@@ -8,6 +8,8 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QShortcut>
+#include <QTabBar>
+#include <QTextDocument>
 #include <QVBoxLayout>
 
 #include "ui/QtText.h"
@@ -72,6 +74,7 @@ frmHelp::frmHelp(HelpCollection& help, const db::TextLookup& texts)
   setWindowIcon(ui::ProgramIcon());
   page_->setObjectName("txtPage");
   page_->setAccessibleName(Caption(texts, "HP_PAGE"_key));
+  page_->document()->setDocumentMargin(page_->fontMetrics().height());
   search_ = new HelpSearchPane(*help.Engine().searchEngine(), texts,
                                [this](const QUrl& page, const QStringList& words) {
                                  page_->setSource(page);
@@ -82,6 +85,8 @@ frmHelp::frmHelp(HelpCollection& help, const db::TextLookup& texts)
   tabs_->addTab(IndexPane(), Caption(texts, "HP_INDEX"_key));
   tabs_->addTab(search_, Caption(texts, "HP_SEARCH"_key));
 
+  // No tab hides behind arrows, however long its caption is.
+  tabs_->setMinimumWidth(tabs_->tabBar()->sizeHint().width() + tabs_->fontMetrics().averageCharWidth());
   auto* splitter = new QSplitter;
   splitter->setChildrenCollapsible(false);
   splitter->addWidget(tabs_);
@@ -101,7 +106,8 @@ frmHelp::frmHelp(HelpCollection& help, const db::TextLookup& texts)
   AddKey(QKeySequence(Qt::Key_F6), [this] { SwitchPane(); });
   AddKey(QKeySequence::Find, [this] { ShowSearch(); });
   AddKey(QKeySequence(Qt::CTRL | Qt::Key_0), [this] { ResetZoom(); });
-  connect(page_, &QTextBrowser::sourceChanged, this, [this] { MarkInContents(); });
+  // The signal comes before the browser itself takes the new page for its source.
+  connect(page_, &QTextBrowser::sourceChanged, this, &frmHelp::MarkInContents, Qt::QueuedConnection);
   resize(letter * 130, fontMetrics().height() * 38);
 }
 
@@ -144,14 +150,14 @@ QWidget* frmHelp::ContentsPane() {
   contents->setObjectName("trvContents");
   contents->setAccessibleName(ui::PlainCaption(texts_, "HP_CONTENTS"_key));
   contents->setRootIsDecorated(false);
+  contents->setWordWrap(true);
   const auto open = [this, contents](const QModelIndex& index) {
     const QHelpContentItem* item = help_.Engine().contentModel()->contentItemAt(index);
     if (item != nullptr && item->url() != page_->source()) page_->setSource(item->url());
   };
   // Selecting is enough: a page is shown as the arrows pass it.
   connect(contents->selectionModel(), &QItemSelectionModel::currentChanged, this, open);
-  connect(help_.Engine().contentModel(), &QHelpContentModel::contentsCreated, this,
-          [this] { MarkInContents(); });
+  connect(help_.Engine().contentModel(), &QHelpContentModel::contentsCreated, this, &frmHelp::MarkInContents);
   return contents;
 }
 

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTabWidget>
 #include <QTextBlock>
 #include <QTextBrowser>
@@ -61,6 +62,28 @@ class HelpWindow : public testing::Test {
   std::unique_ptr<RunningProgram> program_;
 };
 
+TEST_F(HelpWindow, EveryLanguagesFileHoldsItsPagesTheirLinksAndKeywords) {
+  static const QRegularExpression link(QStringLiteral("href=\"([^\"]+)\""));
+  for (const QString code : {"D", "GB", "E", "I", "F", "NL", "CYR"}) {
+    const auto help = HelpCollection::Open(VARNLOG_PROGRAM_DIR "/help/varnlog-" + code + ".qch");
+    ASSERT_NE(help, nullptr) << code.toStdString();
+    const QList<QUrl> pages =
+        help->Engine().files(QStringLiteral("varnlog"), QString(), QStringLiteral("html"));
+    EXPECT_EQ(pages.size(), 11) << code.toStdString();
+    for (const QUrl& page : pages) {
+      const QString html = QString::fromUtf8(help->Engine().fileData(page));
+      EXPECT_FALSE(html.contains('{')) << page.path().toStdString();
+      for (auto found = link.globalMatch(html); found.hasNext();) {
+        const QUrl target = page.resolved(found.next().captured(1));
+        EXPECT_FALSE(help->Engine().fileData(target).isEmpty()) << target.toString().toStdString();
+      }
+    }
+    QHelpIndexModel& index = *help->Engine().indexModel();
+    index.createIndex({});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return index.rowCount() > 40; }, kPatience)) << code.toStdString();
+  }
+}
+
 TEST_F(HelpWindow, EachCommandShowsItsPart) {
   Starts();
   struct Row {
@@ -95,7 +118,10 @@ TEST_F(HelpWindow, TheContentsListThePagesAndFollowThem) {
   EXPECT_EQ(Page(), "update.html");
   Child<QAction>(Window(), "cmdBack").trigger();
   EXPECT_EQ(Page(), "overview.html");
+  RunningProgram::Settle();
   EXPECT_EQ(contents.currentIndex().row(), 0);
+  program_->Triggers(mnuHelpOnHelp);
+  EXPECT_EQ(contents.currentIndex().row(), 10);
 }
 
 TEST_F(HelpWindow, AKeywordLeadsToItsPage) {

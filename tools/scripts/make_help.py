@@ -63,7 +63,7 @@ class Help:
 
     def caption(self, key):
         self.need(key in self.texts, f"no text {key}")
-        return html.escape(self.texts[key].replace("&", "").rstrip(".:!\u00a0").strip())
+        return html.escape(re.sub(r"\s*(\.\.\.|[:!])$", "", self.texts[key].replace("&", "")))
 
     def word(self, match):
         content = match[1]
@@ -75,14 +75,15 @@ class Help:
 
     def key(self, match):
         names = KEYS[self.language]
-        return "<b>" + "+".join(names.get(key, key) for key in match[1].split("+")) + "</b>"
+        return "<kbd>" + "+".join(names.get(key, key) for key in match[1].split("+")) + "</kbd>"
 
     def html(self, name):
         title, _, body = self.pages[name]
+        body = body.replace("<th>", '<th align="left">')
         body = re.sub(r"\{([^}]*)\}", self.word, re.sub(r"<kbd>(.+?)</kbd>", self.key, body))
         return (f'<!DOCTYPE html>\n<html lang="{COUNTRY[self.language]}"><head><meta charset="utf-8">'
-                f'<title>{title}</title><link rel="stylesheet" href="help.css"></head>\n'
-                f"<body><h1>{title}</h1>\n{body}</body></html>\n")
+                f'<title>{title}</title><link rel="stylesheet" type="text/css" href="help.css">'
+                f"</head>\n<body><h1>{title}</h1>\n{body}</body></html>\n")
 
     def project(self):
         sections = "".join(f'<section title="{self.pages[name][0]}" ref="{name}.html"/>\n' for name in self.names)
