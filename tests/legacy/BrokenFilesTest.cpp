@@ -82,6 +82,8 @@ std::vector<BrokenFile> BrokenFiles() {
       {"cut within a page", Cut(82697), Verdict::kDamaged, FaultKind::kTruncated, 77},
       {"cut between pages", Cut(126976), Verdict::kDamaged, FaultKind::kRowCount, 205},
       {"page zeroed", WithZeroedPage(12), Verdict::kDamaged, FaultKind::kRowCount, 250},
+      {"bytes flipped", samples::ReadOurs("broken-flipped.mdb"), Verdict::kDamaged, FaultKind::kColumnMissing,
+       425},
       {"no settings table", samples::ReadOurs("broken-no-usage-map.mdb"), Verdict::kDamaged,
        FaultKind::kTableMissing, 20},
       {"another program's", samples::ReadOurs("foreign-jet4.mdb"), Verdict::kForeign,
