@@ -124,6 +124,7 @@ void frmPreview::AddPageNumber() {
   const auto at = std::max<qsizetype>(text.indexOf(marker, 0, Qt::CaseInsensitive), 0);
   numPage_ = new QSpinBox;
   numPage_->setObjectName("numPage");
+  numPage_->setAccessibleName(ui::PlainCaption(commands_.Texts(), "DRS_PAGE"_key));
   numPage_->setPrefix(text.left(at));
   numPage_->setSuffix(text.mid(at + marker.size()));
   numPage_->setRange(1, PageCount());

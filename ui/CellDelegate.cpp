@@ -157,6 +157,7 @@ QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
   auto* editor = new ListEditor(parent);
   editor->addItems(column.list);
   editor->setAccessibleName(column.heading);
+  editor->view()->setAccessibleName(column.heading);
   connect(editor, &ListEditor::Chosen, self, [self, editor] {
     emit self->commitData(editor);
     emit self->closeEditor(editor);

@@ -43,6 +43,8 @@ void ModalUser::Look() {
     looks_ = 0;
     return;
   }
+  // What is done in a dialog lets events through; the next step is not meant for it.
+  if (dialog == actedOn_) return;
   if (steps_.empty() || dialog->objectName() != steps_.front().name ||
       (steps_.front().ready && !steps_.front().ready(*dialog))) {
     if (++looks_ > kPatience) Dismiss(*dialog);
@@ -51,7 +53,9 @@ void ModalUser::Look() {
   const Act act = std::move(steps_.front().act);
   steps_.pop_front();
   looks_ = 0;
+  const QPointer<QDialog> outer = std::exchange(actedOn_, dialog);
   act(*dialog);
+  actedOn_ = outer;
 }
 
 void ModalUser::Dismiss(QDialog& dialog) {

@@ -6,6 +6,7 @@
 
 #include <QDialog>
 #include <QObject>
+#include <QPointer>
 
 namespace varnlog::tools {
 
@@ -34,6 +35,7 @@ class ModalUser final : public QObject {
   void Dismiss(QDialog& dialog);
 
   std::deque<Step> steps_;
+  QPointer<QDialog> actedOn_;
   int looks_ = 0;
   std::string complaint_;
 };

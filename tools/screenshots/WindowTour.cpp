@@ -220,7 +220,7 @@ void WindowTour::ShowPatientSearch() {
     box.setText("Xyz");
     ExpectMessage("message-no-patient");
     Child<QPushButton>(window, "cmdSearch").click();
-    box.setText("M");
+    box.setText(Grid().CellText(0, logview::kPatientColumn).left(1));
     Child<QPushButton>(window, "cmdSearch").click();
     Visit("patient-search-hits", window);
     user_.Expect("frmBegEnd", [](QDialog& period) {
