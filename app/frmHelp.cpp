@@ -150,8 +150,9 @@ QWidget* frmHelp::ContentsPane() {
   contents->setObjectName("trvContents");
   contents->setAccessibleName(ui::PlainCaption(texts_, "HP_CONTENTS"_key));
   contents->setRootIsDecorated(false);
+  contents->setUniformRowHeights(false);
   contents->setWordWrap(true);
-  const auto open = [this, contents](const QModelIndex& index) {
+  const auto open = [this](const QModelIndex& index) {
     const QHelpContentItem* item = help_.Engine().contentModel()->contentItemAt(index);
     if (item != nullptr && item->url() != page_->source()) page_->setSource(item->url());
   };
