@@ -1,9 +1,11 @@
 #include "app/SingleInstance.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QLocalSocket>
+#include <QThread>
 
 #include "ui/QtText.h"
 
@@ -11,8 +13,10 @@ namespace varnlog::app {
 
 namespace {
 
-// A copy that runs answers at once; this only bounds the wait for one that hangs.
+// A copy that runs answers at once; one that is just starting soon will. This bounds the wait for one that
+// hangs.
 constexpr int kMillisecondsToAnswer = 1000;
+constexpr int kMillisecondsBetweenTries = 20;
 
 bool Reach(const QString& name) {
   QLocalSocket socket;
@@ -22,22 +26,26 @@ bool Reach(const QString& name) {
   return true;
 }
 
-}  // namespace
-
-SingleInstance::SingleInstance(const std::string& programFolder) {
+/// Differs from user to user and from folder to folder.
+QString NameFor(const std::string& programFolder) {
   const QString folder = QFileInfo(ui::ToQString(programFolder)).canonicalFilePath();
   const QByteArray owner = (QDir::homePath() + QLatin1Char('|') + folder).toUtf8();
-  name_ = QStringLiteral("varnlog-") +
-          QString::fromLatin1(QCryptographicHash::hash(owner, QCryptographicHash::Sha256).toHex().left(24));
+  return QStringLiteral("varnlog-") +
+         QString::fromLatin1(QCryptographicHash::hash(owner, QCryptographicHash::Sha256).toHex().left(24));
+}
+
+}  // namespace
+
+SingleInstance::SingleInstance(const std::string& programFolder)
+    : name_(NameFor(programFolder)), lock_(QDir::temp().filePath(name_ + QStringLiteral(".lock"))) {
+  // However long the program runs; the lock of a copy that crashed is taken over at once.
+  lock_.setStaleLockTime(0);
 }
 
 bool SingleInstance::Claim() {
+  // The server alone would not do: it takes its name from another copy that is listening.
+  if (!lock_.tryLock(0) && lock_.error() == QLockFile::LockFailedError) return false;
   server_.setSocketOptions(QLocalServer::UserAccessOption);
-  if (server_.listen(name_)) {
-    Hear();
-    return true;
-  }
-  if (Reach(name_)) return false;
   QLocalServer::removeServer(name_);
   if (server_.listen(name_)) Hear();
   return true;
@@ -53,7 +61,8 @@ void SingleInstance::Hear() {
 }
 
 void SingleInstance::ActivateOther() const {
-  (void)Reach(name_);
+  const QDeadlineTimer patience(kMillisecondsToAnswer);
+  while (!Reach(name_) && !patience.hasExpired()) QThread::msleep(kMillisecondsBetweenTries);
 }
 
 }  // namespace varnlog::app

@@ -4,6 +4,7 @@
 #include <string>
 
 #include <QLocalServer>
+#include <QLockFile>
 
 namespace varnlog::app {
 
@@ -12,8 +13,8 @@ class SingleInstance {
  public:
   explicit SingleInstance(const std::string& programFolder);
 
-  /// True when this is the first copy; it then hears of later ones. A name that a crashed copy left behind is
-  /// taken over.
+  /// True when this is the first copy; it then hears of later ones. What a crashed copy left behind is taken
+  /// over.
   [[nodiscard]] bool Claim();
 
   /// Asks the running copy to come to the front.
@@ -26,6 +27,7 @@ class SingleInstance {
   void Hear();
 
   QString name_;
+  QLockFile lock_;
   QLocalServer server_;
   std::function<void()> handler_;
 };

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -22,12 +23,17 @@ namespace {
 using namespace varnlog;
 using db::literals::operator""_key;
 
-enum ExitStatus : int { kDone = 0, kFailed = 1 };
+enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 
 struct Arguments {
   QString folder;
   QString language;
 };
+
+[[noreturn]] void EndWithUsage(const QString& fault) {
+  std::fprintf(stderr, "varnlog: %s\nvarnlog --help explains the usage.\n", qUtf8Printable(fault));
+  std::exit(kWrongUsage);
+}
 
 /// --help and --version end the program here, before a display is needed or anything is opened.
 Arguments ParseArguments(int argc, char** argv) {
@@ -36,13 +42,18 @@ Arguments ParseArguments(int argc, char** argv) {
   QCoreApplication::setApplicationVersion(VARNLOG_VERSION);
   QCommandLineParser parser;
   parser.setApplicationDescription("The X-ray exposure log book of a dental practice.");
-  parser.addHelpOption();
-  parser.addVersionOption();
+  const QCommandLineOption help = parser.addHelpOption();
+  const QCommandLineOption version = parser.addVersionOption();
   const QCommandLineOption folder("folder", "The program folder; the executable's own unless given.", "DIR");
   const QCommandLineOption language(
       "language", "D, GB, E, I, F, NL or CYR for this run; the setting of varnlog.ini unless given.", "CODE");
   parser.addOptions({folder, language});
-  parser.process(application);
+  if (!parser.parse(QCoreApplication::arguments())) EndWithUsage(parser.errorText());
+  if (parser.isSet(help)) parser.showHelp();
+  if (parser.isSet(version)) parser.showVersion();
+  if (const QStringList more = parser.positionalArguments(); !more.isEmpty()) {
+    EndWithUsage(QStringLiteral("'%1' is no option.").arg(more.constFirst()));
+  }
   return {parser.value(folder), parser.value(language)};
 }
 
@@ -72,8 +83,12 @@ int RunProgram(db::Globals& globals, const std::string& givenLanguage) {
     ShowFatal(user);
     return kFailed;
   }
-  texts.SetLanguage(givenLanguage.empty() ? ini.ReadString("App", "Language", globals.IniFileGl)
-                                          : givenLanguage);
+  const std::string language =
+      givenLanguage.empty() ? ini.ReadString("App", "Language", globals.IniFileGl) : givenLanguage;
+  if (!texts.SetLanguage(language) && !language.empty()) {
+    std::fprintf(stderr, "varnlog: there is no language %s; %s is used\n", language.c_str(),
+                 globals.LanguageGl.c_str());
+  }
   ini = app::modINIFile(globals.LanguageGl);
   QTranslator translator;
   ui::TranslateQt(translator, globals.LanguageGl);
