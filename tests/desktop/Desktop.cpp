@@ -8,7 +8,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalSocket>
-#include <QProcessEnvironment>
 
 namespace varnlog::desktop {
 
@@ -79,27 +78,31 @@ void Desktop::StartServer() {
           }) &&
               server_.canReadLine(),
           "Xvfb does not start: " + server_.readAllStandardError().toStdString());
-  display_ = ":" + QString::fromLatin1(server_.readLine()).trimmed();
+  MakeEnvironment(":" + QString::fromLatin1(server_.readLine()).trimmed());
 }
 
-QProcessEnvironment Desktop::Environment() const {
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert("DISPLAY", display_);
-  environment.insert("QT_QPA_PLATFORM", "xcb");
-  environment.insert("QT_PLUGIN_PATH", VARNLOG_TEST_PLUGINS);
-  environment.insert("QT_QPA_GENERIC_PLUGINS", "screenreader:" + socket_);
-  environment.insert("LC_ALL", "C.UTF-8");
+void Desktop::MakeEnvironment(const QString& display) {
+  environment_ = QProcessEnvironment::systemEnvironment();
+  environment_.insert("DISPLAY", display);
+  environment_.insert("QT_QPA_PLATFORM", "xcb");
+  environment_.insert("QT_PLUGIN_PATH", VARNLOG_TEST_PLUGINS);
+  environment_.insert("QT_QPA_GENERIC_PLUGINS", "screenreader:" + socket_);
+  environment_.insert("LC_ALL", "C.UTF-8");
   for (const char* name : {"QT_SCALE_FACTOR", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"}) {
-    environment.remove(QLatin1String(name));
+    environment_.remove(QLatin1String(name));
   }
-  return environment;
 }
 
-void Desktop::Starts() {
+void Desktop::SetEnvironment(const char* name, const std::string& value) {
+  environment_.insert(name, QString::fromStdString(value));
+}
+
+void Desktop::Starts(const QStringList& options) {
   ::unlink(socket_.toUtf8().constData());
-  program_.setProcessEnvironment(Environment());
+  program_.setProcessEnvironment(environment_);
   program_.setProcessChannelMode(QProcess::ForwardedChannels);
-  program_.start(VARNLOG_PROGRAM_DIR "/varnlog", {"--folder", QString::fromStdString(folder_)});
+  program_.start(VARNLOG_PROGRAM_DIR "/varnlog",
+                 QStringList{"--folder", QString::fromStdString(folder_)} + options);
   Require(program_.waitForStarted(), "the program cannot be started");
 }
 
@@ -111,7 +114,7 @@ int Desktop::Ends() {
 
 int Desktop::StartsAnother() {
   QProcess other;
-  QProcessEnvironment environment = Environment();
+  QProcessEnvironment environment = environment_;
   environment.remove("QT_QPA_GENERIC_PLUGINS");
   other.setProcessEnvironment(environment);
   other.start(VARNLOG_PROGRAM_DIR "/varnlog", {"--folder", QString::fromStdString(folder_)});
@@ -177,7 +180,7 @@ void Desktop::Types(const char* text) {
 
 void Desktop::XDoTool(const QStringList& arguments) {
   QProcess tool;
-  tool.setProcessEnvironment(Environment());
+  tool.setProcessEnvironment(environment_);
   tool.start("xdotool", arguments);
   Require(tool.waitForFinished(kPatience) && tool.exitCode() == 0,
           "xdotool: " + tool.readAllStandardError().toStdString());

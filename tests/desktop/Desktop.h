@@ -6,6 +6,7 @@
 
 #include <QJsonObject>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QString>
 
 namespace varnlog::desktop {
@@ -18,7 +19,7 @@ class Part {
   [[nodiscard]] QString Text(const char* fact) const { return facts_[QLatin1String(fact)].toString(); }
   [[nodiscard]] QString Role() const { return Text("role"); }
   [[nodiscard]] QString Name() const { return Text("name"); }
-  [[nodiscard]] bool IsEnabled() const { return facts_["enabled"].toBool(); }
+  [[nodiscard]] bool IsEnabled() const { return facts_["enabled"].toBool(true); }
   [[nodiscard]] bool IsFocused() const { return facts_["focused"].toBool(); }
   /// -1 but for the cells of a table.
   [[nodiscard]] int Row() const { return facts_["row"].toInt(-1); }
@@ -54,7 +55,10 @@ class Desktop {
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
-  void Starts();
+  /// `options` besides the folder.
+  void Starts(const QStringList& options = {});
+  /// For the program, from its next start on.
+  void SetEnvironment(const char* name, const std::string& value);
   /// The exit status of the program, which must end by itself.
   [[nodiscard]] int Ends();
   /// The exit status of another copy started on the same folder.
@@ -74,13 +78,13 @@ class Desktop {
 
  private:
   void StartServer();
-  [[nodiscard]] QProcessEnvironment Environment() const;
+  void MakeEnvironment(const QString& display);
   /// What a window manager would do: the keys go to the window in use.
   void FocusWindowInUse();
   void XDoTool(const QStringList& arguments);
 
   std::string folder_;
-  QString display_;
+  QProcessEnvironment environment_;
   QString socket_;
   QProcess server_;
   QProcess program_;

@@ -1,0 +1,40 @@
+#include "logview/Columns.h"
+#include "tests/desktop/RealProgram.h"
+
+namespace varnlog::desktop {
+namespace {
+
+using db::literals::operator""_key;
+
+constexpr int kVoltageColumn = 7;
+
+TEST_F(RealProgram, AValueCorrectedIsLockedOnceTheProgramWasLeft) {
+  StartsAndUpdates();
+  SortsByPatient();
+  const Wanted voltage = Cell(0, kVoltageColumn);
+  EXPECT_EQ(desktop_.Sees(voltage, "the voltage").Text("description"), Text("RS_STATE_OPEN"_key));
+  for (const char* entered : {"63", "65"}) {
+    Enters(voltage, entered);
+    EXPECT_EQ(Stored("tXraySVolt"), entered);
+  }
+  EXPECT_EQ(Stored("tXrayBEdVolt"), "1");
+  Quits();
+  EXPECT_EQ(Stored("tXrayBEdVolt"), "0");
+
+  desktop_.Starts();
+  SortsByPatient();
+  const Part locked = desktop_.Sees(voltage, "the voltage");
+  EXPECT_EQ(locked.Name(), "65");
+  EXPECT_EQ(locked.Text("description"), Text("RS_STATE_LOCKED"_key));
+  desktop_.Clicks(locked);
+  desktop_.Types("7");
+  Answers("RS_ERR_CHANGE"_key, "GL_OK"_key);
+  desktop_.Presses("End");
+  Enters(Cell(0, logview::kCommentColumn), "Karies 36");
+  EXPECT_EQ(Stored("tXraySVolt"), "65");
+  EXPECT_EQ(Stored("tXraySComment"), "Karies 36");
+  Quits();
+}
+
+}  // namespace
+}  // namespace varnlog::desktop

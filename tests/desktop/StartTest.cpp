@@ -1,0 +1,72 @@
+#include <fstream>
+#include <iterator>
+
+#include "tests/desktop/RealProgram.h"
+
+namespace varnlog::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+using db::literals::operator""_key;
+
+class Start : public RealProgram {
+ protected:
+  Start() : RealProgram(0) {}
+
+  [[nodiscard]] std::string Ini() const {
+    std::ifstream file(installation_.program() / "varnlog.ini");
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+};
+
+TEST_F(Start, AnotherCopyBringsTheFirstToTheFrontAndLeavesTheSettingsAlone) {
+  StartsAndUpdates();
+  // No window manager gives the keys back to the window when the message has gone.
+  desktop_.Sees([](const Part& part) { return part.Role() == "TopWindow" && !part.IsFocused(); }, "no focus");
+  installation_.SetLanguage("GB");
+  const std::string before = Ini();
+  EXPECT_EQ(desktop_.StartsAnother(), 0);
+  desktop_.Sees([](const Part& part) { return part.Role() == "TopWindow" && part.IsFocused(); }, "the focus");
+  EXPECT_EQ(Ini(), before);
+  Quits();
+}
+
+TEST_F(Start, ALanguageThatDoesNotExistIsGerman) {
+  installation_.SetLanguage("XX");
+  StartsAndUpdates();
+  Quits();
+  desktop_.Starts({"--language", "GB"});
+  desktop_.Sees(Named("MenuItem", "File"), "an English menu");
+  desktop_.Presses("ctrl+q");
+  desktop_.ClicksOn(Named("Button", "Yes"), "Yes");
+  EXPECT_EQ(desktop_.Ends(), 0);
+}
+
+TEST_F(Start, CommandLinesEndAsTheySay) {
+  const std::string program = "QT_QPA_PLATFORM=none '" VARNLOG_PROGRAM_DIR "/varnlog' ";
+  const std::string nowhere = "'" + (installation_.suite() / "kein Ordner").string() + "'";
+  const struct {
+    std::string arguments;
+    int status;
+    std::string out;
+    std::string err;
+  } rows[] = {
+      {"--help", 0, "--folder", ""},         {"--version", 0, "varnlog 1.", ""},
+      {"--nonsense", 2, "", "nonsense"},     {"--folder", 2, "", "folder"},
+      {"Varnlog.mdb", 2, "", "Varnlog.mdb"}, {"--help --folder " + nowhere, 0, "--language", ""},
+  };
+  for (const auto& row : rows) {
+    const cli::Ended ended = installation_.Shell(program + row.arguments);
+    EXPECT_EQ(ended.status, row.status) << row.arguments;
+    EXPECT_NE(ended.out.find(row.out), std::string::npos) << row.arguments << ": " << ended.out;
+    EXPECT_NE(ended.err.find(row.err), std::string::npos) << row.arguments << ": " << ended.err;
+    EXPECT_EQ(ended.err.empty(), row.err.empty()) << row.arguments << ": " << ended.err;
+  }
+  const cli::Ended lost =
+      installation_.Shell("QT_QPA_PLATFORM=offscreen '" VARNLOG_PROGRAM_DIR "/varnlog' --folder " + nowhere);
+  EXPECT_EQ(lost.status, 1);
+  EXPECT_NE(lost.err.find("kein Ordner"), std::string::npos) << lost.err;
+}
+
+}  // namespace
+}  // namespace varnlog::desktop
