@@ -68,7 +68,8 @@ frmHelp::frmHelp(HelpCollection& help, const db::TextLookup& texts)
       texts_(texts),
       toolbar_(new QToolBar),
       tabs_(new QTabWidget),
-      page_(new HelpPage(help.Engine())) {
+      page_(new HelpPage(help.Engine())),
+      splitter_(new QSplitter) {
   setObjectName("frmHelp");
   setWindowTitle(Caption(texts, "HP_CAPTION"_key));
   setWindowIcon(ui::ProgramIcon());
@@ -87,19 +88,16 @@ frmHelp::frmHelp(HelpCollection& help, const db::TextLookup& texts)
 
   // No tab hides behind arrows, however long its caption is.
   tabs_->setMinimumWidth(tabs_->tabBar()->sizeHint().width() + tabs_->fontMetrics().averageCharWidth());
-  auto* splitter = new QSplitter;
-  splitter->setChildrenCollapsible(false);
-  splitter->addWidget(tabs_);
-  splitter->addWidget(page_);
-  splitter->setStretchFactor(1, 1);
-  const int letter = fontMetrics().averageCharWidth();
-  splitter->setSizes({letter * 42, letter * 88});
+  splitter_->setChildrenCollapsible(false);
+  splitter_->addWidget(tabs_);
+  splitter_->addWidget(page_);
+  splitter_->setStretchFactor(1, 1);
   BuildToolbar();
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   layout->addWidget(toolbar_);
-  layout->addWidget(splitter, 1);
+  layout->addWidget(splitter_, 1);
 
   AddKey(QKeySequence(Qt::Key_Escape), [this] { close(); });
   AddKey(QKeySequence(Qt::Key_F1), [this] { ShowPage(QStringLiteral("help")); });
@@ -108,7 +106,7 @@ frmHelp::frmHelp(HelpCollection& help, const db::TextLookup& texts)
   AddKey(QKeySequence(Qt::CTRL | Qt::Key_0), [this] { ResetZoom(); });
   // The signal comes before the browser itself takes the new page for its source.
   connect(page_, &QTextBrowser::sourceChanged, this, &frmHelp::MarkInContents, Qt::QueuedConnection);
-  resize(letter * 130, fontMetrics().height() * 38);
+  resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 38);
 }
 
 QAction* frmHelp::AddCommand(const char* name, const char* icon, TextKey key, const QKeySequence& shortcut) {
@@ -150,15 +148,16 @@ QWidget* frmHelp::ContentsPane() {
   contents->setObjectName("trvContents");
   contents->setAccessibleName(ui::PlainCaption(texts_, "HP_CONTENTS"_key));
   contents->setRootIsDecorated(false);
-  contents->setUniformRowHeights(false);
-  contents->setWordWrap(true);
   const auto open = [this](const QModelIndex& index) {
     const QHelpContentItem* item = help_.Engine().contentModel()->contentItemAt(index);
     if (item != nullptr && item->url() != page_->source()) page_->setSource(item->url());
   };
   // Selecting is enough: a page is shown as the arrows pass it.
   connect(contents->selectionModel(), &QItemSelectionModel::currentChanged, this, open);
-  connect(help_.Engine().contentModel(), &QHelpContentModel::contentsCreated, this, &frmHelp::MarkInContents);
+  connect(help_.Engine().contentModel(), &QHelpContentModel::contentsCreated, this, [this] {
+    MarkInContents();
+    FitContents();
+  });
   return contents;
 }
 
@@ -215,6 +214,15 @@ void frmHelp::MarkInContents() {
   QHelpContentWidget* contents = help_.Engine().contentWidget();
   const QModelIndex index = contents->indexOf(page_->source());
   if (index.isValid()) contents->setCurrentIndex(index);
+}
+
+void frmHelp::FitContents() {
+  // The base class offers the hint to everybody, the tree to nobody.
+  const QAbstractItemView& contents = *help_.Engine().contentWidget();
+  const int wanted = contents.sizeHintForColumn(0) + tabs_->width() - contents.viewport()->width();
+  const int least = tabs_->minimumWidth();
+  const int left = std::clamp(wanted, least, std::max(least, splitter_->width() / 2));
+  splitter_->setSizes({left, splitter_->width() - left});
 }
 
 void frmHelp::Highlight(const QStringList& words) {

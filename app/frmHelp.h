@@ -36,6 +36,8 @@ class frmHelp final : public QWidget {
   void ResetZoom();
   /// Marks the page that is shown in the contents.
   void MarkInContents();
+  /// Makes room for the longest title, within half of the window.
+  void FitContents();
   void Highlight(const QStringList& words);
   void SwitchPane();
 
@@ -44,6 +46,7 @@ class frmHelp final : public QWidget {
   QToolBar* toolbar_;
   QTabWidget* tabs_;
   QTextBrowser* page_;
+  QSplitter* splitter_;
   QLineEdit* keyword_ = nullptr;
   HelpSearchPane* search_ = nullptr;
   int zoom_ = 0;
