@@ -12,8 +12,7 @@ constexpr std::uint32_t kSystemColor = 0x80000000U;
 // Below this, thin strokes on a low-contrast screen are lost.
 constexpr double kReadable = 3.0;
 
-// The classic scheme, by number, for colours that an INI file names by their system reference. They do not
-// follow the theme: the text colours that belong to them do not either.
+// The classic scheme, by number, for colours that an INI file names by their system reference.
 constexpr std::array<QRgb, 25> kSystemColors = {0xFFD4D0C8, 0xFF3A6EA5, 0xFF0A246A, 0xFF808080, 0xFFD4D0C8,
                                                 0xFFFFFFFF, 0xFF000000, 0xFF000000, 0xFF000000, 0xFFFFFFFF,
                                                 0xFFD4D0C8, 0xFFD4D0C8, 0xFF808080, 0xFF0A246A, 0xFFFFFFFF,
@@ -51,6 +50,22 @@ GridColors GridColors::Default() {
   return colors;
 }
 
+GridColors GridColors::On(const QPalette& palette) const {
+  if (palette.color(QPalette::Base).lightness() >= palette.color(QPalette::Text).lightness()) return *this;
+  static const GridColors kLight = Default();
+  GridColors dark = *this;
+  if (dark.lockedBack == kLight.lockedBack && dark.lockedFore == kLight.lockedFore) {
+    dark.lockedBack = QColor(0x3d, 0x3d, 0x42);
+    dark.lockedFore = QColor(0xd4, 0xd4, 0xd4);
+  }
+  if (dark.editBack == kLight.editBack && dark.editFore == kLight.editFore) {
+    dark.editBack = QColor();
+    dark.editFore = QColor(0x82, 0xb4, 0xff);
+  }
+  if (dark.noneEditBack == kLight.noneEditBack) dark.noneEditBack = QColor(0x66, 0x5c, 0x00);
+  return dark;
+}
+
 QColor ColorFromStored(std::uint32_t stored) {
   if ((stored & kSystemColor) != 0) {
     const std::uint32_t number = stored & ~kSystemColor;
@@ -73,7 +88,7 @@ QColor ReadableOn(const QColor& back, const QColor& fore) {
 }
 
 ColorPair ColorsOf(CellState state, const GridColors& colors, const QPalette& palette) {
-  ColorPair pair = Chosen(state, colors);
+  ColorPair pair = Chosen(state, colors.On(palette));
   if (!pair.back.isValid()) pair.back = palette.color(QPalette::Base);
   if (!pair.fore.isValid()) pair.fore = palette.color(QPalette::Text);
   pair.fore = ReadableOn(pair.back, pair.fore);

@@ -19,6 +19,10 @@ struct GridColors {
 
   /// With the system's colour for locked cells.
   [[nodiscard]] static GridColors Default();
+  /// These colours on a desktop of `palette`: on a dark one, what is still as in Default() gives way to its
+  /// dark counterpart, because a page of white and yellow cells would dazzle there. What was configured
+  /// stays.
+  [[nodiscard]] GridColors On(const QPalette& palette) const;
 };
 
 struct ColorPair {

@@ -29,13 +29,26 @@ TEST(GridColors, ContrastIsThatOfTheEye) {
 
 TEST(GridColors, TheGivenColoursAreUsedAsTheyAre) {
   const GridColors colors = GridColors::Default();
-  for (const QPalette& palette : {QPalette(Qt::white), DarkPalette()}) {
-    EXPECT_EQ(ColorsOf(CellState::kEdit, colors, palette).fore, QColor(0, 0, 255));
-    EXPECT_EQ(ColorsOf(CellState::kEdit, colors, palette).back, QColor(255, 255, 255));
-    EXPECT_EQ(ColorsOf(CellState::kLocked, colors, palette).fore, QColor(0, 0, 0));
-    EXPECT_EQ(ColorsOf(CellState::kNoneEdit, colors, palette).back, QColor(255, 255, 0));
-  }
+  const QPalette light(Qt::white);
+  EXPECT_EQ(ColorsOf(CellState::kEdit, colors, light).fore, QColor(0, 0, 255));
+  EXPECT_EQ(ColorsOf(CellState::kEdit, colors, light).back, QColor(255, 255, 255));
+  EXPECT_EQ(ColorsOf(CellState::kPending, colors, light).fore, QColor(0, 0, 255));
+  EXPECT_EQ(ColorsOf(CellState::kLocked, colors, light).fore, QColor(0, 0, 0));
+  EXPECT_EQ(ColorsOf(CellState::kNoneEdit, colors, light).back, QColor(255, 255, 0));
+}
+
+TEST(GridColors, OnlyConfiguredColoursAreBrightOnADarkDesktop) {
+  GridColors colors = GridColors::Default();
   EXPECT_EQ(ColorsOf(CellState::kPlain, colors, DarkPalette()).back, QColor(25, 25, 25));
+  for (const CellState state : {CellState::kEdit, CellState::kLocked, CellState::kNoneEdit}) {
+    EXPECT_LT(ColorsOf(state, colors, DarkPalette()).back.lightness(), 80);
+  }
+  colors.noneEditBack = QColor(255, 200, 0);
+  colors.editFore = QColor(200, 0, 0);
+  EXPECT_EQ(ColorsOf(CellState::kNoneEdit, colors, DarkPalette()).back, QColor(255, 200, 0));
+  EXPECT_EQ(ColorsOf(CellState::kEdit, colors, DarkPalette()).fore, QColor(200, 0, 0));
+  EXPECT_EQ(ColorsOf(CellState::kEdit, colors, DarkPalette()).back, QColor(255, 255, 255))
+      << "they are a pair";
 }
 
 TEST(GridColors, EveryCellCanBeReadInEveryTheme) {
