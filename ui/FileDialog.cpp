@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QRegularExpression>
+#include <QSplitter>
 #include <QTreeView>
 
 #include "ui/QtText.h"
@@ -13,6 +14,7 @@ namespace varnlog::ui {
 namespace {
 
 constexpr QSize kDialogSize(760, 440);
+constexpr int kPlacesWidth = 140;
 
 CFileDialog::Script& CurrentScript() {
   static CFileDialog::Script script;
@@ -38,6 +40,9 @@ void ShowWholeColumns(QFileDialog& dialog) {
                                           column == 0 ? QHeaderView::Stretch : QHeaderView::ResizeToContents);
   }
   dialog.resize(dialog.sizeHint().expandedTo(kDialogSize));
+  if (auto* places = dialog.findChild<QSplitter*>()) {
+    places->setSizes({kPlacesWidth, kDialogSize.width() - kPlacesWidth});
+  }
 }
 
 }  // namespace

@@ -98,7 +98,8 @@ frmAbout::frmAbout(const db::TextLookup& texts, const std::string& version,
   ok->setFocus();
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   layout->addWidget(buttons);
-  resize(fontMetrics().averageCharWidth() * 72, sizeHint().height());
+  const int width = fontMetrics().averageCharWidth() * 72;
+  resize(width, layout->totalHeightForWidth(width));
 }
 
 }  // namespace varnlog::ui
