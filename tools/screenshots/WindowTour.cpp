@@ -157,10 +157,10 @@ void WindowTour::Start() {
 }
 
 void WindowTour::ShowLog() {
-  Enter(1, logview::kCommentColumn, QStringLiteral("Karies 36 distal"));
-  Enter(4, logview::kCommentColumn, QStringLiteral("o. B."));
+  Enter(1, logview::kCommentColumn, QStringLiteral("36 MOD"));
+  Enter(4, logview::kCommentColumn, QStringLiteral("+"));
   Enter(FirstRow(kVoltageColumn, ui::CellState::kEdit), kVoltageColumn, QStringLiteral("63"));
-  Grid().SetCurrentCell(0, logview::kDateColumn);
+  Grid().SetCurrentCell(0, logview::kNumberColumn);
   Visit("log", *window_);
   Grid().ClickHeading(logview::kPatientColumn);
   Visit("log-sorted", *window_);
