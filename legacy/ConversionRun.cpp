@@ -15,11 +15,8 @@ using Verdict = LogExamination::Verdict;
 
 namespace {
 
-// How often a view hears of the progress.
-constexpr std::int64_t kRowsPerReport = 64;
-
 RowProgress ReportTo(ConversionView& view) {
-  return [&view](std::int64_t done) { return done % kRowsPerReport != 0 || view.Advance(done); };
+  return [&view](std::int64_t done) { return view.Advance(done); };
 }
 
 // Layouts of other programs' versions hold what a new log could not.
@@ -121,7 +118,13 @@ bool ConversionRun::Examine() {
   content_ = std::move(*content);
   if (!IsJet(AsBytes(content_))) return End(Outcome::kNotNeeded);
   result_.origin = platform::Sha256Hex(content_);
-  result_.found = legacy::Examine(AsBytes(content_));
+  auto examined = legacy::Examine(AsBytes(content_), ReportTo(view_));
+  if (!examined) return Cancel();
+  result_.found = std::move(*examined);
+  return IsConvertible();
+}
+
+bool ConversionRun::IsConvertible() {
   const LogExamination& found = result_.found;
   const bool isUnknown = found.verdict == Verdict::kForeign || found.faults.Has(FaultKind::kUnknownVersion);
   if (isUnknown || !IsKnownVersion(found)) return Fail(Text("CV_ERR_FORMAT"_key));
@@ -204,6 +207,7 @@ bool ConversionRun::Build(const fs::path& growing) {
     LogCopy copy(*source, result_.origin);
     if (!Fill(growing, copy) || !ReadAgain() || !Compare(growing, copy)) return false;
   } catch (const dao::EngineError& failure) {
+    if (failure.number() == dao::ErrorNumber::kCancelled) return Cancel();
     return Fail(Text("CV_ERR_WRITE"_key, failure.what()));
   }
   return Finish(growing);

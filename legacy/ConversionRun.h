@@ -50,6 +50,7 @@ class ConversionRun {
     friend bool operator==(const Stamp&, const Stamp&) = default;
   };
   [[nodiscard]] std::optional<Stamp> CurrentStamp() const;
+  [[nodiscard]] bool IsConvertible();
   [[nodiscard]] bool ReadAgain();
   [[nodiscard]] bool Fill(const std::filesystem::path& growing, LogCopy& copy);
   [[nodiscard]] bool Compare(const std::filesystem::path& growing, LogCopy& copy);

@@ -19,8 +19,8 @@ namespace varnlog::legacy {
 /// with the place when anything in it cannot be read, for rows must never be missing unnoticed.
 void LoadTables(const std::filesystem::path& jetFile, dao::Database& target);
 
-/// Lets `engine` open Jet databases for reading. A log of version 1.0 shows the layout of 1.1, for nothing can
-/// be added to it once it is open.
+/// Lets `engine` open Jet databases for reading. A log of version 1.0 shows the layout of 1.1, for nothing
+/// can be added to it once it is open.
 void InstallJetFormat(dao::DBEngine& engine = dao::DBEngine::Instance());
 
 }  // namespace varnlog::legacy

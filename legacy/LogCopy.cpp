@@ -122,8 +122,7 @@ bool LogCopy::Fill(dao::Database& target, const RowProgress& progress) {
     const auto* id = std::get_if<std::int64_t>(&row.values[0]);
     if (id == nullptr || !rows.Insert(row, *id)) newIds_.emplace(ordinal, 0);
     if (id != nullptr) highestId_ = std::max(highestId_, *id);
-    ++ordinal;
-    isWanted = progress(ordinal);
+    isWanted = ++ordinal % kRowsPerReport != 0 || progress(ordinal);
     return isWanted;
   };
   source_.ReadExposures(add, ignored);
@@ -134,7 +133,7 @@ bool LogCopy::Fill(dao::Database& target, const RowProgress& progress) {
   if (isPlausible) highestId_ = std::max<std::int64_t>(highestId_, source_.LastId());
   AddHomeless(source_, rows);
   rows.Bulk().SetLastId(highestId_);
-  rows.Bulk().RestoreIndexes();
+  rows.Bulk().RestoreIndexes([&] { return progress(ordinal); });
   return true;
 }
 
@@ -168,7 +167,7 @@ bool LogCopy::Compare(const OldLog& reread, dao::Database& target, const RowProg
     const std::string field = rows.FindDifference(row, id);
     compared_ += rows.FieldCount();
     if (!field.empty()) Differ(field + " of the exposure " + std::to_string(id));
-    isWanted = progress(ordinal);
+    isWanted = ordinal % kRowsPerReport != 0 || progress(ordinal);
     return isWanted && difference_.empty();
   };
   reread.ReadExposures(compare, ignored);

@@ -12,9 +12,6 @@
 
 namespace varnlog::legacy {
 
-/// Called after every row with the number of rows done; returning false stops.
-using RowProgress = std::function<bool(std::int64_t)>;
-
 /// The setting of a converted log that keeps the SHA-256 of the old file.
 inline constexpr const char* kOriginKey = "JetSHA256";
 /// The layout that every converted log has; the two fields that 1.0 lacks are empty in its rows.

@@ -77,6 +77,10 @@ LogExamination WithoutLog(const Fault& why) {
 }  // namespace
 
 LogExamination Examine(Bytes file) {
+  return *Examine(file, [](std::int64_t) { return true; });
+}
+
+std::optional<LogExamination> Examine(Bytes file, const RowProgress& progress) {
   const auto log = OldLog::Open(file);
   if (!log) return WithoutLog(log.Why());
   LogExamination result;
@@ -87,11 +91,15 @@ LogExamination Examine(Bytes file) {
   result.hasPassword = log->Database().Header().hasPassword;
   result.isEncoded = log->Database().Header().IsEncoded();
   RowJudge judge(result);
+  std::int64_t judged = 0;
+  bool isWanted = true;
   const auto judgeRow = [&](const JetRow& row) {
     judge.Judge(row);
-    return true;
+    isWanted = ++judged % kRowsPerReport != 0 || progress(judged);
+    return isWanted;
   };
   result.exposures = log->ReadExposures(judgeRow, result.faults);
+  if (!isWanted) return std::nullopt;
   judge.JudgeIds();
   result.verdict =
       result.faults.IsEmpty() ? LogExamination::Verdict::kSound : LogExamination::Verdict::kDamaged;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,8 +32,14 @@ struct LogExamination {
   bool isEncoded = false;
 };
 
+/// Called now and then with the number of rows done; returning false stops.
+using RowProgress = std::function<bool(std::int64_t)>;
+inline constexpr std::int64_t kRowsPerReport = 64;
+
 /// Reads the whole log once. Jet keeps no checksums, so that a flipped bit within a value cannot be told;
 /// what is told is everything that contradicts itself: counts, pages, pointers, offsets, ids, dates.
 [[nodiscard]] LogExamination Examine(Bytes file);
+/// Nothing when `progress` stopped it.
+[[nodiscard]] std::optional<LogExamination> Examine(Bytes file, const RowProgress& progress);
 
 }  // namespace varnlog::legacy

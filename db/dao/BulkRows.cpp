@@ -59,6 +59,27 @@ bool IsStored(const Statement& row, int column, const Value& value) {
   return type == SQLITE_NULL;
 }
 
+// Has the storage ask while it works whether to go on.
+class Interruptible {
+ public:
+  Interruptible(Connection& connection, const std::function<bool()>& progress)
+      : connection_(connection), progress_(progress) {
+    constexpr int kStepsBetweenQuestions = 20000;
+    sqlite3_progress_handler(connection_.Handle(), kStepsBetweenQuestions, &Interruptible::Ask, this);
+  }
+  ~Interruptible() {
+    if (connection_.IsOpen()) sqlite3_progress_handler(connection_.Handle(), 0, nullptr, nullptr);
+  }
+  Interruptible(const Interruptible&) = delete;
+  Interruptible& operator=(const Interruptible&) = delete;
+
+ private:
+  static int Ask(void* self) { return static_cast<const Interruptible*>(self)->progress_() ? 0 : 1; }
+
+  Connection& connection_;
+  const std::function<bool()>& progress_;
+};
+
 }  // namespace
 
 BulkRows::BulkRows(std::shared_ptr<Connection> connection, std::string_view table)
@@ -67,7 +88,8 @@ BulkRows::BulkRows(std::shared_ptr<Connection> connection, std::string_view tabl
   const std::string fields = FieldList(*table_);
   insert_ = Statement(*connection_, "INSERT INTO " + name + " (" + fields + ") VALUES (" +
                                         Parameters(table_->fields.size()) + ")");
-  find_ = Statement(*connection_, "SELECT " + fields + ", rowid FROM " + name + " WHERE rowid >= ?1 ORDER BY rowid");
+  find_ = Statement(*connection_,
+                    "SELECT " + fields + ", rowid FROM " + name + " WHERE rowid >= ?1 ORDER BY rowid");
 }
 
 void BulkRows::SuspendIndexes() {
@@ -83,7 +105,8 @@ void BulkRows::SuspendIndexes() {
   for (const std::string& name : names) connection_->Execute("DROP INDEX " + QuoteIdentifier(name));
 }
 
-void BulkRows::RestoreIndexes() {
+void BulkRows::RestoreIndexes(const std::function<bool()>& progress) {
+  const Interruptible interruptible(*connection_, progress);
   for (const std::string& declaration : suspended_) connection_->Execute(declaration);
   suspended_.clear();
   connection_->ForgetSchema();

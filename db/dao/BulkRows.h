@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -28,7 +29,8 @@ class BulkRows {
   /// Takes the table's indexes away until RestoreIndexes(): making them of all rows at once costs much less
   /// than keeping them up to date row by row.
   void SuspendIndexes();
-  void RestoreIndexes();
+  /// `progress` is asked now and then whether to go on; kCancelled when it says no.
+  void RestoreIndexes(const std::function<bool()>& progress);
 
   /// kDuplicateKey when there is a row of that key.
   void Insert(std::span<const Value> row);

@@ -78,7 +78,8 @@ TEST_F(ConversionFixture, AsksFirstAndTellsOfLostProtection) {
 
 TEST_F(ConversionFixture, CancellingLeavesTheOldLogAlone) {
   HasSample(kJet4Log);
-  for (const auto step : {ConversionStep::kTakingOver, ConversionStep::kComparing}) {
+  for (const auto step :
+       {ConversionStep::kReading, ConversionStep::kTakingOver, ConversionStep::kComparing}) {
     view_.cancelIn = step;
     EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kCancelled);
     ExpectOnlyTheOldLog();
