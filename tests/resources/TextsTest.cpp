@@ -254,7 +254,7 @@ TEST(Accelerators, StandOnlyWhereAMenuOrDialogUsesThemAndAreEasilyTyped) {
   ForEachText([&](const std::string& key, std::string_view language, const std::string& text) {
     const auto marks = std::count(text.begin(), text.end(), '&');
     EXPECT_LE(marks, grouped.contains(key) ? 1 : 0);
-    EXPECT_EQ(marks > 0, AllTexts().at(key)[0].find('&') != std::string::npos) << "unlike German";
+    EXPECT_TRUE(marks > 0 || AllTexts().at(key)[0].find('&') == std::string::npos) << "unlike German";
     if (marks > 0) {
       EXPECT_TRUE(IsEasilyTyped(Accelerator(text), language));
     }
