@@ -92,12 +92,12 @@ bool IsCounterKey(const JetTable& table, const JetIndex& index) {
 void MakeIndex(const JetTable& table, const JetIndex& index, dao::Database& target) {
   const std::string columns = IndexColumns(table, index);
   if (columns.empty() || IsCounterKey(table, index)) return;
-  const std::string rest =
-      "INDEX " + dao::QuoteIdentifier(index.name) + " ON " + dao::QuoteIdentifier(table.name);
+  std::string declaration = dao::QuoteIdentifier(index.name);
+  declaration += " ON " + dao::QuoteIdentifier(table.name) + " (" + columns + ")";
   for (const bool isUnique : {true, false}) {
     if (isUnique && !index.isUnique) continue;
     try {
-      return target.Execute((isUnique ? "CREATE UNIQUE " : "CREATE ") + rest + " (" + columns + ")");
+      return target.Execute((isUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + declaration);
     } catch (const EngineError&) {
       continue;
     }

@@ -1,6 +1,6 @@
-#include "platform/Sha256.h"
-
 #include <gtest/gtest.h>
+
+#include "platform/Sha256.h"
 
 namespace varnlog::platform {
 namespace {
