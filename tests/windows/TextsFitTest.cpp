@@ -158,7 +158,8 @@ TEST_P(TextsFit, EveryWindowShowsItsTextsInFullAndCanBeReadOutAndReachedByKeys) 
   const std::string language(GetParam());
   const auto folder = std::filesystem::temp_directory_path() /
                       ("varnlog looks " + std::to_string(QCoreApplication::applicationPid()) + language);
-  const tools::DemoPractice practice(folder, {VARNLOG_PROGRAM_DIR, VARNLOG_SUITE_DIR}, language);
+  const tools::DemoPractice practice(folder, {VARNLOG_PROGRAM_DIR, VARNLOG_SUITE_DIR, VARNLOG_OLD_LOG},
+                                     language);
   Inspector inspector;
   int windows = 0;
   tools::WindowTour tour(practice, language, [&](const QString& name, QWidget& window) {

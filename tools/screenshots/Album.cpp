@@ -46,6 +46,7 @@ void Album::Add(const QString& name, QWidget& window) const {
   const qreal scale = window.devicePixelRatioF();
   QImage picture((QSizeF(frame.size()) * scale).toSize(), QImage::Format_RGB32);
   picture.setDevicePixelRatio(scale);
+  picture.fill(Qt::white);
   QPainter painter(&picture);
   DrawFrame(painter, frame, window);
   painter.drawPixmap(origin, window.grab());

@@ -62,6 +62,8 @@ DemoPractice::DemoPractice(fs::path folder, const Parts& parts, const std::strin
   for (const char* file : {"verbalo.mdb", "varnlog.md0", "system.mdw"}) {
     fs::copy_file(parts.programFolder / file, program() / file);
   }
+  fs::copy(parts.programFolder / "help", program() / "help");
+  fs::copy_file(parts.oldLog, oldLog());
   fs::copy_file(parts.suite / "KVFILEDB.DLL", folder_ / "KVFILEDB.DLL");
   Write(folder_ / "kalvero.ini", "[INSTALL]\r\nSite=Zahnarztpraxis Dr. Weiß\r\n[Config]\r\nSchemeUS=0\r\n");
   Write(folder_ / "fotavex.ini", "[XRaysIO]\r\nkV=60\r\nmA=7\r\n");

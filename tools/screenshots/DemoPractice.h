@@ -13,6 +13,7 @@ class DemoPractice {
   struct Parts {
     std::filesystem::path programFolder;  // with its databases
     std::filesystem::path suite;          // with the data-path library
+    std::filesystem::path oldLog;         // a log of the earlier program
   };
 
   /// Throws std::filesystem::filesystem_error when the folder exists or cannot be made.
@@ -23,6 +24,7 @@ class DemoPractice {
 
   [[nodiscard]] std::filesystem::path program() const { return folder_ / "program"; }
   [[nodiscard]] std::filesystem::path data() const { return folder_ / "Data"; }
+  [[nodiscard]] std::filesystem::path oldLog() const { return data() / "Varnlog-2003.mdb"; }
 
  private:
   void Report(const std::string& language) const;

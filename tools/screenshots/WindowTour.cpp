@@ -15,10 +15,12 @@
 #include <QPushButton>
 #include <QTabWidget>
 
+#include "app/frmConvert.h"
 #include "logview/Columns.h"
 #include "platform/Files.h"
 #include "report/frmPrinter.h"
 #include "report/frmPrinterSetup.h"
+#include "ui/FileDialog.h"
 #include "ui/QtText.h"
 #include "ui/QtTexts.h"
 
@@ -73,7 +75,10 @@ class TwoPrinters final : public report::Printers {
 }  // namespace
 
 WindowTour::WindowTour(const DemoPractice& practice, const std::string& language, Visitor visit)
-    : visit_(std::move(visit)), ini_(language), clock_(Today()) {
+    : oldLog_(platform::FromPath(practice.oldLog())),
+      visit_(std::move(visit)),
+      ini_(language),
+      clock_(Today()) {
   const QLocale locale(QLatin1String(kLocales.at(language)));
   QLocale::setDefault(locale);
   shortDate_ = platform::ShortDate::FromPattern(ui::FromQString(locale.dateFormat(QLocale::ShortFormat)));
@@ -94,8 +99,10 @@ void WindowTour::Run() {
   ShowSelections();
   ShowPatientSearch();
   ShowProgramWindows();
+  ShowHelp();
   ShowPrinting();
   ShowOtherStates();
+  ShowConversion();
   Quit();
 }
 
@@ -255,6 +262,24 @@ void WindowTour::ShowProgramWindows() {
   Trigger(CommandId::mnuEditUpdate);
 }
 
+void WindowTour::ShowHelp() {
+  const auto helpWindow = []() -> QWidget& {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+      if (window->objectName() == "frmHelp") return *window;
+    }
+    throw std::runtime_error("no help window");
+  };
+  Trigger(CommandId::mnuHelpContents);
+  Visit("help-contents", helpWindow());
+  Trigger(CommandId::mnuHelpIndex);
+  Visit("help-index", helpWindow());
+  Trigger(CommandId::mnuHelpSearch);
+  Visit("help-search", helpWindow());
+  helpWindow().close();
+  window_->activateWindow();
+  Settle();
+}
+
 void WindowTour::ShowPrinting() {
   ExpectMessage("message-no-printer");
   Trigger(CommandId::mnuFilePrint);
@@ -293,6 +318,19 @@ void WindowTour::ShowOtherStates() {
   });
   Trigger(CommandId::mnuSortDateAll);
   Visit("log-empty", *window_);
+}
+
+void WindowTour::ShowConversion() {
+  app::frmConvert progress(window_.get(), texts_, messages_);
+  progress.Begin(legacy::ConversionStep::kTakingOver, 18'792);
+  progress.show();
+  while (progress.findChild<QProgressBar*>()->value() == 0) (void)progress.Advance(7'500);
+  Visit("convert", progress);
+  progress.hide();
+  ui::CFileDialog::AnswerWith([this](const ui::CFileDialog&) { return oldLog_; });
+  ExpectMessage("message-convert", false);
+  Trigger(CommandId::mnuFileOpen);
+  ui::CFileDialog::AnswerWith({});
 }
 
 void WindowTour::Quit() {

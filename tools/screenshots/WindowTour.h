@@ -35,8 +35,10 @@ class WindowTour {
   void ShowSelections();
   void ShowPatientSearch();
   void ShowProgramWindows();
+  void ShowHelp();
   void ShowPrinting();
   void ShowOtherStates();
+  void ShowConversion();
   void Quit();
 
   void Visit(const QString& name, QWidget& window);
@@ -50,6 +52,7 @@ class WindowTour {
   [[nodiscard]] ui::TDBGrid& Grid() const { return window_->Results()->Grid(); }
   [[nodiscard]] QString Text(db::TextKey key) const;
 
+  std::string oldLog_;
   Visitor visit_;
   int visits_ = 0;
   ModalUser user_;

@@ -72,8 +72,8 @@ void SetUpScreen(const Options& options, const fs::path& configuration) {
 }
 
 void TakePictures(const Options& options) {
-  const tools::DemoPractice practice(options.folder, {VARNLOG_PROGRAM_DIR, VARNLOG_SUITE_DIR},
-                                     options.language);
+  const tools::DemoPractice practice(
+      options.folder, {VARNLOG_PROGRAM_DIR, VARNLOG_SUITE_DIR, VARNLOG_OLD_LOG}, options.language);
   const tools::Album album(options.output);
   tools::WindowTour tour(practice, options.language,
                          [&album](const QString& name, QWidget& window) { album.Add(name, window); });
