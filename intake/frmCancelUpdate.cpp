@@ -34,6 +34,7 @@ frmCancelUpdate::frmCancelUpdate(QWidget* parent, const db::TextLookup& texts) :
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
   auto* row = new QHBoxLayout;
+  row->setSpacing(16);
   row->addWidget(icon, 0, Qt::AlignTop);
   row->addWidget(label, 1);
   auto* layout = new QVBoxLayout(this);
