@@ -38,6 +38,7 @@ std::vector<Exposure> Extremes(const std::string& language) {
   noBirthday.birthday = "31.13.1999";
   noBirthday.sex = "M";
   noBirthday.pregCode.clear();
+  noBirthday.takeDate = "02.05.2022";
   noBirthday.takeTime = "18:20:00";
   return {longNames, noBirthday};
 }

@@ -71,6 +71,12 @@ void SetUpScreen(const Options& options, const fs::path& configuration) {
   setenv("QT_SCALE_FACTOR", options.scale.c_str(), 1);
 }
 
+/// The offscreen platform tells with every window what it cannot do.
+void PassOn(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+  if (type == QtWarningMsg && message.startsWith(QLatin1String("This plugin does not support"))) return;
+  std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
 void TakePictures(const Options& options) {
   const tools::DemoPractice practice(
       options.folder, {VARNLOG_PROGRAM_DIR, VARNLOG_SUITE_DIR, VARNLOG_OLD_LOG}, options.language);
@@ -92,6 +98,7 @@ int Run(int argc, char** argv) {
   fs::create_directories(options.output);
   const fs::path configuration = fs::path(options.output) / "screen.json";
   SetUpScreen(options, configuration);
+  qInstallMessageHandler(PassOn);
   const QApplication application(argc, argv);
   fs::remove(configuration);
   QApplication::setStyle(QStyleFactory::create("Fusion"));
