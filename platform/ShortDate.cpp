@@ -78,9 +78,12 @@ std::optional<std::array<int, 3>> ParseTime(std::string_view text) {
 }
 
 void AppendNumber(int value, std::size_t width, std::string& out) {
-  const std::string digits = std::to_string(value);
-  if (digits.size() < width) out.append(width - digits.size(), '0');
-  out += digits;
+  std::array<char, 12> digits{};
+  std::size_t first = digits.size();
+  for (int left = value; left > 0 || digits.size() - first < width; left /= 10) {
+    digits[--first] = static_cast<char>('0' + left % 10);
+  }
+  out.append(digits.data() + first, digits.size() - first);
 }
 
 std::optional<ShortDate::Order> OrderOf(std::string_view letters) {

@@ -29,7 +29,7 @@ class DifferentRows final : public RowCollector {
   [[nodiscard]] bool TooMany() const { return rows_.Size() > most_; }
   [[nodiscard]] std::size_t Count() const { return rows_.Size(); }
   /// The texts point into this object.
-  [[nodiscard]] RowTexts At(std::size_t row) const;
+  void Get(std::size_t row, RowTexts& texts) const;
 
  private:
   void Append(int count, sqlite3_value** values);

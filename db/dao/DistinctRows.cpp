@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <numeric>
+#include <optional>
 #include <utility>
 
+#include "db/dao/Collation.h"
 #include "db/dao/DifferentRows.h"
 #include "db/dao/JetSql.h"
 #include "db/dao/RowCollector.h"
 #include "db/dao/Statement.h"
-#include "db/dao/ValueDictionary.h"
+#include "db/dao/TextOrder.h"
 
 namespace varnlog::dao {
 namespace {
@@ -38,7 +39,8 @@ std::string CreateSql(const TableSchema& table, const Fields& fields) {
   for (const FieldDef* field : fields) {
     columns += (columns.empty() ? "" : ", ") + QuoteIdentifier(field->name) + " " + DeclaredType(*field);
   }
-  return "CREATE TABLE " + QuoteIdentifier(table.name) + " (" + columns + ")";
+  return "CREATE TABLE " + QuoteIdentifier(table.name) + " (" + columns + ", " + DistinctRows::kGroupColumn +
+         " INTEGER)";
 }
 
 /// Whether the values, which are handled as texts, are in the same order as such.
@@ -50,51 +52,47 @@ bool IsCollated(const FieldDef& field) {
   return field.type == FieldType::kText || field.type == FieldType::kMemo;
 }
 
-/// For each row the place of one of its values in the collation's order, NULL first.
-std::vector<std::uint32_t> RanksOf(const std::vector<RowTexts>& rows, std::size_t column) {
-  ValueDictionary values;
-  std::vector<std::uint32_t> codes(rows.size());
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    if (rows[i][column]) codes[i] = values.Intern(*rows[i][column]);
+/// The rows' numbers in the order of the fields; nothing when their values take too much memory.
+std::optional<std::vector<std::int64_t>> InOrder(const DifferentRows& rows, const Fields& fields) {
+  std::vector<TextOrder::Term> terms;
+  for (const FieldDef* field : fields) terms.push_back({.collated = IsCollated(*field), .descending = false});
+  TextOrder order(terms, rows.Count());
+  RowTexts row;
+  for (std::size_t i = 0; i < rows.Count(); ++i) {
+    rows.Get(i, row);
+    if (!order.Add(static_cast<std::int64_t>(i), row)) return std::nullopt;
   }
-  const std::vector<std::uint32_t> ranks = RankValues(values, true);
-  for (std::size_t i = 0; i < rows.size(); ++i) codes[i] = rows[i][column] ? ranks[codes[i]] + 1 : 0;
-  return codes;
+  return order.Finish();
 }
 
-/// The rows' numbers in the order of the fields.
-std::vector<std::size_t> InOrder(const std::vector<RowTexts>& rows, const Fields& fields) {
-  // Texts are compared through their ranks, everything else by its bytes; that begins with NULL as well.
-  std::vector<std::vector<std::uint32_t>> ranks(fields.size());
+bool AreEqual(const RowTexts& a, const RowTexts& b, const Fields& fields) {
+  const Collation& collation = Collation::Instance();
   for (std::size_t i = 0; i < fields.size(); ++i) {
-    if (IsCollated(*fields[i])) ranks[i] = RanksOf(rows, i);
+    if (a[i] == b[i]) continue;
+    if (!a[i] || !b[i] || !IsCollated(*fields[i]) || collation.Compare(*a[i], *b[i]) != 0) return false;
   }
-  std::vector<std::size_t> order(rows.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    for (std::size_t i = 0; i < ranks.size(); ++i) {
-      if (ranks[i].empty() && rows[a][i] != rows[b][i]) return rows[a][i] < rows[b][i];
-      if (!ranks[i].empty() && ranks[i][a] != ranks[i][b]) return ranks[i][a] < ranks[i][b];
-    }
-    return a < b;
-  });
-  return order;
+  return true;
 }
 
-void Insert(Connection& target, const TableSchema& table, const Fields& fields,
-            const std::vector<RowTexts>& rows) {
-  std::string parameters = "?";
-  for (std::size_t i = 1; i < fields.size(); ++i) parameters += ", ?";
+/// Replaces what the table in memory holds.
+void Replace(Connection& target, const TableSchema& table, const Fields& fields, const DifferentRows& rows,
+             const std::vector<std::int64_t>& order) {
   WriteScope scope(target);
   target.Execute("DELETE FROM " + QuoteIdentifier(table.name));
+  std::string parameters = "?";
+  for (std::size_t i = 0; i < fields.size(); ++i) parameters += ", ?";
   Statement insert(target, "INSERT INTO " + QuoteIdentifier(table.name) + " VALUES (" + parameters + ")");
-  for (const std::size_t number : InOrder(rows, fields)) {
-    const RowTexts& row = rows[number];
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-      const int parameter = static_cast<int>(i) + 1;
-      row[i] ? insert.Bind(parameter, *row[i]) : insert.BindNull(parameter);
-    }
+  RowTexts row;
+  RowTexts before;
+  std::int64_t group = 0;
+  for (const std::int64_t number : order) {
+    rows.Get(static_cast<std::size_t>(number), row);
+    int parameter = 0;
+    for (const auto& text : row) text ? insert.Bind(++parameter, *text) : insert.BindNull(++parameter);
+    if (before.empty() || !AreEqual(before, row, fields)) ++group;
+    insert.Bind(++parameter, group);
     insert.Run();
+    before.swap(row);
   }
   scope.Commit();
 }
@@ -143,10 +141,9 @@ void DistinctRows::Fill(Kept& kept, Connection& source, const TableSchema& table
     Collect(scan, 1, combinations);
     combinations.Finish();
   }
-  kept.tooMany = combinations.TooMany();
-  std::vector<RowTexts> rows(kept.tooMany ? 0 : combinations.Count());
-  for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = combinations.At(i);
-  Insert(*kept.rows, table, fields, rows);
+  const auto order = combinations.TooMany() ? std::nullopt : InOrder(combinations, fields);
+  kept.tooMany = !order.has_value();
+  Replace(*kept.rows, table, fields, combinations, order.value_or(std::vector<std::int64_t>()));
   kept.current = true;
 }
 

@@ -16,6 +16,11 @@ namespace varnlog::dao {
 /// database in memory.
 class DistinctRows {
  public:
+  /// A further column of the table in memory, in the storage's SQL: rows with the same number are equal in
+  /// all fields, and stand next to each other. A statement that gives all the fields can leave all but the
+  /// first of them out, which is DISTINCT without comparing.
+  static constexpr const char* kGroupColumn = "\"group of equals\"";
+
   /// The database in memory to run a statement on that names no fields but `fields`, its rows in the order of
   /// the fields as given. It is filled when it is asked for the first time and again when the file has
   /// changed; it stays the same one, so statements prepared on it can be kept.

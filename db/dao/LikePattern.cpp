@@ -32,6 +32,16 @@ std::string Encode(char32_t character) {
           byte(0x80U | ((character >> 6U) & 0x3FU)), byte(0x80U | (character & 0x3FU))};
 }
 
+/// Whether each character stands for itself: none belongs to the one before it, and none is left out.
+bool IsPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < '\x7F'; });
+}
+
+char32_t Lower(char plain) {
+  const auto c = static_cast<unsigned char>(plain);
+  return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c;
+}
+
 bool IsDigit(char32_t c) {
   return c >= U'0' && c <= U'9';
 }
@@ -94,10 +104,6 @@ void LikePattern::AddSet(std::string_view content) {
   elements_.push_back(std::move(set));
 }
 
-bool LikePattern::Matches(std::string_view text) const {
-  return MatchesFolded(FoldCase(text));
-}
-
 bool LikePattern::MatchesOne(const Element& element, char32_t character) {
   switch (element.kind) {
     case Kind::kLiteral:
@@ -114,7 +120,8 @@ bool LikePattern::MatchesOne(const Element& element, char32_t character) {
   }
 }
 
-bool LikePattern::MatchesFolded(std::string_view text) const {
+template <typename Next>
+bool LikePattern::Walk(std::string_view text, Next next) const {
   // Only the last star seen can have to give back characters: whatever an earlier one could take instead, the
   // later one can take as well.
   const std::size_t none = elements_.size();
@@ -129,13 +136,13 @@ bool LikePattern::MatchesFolded(std::string_view text) const {
       starEnd = position;
       continue;
     }
-    std::size_t next = position;
-    const char32_t character = Decode(text, next);
+    std::size_t behind = position;
+    const char32_t character = next(behind);
     if (element < elements_.size() && MatchesOne(elements_[element], character)) {
       ++element;
-      position = next;
+      position = behind;
     } else if (star != none) {
-      Decode(text, starEnd);
+      (void)next(starEnd);
       position = starEnd;
       element = star + 1;
     } else {
@@ -144,6 +151,22 @@ bool LikePattern::MatchesFolded(std::string_view text) const {
   }
   while (element < elements_.size() && elements_[element].kind == Kind::kAnyText) ++element;
   return element == elements_.size();
+}
+
+bool LikePattern::Matches(std::string_view text) const {
+  // Most texts need no copy, and of those most need only a look at their first character.
+  if (elements_.size() == 1 && elements_.front().kind == Kind::kAnyText) return true;
+  if (FailsAtOnce(text)) return false;
+  if (IsPlain(text)) return Walk(text, [text](std::size_t& position) { return Lower(text[position++]); });
+  const std::string folded = FoldCase(text);
+  return Walk(folded, [&folded](std::size_t& position) { return Decode(folded, position); });
+}
+
+bool LikePattern::FailsAtOnce(std::string_view text) const {
+  if (elements_.empty() || elements_.front().kind != Kind::kLiteral || !IsPlain(text.substr(0, 2))) {
+    return false;
+  }
+  return text.empty() || Lower(text.front()) != elements_.front().literal;
 }
 
 }  // namespace varnlog::dao

@@ -33,7 +33,10 @@ class LikePattern {
   };
 
   void AddSet(std::string_view content);
-  [[nodiscard]] bool MatchesFolded(std::string_view text) const;
+  [[nodiscard]] bool FailsAtOnce(std::string_view text) const;
+  /// `next` gives the character at a position, folded, and moves it on.
+  template <typename Next>
+  [[nodiscard]] bool Walk(std::string_view text, Next next) const;
   [[nodiscard]] static bool MatchesOne(const Element& element, char32_t character);
 
   std::vector<Element> elements_;

@@ -32,26 +32,29 @@ int CompareTexts(void* collation, int sizeA, const void* a, int sizeB, const voi
 /// Texts up to this length are put together on the stack and copied into memory the storage has already.
 constexpr std::size_t kShortText = 256;
 
-char* AppendTexts(int count, sqlite3_value** values, char* end) {
+void ConcatenateLong(sqlite3_context* context, int count, sqlite3_value** values) {
+  std::size_t size = 0;
+  for (int i = 0; i < count; ++i) size += TextOf(values[i]).size();
+  auto* joined = static_cast<char*>(sqlite3_malloc64(size));
+  if (joined == nullptr) return sqlite3_result_error_nomem(context);
+  char* end = joined;
   for (int i = 0; i < count; ++i) {
     const std::string_view text = TextOf(values[i]);
     end = std::copy(text.begin(), text.end(), end);
   }
-  return end;
+  sqlite3_result_text64(context, joined, size, sqlite3_free, SQLITE_UTF8);
 }
 
 void Concatenate(sqlite3_context* context, int count, sqlite3_value** values) {
+  std::array<char, kShortText> joined;
   std::size_t size = 0;
-  for (int i = 0; i < count; ++i) size += TextOf(values[i]).size();
-  if (size <= kShortText) {
-    std::array<char, kShortText> joined;
-    AppendTexts(count, values, joined.data());
-    return sqlite3_result_text64(context, joined.data(), size, SQLITE_TRANSIENT, SQLITE_UTF8);
+  for (int i = 0; i < count; ++i) {
+    const std::string_view text = TextOf(values[i]);
+    if (size + text.size() > joined.size()) return ConcatenateLong(context, count, values);
+    std::copy(text.begin(), text.end(), joined.data() + size);
+    size += text.size();
   }
-  auto* joined = static_cast<char*>(sqlite3_malloc64(size));
-  if (joined == nullptr) return sqlite3_result_error_nomem(context);
-  AppendTexts(count, values, joined);
-  sqlite3_result_text64(context, joined, size, sqlite3_free, SQLITE_UTF8);
+  sqlite3_result_text(context, joined.data(), static_cast<int>(size), SQLITE_TRANSIENT);
 }
 
 void DeletePattern(void* pattern) {

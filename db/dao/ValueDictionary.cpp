@@ -53,13 +53,14 @@ void ValueDictionary::InternAll(std::span<const std::string_view> values, std::u
     InternAll(values.first(kBatch), codes);
   }
   // Each loop reads memory that the one before told the place of; within a loop no read waits for another.
-  std::array<std::uint32_t, kBatch> hashes{};
-  std::array<Slot, kBatch> slots{};
-  std::array<Header, kBatch> headers{};
+  std::array<std::uint32_t, kBatch> hashes;
+  std::array<Slot, kBatch> slots;
+  std::array<Header, kBatch> headers;
   for (std::size_t i = 0; i < values.size(); ++i) hashes[i] = Hash(values[i]);
   for (std::size_t i = 0; i < values.size(); ++i) slots[i] = slots_[hashes[i] & (slots_.size() - 1)];
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (slots[i].offset != kFree) headers[i] = HeaderAt(slots[i].offset);
+    if (slots[i].offset == kFree) continue;
+    headers[i] = HeaderAt(slots[i].offset);
   }
   for (std::size_t i = 0; i < values.size(); ++i) {
     const bool known = slots[i].offset != kFree && slots[i].hash == hashes[i] &&
@@ -84,12 +85,12 @@ std::uint32_t ValueDictionary::Intern(std::string_view value, std::uint32_t hash
 
 ValueDictionary::Header ValueDictionary::HeaderAt(std::uint32_t offset) const {
   Header header{};
-  std::memcpy(&header, bytes_.data() + offset, sizeof header);
+  std::memcpy(&header, reinterpret_cast<const char*>(lines_.data()) + offset, sizeof header);
   return header;
 }
 
 std::string_view ValueDictionary::ValueAt(std::uint32_t offset, std::uint32_t length) const {
-  return {bytes_.data() + offset + sizeof(Header), length};
+  return {reinterpret_cast<const char*>(lines_.data()) + offset + sizeof(Header), length};
 }
 
 std::string_view ValueDictionary::At(std::uint32_t code) const {
@@ -98,14 +99,21 @@ std::string_view ValueDictionary::At(std::uint32_t code) const {
 }
 
 std::size_t ValueDictionary::Bytes() const {
-  return bytes_.capacity() + offsets_.capacity() * sizeof(std::uint32_t) + slots_.size() * sizeof(Slot);
+  return lines_.capacity() * sizeof(Line) + offsets_.capacity() * sizeof(std::uint32_t) +
+         slots_.size() * sizeof(Slot);
 }
 
 std::uint32_t ValueDictionary::Append(std::string_view value) {
-  const auto offset = static_cast<std::uint32_t>(bytes_.size());
+  const std::size_t needed = sizeof(Header) + value.size();
+  const std::size_t left = sizeof(Line) - size_ % sizeof(Line);
+  if (needed > left) size_ += left;
+  const auto offset = static_cast<std::uint32_t>(size_);
   const Header header{static_cast<std::uint32_t>(offsets_.size()), static_cast<std::uint32_t>(value.size())};
-  bytes_.append(reinterpret_cast<const char*>(&header), sizeof header);
-  bytes_ += value;
+  size_ += needed;
+  if (size_ > lines_.size() * sizeof(Line)) lines_.resize((size_ / sizeof(Line) + 1) * 3 / 2);
+  char* const entry = reinterpret_cast<char*>(lines_.data()) + offset;
+  std::memcpy(entry, &header, sizeof header);
+  std::copy(value.begin(), value.end(), entry + sizeof header);
   offsets_.push_back(offset);
   return offset;
 }

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,7 +20,7 @@ class ValueDictionary {
 
   /// The same for several values at once: their numbers go to `codes`. Much faster when the dictionary is
   /// larger than the processor's cache, because the memory of all of them is waited for together.
-  static constexpr std::size_t kBatch = 16;
+  static constexpr std::size_t kBatch = 64;
   void InternAll(std::span<const std::string_view> values, std::uint32_t* codes);
 
   [[nodiscard]] std::size_t Size() const { return offsets_.size(); }
@@ -50,7 +49,13 @@ class ValueDictionary {
   std::uint32_t Append(std::string_view value);
   void Grow();
 
-  std::string bytes_;                   // a header and the value, for each value
+  /// As much memory as the processor reads at once. An entry that fits into one does not lie across two.
+  struct alignas(64) Line {
+    char bytes[64];
+  };
+
+  std::vector<Line> lines_;             // a header and the value, for each value
+  std::size_t size_ = 0;                // bytes used of the lines
   std::vector<std::uint32_t> offsets_;  // of the headers, by code
   std::vector<Slot> slots_;             // open addressing; a power of two, at most half full
 };

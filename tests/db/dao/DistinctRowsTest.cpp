@@ -69,13 +69,14 @@ TEST_F(DistinctRowsTest, HoldsEachCombinationOnceInOrder) {
   Add(*log_,
       "('Weiß', 'Eva', '1961-03-12 00:00:00'), ('Müller', 'Hans', '1961-03-12 00:00:00'), "
       "('Müller', 'Hans', '1961-03-12 00:00:00'), ('Müller', 'Hans', '1960-01-01 00:00:00'), "
-      "('MÜLLER', 'Hans', NULL), (NULL, '', NULL), ('007', '7', NULL)");
+      "('MÜLLER', 'Hans', NULL), ('müller', 'hans', NULL), (NULL, '', NULL), ('007', '7', NULL)");
   const std::shared_ptr<Connection> found = Find();
   ASSERT_NE(found, nullptr);
   EXPECT_THAT(
       Rows(*found, "SELECT *, typeof(tXraySName) FROM TXray"),
-      ElementsAre("|||null", "007|7||text", "MÜLLER|Hans||text", "Müller|Hans|1960-01-01 00:00:00|text",
-                  "Müller|Hans|1961-03-12 00:00:00|text", "Weiß|Eva|1961-03-12 00:00:00|text"));
+      ElementsAre("|||1|null", "007|7||2|text", "MÜLLER|Hans||3|text", "müller|hans||3|text",
+                  "Müller|Hans|1960-01-01 00:00:00|4|text", "Müller|Hans|1961-03-12 00:00:00|5|text",
+                  "Weiß|Eva|1961-03-12 00:00:00|6|text"));
 }
 
 TEST_F(DistinctRowsTest, GivesStatementsTheAnswerOfTheTable) {
@@ -130,7 +131,7 @@ TEST_F(DistinctRowsTest, KeepsTheRowsWhileNothingChanges) {
   Add(*log_, "('a', '', NULL)");
   const std::shared_ptr<Connection> found = Find();
   ASSERT_NE(found, nullptr);
-  found->Execute("INSERT INTO TXray VALUES ('mark', '', NULL)");
+  found->Execute("INSERT INTO TXray VALUES ('mark', '', NULL, 2)");
   EXPECT_THAT(Names(), ElementsAre("a", "mark"));
   Add(*log_, "('b', '', NULL)");
   EXPECT_THAT(Names(), ElementsAre("a", "b"));
