@@ -125,6 +125,8 @@ void frmResults::LoadColors() {
   colors.editBack = ui::ColorFromStored(stored.editBack);
   colors.noneEditBack = ui::ColorFromStored(stored.noneEditBack);
   grid_->SetColors(colors);
+  grid_->SetSortTexts(ui::Caption(context_.texts, "RS_ACC_SORTASC"_key),
+                      ui::Caption(context_.texts, "RS_ACC_SORTDESC"_key));
   grid_->SetStateText(ui::CellState::kEdit, ui::Caption(context_.texts, "RS_STATE_OPEN"_key));
   grid_->SetStateText(ui::CellState::kPending, ui::Caption(context_.texts, "RS_STATE_PENDING"_key));
   grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, "RS_STATE_LOCKED"_key));

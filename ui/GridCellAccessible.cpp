@@ -53,8 +53,18 @@ QRect GridPartAccessible::OnScreen(QWidget& viewport, const QRect& rect) const {
 }
 
 QString GridHeadingAccessible::text(QAccessible::Text type) const {
-  if (type != QAccessible::Name || !isValid()) return {};
-  return Grid().Model().Column(column()).heading;
+  if (!isValid()) return {};
+  const GridColumn& shown = Grid().Model().Column(column());
+  switch (type) {
+    case QAccessible::Name:
+      return shown.heading;
+    case QAccessible::Description: {
+      const QString sort = Grid().SortText(column());
+      return shown.tip.isEmpty() || sort.isEmpty() ? shown.tip + sort : shown.tip + QStringLiteral(", ") + sort;
+    }
+    default:
+      return {};
+  }
 }
 
 QRect GridHeadingAccessible::rect() const {

@@ -117,6 +117,16 @@ void TDBGrid::SetSortIndicator(std::optional<int> column, Qt::SortOrder order) {
   MarkSort(*horizontalHeader(), sortColumn_, sortOrder_);
 }
 
+void TDBGrid::SetSortTexts(const QString& ascending, const QString& descending) {
+  ascendingText_ = ascending;
+  descendingText_ = descending;
+}
+
+QString TDBGrid::SortText(int column) const {
+  if (sortColumn_ != column) return {};
+  return sortOrder_ == Qt::AscendingOrder ? ascendingText_ : descendingText_;
+}
+
 void TDBGrid::ClickHeading(int column) {
   StopSearch();
   if (events_ != nullptr) events_->HeadClick(column);

@@ -49,6 +49,10 @@ class TDBGrid final : public QTableView {
   [[nodiscard]] int ColumnWidth(int column) const;
   /// Nothing: no heading is marked.
   void SetSortIndicator(std::optional<int> column, Qt::SortOrder order = Qt::AscendingOrder);
+  /// What the indicator means, for screen readers.
+  void SetSortTexts(const QString& ascending, const QString& descending);
+  /// What the indicator says of `column`; "" when another column is marked or none.
+  [[nodiscard]] QString SortText(int column) const;
 
   void SetColors(const GridColors& colors);
   /// What a state means, for the tooltip and for screen readers.
@@ -132,6 +136,8 @@ class TDBGrid final : public QTableView {
 
   std::optional<int> sortColumn_;
   Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
+  QString ascendingText_;
+  QString descendingText_;
 
   bool cancelRequested_ = false;
   bool openingList_ = false;
