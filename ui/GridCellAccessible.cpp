@@ -60,7 +60,8 @@ QString GridHeadingAccessible::text(QAccessible::Text type) const {
       return shown.heading;
     case QAccessible::Description: {
       const QString sort = Grid().SortText(column());
-      return shown.tip.isEmpty() || sort.isEmpty() ? shown.tip + sort : shown.tip + QStringLiteral(", ") + sort;
+      return shown.tip.isEmpty() || sort.isEmpty() ? shown.tip + sort
+                                                   : shown.tip + QStringLiteral(", ") + sort;
     }
     default:
       return {};
