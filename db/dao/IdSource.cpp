@@ -1,12 +1,33 @@
 #include "db/dao/IdSource.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
+#include <sqlite3.h>
+
 #include "db/dao/Connection.h"
 #include "db/dao/OrderedIds.h"
+#include "db/dao/RowCollector.h"
 
 namespace varnlog::dao {
+
+namespace {
+
+constexpr std::size_t kUnlimited = std::numeric_limits<std::int64_t>::max();
+
+class IdCollector final : public RowCollector {
+ public:
+  explicit IdCollector(std::vector<std::int64_t>& ids) : ids_(ids) {}
+  void Take(int /*count*/, sqlite3_value** values) override {
+    ids_.push_back(sqlite3_value_int64(values[0]));
+  }
+
+ private:
+  std::vector<std::int64_t>& ids_;
+};
+
+}  // namespace
 
 bool ComputedIds::Fetch(std::size_t /*rows*/, std::vector<std::int64_t>& ids) {
   if (ids.empty())
@@ -39,7 +60,7 @@ std::string StatementIds::OrderClause() const {
 }
 
 std::string StatementIds::IdSql(const std::string& further) const {
-  return "SELECT rowid FROM " + QuoteIdentifier(select_->table->name) + select_->WhereClause(further) +
+  return "SELECT rowid AS id FROM " + QuoteIdentifier(select_->table->name) + select_->WhereClause(further) +
          OrderClause();
 }
 
@@ -55,39 +76,45 @@ bool StatementIds::OrderFieldHasNulls() {
   return find.Step();
 }
 
-Statement& StatementIds::Bound(const std::string& further) {
-  Statement& ids = select_->Prepared(*connection_, IdSql(further));
+Statement& StatementIds::First() {
+  Statement& ids = select_->Prepared(*connection_, IdSql({}));
   BindParameters(ids, parameters_);
   return ids;
 }
 
-Statement& StatementIds::First() {
-  return Bound({});
+// True at the end of the rows for which `further` holds; `limit` goes down by the rows that were read. In
+// `further`, the parameters behind those of the statement are the last row's value and id.
+bool StatementIds::ReadSlice(const std::string& further, std::size_t& limit, std::vector<std::int64_t>& ids) {
+  const int key = static_cast<int>(select_->parameterCount) + 1;
+  const std::string from = "(" + IdSql(further) + " LIMIT ?" + std::to_string(key + 2) + ")";
+  Statement& slice = select_->Prepared(*connection_, CollectSql("id", from, key + 3));
+  BindParameters(slice, parameters_);
+  if (lastKey_.RowCount() > 0) slice.Bind(key, lastKey_.At(0, 0));
+  slice.Bind(key + 1, lastId_);
+  slice.Bind(key + 2, static_cast<std::int64_t>(std::min<std::size_t>(limit, kUnlimited)));
+  const std::size_t before = ids.size();
+  IdCollector collector(ids);
+  Collect(slice, key + 3, collector);
+  const bool isEnd = ids.size() - before < limit;
+  limit -= ids.size() - before;
+  return isEnd;
 }
 
 // The rows behind the last one are found in two steps, each of which an index serves without looking at a
 // row: those with the same value, then those with a later one.
-Statement& StatementIds::EqualToLast() {
+bool StatementIds::ReadEqualToLast(std::size_t& limit, std::vector<std::int64_t>& ids) {
   const int key = static_cast<int>(select_->parameterCount) + 1;
   const std::string behind = select_->parsed.orderBy.front().descending ? " < ?" : " > ?";
-  Statement& ids =
-      Bound(OrderField() + " = ?" + std::to_string(key) + " AND rowid" + behind + std::to_string(key + 1));
-  ids.Bind(key, lastKey_.At(0, 0));
-  ids.Bind(key + 1, lastId_);
-  return ids;
+  return ReadSlice(
+      OrderField() + " = ?" + std::to_string(key) + " AND rowid" + behind + std::to_string(key + 1), limit,
+      ids);
 }
 
-Statement& StatementIds::BehindLast() {
+bool StatementIds::ReadBehindLast(std::size_t& limit, std::vector<std::int64_t>& ids) {
   const int key = static_cast<int>(select_->parameterCount) + 1;
-  if (select_->parsed.orderBy.empty()) {
-    Statement& ids = Bound("rowid > ?" + std::to_string(key));
-    ids.Bind(key, lastId_);
-    return ids;
-  }
+  if (select_->parsed.orderBy.empty()) return ReadSlice("rowid > ?" + std::to_string(key + 1), limit, ids);
   const bool descending = select_->parsed.orderBy.front().descending;
-  Statement& ids = Bound(OrderField() + (descending ? " < ?" : " > ?") + std::to_string(key));
-  ids.Bind(key, lastKey_.At(0, 0));
-  return ids;
+  return ReadSlice(OrderField() + (descending ? " < ?" : " > ?") + std::to_string(key), limit, ids);
 }
 
 void StatementIds::Remember(std::int64_t lastId) {
@@ -103,16 +130,6 @@ void StatementIds::Remember(std::int64_t lastId) {
   if (read.Step()) lastKey_.Append(read);
 }
 
-// True at the statement's end; `limit` goes down by the rows that were read.
-bool StatementIds::Read(Statement& statement, std::size_t& limit, std::vector<std::int64_t>& ids) {
-  ResetAtEnd reset(statement);
-  for (; statement.Step(); --limit) {
-    if (limit == 0) return false;
-    ids.push_back(statement.Number(0));
-  }
-  return true;
-}
-
 // Where the storage sorts, stopping after some rows would mean sorting again for the next; and rows without a
 // value have no place that the next slice could begin behind.
 bool StatementIds::FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids) {
@@ -121,15 +138,19 @@ bool StatementIds::FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids)
   if (!first.Step()) return true;
   ids.push_back(first.Number(0));
   --limit;
-  if (!CanResume() || first.Sorted() || OrderFieldHasNulls()) limit = std::numeric_limits<std::size_t>::max();
-  return Read(first, limit, ids);
+  if (!CanResume() || first.Sorted() || OrderFieldHasNulls()) limit = kUnlimited;
+  for (; first.Step(); --limit) {
+    if (limit == 0) return false;
+    ids.push_back(first.Number(0));
+  }
+  return true;
 }
 
 bool StatementIds::Fetch(std::size_t rows, std::vector<std::int64_t>& ids) {
   ReadScope scope(*connection_);
   const bool hasKey = started_ && lastKey_.RowCount() > 0;
   const bool isEnd = !started_ ? FetchFirst(rows, ids)
-                               : (!hasKey || Read(EqualToLast(), rows, ids)) && Read(BehindLast(), rows, ids);
+                               : (!hasKey || ReadEqualToLast(rows, ids)) && ReadBehindLast(rows, ids);
   if (!isEnd) Remember(ids.back());
   return isEnd;
 }

@@ -46,10 +46,9 @@ class StatementIds final : public IdSource {
   [[nodiscard]] std::string OrderField() const;
   [[nodiscard]] bool OrderFieldHasNulls();
   Statement& First();
-  Statement& EqualToLast();
-  Statement& BehindLast();
-  Statement& Bound(const std::string& further);
-  bool Read(Statement& statement, std::size_t& limit, std::vector<std::int64_t>& ids);
+  bool ReadEqualToLast(std::size_t& limit, std::vector<std::int64_t>& ids);
+  bool ReadBehindLast(std::size_t& limit, std::vector<std::int64_t>& ids);
+  bool ReadSlice(const std::string& further, std::size_t& limit, std::vector<std::int64_t>& ids);
   bool FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids);
   void Remember(std::int64_t lastId);
 
