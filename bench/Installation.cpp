@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -71,10 +72,13 @@ void Installation::Clear() {
 }
 
 Installation::Run Installation::Ctl(std::vector<std::string> arguments) const {
-  const std::string program = (ProgramFolder() / "varnlogctl").string();
-  arguments.insert(arguments.begin(), program);
+  arguments.insert(arguments.begin(), (ProgramFolder() / "varnlogctl").string());
+  return Spawn(std::move(arguments));
+}
+
+Installation::Run Installation::Spawn(std::vector<std::string> command) {
   std::vector<char*> argv;
-  for (std::string& argument : arguments) argv.push_back(argument.data());
+  for (std::string& argument : command) argv.push_back(argument.data());
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
@@ -83,8 +87,8 @@ Installation::Run Installation::Ctl(std::vector<std::string> arguments) const {
 
   const auto begin = std::chrono::steady_clock::now();
   pid_t child = 0;
-  if (posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ) != 0) {
-    throw std::runtime_error("cannot start " + program);
+  if (posix_spawn(&child, command.front().c_str(), &actions, nullptr, argv.data(), environ) != 0) {
+    throw std::runtime_error("cannot start " + command.front());
   }
   posix_spawn_file_actions_destroy(&actions);
   Run run;
@@ -122,6 +126,16 @@ const fs::path& RecordFile(std::int64_t count, std::uint64_t seed, int startYear
   const auto [entry, isNew] = made.try_emplace(name, Scratch() / name);
   if (isNew) std::ofstream(entry->second, std::ios::binary) << FreshRecords(count, seed, startYear);
   return entry->second;
+}
+
+const Installation& FilledPractice(std::int64_t rows) {
+  static std::map<std::int64_t, std::unique_ptr<Installation>> practices;
+  auto& practice = practices[rows];
+  if (practice) return *practice;
+  practice = std::make_unique<Installation>("filled-" + std::to_string(rows));
+  if (rows > 0) CopyInto(RecordFile(rows, 7, 2010), practice->ExchangeFile());
+  if (rows > 0 && practice->Ctl({"update"}).status != 0) throw std::runtime_error("varnlogctl update failed");
+  return *practice;
 }
 
 void CopyInto(const fs::path& source, const fs::path& target) {

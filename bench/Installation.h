@@ -30,6 +30,8 @@ class Installation {
   };
   /// One whole run of varnlogctl in this installation, its output thrown away.
   [[nodiscard]] Run Ctl(std::vector<std::string> arguments) const;
+  /// The same of any program, which `command` begins with.
+  [[nodiscard]] static Run Spawn(std::vector<std::string> command);
 
  private:
   std::filesystem::path root_;
@@ -41,6 +43,10 @@ class Installation {
 
 /// Made once and kept for the whole run: FreshRecords in a file that is copied into place.
 [[nodiscard]] const std::filesystem::path& RecordFile(std::int64_t count, std::uint64_t seed, int startYear);
+
+/// Made once and kept for the whole run: a practice with a log of `rows` exposures, the empty one for 0. Its
+/// log is only read.
+[[nodiscard]] const Installation& FilledPractice(std::int64_t rows);
 
 void CopyInto(const std::filesystem::path& source, const std::filesystem::path& target);
 

@@ -10,22 +10,25 @@
 
 namespace varnlog::bench {
 
-/// One claim about speed: the time of one benchmark in terms of another of the same run.
+/// One claim about speed or memory: one benchmark in terms of another of the same run, or, where there is
+/// nothing to compare it with, by itself in seconds or megabytes.
 struct Ratio {
   std::string_view claim;
   std::string_view measured;  // benchmark names as run, arguments included
-  std::string_view against;
+  std::string_view against;   // empty: the limit is absolute
   double limit;
 };
 
-/// Prints what the console reporter prints and afterwards each ratio whose two benchmarks were run, with its
-/// limit. Times are the medians over the repetitions.
+/// Prints the median of each benchmark and afterwards each ratio whose benchmarks were run, with its limit.
+/// Ratios are those of medians over the repetitions: of processor time, or of real time where a benchmark
+/// says so because it waits for other processes or the disk.
 class RatioReporter final : public benchmark::ConsoleReporter {
  public:
-  explicit RatioReporter(std::span<const Ratio> ratios) : ratios_(ratios) {}
+  explicit RatioReporter(std::span<const Ratio> ratios)
+      : benchmark::ConsoleReporter(OO_None), ratios_(ratios) {}
 
   void ReportRuns(const std::vector<Run>& runs) override;
-  /// The number of ratios above their limit.
+  /// The number of ratios above their limit and of benchmarks that failed.
   [[nodiscard]] int PrintRatios() const;
 
  private:
@@ -33,6 +36,7 @@ class RatioReporter final : public benchmark::ConsoleReporter {
 
   std::span<const Ratio> ratios_;
   std::map<std::string, std::vector<double>, std::less<>> seconds_;
+  int failed_ = 0;
 };
 
 }  // namespace varnlog::bench

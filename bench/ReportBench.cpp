@@ -11,7 +11,6 @@
 #include "db/dao/DBEngine.h"
 #include "report/PaintedReport.h"
 #include "report/PdfFile.h"
-#include "report/PdfReport.h"
 
 // The report as a PDF file against a loop that draws the same texts at the same places and knows nothing
 // else.
@@ -44,9 +43,7 @@ class LoggedPractice {
     return *practice;
   }
 
-  explicit LoggedPractice(std::int64_t rows) : practice_("report-" + std::to_string(rows)) {
-    CopyInto(RecordFile(rows, 7, 2010), practice_.ExchangeFile());
-    if (practice_.Ctl({"update"}).status != 0) throw std::runtime_error("varnlogctl update failed");
+  explicit LoggedPractice(std::int64_t rows) : practice_(FilledPractice(rows)) {
     engine_.SetSystemDB((practice_.ProgramFolder() / "system.mdw").string());
     workspace_ = engine_.CreateWorkspace("Bench", "Admin", "");
     log_ = workspace_->OpenDatabase(practice_.LogFile().string(), false, true);
@@ -61,7 +58,7 @@ class LoggedPractice {
   }
 
  private:
-  Installation practice_;
+  const Installation& practice_;
   dao::DBEngine engine_;
   std::shared_ptr<dao::Workspace> workspace_;
   std::shared_ptr<dao::Database> log_;
@@ -71,12 +68,7 @@ QPageLayout Paper() {
   return {QPageSize(QPageSize::A4), QPageLayout::Landscape, QMarginsF(32, 32, 32, 32), QPageLayout::Point};
 }
 
-void RequireDrawing() {
-  static const report::DrawingWithoutDisplay drawing;
-}
-
 void ReportPdf(benchmark::State& state) {
-  RequireDrawing();
   LoggedPractice& practice = LoggedPractice::Of(state.range(0));
   NoProgress progress;
   for (auto _ : state) {
@@ -138,7 +130,6 @@ void DrawBare(const DrawnPages& pages, const std::vector<QFont>& fonts, const st
 }
 
 void BarePdf(benchmark::State& state) {
-  RequireDrawing();
   LoggedPractice& practice = LoggedPractice::Of(state.range(0));
   const auto rows = practice.Rows();
   const report::ReportJob job = LoggedPractice::Begin(*rows);
@@ -168,7 +159,13 @@ BENCHMARK(ReportPdf)
     ->UseRealTime()
     ->Iterations(1)
     ->Repetitions(7);
-BENCHMARK(ReportMegabytes)->Arg(kUsual)->Arg(kLong)->UseManualTime()->Unit(benchmark::kSecond)->Iterations(1);
+BENCHMARK(ReportMegabytes)
+    ->Arg(kUsual)
+    ->Arg(kLong)
+    ->UseManualTime()
+    ->Unit(benchmark::kSecond)
+    ->Iterations(1)
+    ->Repetitions(1);
 
 }  // namespace
 }  // namespace varnlog::bench
