@@ -9,7 +9,7 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 if(VARNLOG_SANITIZE)
   # The instrumentation makes GCC 12 see uninitialised values inside <regex> and std::function.
-  target_compile_options(varnlog_options INTERFACE -Wno-maybe-uninitialized)
+  target_compile_options(varnlog_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_compile_options(varnlog_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
   target_link_options(varnlog_options INTERFACE -fsanitize=address,undefined)
