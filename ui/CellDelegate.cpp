@@ -19,7 +19,7 @@ namespace varnlog::ui {
 namespace {
 
 constexpr int kTextMargin = 4;
-constexpr int kEditorMargin = 2;
+constexpr int kEditorMargin = 3;
 constexpr const char* kLoaded = "loaded";
 
 void DrawButton(QPainter& painter, const QRect& button, const QPalette& palette) {
@@ -146,8 +146,9 @@ QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
   auto* self = const_cast<CellDelegate*>(this);  // the signals of the base class are not const
   if (column.list.isEmpty()) {
     auto* editor = new QLineEdit(parent);
-    editor->setFrame(false);
-    // Where the text stood before: a line edit has a small margin of its own.
+    // An open cell that is empty would look as before but for the cursor.
+    editor->setStyleSheet(QStringLiteral("QLineEdit { border: 1px solid palette(highlight); padding: 0; }"));
+    // Where the text stood before: a line edit has a border and a small margin of its own.
     editor->setTextMargins(kTextMargin - kEditorMargin, 0, kTextMargin - kEditorMargin, 0);
     editor->setAlignment(column.alignment | Qt::AlignVCenter);
     editor->setValidator(new LengthLimit(column.maxLength, editor));

@@ -70,6 +70,8 @@ void AddButtons(QMessageBox& box, std::span<const Button> buttons, const db::Tex
     QPushButton* added = box.addButton(button.standard);
     // The language database may be what the message is about.
     if (const QString text = Caption(texts, button.text); !text.isEmpty()) added->setText(text);
+    // Some desktops put signs on standard buttons; the program's other buttons have none.
+    added->setIcon(QIcon());
   }
   box.setDefaultButton(buttons.front().standard);
   box.setEscapeButton(buttons.back().standard);

@@ -93,6 +93,7 @@ frmAbout::frmAbout(const db::TextLookup& texts, const std::string& version,
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
   QPushButton* ok = buttons->button(QDialogButtonBox::Ok);
   if (const QString text = Caption(texts, "GL_OK"_key); !text.isEmpty()) ok->setText(text);
+  ok->setIcon(QIcon());
   ok->setObjectName("cmdOK");
   ok->setDefault(true);
   ok->setFocus();
