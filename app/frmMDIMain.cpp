@@ -2,9 +2,11 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QStatusBar>
+#include <QThread>
 
 #include "app/frmConvert.h"
 #include "app/frmProperties.h"
@@ -26,7 +28,20 @@ namespace {
 
 constexpr int kMillisecondsAfterActivation = 200;
 constexpr int kMillisecondsForMessage = 5'000;
+constexpr int kMillisecondsForPlace = 300;
 constexpr int kPanelMargin = 4;
+
+/// A window manager gives a maximised window its place a moment later, and what is shown before that would be
+/// centred over the wrong one.
+void AwaitPlace(const QWidget& window, const QSize& before) {
+  QElapsedTimer waiting;
+  waiting.start();
+  QApplication::processEvents();
+  while (window.isMaximized() && window.size() == before && !waiting.hasExpired(kMillisecondsForPlace)) {
+    QThread::msleep(1);
+    QApplication::processEvents();
+  }
+}
 
 QString QView(std::string_view text) {
   return ui::ToQString(text);
@@ -78,11 +93,15 @@ bool frmMDIMain::Load() {
   ApplyViewOptions();
   RefreshCommands();
   help_ = std::make_unique<Help>(context_.globals, context_.services);
+  const QSize before = size();
   show();
-  QApplication::processEvents();
+  AwaitPlace(*this, before);
   QApplication::restoreOverrideCursor();
   mru_.GetMRUList();
   program_.LoadAfterShow();
+  // A question may have had the focus before this window ever had it; then nobody gives it back.
+  activateWindow();
+  FocusLogView();
   connect(qApp, &QApplication::applicationStateChanged, this, &frmMDIMain::ApplicationStateChanged);
   return true;
 }
