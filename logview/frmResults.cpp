@@ -24,7 +24,7 @@ namespace {
 constexpr std::int64_t kRowsPerSlice = 20'000;
 
 /// Widths until the user changes them, in digits of the view's font; never less than the heading needs.
-constexpr int kDefaultDigits[kColumnCount] = {7, 11, 32, 11, 5, 6, 7, 6, 6, 9, 11, 13, 34};
+constexpr int kDefaultDigits[kColumnCount] = {7, 11, 32, 11, 5, 6, 7, 6, 6, 9, 11, 13, 24};
 
 // Margins, and the mark of the sorted column.
 constexpr int kHeadingExtra = 30;
