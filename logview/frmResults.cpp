@@ -66,16 +66,37 @@ ui::DataFailure FailureOf(const dao::EngineError& error) {
   return {DataErrorOf(error.number()), ui::ToQString(error.what())};
 }
 
+void FillRow(dao::Recordset& rows, const RowDisplay& display, const CellStates& states, const CEdits& edits,
+             ui::RowBuffer& rowBuf, int row) {
+  for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
+    rowBuf.SetValue(row, column, ui::ToQString(display.Text(column)));
+    const ui::CellState state = ShownState(states.Of(column));
+    const bool pending = state == ui::CellState::kEdit && IsPending(rows, column, edits);
+    rowBuf.SetState(row, column, pending ? ui::CellState::kPending : state);
+  }
+}
+
+/// Keeps its place until the view is loaded anew, so that the numbers of the rows below stay.
+void FillDeletedRow(const dao::Recordset& rows, const db::TextLookup& texts, ui::RowBuffer& rowBuf, int row) {
+  for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
+    rowBuf.SetValue(row, column, QString());
+    rowBuf.SetState(row, column, ui::CellState::kPlain);
+  }
+  rowBuf.SetValue(row, kNumberColumn, QString::number(rows.AbsolutePosition() + 1));
+  rowBuf.SetValue(row, kPatientColumn, ui::Caption(texts, "RS_DELETED"_key));
+}
+
 /// The rows of `rows` from its current one on, as texts and states.
-void FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits, ui::RowBuffer& rowBuf) {
+void FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits,
+                const db::TextLookup& texts, ui::RowBuffer& rowBuf) {
   const CellStates states(rows);
   int filled = 0;
   for (; filled < rowBuf.RowCount() && !rows.IsBOF() && !rows.IsEOF(); ++filled) {
-    for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
-      rowBuf.SetValue(filled, column, ui::ToQString(display.Text(column)));
-      const ui::CellState state = ShownState(states.Of(column));
-      const bool pending = state == ui::CellState::kEdit && IsPending(rows, column, edits);
-      rowBuf.SetState(filled, column, pending ? ui::CellState::kPending : state);
+    try {
+      FillRow(rows, display, states, edits, rowBuf, filled);
+    } catch (const dao::EngineError& error) {
+      if (error.number() != dao::ErrorNumber::kRecordDeleted) throw;
+      FillDeletedRow(rows, texts, rowBuf, filled);
     }
     rowBuf.SetBookmark(filled, rows.Bookmark().position);
     rows.MoveNext();
@@ -159,7 +180,7 @@ void frmResults::BuildColumns() {
     }
   }
   grid_->SetColumns(std::move(columns));
-  grid_->SetAllowUpdate(!context_.globals.ReadOnlyGl);
+  ApplyReadOnly();
 }
 
 void frmResults::LimitInput() {
@@ -261,6 +282,14 @@ void frmResults::ShowError(const dao::EngineError& error) {
              db::MessageIcon::kCritical);
 }
 
+/// A row that another workstation deleted or works on has a text of its own.
+void frmResults::ShowEditError(const dao::EngineError& error) {
+  const auto key = DataErrorKey(DataErrorOf(error.number()));
+  if (!key) return ShowError(error);
+  db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), db::MessageIcon::kCritical);
+  host_.RefreshCommands();
+}
+
 std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     ui::RowBuffer& rowBuf, const std::optional<std::int64_t>& startLocation, std::int64_t offset,
     std::optional<std::int64_t>& approximatePosition) {
@@ -282,7 +311,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     rowSource_->Move(offset);
     const std::int64_t position = rowSource_->AbsolutePosition();
     const RowDisplay display(*rowSource_, codeTexts_, context_.scheme, context_.shortDate);
-    FillBuffer(*rowSource_, display, context_.edits, rowBuf);
+    FillBuffer(*rowSource_, display, context_.edits, context_.texts, rowBuf);
     if (position >= 0) approximatePosition = position;
     if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
   } catch (const dao::EngineError& error) {
@@ -290,6 +319,17 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     return FailureOf(error);
   }
   return std::nullopt;
+}
+
+/// Nobody overwrites a correction that another workstation made and that he has not seen.
+bool frmResults::IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) const {
+  const RowDisplay display(rows, codeTexts_, context_.scheme, context_.shortDate);
+  const int row = static_cast<int>(rows.AbsolutePosition());
+  for (int column = 0; column < kColumnCount; ++column) {
+    if (!entered.Value(0, column)) continue;
+    if (grid_->CellText(row, column) != ui::ToQString(display.Text(column))) return false;
+  }
+  return true;
 }
 
 std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer& rowBuf,
@@ -302,6 +342,11 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
   }
   try {
     const auto rows = data1_->Clone();
+    rows->SetBookmark(dao::Bookmark{writeLocation});
+    if (!IsAsShown(*rows, rowBuf)) {
+      return FailureOf(
+          dao::EngineError(dao::ErrorNumber::kDataChanged, "The value has been changed meanwhile."));
+    }
     WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts, context_.scheme, context_.edits);
   } catch (const dao::EngineError& error) {
     return FailureOf(error);
@@ -334,7 +379,7 @@ void frmResults::BeforeColEdit(int colIndex, int /*keyAscii*/, bool& cancel) {
     cancel = !decision.allowed;
     if (cancel) Refuse(decision);
   } catch (const dao::EngineError& error) {
-    ShowError(error);
+    ShowEditError(error);
   }
 }
 
@@ -347,7 +392,7 @@ void frmResults::ButtonClick(int colIndex) {
     Refuse(decision);
   } catch (const dao::EngineError& error) {
     grid_->CancelEdit();
-    ShowError(error);
+    ShowEditError(error);
   }
 }
 

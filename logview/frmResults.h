@@ -54,6 +54,8 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void InitData();
   /// Builds the columns anew after the database was changed under the view.
   void ReloadGrid();
+  /// Whether values may be entered, after the log was protected or freed.
+  void ApplyReadOnly() { grid_->SetAllowUpdate(!context_.globals.ReadOnlyGl); }
   /// Lets go of the open log.
   void CloseData();
 
@@ -75,6 +77,9 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void MarkSort();
   [[nodiscard]] bool LocateRow(int row);
   void ShowError(const dao::EngineError& error);
+  void ShowEditError(const dao::EngineError& error);
+  /// Whether the cells that were entered still hold what the grid shows.
+  [[nodiscard]] bool IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) const;
   void Refuse(const struct EditDecision& decision);
 
   std::optional<ui::DataFailure> UnboundReadDataEx(ui::RowBuffer& rowBuf,

@@ -46,9 +46,9 @@ void TDBGridModel::SetRowCount(std::int64_t count) {
   }
 }
 
+// Who shows a failure refreshes the grid, and a failure that lasts must not be told again each time.
 void TDBGridModel::Refresh() {
   blocks_.Clear();
-  readFailureTold_ = false;
   if (rowCount_ > 0 && !columns_.empty()) {
     emit dataChanged(index(0, 0), index(rowCount_ - 1, columnCount() - 1));
   }

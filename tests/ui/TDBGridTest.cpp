@@ -98,6 +98,11 @@ TEST_F(TDBGridTest, TellsAReadFailureOnceAndRecovers) {
   ASSERT_EQ(rows_.errors.size(), 1U);
   EXPECT_EQ(rows_.errors.front(), std::make_pair(3024, QString("no file")));
   EXPECT_EQ(grid_.CellText(999, 0), "");
+  // Whoever tells it refreshes the grid, which fails again: that must not go on for ever.
+  grid_.Refresh();
+  grid_.grab();
+  Settle();
+  EXPECT_EQ(rows_.errors.size(), 1U);
   rows_.readFailure.reset();
   grid_.Refresh();
   EXPECT_EQ(grid_.CellText(999, 0), "1000");
