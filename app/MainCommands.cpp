@@ -139,6 +139,7 @@ void frmMDIMain::ShowProperties() {
   };
   frmProperties dialog(this, context_.globals, context_.services, host);
   dialog.exec();
+  if (results_) results_->ApplyReadOnly();
   RefreshCommands();
 }
 

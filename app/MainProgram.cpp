@@ -87,10 +87,18 @@ void MainProgram::OpenRecentFile(const std::string& file) {
   ReplaceDataFile(file);
 }
 
+void MainProgram::RunUpdate() {
+  // The modal update dialog lets activations and timer shots through.
+  if (updating_) return;
+  updating_ = true;
+  view_.ShowUpdateRun();
+  updating_ = false;
+}
+
 void MainProgram::Update() {
   if (intake::ExchangeDataPending(globals_)) {
     globals_.UpdateDeclinedGl = false;
-    view_.ShowUpdateRun();
+    RunUpdate();
     view_.ViewResults();
   } else {
     ShowText("MN_NOXR"_key, MessageIcon::kInformation);
@@ -109,18 +117,13 @@ void MainProgram::OfferUpdate() {
                  MessageIcon::kQuestion, MessageButtons::kYesNo, services_.texts.GetText("RU_XRUPDATE"_key));
   globals_.UpdateDeclinedGl = answer != MessageAnswer::kYes;
   if (globals_.UpdateDeclinedGl) return;
-  view_.ShowUpdateRun();
+  RunUpdate();
 }
 
 void MainProgram::UpdateAfterActivation() {
-  // The modal update dialog lets further activations and timer shots through.
-  if (updating_) return;
-  updating_ = true;
-  if (view_.LogViewLoaded() && intake::ExchangeDataPending(globals_)) {
-    view_.ShowUpdateRun();
-    view_.ViewResults();
-  }
-  updating_ = false;
+  if (updating_ || !view_.LogViewLoaded() || !intake::ExchangeDataPending(globals_)) return;
+  RunUpdate();
+  view_.ViewResults();
 }
 
 bool MainProgram::ConfirmQuit() {

@@ -77,6 +77,7 @@ class MainProgram {
 
  private:
   void ReplaceDataFile(const std::string& file);
+  void RunUpdate();
   bool Open(const std::string& file);
   void ShowText(db::TextKey key, db::MessageIcon icon);
   /// Locks what was corrected so far.

@@ -109,6 +109,7 @@ void RunningProgram::ClicksHeading(int column) {
 }
 
 void RunningProgram::Enters(int row, int column, const QString& text) {
+  window_->activateWindow();
   Grid().SetCurrentCell(row, column);
   Grid().setFocus();
   Settle();
@@ -116,6 +117,7 @@ void RunningProgram::Enters(int row, int column, const QString& text) {
   Settle();
   if (!Grid().IsEditing()) return;
   QWidget* editor = QApplication::focusWidget();
+  if (editor == nullptr) throw std::runtime_error("the window is not active");
   QTest::keySequence(editor, QKeySequence::SelectAll);
   QTest::keyClicks(editor, text);
   QTest::keyClick(editor, Qt::Key_Return);

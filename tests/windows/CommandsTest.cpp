@@ -1,0 +1,384 @@
+#include <fstream>
+#include <set>
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTreeWidget>
+
+#include "report/frmPreview.h"
+#include "tests/windows/MainWindow.h"
+#include "tools/exchange/ExposureGenerator.h"
+#include "ui/FileDialog.h"
+#include "ui/QtText.h"
+
+namespace varnlog::app::test {
+namespace {
+
+namespace fs = std::filesystem;
+using db::literals::operator""_key;
+using enum CommandId;
+
+class Commands : public MainWindow {
+ protected:
+  // No printer of the machine may come into it.
+  void SetUp() override {
+    qputenv("CUPS_SERVER", "/nonexistent/cups");
+    MainWindow::SetUp();
+  }
+  void TearDown() override { ui::CFileDialog::AnswerWith({}); }
+
+  void StartsQuietly() {
+    Starts();
+    (void)program_->TakeMessages();
+  }
+  void OpensFile(const std::optional<fs::path>& file) {
+    ui::CFileDialog::AnswerWith(
+        [file](const ui::CFileDialog&) { return file ? std::optional(file->string()) : std::nullopt; });
+    program_->Triggers(mnuFileOpen);
+  }
+  [[nodiscard]] std::set<CommandId> Enabled() {
+    std::set<CommandId> enabled;
+    for (const CommandDef& command : AllCommands()) {
+      if (program_->Window().Action(command.id)->isEnabled()) enabled.insert(command.id);
+    }
+    return enabled;
+  }
+  /// The recently used files as the menu shows them, without their numbers.
+  [[nodiscard]] std::vector<fs::path> Recent() {
+    std::vector<fs::path> files;
+    for (const QAction* action : RecentActions()) files.emplace_back(action->text().mid(4).toStdString());
+    return files;
+  }
+  [[nodiscard]] QList<QAction*> RecentActions() {
+    QList<QAction*> recent;
+    for (QAction* action : Child<QMenu>(program_->Window(), "mnuFile").actions()) {
+      if (action->text().startsWith('&') && action->text().mid(2, 2) == ". ") recent << action;
+    }
+    return recent;
+  }
+  [[nodiscard]] fs::path NewLog(const char* name) const {
+    const fs::path file = installation_.suite() / name;
+    fs::copy_file(installation_.program() / "varnlog.md0", file);
+    return file;
+  }
+  void ClosesLogView() {
+    program_->Window().Results()->parentWidget()->close();
+    RunningProgram::Settle();
+  }
+  void Activates() {
+    emit qApp->applicationStateChanged(Qt::ApplicationActive);
+    QTest::qWait(400);
+  }
+  [[nodiscard]] QString IniValue(const char* key) const {
+    return QString::fromStdString(
+        modINIFile().ReadString("User", key, (installation_.program() / "varnlog.ini").string()));
+  }
+  [[nodiscard]] std::string ReadOnlyInLog() const {
+    std::string value;
+    installation_.WithLog(false, [&](dao::Database& log) {
+      const auto row = log.OpenRecordset("SELECT TConfig.* From TConfig WHERE (TConfig.tCfgSKey='ReadOnly')");
+      value = row->Fields("tCfgSSet").Text();
+    });
+    return value;
+  }
+};
+
+TEST_F(Commands, AreEnabledByWhatIsOpen) {
+  const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,  mnuViewStatusbar,
+                                      mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents, mnuHelpIndex,
+                                      mnuHelpSearch,   mnuHelpInfo};
+  const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
+                                       mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
+                                       mnuSortAll,       mnuViewLoad,      mnuViewProperties};
+  const std::set<CommandId> withView = {mnuFilePrint, mnuFilePrintPreview, mnuFilePrintSetup};
+  const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
+    a.insert(b.begin(), b.end());
+    return a;
+  };
+  StartsQuietly();
+  const std::set<CommandId> open = both(always, withLog);
+  EXPECT_EQ(Enabled(), both(both(open, withView), {mnuEditUpdate}));
+  program_->InDialog("frmProperties", [](QDialog& dialog) {
+    Child<QCheckBox>(dialog, "chkReadOnly").click();
+    Child<QPushButton>(dialog, "cmdClose").click();
+  });
+  program_->Triggers(mnuViewProperties);
+  EXPECT_EQ(Enabled(), both(open, withView)) << "read-only";
+  ClosesLogView();
+  EXPECT_EQ(Enabled(), open) << "without the view";
+  OpensFile(installation_.program() / "verbalo.mdb");
+  EXPECT_EQ(Enabled(), always) << "nothing is open";
+  EXPECT_EQ(program_->Window().windowTitle(), program_->Text("MN_CAPTION"_key));
+}
+
+TEST_F(Commands, StandInMenusAndToolbarInTheirOrder) {
+  StartsQuietly();
+  QStringList buttons;
+  for (const QAction* action : Child<ui::Toolbar>(program_->Window(), "tlbStandard").actions()) {
+    buttons << (action->isSeparator() ? "-" : action->objectName());
+  }
+  EXPECT_EQ(buttons.join(' ').toStdString(),
+            "mnuFileNew mnuFileOpen mnuEditUpdate - mnuFilePrint mnuFilePrintPreview - mnuSortPatAll "
+            "mnuSortPatPeriod "
+            "mnuSortDateAll mnuSortAll - mnuHelpIndex");
+  QStringList entries;
+  for (const QAction* menu : program_->Window().menuBar()->actions()) {
+    entries << menu->menu()->objectName() + ":";
+    for (const QAction* action : menu->menu()->actions()) {
+      entries << (action->isSeparator() ? "-" : action->objectName().section("mnu", 1));
+    }
+  }
+  EXPECT_EQ(entries.join(' ').toStdString(),
+            "mnuFile: FileNew FileOpen - FilePrintPreview FilePrint FilePrintSetup - - FileEnd mnuEdit: "
+            "EditUpdate mnuSort: "
+            "SortPatAll SortPatPeriod - SortDateAll SortDateAllXI SortDateAllXP SortDateAllXC SortDateAllXS "
+            "SortDateAllXV - SortAll mnuView: ViewToolbar ViewStatusbar ViewBigIcons - ViewLoad "
+            "ViewProperties mnuHelp: "
+            "HelpOnHelp HelpContents HelpIndex HelpSearch - HelpInfo");
+}
+
+TEST_F(Commands, OpenAnotherLogAndKnowTheLastFour) {
+  StartsQuietly();
+  const int beeps = program_->Beeps();
+  OpensFile(std::nullopt);
+  EXPECT_EQ(program_->Beeps(), beeps + 1);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "cancelled";
+
+  std::vector<fs::path> logs;
+  for (const char* name : {"a.mdb", "b.mdb", "c.mdb", "d.mdb", "e 'ü'.mdb"}) {
+    logs.push_back(NewLog(name));
+    OpensFile(logs.back());
+    EXPECT_EQ(program_->Globals().strDataFileGl, logs.back().string());
+    EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  }
+  const std::vector<fs::path> lastFour = {logs[4], logs[3], logs[2], logs[1]};
+  EXPECT_EQ(Recent(), lastFour);
+  EXPECT_TRUE(program_->TakeMessages().isEmpty());
+
+  // A file that is none, and one that is gone.
+  OpensFile(installation_.suite() / "kalvero.ini");
+  fs::remove(logs[2]);
+  RecentActions().at(2)->trigger();
+  const QStringList messages = program_->TakeMessages();
+  ASSERT_EQ(messages.size(), 2) << messages.join('\n').toStdString();
+  EXPECT_TRUE(messages.at(1).contains(QString::fromStdString(logs[2].string())))
+      << messages.at(1).toStdString();
+  EXPECT_EQ(Recent(), lastFour) << "only what was opened comes to the head";
+  EXPECT_EQ(program_->Globals().strDataFileGl, logs[4].string());
+  EXPECT_EQ(program_->Window().Results(), nullptr);
+
+  RecentActions().at(3)->trigger();
+  RunningProgram::Settle();
+  EXPECT_EQ(program_->Globals().strDataFileGl, logs[1].string());
+  const std::vector<fs::path> moved = {logs[1], logs[4], logs[3], logs[2]};
+  EXPECT_EQ(Recent(), moved);
+  StartsQuietly();
+  EXPECT_EQ(Recent(), moved);
+  EXPECT_EQ(program_->Globals().strDataFileGl, logs[1].string());
+}
+
+TEST_F(Commands, ViewOptionsAreKeptUntilTheNextStart) {
+  const auto shown = [this] {
+    const auto& toolbar = Child<ui::Toolbar>(program_->Window(), "tlbStandard");
+    return std::array{toolbar.isVisible(), program_->Window().statusBar()->isVisible(),
+                      toolbar.iconSize() == QSize(32, 32)};
+  };
+  const auto checked = [this] {
+    return std::array{program_->Window().Action(mnuViewToolbar)->isChecked(),
+                      program_->Window().Action(mnuViewStatusbar)->isChecked(),
+                      program_->Window().Action(mnuViewBigIcons)->isChecked()};
+  };
+  StartsQuietly();
+  std::array<bool, 3> expected = {true, true, true};
+  EXPECT_EQ(shown(), expected);
+  const CommandId commands[] = {mnuViewToolbar, mnuViewStatusbar, mnuViewBigIcons};
+  for (std::size_t i = 0; i < 3; ++i) {
+    program_->Triggers(commands[i]);
+    expected.at(i) = false;
+    EXPECT_EQ(shown(), expected) << Def(commands[i]).name;
+    EXPECT_EQ(checked(), expected) << Def(commands[i]).name;
+  }
+  EXPECT_EQ(Child<ui::Toolbar>(program_->Window(), "tlbStandard").iconSize(), QSize(16, 16));
+  StartsQuietly();
+  EXPECT_EQ(shown(), expected);
+  EXPECT_EQ(checked(), expected);
+  program_->Triggers(mnuViewToolbar);
+  EXPECT_TRUE(Child<ui::Toolbar>(program_->Window(), "tlbStandard").isVisible());
+}
+
+TEST_F(Commands, ReloadShowsWhatOthersHaveDone) {
+  StartsQuietly();
+  installation_.WithLog(false, [](dao::Database& log) {
+    log.Execute("DELETE FROM TXray WHERE tXraySName = 'Zander'");
+    log.Execute("UPDATE TXray SET tXraySVolt = '71' WHERE tXraySName = 'Abel'");
+  });
+  program_->Triggers(mnuViewLoad);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 3);
+  EXPECT_EQ(program_->ColumnTexts(kVoltageColumn).count("71"), 2);
+  ClosesLogView();
+  program_->Triggers(mnuViewLoad);
+  EXPECT_EQ(program_->Window().Results(), nullptr);
+  program_->Triggers(mnuSortAll);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 3) << "a selection opens the view again";
+}
+
+TEST_F(Commands, PropertiesProtectTheLogAndWorkOnItsFile) {
+  StartsQuietly();
+  program_->Enters(0, kVoltageColumn, "65");
+  program_->InDialog("frmProperties", [this](QDialog& dialog) {
+    EXPECT_EQ(Child<QLabel>(dialog, "lblPath").text().toStdString(), installation_.log().string());
+    EXPECT_EQ(Child<QLabel>(dialog, "lblVersion").text(), "1.1");
+    EXPECT_EQ(Child<QLabel>(dialog, "lblRows").text(), "4");
+    Child<QCheckBox>(dialog, "chkUpdateOnActivation").click();
+    for (const auto& [button, key] :
+         {std::pair("cmdCompact", "PP_COMPACT_DONE"_key), std::pair("cmdRepair", "PP_REPAIR_DONE"_key)}) {
+      Child<QPushButton>(dialog, button).click();
+      const QStringList messages = program_->TakeMessages();
+      ASSERT_FALSE(messages.isEmpty()) << button;
+      EXPECT_TRUE(messages.last().startsWith(program_->Text(key).section('$', 0, 0)))
+          << messages.last().toStdString();
+    }
+    Child<QCheckBox>(dialog, "chkReadOnly").click();
+    Child<QPushButton>(dialog, "cmdClose").click();
+  });
+  program_->Triggers(mnuViewProperties);
+  ASSERT_TRUE(program_->DialogsDone());
+  EXPECT_EQ(ReadOnlyInLog(), "1");
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  EXPECT_EQ(program_->Grid().StateOf(0, kVoltageColumn), ui::CellState::kLocked) << "the log was closed";
+  program_->Enters(1, kVoltageColumn, "66");
+  EXPECT_NE(program_->Grid().CellText(1, kVoltageColumn), "66") << "read-only";
+  EXPECT_TRUE(Child<QLabel>(program_->Window(), "pnlReadOnly").isVisible());
+
+  installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2022", "08:00:00")});
+  StartsQuietly();
+  EXPECT_EQ(IniValue("UpdateOnActivation"), "0");
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "no update is offered";
+  program_->Globals().UpdateOnActivation = true;
+  Activates();
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "nor made";
+  program_->InDialog("frmProperties", [](QDialog& dialog) {
+    Child<QCheckBox>(dialog, "chkReadOnly").click();
+    Child<QPushButton>(dialog, "cmdClose").click();
+  });
+  program_->Triggers(mnuViewProperties);
+  program_->Enters(1, kVoltageColumn, "66");
+  EXPECT_EQ(program_->Grid().CellText(1, kVoltageColumn), "66");
+  ClosesLogView();
+  Activates();
+  EXPECT_TRUE(fs::exists(installation_.exchangeFile())) << "no update without the view";
+}
+
+TEST_F(Commands, QuittingAsksAndKeepsTheProgramAfterANo) {
+  StartsQuietly();
+  program_->AnswersWith(db::MessageAnswer::kNo);
+  program_->Triggers(mnuFileEnd);
+  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RC_QUIT"_key)));
+  EXPECT_TRUE(program_->Window().isVisible());
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  program_->AnswersWith(db::MessageAnswer::kYes);
+  program_->Triggers(mnuFileEnd);
+  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RC_QUIT"_key)));
+  EXPECT_FALSE(program_->Window().isVisible());
+  EXPECT_EQ(program_->Globals().LogEngineGl, nullptr);
+}
+
+TEST_F(Commands, PreviewIsAChildWindowAndPrintingNeedsAPrinter) {
+  StartsQuietly();
+  for (const CommandId command : {mnuFilePrint, mnuFilePrintSetup}) {
+    program_->Triggers(command);
+    EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("MN_ERR_NOPRINTER"_key)))
+        << Def(command).name;
+  }
+  program_->Triggers(mnuFilePrintPreview);
+  const auto* preview =
+      dynamic_cast<report::frmPreview*>(program_->Window().findChild<QWidget*>("frmPreview"));
+  ASSERT_NE(preview, nullptr);
+  EXPECT_EQ(preview->windowTitle(), program_->Text("MN_PRINTPREVIEW"_key));
+  EXPECT_TRUE(preview->parentWidget()->isMaximized());
+  EXPECT_EQ(preview->PageCount(), 1);
+  OpensFile(NewLog("anderes.mdb"));
+  EXPECT_EQ(program_->Window().findChild<QWidget*>("frmPreview"), nullptr)
+      << "it showed the other log's rows";
+}
+
+TEST_F(Commands, TheAboutBoxNamesVersionAndLibraries) {
+  StartsQuietly();
+  program_->InDialog("frmAbout", [](QDialog& dialog) {
+    QString shown;
+    for (const QLabel* label : dialog.findChildren<QLabel*>()) shown += label->text() + '\n';
+    EXPECT_TRUE(shown.contains("1.1")) << shown.toStdString();
+    const auto& libraries = Child<QTreeWidget>(dialog, "lvwLibraries");
+    EXPECT_GE(libraries.topLevelItemCount(), 3);
+    for (int i = 0; i < libraries.topLevelItemCount(); ++i) {
+      EXPECT_FALSE(libraries.topLevelItem(i)->text(libraries.columnCount() - 1).isEmpty())
+          << i << ": no licence";
+    }
+    Child<QPushButton>(dialog, "cmdOK").click();
+  });
+  program_->Triggers(mnuHelpInfo);
+  EXPECT_TRUE(program_->DialogsDone());
+}
+
+/// The suite reports so many exposures that there is time to cancel.
+class LongUpdate : public Commands {
+ protected:
+  void SetUp() override {
+    qputenv("CUPS_SERVER", "/nonexistent/cups");
+    Starts(db::MessageAnswer::kYes);
+    tools::GeneratorOptions options;
+    options.count = 20'000;
+    options.invalidPercent = 0;
+    options.informationPercent = 0;
+    options.repeatedPercent = 0;
+    tools::ExposureGenerator generator(options);
+    std::vector<tools::Exposure> exposures;
+    for (std::int64_t i = 0; i < options.count; ++i) exposures.push_back(generator.Next());
+    installation_.Reports(exposures);
+    reported_ = fs::file_size(installation_.exchangeFile());
+  }
+  /// Presses the button once the run is on its way: before that, it would only close the dialog.
+  static void PressesCancelWhileItRuns(QDialog& dialog) {
+    QTimer::singleShot(1, &dialog, [&dialog] {
+      if (Child<QProgressBar>(dialog, "prgBar").maximum() == 0) return PressesCancelWhileItRuns(dialog);
+      Child<QPushButton>(dialog, "cmdCancel").click();
+    });
+  }
+  /// Cancels, is asked, comes back from another program, and presses `button`.
+  void Cancels(const char* button) {
+    program_->InDialog("frmRunUpdate", PressesCancelWhileItRuns);
+    program_->InDialog("frmCancelUpdate", [this, button](QDialog& dialog) {
+      Activates();
+      EXPECT_EQ(QApplication::activeModalWidget(), &dialog) << "a second update in the first";
+      Child<QPushButton>(dialog, button).click();
+    });
+    program_->Triggers(mnuEditUpdate);
+    EXPECT_TRUE(program_->DialogsDone());
+  }
+  std::uintmax_t reported_ = 0;
+};
+
+TEST_F(LongUpdate, CancelledInTheMiddleLeavesLogAndExchangeFileAsTheyWere) {
+  Cancels("cmdCancel");
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  EXPECT_EQ(fs::file_size(installation_.exchangeFile()), reported_);
+  EXPECT_TRUE(program_->Globals().UpdateDeclinedGl);
+  EXPECT_TRUE(program_->TakeMessages().isEmpty());
+  Activates();
+  EXPECT_EQ(fs::file_size(installation_.exchangeFile()), reported_) << "activating starts no update any more";
+
+  Cancels("cmdUpdate");
+  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Window().Results()->IsPopulated(); }, 10'000));
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 20'000) << "thought better of it";
+  EXPECT_FALSE(fs::exists(installation_.exchangeFile()));
+  EXPECT_FALSE(program_->Globals().UpdateDeclinedGl);
+}
+
+}  // namespace
+}  // namespace varnlog::app::test
