@@ -1,0 +1,175 @@
+#include <QTreeWidget>
+
+#include "tests/windows/MainWindow.h"
+#include "ui/FileDialog.h"
+
+// Names, settings and other workstations as a program meets them in practices.
+
+namespace varnlog::app::test {
+namespace {
+
+namespace fs = std::filesystem;
+using db::literals::operator""_key;
+using enum CommandId;
+
+class RoughUse : public MainWindow {
+ protected:
+  void Starts(db::MessageAnswer answer = db::MessageAnswer::kYes) {
+    MainWindow::Starts(answer);
+    started_ = program_->TakeMessages();
+  }
+  void Ini(const std::string& lines) {
+    cli::Installation::Write(installation_.program() / "varnlog.ini", lines);
+  }
+
+  QStringList started_;
+};
+
+TEST_F(RoughUse, AnotherWorkstationsWorkShowsWhenAValueIsEntered) {
+  Starts();
+  const auto entering = [this](int row, int column, const char* text) {
+    (void)program_->TakeMessages();
+    program_->Enters(row, column, text);
+    return program_->TakeMessages().join('|').toStdString();
+  };
+  const std::string inUse = program_->Text("RS_ERR_RECORDEX"_key).toStdString();
+  installation_.WithLog(false, [](dao::Database& log) {
+    log.Execute("UPDATE TXray SET tXraySVolt = '71' WHERE tXraySType = 'XC'");
+    log.Execute("DELETE FROM TXray WHERE tXraySName = 'O''Hara'");
+  });
+  // The first row was corrected meanwhile, and the newer value has not been seen here.
+  EXPECT_EQ(entering(0, kVoltageColumn, "65"), inUse);
+  EXPECT_EQ(Stored("tXraySVolt"), program_->Grid().CellText(0, kVoltageColumn).toStdString());
+  EXPECT_EQ(entering(1, kVoltageColumn, "66"), program_->Text("RS_ERR_RECDEL"_key).toStdString());
+
+  dao::DBEngine engine;
+  engine.SetSystemDB((installation_.program() / "system.mdw").string());
+  const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
+  const auto log = workspace->OpenDatabase(installation_.log().string(), false, false);
+  workspace->BeginTrans();
+  EXPECT_EQ(entering(0, logview::kCommentColumn, "gesperrt"), inUse);
+  workspace->Rollback();
+  EXPECT_TRUE(entering(0, logview::kCommentColumn, "frei").empty());
+  EXPECT_EQ(Stored("tXraySComment"), "frei");
+  program_->Triggers(mnuViewLoad);
+  EXPECT_EQ(Patients(), Names({"Abel", "Abel", "Zander"}));
+}
+
+TEST_F(RoughUse, NamesOfEveryKindAreShownFoundAndSelected) {
+  const std::string wide = "WWWWWWWWWWWWWWWWWWWWWWWWWWWWWWWW";
+  Starts();
+  const std::vector<std::string> names = {"100% [echt]", "Weiß_Ö?",    "{dao.x}", "\"Rex\"",
+                                          "Ünal; -- x",  "#1 & Söhne", wide,      "אבג"};
+  installation_.WithLog(false, [&](dao::Database& log) {
+    int id = 1000;
+    for (const std::string& name : names) {
+      log.Execute(
+          "INSERT INTO TXray (tXrayCulIntIDPk, tXraySName, tXraySFirstname, tXrayDBirthday, tXrayTs, "
+          "tXraySType) "
+          "VALUES (" +
+          std::to_string(id++) + ", '" + name +
+          "', 'Käthe', '1960-02-01 00:00:00', '2023-01-01 08:00:00', 'XI')");
+    }
+  });
+  program_->Triggers(mnuSortAll);
+  for (const std::string& name : names) {
+    EXPECT_TRUE(std::ranges::count(Patients(), name) == 1) << name;
+    program_->InDialog("frmPatSearch", [&](QDialog& dialog) {
+      // Brackets and the like are wildcards of the search; the list below shows everybody.
+      Child<QLineEdit>(dialog, "txtSearch").setText("*");
+      Child<QPushButton>(dialog, "cmdSearch").click();
+      auto& list = Child<QTreeWidget>(dialog, "lvwPat");
+      for (int i = 0; i < list.topLevelItemCount(); ++i) {
+        QTreeWidgetItem* entry = list.topLevelItem(i);
+        if (!entry->text(0).startsWith(QString::fromStdString(name) + ",")) continue;
+        list.setCurrentItem(entry);
+        emit list.itemClicked(entry, 0);
+      }
+      Child<QPushButton>(dialog, "cmdOK").click();
+      if (dialog.isVisible()) Cancels(dialog);
+    });
+    program_->Triggers(mnuSortPatAll);
+    EXPECT_EQ(program_->Globals().strPatNameGl, name);
+    EXPECT_EQ(Patients(), Names({name}));
+    EXPECT_TRUE(program_->Window().windowTitle().contains(QString::fromStdString(name)));
+    EXPECT_TRUE(program_->TakeMessages().isEmpty()) << name;
+    program_->Triggers(mnuSortAll);
+  }
+}
+
+TEST_F(RoughUse, AnApostropheInASelectedNameIsToldAndNothingElseHappens) {
+  Ini("[" + installation_.log().string() +
+      "]\nSortSelectionGl=2\nName=O'Hara\nFirstName=Käthe\nBirth=19600201\n"
+      "[User]\nDataFile=" +
+      installation_.log().string() + "\n");
+  fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
+  Starts();
+  EXPECT_EQ(started_.size(), 3) << started_.join("\n--\n").toStdString();
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  program_->Triggers(mnuSortAll);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+}
+
+TEST_F(RoughUse, SettingsOutOfAllBoundsStillShowAWindow) {
+  const char* const rows[] = {
+      "[Form Positions]\nfrmMDIMain=L=99999;T=-99999;W=0;H=1000000;S=0\n",
+      "[Form Positions]\nfrmMDIMain=L=-99999;T=99999;W=1000000;H=0;S=0\n",
+      "[Form Positions]\nfrmMDIMain=L=a;T=;W=-5;H=99999999999999999999;S=9\n",
+      "[GridColumns]\nWidths=W0=0;W1=1000000;W2=-7;W3=99999999999999999999;W4=x;W99=5;\n",
+      "[GridColors]\nLockedBackColor=R=999;G=-1;B=x\nEditForeColor=\n",
+      "[User]\nOptTbrVisible=yes\nDataFile=/nirgends/kein.mdb\n[App]\nLanguage=XX\n",
+      "[User\n=\n\x01\x02\xff\xfe[[[]]]\n;\n",
+  };
+  for (const char* ini : rows) {
+    Ini(ini);
+    Starts();
+    frmMDIMain& window = program_->Window();
+    const QRect screen = window.screen()->availableGeometry();
+    EXPECT_TRUE(screen.contains(QRect(window.pos(), window.size())))
+        << ini << window.x() << "," << window.y() << " " << window.width() << "x" << window.height() << " on "
+        << screen.width() << "x" << screen.height();
+    EXPECT_GT(window.centralWidget()->height(), 0) << ini;
+    EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << ini;
+    for (int column = 0; column < logview::kColumnCount; ++column) {
+      const int width = program_->Grid().ColumnWidth(column);
+      EXPECT_TRUE(width >= ui::TDBGrid::kNarrowest && width <= ui::TDBGrid::kWidest) << ini << column;
+    }
+    window.grab();
+    EXPECT_TRUE(program_->Quits()) << ini;
+  }
+}
+
+TEST_F(RoughUse, ALogThatVanishedBetweenTwoStartsGivesWayToTheOneOfTheSuite) {
+  Starts();
+  const fs::path other = installation_.suite() / "anderes.mdb";
+  fs::copy_file(installation_.log(), other);
+  ui::CFileDialog::AnswerWith([&](const ui::CFileDialog&) { return std::optional(other.string()); });
+  program_->Triggers(mnuFileOpen);
+  ui::CFileDialog::AnswerWith({});
+  ASSERT_EQ(program_->Globals().strDataFileGl, other.string());
+  program_.reset();
+  fs::remove(other);
+  Starts();
+  EXPECT_EQ(program_->Globals().strDataFileGl, installation_.log().string());
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  program_.reset();
+  fs::remove(installation_.log());
+  Starts();
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 0) << "a new one";
+  EXPECT_TRUE(started_.isEmpty()) << started_.join('\n').toStdString();
+
+  // Nowhere to put a new one: told, and another can be chosen.
+  program_.reset();
+  fs::remove(installation_.log());
+  fs::remove(installation_.program() / "varnlog.md0");
+  ui::CFileDialog::AnswerWith([](const ui::CFileDialog&) { return std::nullopt; });
+  Starts();
+  ui::CFileDialog::AnswerWith({});
+  ASSERT_EQ(started_.size(), 2);
+  EXPECT_TRUE(started_.at(0).contains("Varnlog.mdb"));
+  EXPECT_TRUE(started_.at(1).contains("Varnlog.mdb"));
+  EXPECT_EQ(program_->Window().Results(), nullptr);
+}
+
+}  // namespace
+}  // namespace varnlog::app::test
