@@ -31,7 +31,7 @@ using db::literals::operator""_key;
 
 namespace {
 
-constexpr QSize kMainWindow(1280, 760);
+constexpr QSize kMainWindow(1366, 740);
 constexpr int kVoltageColumn = 7;
 constexpr double kPartOfUpdateShown = 0.4;
 
