@@ -173,6 +173,46 @@ TEST_F(ReportTest, AnEmptySelectionSaysSoInEveryLanguage) {
   }
 }
 
+TEST_F(ReportTest, DatesAndPaperFollowTheUsersLocale) {
+  installation_.Reports({NewExposure("Muster", "XI", "02.03.2020", "08:00:00")});
+  ASSERT_EQ(installation_.Ctl("update").status, 0);
+  const struct {
+    const char* locale;
+    const char* taken;
+    const char* patient;
+    const char* paper;
+  } rows[] = {{"de_DE.UTF-8", "02.03.2020 08:00:00", "Muster, Käthe *1.2.1960", "(A4)"},
+              {"en_US.UTF-8", "3/2/2020 08:00:00", "Muster, Käthe *2/1/1960", "(letter)"},
+              {"sv_SE.UTF-8", "2020-03-02 08:00:00", "Muster, Käthe *1960-2-1", "(A4)"},
+              {"C", "02.03.2020 08:00:00", "Muster, Käthe *1.2.1960", "(A4)"}};
+  for (const auto& row : rows) {
+    const Ended ended =
+        installation_.Shell("LC_ALL=" + std::string(row.locale) + " " + installation_.CtlCommand() +
+                            " report --output '" + Pdf().string() + "'");
+    ASSERT_EQ(ended.status, 0) << row.locale << ended.err;
+    const std::vector<std::string> pages = PdfPages(Pdf(), installation_);
+    ASSERT_EQ(pages.size(), 1U) << row.locale;
+    EXPECT_THAT(pages[0], HasSubstr(row.taken)) << row.locale;
+    EXPECT_THAT(pages[0], HasSubstr(row.patient)) << row.locale;
+    EXPECT_THAT(installation_.Shell("pdfinfo '" + Pdf().string() + "'").out, HasSubstr(row.paper))
+        << row.locale;
+  }
+}
+
+TEST_F(ReportTest, WithoutItsTextsItStillPrintsTheRows) {
+  Logs(5);
+  dao::DBEngine engine;
+  engine.SetSystemDB((installation_.program() / "system.mdw").string());
+  const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
+  const auto texts =
+      workspace->OpenDatabase((installation_.program() / "verbalo.mdb").string(), false, false);
+  texts->Execute("DELETE FROM TRes WHERE TResSTextKey <> 'RS_HEADLINE'");
+  texts->Close();
+  const Ended ended = Report("");
+  ASSERT_EQ(ended.status, 0) << ended.err;
+  EXPECT_THAT(PdfPages(Pdf(), installation_).at(0), HasSubstr("05.01.2015 08:"));
+}
+
 TEST_F(ReportTest, NamesAreRelativeToTheUsersFolder) {
   const fs::path folder = installation_.suite() / "anderswo";
   fs::create_directories(folder);
