@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-
 #include <nettle/sha2.h>
 
 namespace varnlog::platform {
