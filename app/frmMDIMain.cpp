@@ -32,14 +32,14 @@ constexpr int kMillisecondsForPlace = 300;
 constexpr int kPanelMargin = 4;
 
 /// A window manager gives a maximised window its place a moment later, and what is shown before that would be
-/// centred over the wrong one.
+/// centred over the wrong one. Keys and clicks wait: no command may run before there is a log.
 void AwaitPlace(const QWidget& window, const QSize& before) {
   QElapsedTimer waiting;
   waiting.start();
-  QApplication::processEvents();
+  QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
   while (window.isMaximized() && window.size() == before && !waiting.hasExpired(kMillisecondsForPlace)) {
     QThread::msleep(1);
-    QApplication::processEvents();
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
   }
 }
 
@@ -103,6 +103,7 @@ bool frmMDIMain::Load() {
   activateWindow();
   FocusLogView();
   connect(qApp, &QApplication::applicationStateChanged, this, &frmMDIMain::ApplicationStateChanged);
+  loading_ = false;
   return true;
 }
 
@@ -337,7 +338,7 @@ void frmMDIMain::BringToFront() {
 }
 
 void frmMDIMain::closeEvent(QCloseEvent* event) {
-  if (!unloading_ && program_.ConfirmQuit()) {
+  if (loading_ || (!unloading_ && program_.ConfirmQuit())) {
     event->ignore();
     return;
   }

@@ -109,6 +109,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   QLabel* pendingPanel_ = nullptr;
   QTimer timUpdate_;
   QPointer<logview::frmResults> results_;
+  bool loading_ = true;
   bool unloading_ = false;
 };
 
