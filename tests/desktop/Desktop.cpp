@@ -168,6 +168,14 @@ void Desktop::FocusWindowInUse() {
           "no focus for " + window.Name().toStdString());
 }
 
+void Desktop::TakesFocusAway() {
+  // The server's own name for whatever window is under the mouse.
+  XDoTool({"windowfocus", "1"});
+  // The server ignores who asks for the focus with a time before this, and the program takes the time from
+  // the last event it has seen.
+  XDoTool({"mousemove", "300", "300", "mousemove", "310", "310"});
+}
+
 void Desktop::Presses(const char* key) {
   FocusWindowInUse();
   XDoTool({"key", key});

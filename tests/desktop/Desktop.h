@@ -73,6 +73,8 @@ class Desktop {
   void Presses(const char* key);
   /// ASCII only.
   void Types(const char* text);
+  /// The keys go to no window of the program any more.
+  void TakesFocusAway();
   /// True when `done` within the time that everything here waits for.
   static bool WaitFor(const std::function<bool()>& done);
 

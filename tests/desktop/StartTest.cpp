@@ -21,7 +21,7 @@ class Start : public RealProgram {
 
 TEST_F(Start, AnotherCopyBringsTheFirstToTheFrontAndLeavesTheSettingsAlone) {
   StartsAndUpdates();
-  // No window manager gives the keys back to the window when the message has gone.
+  desktop_.TakesFocusAway();
   desktop_.Sees([](const Part& part) { return part.Role() == "TopWindow" && !part.IsFocused(); }, "no focus");
   installation_.SetLanguage("GB");
   const std::string before = Ini();
