@@ -50,7 +50,7 @@ frmProperties::frmProperties(QWidget* parent, db::Globals& globals, const Servic
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs);
   layout->addWidget(buttons);
-  setMinimumWidth(fontMetrics().averageCharWidth() * 72);
+  tabs->setMinimumWidth(fontMetrics().averageCharWidth() * 68);
   ShowFacts();
 }
 

@@ -52,7 +52,8 @@ frmRunUpdate::frmRunUpdate(QWidget* parent, const UpdateContext& context, db::Us
   layout->addWidget(lblProgress_);
   layout->addSpacing(8);
   layout->addWidget(buttons);
-  setMinimumWidth(fontMetrics().averageCharWidth() * 62);
+  // Of the window itself it would take the place of what the texts need.
+  prgBar_->setMinimumWidth(fontMetrics().averageCharWidth() * 58);
 }
 
 void frmRunUpdate::showEvent(QShowEvent* event) {
