@@ -277,20 +277,23 @@ void BareText(benchmark::State& state) {
   sqlite3_close(opened);
 }
 
+/// What reads much memory has many turns: one of them finds the processor's cache left alone.
+constexpr int kTurns = 15;
+
 BENCHMARK(OpenAndReadPage)->Arg(10'000)->Arg(kLarge)->Unit(benchmark::kMillisecond);
-BENCHMARK(AllIds)->Arg(kLarge)->Unit(benchmark::kMillisecond);
-BENCHMARK(BareIds)->Arg(kLarge)->Unit(benchmark::kMillisecond);
+BENCHMARK(AllIds)->Arg(kLarge)->Unit(benchmark::kMillisecond)->Repetitions(kTurns);
+BENCHMARK(BareIds)->Arg(kLarge)->Unit(benchmark::kMillisecond)->Repetitions(kTurns);
 BENCHMARK(JumpAndReadPage)->Arg(kLarge)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BarePage)->Arg(kLarge)->Unit(benchmark::kMicrosecond);
 BENCHMARK(SortByPatient)->Unit(benchmark::kMillisecond);
 BENCHMARK(SortReversed)->Unit(benchmark::kMillisecond);
 BENCHMARK(SortByType)->Unit(benchmark::kMillisecond);
-BENCHMARK(BareNameScan)->Unit(benchmark::kMillisecond);
+BENCHMARK(BareNameScan)->Unit(benchmark::kMillisecond)->Repetitions(kTurns);
 BENCHMARK(BareTypeScan)->Unit(benchmark::kMillisecond);
 BENCHMARK(BareSort)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(PeriodAndType)->Unit(benchmark::kMillisecond);
 BENCHMARK(BarePeriodAndType)->Unit(benchmark::kMillisecond);
-BENCHMARK(PatientSearchFirst)->Unit(benchmark::kMillisecond);
+BENCHMARK(PatientSearchFirst)->Unit(benchmark::kMillisecond)->Repetitions(kTurns);
 BENCHMARK(PatientSearchAgain)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(GetText)->Unit(benchmark::kMillisecond);
 BENCHMARK(BareText)->Unit(benchmark::kMillisecond);

@@ -23,21 +23,18 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
   if (!shown.empty()) ConsoleReporter::ReportRuns(shown);
 }
 
-double RatioReporter::Median(std::string_view name) const {
+double RatioReporter::Best(std::string_view name) const {
   const auto found = seconds_.find(name);
   if (found == seconds_.end()) return 0;
-  std::vector<double> times = found->second;
-  const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-  std::nth_element(times.begin(), middle, times.end());
-  return *middle;
+  return *std::min_element(found->second.begin(), found->second.end());
 }
 
 int RatioReporter::PrintRatios() const {
   int exceeded = 0;
   std::printf("\n%-64s %8s %8s\n", "ratio", "measured", "limit");
   for (const Ratio& ratio : ratios_) {
-    const double measured = Median(ratio.measured);
-    const double against = ratio.against.empty() ? 1 : Median(ratio.against);
+    const double measured = Best(ratio.measured);
+    const double against = ratio.against.empty() ? 1 : Best(ratio.against);
     if (measured <= 0 || against <= 0) continue;
     const double value = measured / against;
     const bool holds = value <= ratio.limit;

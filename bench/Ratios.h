@@ -20,8 +20,9 @@ struct Ratio {
 };
 
 /// Prints the median of each benchmark and afterwards each ratio whose benchmarks were run, with its limit.
-/// Ratios are those of medians over the repetitions: of processor time, or of real time where a benchmark
-/// says so because it waits for other processes or the disk.
+/// Ratios are those of the best of the repetitions, because whatever else the machine does only ever adds: of
+/// processor time, or of real time where a benchmark says so because it waits for other processes or the
+/// disk.
 class RatioReporter final : public benchmark::ConsoleReporter {
  public:
   explicit RatioReporter(std::span<const Ratio> ratios)
@@ -32,7 +33,7 @@ class RatioReporter final : public benchmark::ConsoleReporter {
   [[nodiscard]] int PrintRatios() const;
 
  private:
-  [[nodiscard]] double Median(std::string_view name) const;
+  [[nodiscard]] double Best(std::string_view name) const;
 
   std::span<const Ratio> ratios_;
   std::map<std::string, std::vector<double>, std::less<>> seconds_;

@@ -1,6 +1,5 @@
 #include "db/dao/DifferentRows.h"
 
-#include <array>
 #include <cstring>
 
 #include <sqlite3.h>
@@ -10,6 +9,10 @@ namespace {
 
 using Length = std::uint32_t;
 constexpr Length kNull = 0xFFFFFFFF;
+
+/// How many rows are read while the memory for one arrives.
+constexpr std::size_t kRowsBetween = 6;
+constexpr std::size_t kMostPending = 32;
 
 /// Copies a short text without a call and with few branches: so many bytes at a time, the last of which may
 /// overlap the ones before.
@@ -31,37 +34,37 @@ void DifferentRows::Take(int count, sqlite3_value** values) {
   if (TooMany()) return;
   columns_ = static_cast<std::size_t>(count);
   Append(count, values);
-  if (pendingEnds_.size() == ValueDictionary::kBatch) TakePending();
+  rows_.Aim(pending_.back().hash);
+  if (pending_.size() > kRowsBetween) rows_.Approach(pending_[pending_.size() - 1 - kRowsBetween].hash);
+  if (pending_.size() == kMostPending) TakePending();
 }
 
 void DifferentRows::Append(int count, sqlite3_value** values) {
-  std::size_t head = pendingSize_;
+  const std::size_t begin = size_;
+  std::size_t head = begin;
   std::size_t end = head + static_cast<std::size_t>(count) * sizeof(Length);
-  if (pending_.size() < end) pending_.resize(end * 2);
+  if (bytes_.size() < end) bytes_.resize(end * 2);
   for (int i = 0; i < count; ++i, head += sizeof(Length)) {
     const unsigned char* const text = sqlite3_value_text(values[i]);
     const auto size = text == nullptr ? Length{0} : static_cast<Length>(sqlite3_value_bytes(values[i]));
     const Length length = text == nullptr ? kNull : size;
-    if (pending_.size() < end + size) pending_.resize((end + size) * 2);
-    std::memcpy(pending_.data() + head, &length, sizeof length);
-    CopyText(text, size, pending_.data() + end);
+    if (bytes_.size() < end + size) bytes_.resize((end + size) * 2);
+    std::memcpy(bytes_.data() + head, &length, sizeof length);
+    CopyText(text, size, bytes_.data() + end);
     end += size;
   }
-  pendingSize_ = end;
-  pendingEnds_.push_back(end);
+  size_ = end;
+  pending_.push_back({end, ValueDictionary::HashOf({bytes_.data() + begin, end - begin})});
 }
 
 void DifferentRows::TakePending() {
-  std::array<std::string_view, ValueDictionary::kBatch> rows;
-  std::array<std::uint32_t, ValueDictionary::kBatch> codes{};
   std::size_t begin = 0;
-  for (std::size_t i = 0; i < pendingEnds_.size(); ++i) {
-    rows[i] = std::string_view(pending_.data() + begin, pendingEnds_[i] - begin);
-    begin = pendingEnds_[i];
+  for (const Pending& row : pending_) {
+    rows_.Intern(std::string_view(bytes_.data() + begin, row.end - begin), row.hash);
+    begin = row.end;
   }
-  rows_.InternAll(std::span(rows).first(pendingEnds_.size()), codes.data());
-  pendingEnds_.clear();
-  pendingSize_ = 0;
+  pending_.clear();
+  size_ = 0;
 }
 
 void DifferentRows::Get(std::size_t row, RowTexts& texts) const {

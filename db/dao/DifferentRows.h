@@ -37,10 +37,15 @@ class DifferentRows final : public RowCollector {
 
   std::size_t most_;
   ValueDictionary rows_;
-  // Rows that wait to be looked up together, each as the lengths of its values followed by their bytes.
-  std::vector<char> pending_;
-  std::size_t pendingSize_ = 0;
-  std::vector<std::size_t> pendingEnds_;
+  struct Pending {
+    std::size_t end;
+    std::uint32_t hash;
+  };
+  // Rows that are on their way into the dictionary, each as the lengths of its values followed by their
+  // bytes.
+  std::vector<char> bytes_;
+  std::size_t size_ = 0;
+  std::vector<Pending> pending_;
   std::size_t columns_ = 0;
 };
 

@@ -143,6 +143,12 @@ bool LikePattern::Walk(std::string_view text, Next next) const {
       position = behind;
     } else if (star != none) {
       (void)next(starEnd);
+      const Element& wanted = elements_[star + 1];
+      while (wanted.kind == Kind::kLiteral && starEnd < text.size()) {
+        std::size_t after = starEnd;
+        if (next(after) == wanted.literal) break;
+        starEnd = after;
+      }
       position = starEnd;
       element = star + 1;
     } else {

@@ -1,7 +1,6 @@
 #include "db/dao/ValueDictionary.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <numeric>
 
@@ -11,6 +10,12 @@ namespace varnlog::dao {
 namespace {
 
 constexpr std::size_t kFirstSlots = 256;
+
+void Prefetch([[maybe_unused]] const void* address) {
+#ifdef __GNUC__
+  __builtin_prefetch(address);
+#endif
+}
 
 std::uint64_t Mix(std::uint64_t value) {
   value *= 0x9E3779B97F4A7C15U;
@@ -48,25 +53,17 @@ std::uint32_t ValueDictionary::Intern(std::string_view value) {
   return Intern(value, Hash(value));
 }
 
-void ValueDictionary::InternAll(std::span<const std::string_view> values, std::uint32_t* codes) {
-  for (; values.size() > kBatch; values = values.subspan(kBatch), codes += kBatch) {
-    InternAll(values.first(kBatch), codes);
-  }
-  // Each loop reads memory that the one before told the place of; within a loop no read waits for another.
-  std::array<std::uint32_t, kBatch> hashes;
-  std::array<Slot, kBatch> slots;
-  std::array<Header, kBatch> headers;
-  for (std::size_t i = 0; i < values.size(); ++i) hashes[i] = Hash(values[i]);
-  for (std::size_t i = 0; i < values.size(); ++i) slots[i] = slots_[hashes[i] & (slots_.size() - 1)];
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    if (slots[i].offset == kFree) continue;
-    headers[i] = HeaderAt(slots[i].offset);
-  }
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const bool known = slots[i].offset != kFree && slots[i].hash == hashes[i] &&
-                       ValueAt(slots[i].offset, headers[i].length) == values[i];
-    codes[i] = known ? headers[i].code : Intern(values[i], hashes[i]);
-  }
+std::uint32_t ValueDictionary::HashOf(std::string_view value) {
+  return Hash(value);
+}
+
+void ValueDictionary::Aim(std::uint32_t hash) const {
+  Prefetch(&slots_[hash & (slots_.size() - 1)]);
+}
+
+void ValueDictionary::Approach(std::uint32_t hash) const {
+  const Slot& slot = slots_[hash & (slots_.size() - 1)];
+  if (slot.offset != kFree) Prefetch(reinterpret_cast<const char*>(lines_.data()) + slot.offset);
 }
 
 std::uint32_t ValueDictionary::Intern(std::string_view value, std::uint32_t hash) {

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string_view>
 #include <vector>
 
@@ -18,10 +17,14 @@ class ValueDictionary {
   /// stay below 4 GB.
   std::uint32_t Intern(std::string_view value);
 
-  /// The same for several values at once: their numbers go to `codes`. Much faster when the dictionary is
-  /// larger than the processor's cache, because the memory of all of them is waited for together.
-  static constexpr std::size_t kBatch = 64;
-  void InternAll(std::span<const std::string_view> values, std::uint32_t* codes);
+  // The same in steps, for whoever has several values at hand. With a dictionary larger than the processor's
+  // cache, what takes longest is to wait for memory; between the steps it can arrive.
+  [[nodiscard]] static std::uint32_t HashOf(std::string_view value);
+  /// To be called first, and some time before Approach().
+  void Aim(std::uint32_t hash) const;
+  /// To be called some time before Intern().
+  void Approach(std::uint32_t hash) const;
+  std::uint32_t Intern(std::string_view value, std::uint32_t hash);
 
   [[nodiscard]] std::size_t Size() const { return offsets_.size(); }
   /// Until the next Intern().
@@ -45,7 +48,6 @@ class ValueDictionary {
 
   [[nodiscard]] Header HeaderAt(std::uint32_t offset) const;
   [[nodiscard]] std::string_view ValueAt(std::uint32_t offset, std::uint32_t length) const;
-  std::uint32_t Intern(std::string_view value, std::uint32_t hash);
   std::uint32_t Append(std::string_view value);
   void Grow();
 
