@@ -92,8 +92,15 @@ void frmPatSearch::Choose(const QTreeWidgetItem* item) {
 }
 
 void frmPatSearch::ReportError(const dao::EngineError& error) {
-  db::MsgBox(user_, texts_, std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
-             db::MessageIcon::kCritical);
+  // The query cannot hold such a name; what the engine makes of the rest tells the user nothing.
+  const bool apostrophe = error.number() == dao::ErrorNumber::kSyntaxError &&
+                          (txtSearch_->text() + selected_).contains(QLatin1Char('\''));
+  if (apostrophe) {
+    db::MsgBox(user_, texts_, texts_.GetText("PS_ERR_APOSTROPHE"_key), db::MessageIcon::kInformation);
+  } else {
+    db::MsgBox(user_, texts_, std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
+               db::MessageIcon::kCritical);
+  }
   txtSearch_->setFocus();
 }
 

@@ -133,9 +133,17 @@ TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
       const bool found = Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount() > 0;
       EXPECT_NE(told, found) << entry.toStdString() << ": either a list or a message";
     }
+    const QStringList apostrophe(program_->Text("PS_ERR_APOSTROPHE"_key));
+    Child<QLineEdit>(dialog, "txtSearch").setText("O'H");
+    Child<QPushButton>(dialog, "cmdSearch").click();
+    EXPECT_EQ(program_->TakeMessages(), apostrophe);
     Child<QLineEdit>(dialog, "txtSearch").setText("*");
     Child<QPushButton>(dialog, "cmdSearch").click();
-    EXPECT_EQ(Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount(), 3);
+    auto& list = Child<QTreeWidget>(dialog, "lvwPat");
+    ASSERT_EQ(list.topLevelItemCount(), 3);
+    list.setCurrentItem(list.topLevelItem(1));
+    Child<QPushButton>(dialog, "cmdOK").click();
+    EXPECT_EQ(program_->TakeMessages(), apostrophe) << "found, but not to be chosen";
     Cancels(dialog);
   });
   program_->Triggers(mnuSortPatAll);

@@ -227,6 +227,9 @@ void WindowTour::ShowPatientSearch() {
     box.setText("Xyz");
     ExpectMessage("message-no-patient");
     Child<QPushButton>(window, "cmdSearch").click();
+    box.setText("O'Hara");
+    ExpectMessage("message-apostrophe");
+    Child<QPushButton>(window, "cmdSearch").click();
     box.setText(Grid().CellText(0, logview::kPatientColumn).left(1));
     Child<QPushButton>(window, "cmdSearch").click();
     Visit("patient-search-hits", window);
