@@ -42,8 +42,8 @@ class TextLookup {
   [[nodiscard]] virtual std::string GetText(TextKey key) const = 0;
 };
 
-/// Looks each text up once, for rows that ask for the same few again and again. Of use as long as the language
-/// stays the same; a text that is missing is looked up every time.
+/// Looks each text up once, for rows that ask for the same few again and again. Of use as long as the
+/// language stays the same; a text that is missing is looked up every time.
 class RememberedTexts final : public TextLookup {
  public:
   explicit RememberedTexts(const TextLookup& texts) : texts_(texts) {}

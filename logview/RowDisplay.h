@@ -13,8 +13,8 @@
 namespace varnlog::logview {
 
 /// Turns the current row of a record set over TXray into the texts of the grid. Looks the record set's fields
-/// up once and keeps references to them and to the texts, so it lives no longer than those. The scheme is asked
-/// once, so that the rows that an object shows never mix two.
+/// up once and keeps references to them and to the texts, so it lives no longer than those. The scheme is
+/// asked once, so that the rows that an object shows never mix two.
 class RowDisplay {
  public:
   RowDisplay(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme,
