@@ -1,14 +1,10 @@
-#include <fstream>
 #include <set>
 
 #include <QCheckBox>
 #include <QLabel>
-#include <QMdiArea>
-#include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QStatusBar>
-#include <QTabWidget>
 #include <QTreeWidget>
 
 #include "report/frmPreview.h"
