@@ -50,7 +50,8 @@ frmConvert::frmConvert(QWidget* parent, const db::TextLookup& texts, db::UserDia
   layout->addWidget(prgBar_);
   layout->addSpacing(8);
   layout->addWidget(buttons);
-  setMinimumWidth(fontMetrics().averageCharWidth() * 62);
+  // Of the window itself it would take the place of what the texts need.
+  prgBar_->setMinimumWidth(fontMetrics().averageCharWidth() * 58);
   sinceBegin_.start();
   sinceEvents_.start();
 }
