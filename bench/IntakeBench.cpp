@@ -90,13 +90,15 @@ void SameAgain(benchmark::State& state) {
 constexpr std::int64_t kSmall = 100'000;
 constexpr std::int64_t kLarge = 1'000'000;
 
-BENCHMARK(RawFresh)
-    ->Arg(kSmall)
-    ->Arg(kLarge)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1)
-    ->Repetitions(3);
+void Small(benchmark::internal::Benchmark* runs) {
+  runs->Arg(kSmall)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(9);
+}
+void Large(benchmark::internal::Benchmark* runs) {
+  runs->Arg(kLarge)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
+}
+
+BENCHMARK(RawFresh)->Apply(Small);
+BENCHMARK(RawFresh)->Apply(Large);
 BENCHMARK(RawRecent)->Arg(kRecent)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(Parse)
     ->Arg(kSmall)
@@ -105,26 +107,16 @@ BENCHMARK(Parse)
     ->Iterations(1)
     ->Repetitions(3)
     ->UseRealTime();
-BENCHMARK(Fresh)
-    ->Arg(kSmall)
-    ->Arg(kLarge)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1)
-    ->Repetitions(3);
+BENCHMARK(Fresh)->Apply(Small);
+BENCHMARK(Fresh)->Apply(Large);
 BENCHMARK(RecentIntoFull)
     ->Arg(kSmall)
     ->Arg(kLarge)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
     ->Iterations(3);
-BENCHMARK(SameAgain)
-    ->Arg(kSmall)
-    ->Arg(kLarge)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1)
-    ->Repetitions(3);
+BENCHMARK(SameAgain)->Apply(Small);
+BENCHMARK(SameAgain)->Apply(Large);
 
 }  // namespace
 }  // namespace varnlog::bench

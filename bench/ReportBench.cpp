@@ -152,13 +152,8 @@ void ReportMegabytes(benchmark::State& state) {
 constexpr std::int64_t kUsual = 10'000;
 constexpr std::int64_t kLong = 200'000;
 
-BENCHMARK(BarePdf)->Arg(kUsual)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(7);
-BENCHMARK(ReportPdf)
-    ->Arg(kUsual)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->Iterations(1)
-    ->Repetitions(7);
+BENCHMARK(BarePdf)->Arg(kUsual)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(7);
+BENCHMARK(ReportPdf)->Arg(kUsual)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(7);
 BENCHMARK(ReportMegabytes)
     ->Arg(kUsual)
     ->Arg(kLong)
