@@ -18,7 +18,7 @@ class GuiEnvironment final : public ::testing::Environment {
 
  private:
   int argc_ = 1;
-  char name_[8] = "test_ui";
+  char name_[5] = "test";
   char* argv_[2] = {name_, nullptr};
   std::unique_ptr<QApplication> application_;
 };
