@@ -24,6 +24,7 @@ int Measure(int argc, char** argv) {
   using namespace varnlog;
   std::vector<std::string> arguments = WithDefaults(argc, argv);
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size());
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   int count = static_cast<int>(pointers.size());
   benchmark::Initialize(&count, pointers.data());
