@@ -47,6 +47,7 @@ class DisplayedRows final : public RowSource {
 
   [[nodiscard]] std::vector<std::string> Headings() const override {
     std::vector<std::string> headings;
+    headings.reserve(logview::kColumnCount);
     for (int i = 0; i < logview::kColumnCount; ++i) headings.push_back(logview::ColumnHeading(i, texts_));
     return headings;
   }

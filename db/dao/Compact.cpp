@@ -23,7 +23,7 @@ fs::path FilePath(const std::string& path) {
 // Reports how far the copy has grown while the storage works, and stops it when told to.
 class CopyProgress {
  public:
-  CopyProgress(Connection& source, std::string copy, const MaintenanceProgress& progress)
+  CopyProgress(Connection& source, const std::string& copy, const MaintenanceProgress& progress)
       : source_(source), copy_(FilePath(copy)), progress_(progress) {
     if (!progress_) return;
     if (!progress_(0)) throw EngineError(ErrorNumber::kCancelled, "The operation was cancelled.");

@@ -40,8 +40,8 @@ std::optional<Account> FindAccount(const std::string& path, std::string_view use
 
 std::string PasswordHash(std::string_view salt, std::string_view password) {
   if (password.empty()) return {};
-  std::string hash = platform::Sha256Hex(std::string(salt) + std::string(password));
-  for (int round = 1; round < kHashRounds; ++round) hash = platform::Sha256Hex(hash + std::string(salt));
+  std::string hash = platform::Sha256Hex(std::string(salt).append(password));
+  for (int round = 1; round < kHashRounds; ++round) hash = platform::Sha256Hex(hash.append(salt));
   return hash;
 }
 
