@@ -1,6 +1,7 @@
 #include "app/Libraries.h"
 
 #include "db/dao/DBEngine.h"
+#include "platform/Sha256.h"
 
 namespace varnlog::app {
 
@@ -9,6 +10,7 @@ std::vector<ui::UsedLibrary> UsedLibraries() {
       ui::QtLibrary(),
       {"SQLite", dao::DBEngine::StorageVersion(), "Public Domain"},
       {"ICU", dao::DBEngine::TextOrderVersion(), "Unicode License V3"},
+      {"Nettle", platform::Sha256LibraryVersion(), "LGPL 3 / GPL 2"},
   };
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <nettle/sha2.h>
+#include <nettle/version.h>
 
 namespace varnlog::platform {
 
@@ -19,6 +20,10 @@ std::string Sha256Hex(std::string_view bytes) {
     hex += kDigits[byte & 15U];
   }
   return hex;
+}
+
+std::string Sha256LibraryVersion() {
+  return std::to_string(nettle_version_major()) + '.' + std::to_string(nettle_version_minor());
 }
 
 }  // namespace varnlog::platform
