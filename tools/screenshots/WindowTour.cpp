@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -14,6 +15,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTreeView>
 
 #include "app/frmConvert.h"
 #include "logview/Columns.h"
@@ -273,6 +275,9 @@ void WindowTour::ShowHelp() {
     throw std::runtime_error("no help window");
   };
   Trigger(CommandId::mnuHelpContents);
+  // The list of pages is read in a thread of its own.
+  const auto* pages = helpWindow().findChild<QTreeView*>("trvContents");
+  for (QDeadlineTimer patience(5000); pages->model()->rowCount() == 0 && !patience.hasExpired();) Settle();
   Visit("help-contents", helpWindow());
   Trigger(CommandId::mnuHelpIndex);
   Visit("help-index", helpWindow());
