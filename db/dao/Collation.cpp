@@ -1,10 +1,9 @@
 #include "db/dao/Collation.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <numeric>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -42,38 +41,45 @@ Collator OpenCollator() {
   return collator;
 }
 
+/// The ASCII characters that count, in the order's order; a letter stands for both its cases. The full rules
+/// say the same, but making them takes longer than everything else that opening a small log takes.
+constexpr std::string_view kAsciiOrder =
+    "\t\n\v\f\r _-,;:!?.'\"()[]{}@*/\\&#%`^+<=>|~$0123456789abcdefghijklmnopqrstuvwxyz";
+
+/// The place of each ASCII character in the order; 0 for those that do not count.
+using AsciiRanks = std::array<std::uint8_t, 128>;
+
+constexpr AsciiRanks MakeAsciiRanks() {
+  AsciiRanks ranks{};
+  std::uint8_t rank = 0;
+  for (const char c : kAsciiOrder) {
+    ranks[static_cast<unsigned char>(c)] = ++rank;
+    if (c >= 'a' && c <= 'z') ranks[static_cast<unsigned char>(c - 'a' + 'A')] = rank;
+  }
+  return ranks;
+}
+
+constexpr AsciiRanks kAsciiRanks = MakeAsciiRanks();
+
 }  // namespace
 
 struct Collation::Impl {
-  Collator collator = OpenCollator();
-  /// The place of each ASCII character in the order; 0 for those that do not count, the same for a letter's
-  /// two cases.
-  std::array<std::uint8_t, 128> ranks{};
+  /// The full rules, made when a text is not plain ASCII for the first time. A process that cannot make them
+  /// ends: taking two texts for equal instead could lose an exposure.
+  [[nodiscard]] const UCollator* Full() noexcept {
+    std::call_once(made, [this] { collator = OpenCollator(); });
+    return collator.get();
+  }
+  [[nodiscard]] int CompareFully(std::string_view a, std::string_view b);
 
-  Impl();
-  [[nodiscard]] int CompareFully(std::string_view a, std::string_view b) const;
+  std::once_flag made;
+  Collator collator;
 };
 
-Collation::Impl::Impl() {
-  std::array<char, 128> characters{};
-  std::iota(characters.begin(), characters.end(), '\0');
-  const auto text = [](const char& c) { return std::string_view(&c, 1); };
-  std::sort(characters.begin(), characters.end(),
-            [&](const char& a, const char& b) { return CompareFully(text(a), text(b)) < 0; });
-  std::uint8_t rank = 0;
-  std::string_view previous;
-  for (const char& c : characters) {
-    if (CompareFully(previous, text(c)) != 0) ++rank;
-    ranks[static_cast<unsigned char>(c)] = rank;
-    previous = text(c);
-  }
-}
-
-int Collation::Impl::CompareFully(std::string_view a, std::string_view b) const {
+int Collation::Impl::CompareFully(std::string_view a, std::string_view b) {
   UErrorCode status = U_ZERO_ERROR;
-  const UCollationResult result =
-      ucol_strcollUTF8(collator.get(), a.data(), static_cast<std::int32_t>(a.size()), b.data(),
-                       static_cast<std::int32_t>(b.size()), &status);
+  const UCollationResult result = ucol_strcollUTF8(Full(), a.data(), static_cast<std::int32_t>(a.size()),
+                                                   b.data(), static_cast<std::int32_t>(b.size()), &status);
   return U_FAILURE(status) ? 0 : static_cast<int>(result);
 }
 
@@ -85,7 +91,7 @@ class AsciiWalk {
   static constexpr int kEnd = 0;
   static constexpr int kBeyondAscii = -1;
 
-  AsciiWalk(std::string_view text, const std::array<std::uint8_t, 128>& ranks) : text_(text), ranks_(ranks) {}
+  explicit AsciiWalk(std::string_view text) : text_(text) {}
 
   /// The next rank that counts, kEnd, or kBeyondAscii when the character is, or may combine with the next
   /// one which is.
@@ -94,14 +100,13 @@ class AsciiWalk {
       const auto byte = static_cast<unsigned char>(text_[position_++]);
       const bool plainNext = position_ == text_.size() || static_cast<unsigned char>(text_[position_]) < 0x80;
       if (byte >= 0x80 || !plainNext) return kBeyondAscii;
-      if (ranks_[byte] != 0) return ranks_[byte];
+      if (kAsciiRanks[byte] != 0) return kAsciiRanks[byte];
     }
     return kEnd;
   }
 
  private:
   std::string_view text_;
-  const std::array<std::uint8_t, 128>& ranks_;
   std::size_t position_ = 0;
 };
 
@@ -118,8 +123,8 @@ const Collation& Collation::Instance() {
 int Collation::Compare(std::string_view a, std::string_view b) const {
   if (a == b) return 0;
   // ASCII characters have no accents and do not combine with each other, so the first two that differ decide.
-  AsciiWalk left(a, impl_->ranks);
-  AsciiWalk right(b, impl_->ranks);
+  AsciiWalk left(a);
+  AsciiWalk right(b);
   while (true) {
     const int x = left.Next();
     const int y = right.Next();
@@ -139,7 +144,7 @@ std::string Collation::SortKey(std::string_view text) const {
   std::string key(text.size() * 2 + 16, '\0');
   for (int attempt = 0; attempt < 2; ++attempt) {
     const std::int32_t needed =
-        ucol_getSortKey(impl_->collator.get(), wide.getBuffer(), wide.length(),
+        ucol_getSortKey(impl_->Full(), wide.getBuffer(), wide.length(),
                         reinterpret_cast<std::uint8_t*>(key.data()), static_cast<std::int32_t>(key.size()));
     const bool fits = static_cast<std::size_t>(needed) <= key.size();
     key.resize(static_cast<std::size_t>(needed));

@@ -13,7 +13,6 @@ namespace varnlog::dao {
 /// other characters without a weight do not count at all.
 class Collation {
  public:
-  /// Throws EngineError when the order cannot be built.
   Collation();
   ~Collation();
   Collation(const Collation&) = delete;
