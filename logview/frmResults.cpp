@@ -421,14 +421,14 @@ void frmResults::MarkSort() {
 }
 
 void frmResults::Error(int dataError, int& response) {
-  // The message is heard already.
-  response = 0;
   grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
     db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), db::MessageIcon::kCritical);
     host_.RefreshCommands();
+    response = 0;
     return;
   }
+  // A failure without a text of its own is left to the grid as well, which beeps.
   db::MsgBox(context_.user, context_.texts, ui::FromQString(grid_->ErrorText()), db::MessageIcon::kCritical);
 }
 
