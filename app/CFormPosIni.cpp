@@ -38,7 +38,7 @@ std::optional<WindowPlace> PlaceOf(std::string_view text) {
 
 }  // namespace
 
-CFormPosIni::CFormPosIni(db::SettingsStore& settings)
+CFormPosIni::CFormPosIni(core::SettingsStore& settings)
     : settings_(settings), iniFile_(platform::ExecutableName() + ".ini") {}
 
 bool CFormPosIni::RestoreForm(bool keepVisible) {

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "db/SettingsStore.h"
+#include "core/SettingsStore.h"
 
 namespace varnlog::app {
 
@@ -33,7 +33,7 @@ class PlacedWindow {
 /// Keeps a window's position in one INI value such as "L=10;T=20;W=800;H=600;S=0".
 class CFormPosIni {
  public:
-  explicit CFormPosIni(db::SettingsStore& settings);
+  explicit CFormPosIni(core::SettingsStore& settings);
 
   [[nodiscard]] PlacedWindow* Form() const { return form_; }
   /// Not owned.
@@ -51,7 +51,7 @@ class CFormPosIni {
   void CenterForm();
 
  private:
-  db::SettingsStore& settings_;
+  core::SettingsStore& settings_;
   PlacedWindow* form_ = nullptr;
   std::string iniFile_;
 };

@@ -22,7 +22,7 @@ bool CanBeKept(std::string_view path) {
 
 }  // namespace
 
-CMruINI::CMruINI(db::SettingsStore& settings)
+CMruINI::CMruINI(core::SettingsStore& settings)
     : settings_(settings), iniFile_(platform::ExecutableName() + ".ini") {}
 
 std::vector<MruEntry> CMruINI::Read() const {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "db/SettingsStore.h"
+#include "core/SettingsStore.h"
 
 namespace varnlog::app {
 
@@ -28,7 +28,7 @@ class MruMenu {
 /// would offer a file that cannot be opened, or another one.
 class CMruINI {
  public:
-  explicit CMruINI(db::SettingsStore& settings);
+  explicit CMruINI(core::SettingsStore& settings);
 
   /// The executable's name followed by ".ini" unless set.
   [[nodiscard]] const std::string& IniFile() const { return iniFile_; }
@@ -58,7 +58,7 @@ class CMruINI {
   void WriteValue(const std::string& key, const std::string& value);
   void Show(std::vector<MruEntry> entries) const;
 
-  db::SettingsStore& settings_;
+  core::SettingsStore& settings_;
   std::string iniFile_;
   std::string section_ = "MRU List";
   std::string prefix_ = "MRU";

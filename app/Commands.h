@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "db/Globals.h"
+#include "core/Globals.h"
 
 namespace varnlog::app {
 

@@ -10,9 +10,9 @@
 
 namespace varnlog::app {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
-Help::Help(const db::Globals& globals, const Services& services)
+Help::Help(const core::Globals& globals, const start::Services& services)
     : globals_(globals), services_(services), formPos_(services.ini) {
   qApp->installEventFilter(this);
 }
@@ -27,8 +27,8 @@ bool Help::Open() {
   collection_ = HelpCollection::Open(ui::ToQString(file));
   if (!collection_) {
     const std::string text =
-        db::ReplacePlaceholder(services_.texts.GetText("MN_ERR_HELP"_key), "strFile", file);
-    db::MsgBox(services_.user, services_.texts, text, db::MessageIcon::kCritical);
+        core::ReplacePlaceholder(services_.texts.GetText("MN_ERR_HELP"_key), "strFile", file);
+    core::MsgBox(services_.user, services_.texts, text, core::MessageIcon::kCritical);
     return false;
   }
   window_ = std::make_unique<frmHelp>(*collection_, services_.texts);

@@ -8,8 +8,8 @@
 #include "app/CFormPosIni.h"
 #include "app/HelpCollection.h"
 #include "app/PlacedWidget.h"
-#include "app/StartUp.h"
 #include "app/frmHelp.h"
+#include "start/StartUp.h"
 
 namespace varnlog::app {
 
@@ -19,7 +19,7 @@ enum class HelpPart { kContents, kIndex, kSearch, kHelpOnHelp };
 /// lives, F1 in a dialog or message shows the page about it; the window can be used beside the dialog.
 class Help final : public QObject {
  public:
-  Help(const db::Globals& globals, const Services& services);
+  Help(const core::Globals& globals, const start::Services& services);
   /// Closes the window and keeps its place.
   ~Help() override;
 
@@ -33,8 +33,8 @@ class Help final : public QObject {
   [[nodiscard]] bool Open();
   void Present();
 
-  const db::Globals& globals_;
-  Services services_;
+  const core::Globals& globals_;
+  start::Services services_;
   std::unique_ptr<HelpCollection> collection_;
   std::unique_ptr<frmHelp> window_;
   std::unique_ptr<PlacedWidget> place_;

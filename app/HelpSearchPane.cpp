@@ -7,10 +7,10 @@
 
 namespace varnlog::app {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using ui::Caption;
 
-HelpSearchPane::HelpSearchPane(QHelpSearchEngine& engine, const db::TextLookup& texts, Open open)
+HelpSearchPane::HelpSearchPane(QHelpSearchEngine& engine, const core::TextLookup& texts, Open open)
     : engine_(engine),
       texts_(texts),
       open_(std::move(open)),
@@ -69,7 +69,7 @@ void HelpSearchPane::ShowResults(int count) {
     item->setData(Qt::UserRole, result.url());
   }
   found_->setText(ui::ToQString(
-      db::ReplacePlaceholder(texts_.GetText("HP_FOUND"_key), "lngCount", std::to_string(count))));
+      core::ReplacePlaceholder(texts_.GetText("HP_FOUND"_key), "lngCount", std::to_string(count))));
 }
 
 void HelpSearchPane::OpenPage(const QListWidgetItem* item) {

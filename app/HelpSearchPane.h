@@ -8,7 +8,7 @@
 #include <QListWidget>
 #include <QWidget>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::app {
 
@@ -18,7 +18,7 @@ class HelpSearchPane final : public QWidget {
   /// Shows a page that was found and the words it was found by.
   using Open = std::function<void(const QUrl& page, const QStringList& words)>;
 
-  HelpSearchPane(QHelpSearchEngine& engine, const db::TextLookup& texts, Open open);
+  HelpSearchPane(QHelpSearchEngine& engine, const core::TextLookup& texts, Open open);
 
  private:
   void Search();
@@ -26,7 +26,7 @@ class HelpSearchPane final : public QWidget {
   void OpenPage(const QListWidgetItem* item);
 
   QHelpSearchEngine& engine_;
-  const db::TextLookup& texts_;
+  const core::TextLookup& texts_;
   Open open_;
   QLineEdit* words_;
   QLabel* found_;

@@ -11,8 +11,8 @@
 
 namespace varnlog::app {
 
-using db::SelectionKind;
-using db::literals::operator""_key;
+using core::SelectionKind;
+using core::literals::operator""_key;
 
 namespace {
 
@@ -105,7 +105,7 @@ void frmMDIMain::ShowPreview() {
 }
 
 void frmMDIMain::RunView(CommandId id) {
-  db::Globals& globals = context_.globals;
+  core::Globals& globals = context_.globals;
   switch (id) {
     case CommandId::mnuViewToolbar:
       globals.OptTbrVisible = !globals.OptTbrVisible;

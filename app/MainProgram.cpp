@@ -6,26 +6,26 @@
 
 namespace varnlog::app {
 
-using db::MessageAnswer;
-using db::MessageButtons;
-using db::MessageIcon;
-using db::literals::operator""_key;
+using core::MessageAnswer;
+using core::MessageButtons;
+using core::MessageIcon;
+using core::literals::operator""_key;
 
-void MainProgram::ShowText(db::TextKey key, MessageIcon icon) {
-  db::MsgBox(services_.user, services_.texts, services_.texts.GetText(key), icon);
+void MainProgram::ShowText(core::TextKey key, MessageIcon icon) {
+  core::MsgBox(services_.user, services_.texts, services_.texts.GetText(key), icon);
 }
 
 bool MainProgram::LoadBeforeShow() {
-  globals_.DataPathGl = HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
+  globals_.DataPathGl = start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
   if (globals_.DataPathGl.empty()) {
     ShowText("MN_ERR_DBNOTFOUND"_key, MessageIcon::kCritical);
     return false;
   }
   globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";
-  ReadHostSettings(globals_, services_.ini);
-  LoadSettings(globals_, services_.ini);
-  InstallDataFile(globals_, services_);
-  if (OpenLogWorkspace(globals_)) return true;
+  start::ReadHostSettings(globals_, services_.ini);
+  start::LoadSettings(globals_, services_.ini);
+  start::InstallDataFile(globals_, services_);
+  if (start::OpenLogWorkspace(globals_)) return true;
   ShowText("MN_ERR_DBACCESS"_key, MessageIcon::kCritical);
   return false;
 }
@@ -35,20 +35,21 @@ void MainProgram::LoadAfterShow() {
     if (!OpenDataFile(globals_.strDataFileGl)) FileOpen();
     return;
   }
-  db::MsgBox(services_.user, services_.texts,
-             db::ReplacePlaceholder(services_.texts.GetText("MN_ERR_FILENOTFOUND"_key), "strDataFileGl",
-                                    globals_.strDataFileGl),
-             MessageIcon::kCritical);
+  core::MsgBox(services_.user, services_.texts,
+               core::ReplacePlaceholder(services_.texts.GetText("MN_ERR_FILENOTFOUND"_key), "strDataFileGl",
+                                        globals_.strDataFileGl),
+               MessageIcon::kCritical);
   FileOpen();
 }
 
 bool MainProgram::Open(const std::string& file) {
-  const OpenAs how = PrepareDataFile(globals_, services_, file,
-                                     [this](const auto& conversion) { view_.ShowConversion(conversion); });
-  const bool isOld = how == OpenAs::kOldLog;
-  const bool opened = how != OpenAs::kNothing && OpenAndCheckDataFile(globals_, services_, file, isOld);
+  const start::OpenAs how = start::PrepareDataFile(
+      globals_, services_, file, [this](const auto& conversion) { view_.ShowConversion(conversion); });
+  const bool isOld = how == start::OpenAs::kOldLog;
+  const bool opened =
+      how != start::OpenAs::kNothing && start::OpenAndCheckDataFile(globals_, services_, file, isOld);
   if (opened) edits_.Clear();
-  if (opened && isOld) TellOldLogIsProtected(services_, file);
+  if (opened && isOld) start::TellOldLogIsProtected(services_, file);
   view_.RefreshCommands();
   return opened;
 }
@@ -58,11 +59,11 @@ bool MainProgram::OpenDataFile(const std::string& file) {
   if (!Open(file)) return false;
   if (file != before) {
     // Each log remembers its own selection.
-    SaveSelection(globals_, services_.ini, before);
-    LoadSelection(globals_, services_.ini, file);
+    start::SaveSelection(globals_, services_.ini, before);
+    start::LoadSelection(globals_, services_.ini, file);
   }
   OfferUpdate();
-  CheckRememberedSelection(globals_);
+  start::CheckRememberedSelection(globals_);
   view_.ViewResults();
   view_.RefreshCommands();
   return true;
@@ -106,15 +107,15 @@ void MainProgram::Update() {
   view_.FocusLogView();
 }
 
-void MainProgram::Select(db::SelectionKind kind) {
+void MainProgram::Select(core::SelectionKind kind) {
   if (ChooseSelection(globals_, kind, view_)) view_.ViewResults();
 }
 
 void MainProgram::OfferUpdate() {
   if (globals_.ReadOnlyGl || !intake::ExchangeDataPending(globals_)) return;
-  const MessageAnswer answer =
-      db::MsgBox(services_.user, services_.texts, services_.texts.GetText("RC_XRNOTUPDATED"_key),
-                 MessageIcon::kQuestion, MessageButtons::kYesNo, services_.texts.GetText("RU_XRUPDATE"_key));
+  const MessageAnswer answer = core::MsgBox(
+      services_.user, services_.texts, services_.texts.GetText("RC_XRNOTUPDATED"_key), MessageIcon::kQuestion,
+      MessageButtons::kYesNo, services_.texts.GetText("RU_XRUPDATE"_key));
   globals_.UpdateDeclinedGl = answer != MessageAnswer::kYes;
   if (globals_.UpdateDeclinedGl) return;
   RunUpdate();
@@ -127,8 +128,8 @@ void MainProgram::UpdateAfterActivation() {
 }
 
 bool MainProgram::ConfirmQuit() {
-  return db::MsgBox(services_.user, services_.texts, services_.texts.GetText("RC_QUIT"_key),
-                    MessageIcon::kQuestion, MessageButtons::kYesNo) == MessageAnswer::kNo;
+  return core::MsgBox(services_.user, services_.texts, services_.texts.GetText("RC_QUIT"_key),
+                      MessageIcon::kQuestion, MessageButtons::kYesNo) == MessageAnswer::kNo;
 }
 
 void MainProgram::WriteBackEdits() {
@@ -136,9 +137,9 @@ void MainProgram::WriteBackEdits() {
   if (!log || edits_.Count() == 0) return;
   const logview::FlushResult result = logview::FlushPendingEdits(*log, edits_, services_.user);
   if (!result.error) return;
-  db::MsgBox(services_.user, services_.texts,
-             std::to_string(static_cast<int>(result.error->number())) + ": " + result.error->what(),
-             MessageIcon::kCritical);
+  core::MsgBox(services_.user, services_.texts,
+               std::to_string(static_cast<int>(result.error->number())) + ": " + result.error->what(),
+               MessageIcon::kCritical);
 }
 
 bool MainProgram::CloseVarnlogDB() {
@@ -151,9 +152,9 @@ bool MainProgram::CloseVarnlogDB() {
 
 bool MainProgram::CloseForMaintenance() {
   if (edits_.Count() > 0) {
-    const std::string text = db::ReplacePlaceholder(services_.texts.GetText("PP_ASK_PENDING"_key), "lngCount",
-                                                    std::to_string(edits_.Count()));
-    if (db::MsgBox(services_.user, services_.texts, text, MessageIcon::kQuestion, MessageButtons::kYesNo) !=
+    const std::string text = core::ReplacePlaceholder(services_.texts.GetText("PP_ASK_PENDING"_key),
+                                                      "lngCount", std::to_string(edits_.Count()));
+    if (core::MsgBox(services_.user, services_.texts, text, MessageIcon::kQuestion, MessageButtons::kYesNo) !=
         MessageAnswer::kYes) {
       return false;
     }
@@ -172,7 +173,7 @@ void MainProgram::Unload() {
     globals_.LogEngineGl->CloseWorkspace();
   }
   globals_.LogEngineGl.reset();
-  SaveSettings(globals_, services_.ini);
+  start::SaveSettings(globals_, services_.ini);
 }
 
 CommandState MainProgram::State() const {

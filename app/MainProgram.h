@@ -5,11 +5,11 @@
 #include <string>
 
 #include "app/Commands.h"
-#include "app/OldDataFile.h"
 #include "app/SelectionCommands.h"
-#include "app/StartUp.h"
-#include "db/Globals.h"
+#include "core/Globals.h"
 #include "logview/CEdits.h"
+#include "start/OldDataFile.h"
+#include "start/StartUp.h"
 
 namespace varnlog::app {
 
@@ -39,7 +39,7 @@ class MainView : public SelectionDialogs {
 /// call returns.
 class MainProgram {
  public:
-  MainProgram(db::Globals& globals, const Services& services, MainView& view)
+  MainProgram(core::Globals& globals, const start::Services& services, MainView& view)
       : globals_(globals), services_(services), view_(view) {}
 
   /// The load sequence up to the point where the window is shown; false ends the program.
@@ -54,7 +54,7 @@ class MainProgram {
   void OpenRecentFile(const std::string& file);
 
   void Update();
-  void Select(db::SelectionKind kind);
+  void Select(core::SelectionKind kind);
   /// Asks whether pending exposures are to be taken in; a No also keeps activation from doing it.
   void OfferUpdate();
   /// The program was activated 200 ms ago.
@@ -79,12 +79,12 @@ class MainProgram {
   void ReplaceDataFile(const std::string& file);
   void RunUpdate();
   bool Open(const std::string& file);
-  void ShowText(db::TextKey key, db::MessageIcon icon);
+  void ShowText(core::TextKey key, core::MessageIcon icon);
   /// Locks what was corrected so far.
   void WriteBackEdits();
 
-  db::Globals& globals_;
-  Services services_;
+  core::Globals& globals_;
+  start::Services services_;
   MainView& view_;
   logview::CEdits edits_;
   bool updating_ = false;

@@ -2,7 +2,7 @@
 
 namespace varnlog::app {
 
-using db::SelectionKind;
+using core::SelectionKind;
 
 namespace {
 
@@ -21,7 +21,7 @@ bool AskFor(SelectionKind kind, SelectionDialogs& dialogs) {
 
 }  // namespace
 
-bool ChooseSelection(db::Globals& globals, SelectionKind kind, SelectionDialogs& dialogs) {
+bool ChooseSelection(core::Globals& globals, SelectionKind kind, SelectionDialogs& dialogs) {
   const SelectionKind oldKind = globals.SortSelectionGl;
   const std::string oldName = globals.strPatNameGl;
   const std::string oldFirstName = globals.strPatFirstnameGl;
@@ -36,7 +36,7 @@ bool ChooseSelection(db::Globals& globals, SelectionKind kind, SelectionDialogs&
   return false;
 }
 
-bool UpdatesOnActivation(const db::Globals& globals, bool logViewLoaded) {
+bool UpdatesOnActivation(const core::Globals& globals, bool logViewLoaded) {
   return globals.UpdateOnActivation && !globals.ReadOnlyGl && !globals.UpdateDeclinedGl && logViewLoaded;
 }
 

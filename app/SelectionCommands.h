@@ -1,6 +1,6 @@
 #pragma once
 
-#include "db/Globals.h"
+#include "core/Globals.h"
 
 namespace varnlog::app {
 
@@ -14,9 +14,10 @@ class SelectionDialogs {
 
 /// Makes `kind` the current selection, asking what it needs. False when a dialog was cancelled; then the
 /// selection, and for kPatientPeriod the patient too, are those of before.
-[[nodiscard]] bool ChooseSelection(db::Globals& globals, db::SelectionKind kind, SelectionDialogs& dialogs);
+[[nodiscard]] bool ChooseSelection(core::Globals& globals, core::SelectionKind kind,
+                                   SelectionDialogs& dialogs);
 
 /// Whether activating the program starts an update without asking.
-[[nodiscard]] bool UpdatesOnActivation(const db::Globals& globals, bool logViewLoaded);
+[[nodiscard]] bool UpdatesOnActivation(const core::Globals& globals, bool logViewLoaded);
 
 }  // namespace varnlog::app

@@ -10,7 +10,7 @@
 
 namespace varnlog::app {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using legacy::ConversionStep;
 using ui::Caption;
 
@@ -19,7 +19,7 @@ namespace {
 constexpr qint64 kMoment = 250;                    // milliseconds
 constexpr qint64 kMillisecondsBetweenEvents = 30;  // the button answers at once, the work hardly waits
 
-db::TextKey TextOf(ConversionStep step) {
+core::TextKey TextOf(ConversionStep step) {
   switch (step) {
     case ConversionStep::kTakingOver:
       return "CV_PROGRESS"_key;
@@ -33,7 +33,7 @@ db::TextKey TextOf(ConversionStep step) {
 
 }  // namespace
 
-frmConvert::frmConvert(QWidget* parent, const db::TextLookup& texts, db::UserDialog& user)
+frmConvert::frmConvert(QWidget* parent, const core::TextLookup& texts, core::UserDialog& user)
     : QDialog(parent), texts_(texts), user_(user), label_(new QLabel), prgBar_(new QProgressBar) {
   setObjectName("frmConvert");
   setWindowTitle(Caption(texts, "CV_CAPTION"_key));
@@ -78,14 +78,15 @@ void frmConvert::ShowProgress(std::int64_t exposuresDone) {
     return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
   };
   prgBar_->setValue(static_cast<int>(exposuresDone));
-  std::string text = db::ReplacePlaceholder(texts_.GetText(TextOf(step_)), "lngDone", number(exposuresDone));
-  text = db::ReplacePlaceholder(text, "lngCount", number(exposures_));
+  std::string text =
+      core::ReplacePlaceholder(texts_.GetText(TextOf(step_)), "lngDone", number(exposuresDone));
+  text = core::ReplacePlaceholder(text, "lngCount", number(exposures_));
   label_->setText(ui::ToQString(text));
 }
 
-db::MessageAnswer frmConvert::Show(const db::Message& message) {
+core::MessageAnswer frmConvert::Show(const core::Message& message) {
   hide();
-  const db::MessageAnswer answer = user_.Show(message);
+  const core::MessageAnswer answer = user_.Show(message);
   sinceBegin_.restart();
   return answer;
 }

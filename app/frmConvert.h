@@ -14,12 +14,12 @@ namespace varnlog::app {
 class frmConvert final : public QDialog, public legacy::ConversionView {
  public:
   /// `user` shows the messages.
-  frmConvert(QWidget* parent, const db::TextLookup& texts, db::UserDialog& user);
+  frmConvert(QWidget* parent, const core::TextLookup& texts, core::UserDialog& user);
 
   // legacy::ConversionView
   void Begin(legacy::ConversionStep step, std::int64_t exposures) override;
   [[nodiscard]] bool Advance(std::int64_t exposuresDone) override;
-  db::MessageAnswer Show(const db::Message& message) override;
+  core::MessageAnswer Show(const core::Message& message) override;
   void Beep() override;
 
  protected:
@@ -28,8 +28,8 @@ class frmConvert final : public QDialog, public legacy::ConversionView {
  private:
   void ShowProgress(std::int64_t exposuresDone);
 
-  const db::TextLookup& texts_;
-  db::UserDialog& user_;
+  const core::TextLookup& texts_;
+  core::UserDialog& user_;
   QLabel* label_;
   QProgressBar* prgBar_;
   QElapsedTimer sinceBegin_;  // or since the last message

@@ -17,8 +17,8 @@
 
 namespace varnlog::app {
 
-using db::TextKey;
-using db::literals::operator""_key;
+using core::TextKey;
+using core::literals::operator""_key;
 using ui::Caption;
 
 namespace {
@@ -63,7 +63,7 @@ class DownToList final : public QObject {
 
 }  // namespace
 
-frmHelp::frmHelp(HelpCollection& help, const db::TextLookup& texts)
+frmHelp::frmHelp(HelpCollection& help, const core::TextLookup& texts)
     : help_(help),
       texts_(texts),
       toolbar_(new QToolBar),

@@ -9,14 +9,14 @@
 
 #include "app/HelpCollection.h"
 #include "app/HelpSearchPane.h"
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::app {
 
 /// The help's own window: contents, index and search on the left, the page on the right. `help` outlives it.
 class frmHelp final : public QWidget {
  public:
-  frmHelp(HelpCollection& help, const db::TextLookup& texts);
+  frmHelp(HelpCollection& help, const core::TextLookup& texts);
 
   /// The contents with the first page.
   void ShowContents();
@@ -28,7 +28,7 @@ class frmHelp final : public QWidget {
 
  private:
   void BuildToolbar();
-  QAction* AddCommand(const char* name, const char* icon, db::TextKey key, const QKeySequence& shortcut);
+  QAction* AddCommand(const char* name, const char* icon, core::TextKey key, const QKeySequence& shortcut);
   void AddKey(const QKeySequence& key, std::function<void()> run);
   [[nodiscard]] QWidget* ContentsPane();
   [[nodiscard]] QWidget* IndexPane();
@@ -42,7 +42,7 @@ class frmHelp final : public QWidget {
   void SwitchPane();
 
   HelpCollection& help_;
-  const db::TextLookup& texts_;
+  const core::TextLookup& texts_;
   QToolBar* toolbar_;
   QTabWidget* tabs_;
   QTextBrowser* page_;

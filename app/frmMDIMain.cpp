@@ -20,8 +20,8 @@
 
 namespace varnlog::app {
 
-using db::TextKey;
-using db::literals::operator""_key;
+using core::TextKey;
+using core::literals::operator""_key;
 using ui::Caption;
 
 namespace {
@@ -187,7 +187,7 @@ void frmMDIMain::BuildStatusBar() {
 }
 
 void frmMDIMain::ApplyViewOptions() {
-  const db::Globals& globals = context_.globals;
+  const core::Globals& globals = context_.globals;
   tlbStandard_->setVisible(globals.OptTbrVisible);
   statusBar()->setVisible(globals.OptSbrVisible);
   actions_.at(CommandId::mnuViewToolbar)->setChecked(globals.OptTbrVisible);
@@ -207,7 +207,7 @@ void frmMDIMain::RefreshCommands() {
 }
 
 void frmMDIMain::ShowStatus() {
-  const db::TextLookup& texts = context_.services.texts;
+  const core::TextLookup& texts = context_.services.texts;
   const CommandState state = program_.State();
   filePanel_->setText(state.dataFileOpen ? QView(context_.globals.strDataFileGl)
                                          : Caption(texts, "MN_STATUS_NOFILE"_key));
@@ -216,15 +216,15 @@ void frmMDIMain::ShowStatus() {
   const std::size_t pending = program_.Edits().Count();
   pendingPanel_->setVisible(pending > 0);
   pendingPanel_->setText(QView(
-      db::ReplacePlaceholder(texts.GetText("MN_STATUS_PENDING"_key), "lngCount", std::to_string(pending))));
+      core::ReplacePlaceholder(texts.GetText("MN_STATUS_PENDING"_key), "lngCount", std::to_string(pending))));
   rowsPanel_->setVisible(state.logViewShown);
 }
 
 void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
-  const db::TextLookup& texts = context_.services.texts;
+  const core::TextLookup& texts = context_.services.texts;
   const QString count = QLocale().toString(static_cast<qlonglong>(rows));
-  QString text =
-      QView(db::ReplacePlaceholder(texts.GetText("MN_STATUS_ROWS"_key), "lngCount", ui::FromQString(count)));
+  QString text = QView(
+      core::ReplacePlaceholder(texts.GetText("MN_STATUS_ROWS"_key), "lngCount", ui::FromQString(count)));
   if (!complete) text += QStringLiteral("...");
   rowsPanel_->setText(text);
   rowsPanel_->setVisible(true);
@@ -254,7 +254,7 @@ bool frmMDIMain::AskPatient() {
 }
 
 std::optional<std::string> frmMDIMain::AskDataFile(const std::string& folder) {
-  const db::TextLookup& texts = context_.services.texts;
+  const core::TextLookup& texts = context_.services.texts;
   ui::CFileDialog dialog;
   dialog.SetInitDir(folder);
   dialog.SetDialogTitle(texts.GetText("MN_OPENXRLOG"_key));
@@ -316,7 +316,7 @@ void frmMDIMain::ShowEntries(const std::vector<MruEntry>& entries) {
     connect(action, &QAction::triggered, this, [this, path = entry.path] {
       const std::string headline = context_.services.texts.GetText("MN_HEADLINE"_key);
       statusBar()->showMessage(
-          QView(db::ReplacePlaceholder(headline, "strFileTitle", db::FileNamePart(path))),
+          QView(core::ReplacePlaceholder(headline, "strFileTitle", db::FileNamePart(path))),
           kMillisecondsForMessage);
       program_.OpenRecentFile(path);
     });

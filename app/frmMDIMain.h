@@ -26,8 +26,8 @@ namespace varnlog::app {
 
 /// What the main window works with besides the program's state; all of it outlives the window.
 struct WindowContext {
-  db::Globals& globals;
-  Services services;
+  core::Globals& globals;
+  start::Services services;
   const intake::ToothScheme& scheme;
   const platform::ShortDate& shortDate;
 };

@@ -11,8 +11,8 @@
 
 namespace varnlog::app {
 
-using db::TextKey;
-using db::literals::operator""_key;
+using core::TextKey;
+using core::literals::operator""_key;
 using ui::Caption;
 
 namespace {
@@ -21,8 +21,8 @@ constexpr int kProgressSteps = 1000;
 constexpr std::uint64_t kKilobyte = 1024;
 constexpr std::uint64_t kMegabyte = kKilobyte * 1024;
 
-QString Replaced(const db::TextLookup& texts, TextKey key, std::string_view name, const QString& value) {
-  return ui::ToQString(db::ReplacePlaceholder(texts.GetText(key), name, ui::FromQString(value)));
+QString Replaced(const core::TextLookup& texts, TextKey key, std::string_view name, const QString& value) {
+  return ui::ToQString(core::ReplacePlaceholder(texts.GetText(key), name, ui::FromQString(value)));
 }
 
 std::int64_t RowCount(dao::Database& log) {
@@ -34,7 +34,7 @@ std::int64_t RowCount(dao::Database& log) {
 
 }  // namespace
 
-frmProperties::frmProperties(QWidget* parent, db::Globals& globals, const Services& services,
+frmProperties::frmProperties(QWidget* parent, core::Globals& globals, const start::Services& services,
                              PropertiesHost host)
     : QDialog(parent), globals_(globals), services_(services), host_(std::move(host)) {
   setObjectName("frmProperties");
@@ -65,7 +65,7 @@ QLabel* frmProperties::AddFact(QFormLayout* form, TextKey label, const char* nam
 }
 
 QWidget* frmProperties::FileTab() {
-  const db::TextLookup& texts = services_.texts;
+  const core::TextLookup& texts = services_.texts;
   auto* tab = new QWidget;
   auto* form = new QFormLayout(tab);
   path_ = AddFact(form, "PP_PATH"_key, "lblPath");
@@ -154,12 +154,12 @@ void frmProperties::ShowFacts() {
 }
 
 void frmProperties::SetReadOnly(bool readOnly) {
-  if (SetConfigValue(globals_, "ReadOnly", readOnly ? "1" : "0")) {
+  if (start::SetConfigValue(globals_, "ReadOnly", readOnly ? "1" : "0")) {
     globals_.ReadOnlyGl = readOnly;
   } else {
-    const std::string text = db::ReplacePlaceholder(services_.texts.GetText("PP_ERR_READONLY"_key),
-                                                    "strError", globals_.LogEngineGl->LastError());
-    db::MsgBox(services_.user, services_.texts, text, db::MessageIcon::kCritical);
+    const std::string text = core::ReplacePlaceholder(services_.texts.GetText("PP_ERR_READONLY"_key),
+                                                      "strError", globals_.LogEngineGl->LastError());
+    core::MsgBox(services_.user, services_.texts, text, core::MessageIcon::kCritical);
   }
   ShowFacts();
 }
@@ -201,21 +201,21 @@ void frmProperties::Work(Job job) {
 }
 
 void frmProperties::Report(Job job, const std::string& error, std::uint64_t before) {
-  const db::TextLookup& texts = services_.texts;
+  const core::TextLookup& texts = services_.texts;
   std::string text;
   if (!error.empty()) {
     const TextKey key = job == Job::kCompact ? "PP_ERR_COMPACT"_key : "PP_ERR_REPAIR"_key;
-    text = db::ReplacePlaceholder(texts.GetText(key), "strError", error);
+    text = core::ReplacePlaceholder(texts.GetText(key), "strError", error);
   } else if (job == Job::kCompact) {
-    text = db::ReplacePlaceholder(texts.GetText("PP_COMPACT_DONE"_key), "strBefore",
-                                  ui::FromQString(SizeText(before)));
-    text = db::ReplacePlaceholder(text, "strAfter", ui::FromQString(size_->text()));
+    text = core::ReplacePlaceholder(texts.GetText("PP_COMPACT_DONE"_key), "strBefore",
+                                    ui::FromQString(SizeText(before)));
+    text = core::ReplacePlaceholder(text, "strAfter", ui::FromQString(size_->text()));
   } else {
-    text = db::ReplacePlaceholder(texts.GetText("PP_REPAIR_DONE"_key), "lngCount",
-                                  ui::FromQString(rows_->text()));
+    text = core::ReplacePlaceholder(texts.GetText("PP_REPAIR_DONE"_key), "lngCount",
+                                    ui::FromQString(rows_->text()));
   }
-  db::MsgBox(services_.user, texts, text,
-             error.empty() ? db::MessageIcon::kInformation : db::MessageIcon::kCritical);
+  core::MsgBox(services_.user, texts, text,
+               error.empty() ? core::MessageIcon::kInformation : core::MessageIcon::kCritical);
 }
 
 }  // namespace varnlog::app

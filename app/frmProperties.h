@@ -9,8 +9,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 
-#include "app/StartUp.h"
-#include "db/Globals.h"
+#include "core/Globals.h"
+#include "start/StartUp.h"
 
 namespace varnlog::app {
 
@@ -25,14 +25,15 @@ struct PropertiesHost {
 /// The open log's file and the program's own switches, with compacting and repairing of the file.
 class frmProperties final : public QDialog {
  public:
-  frmProperties(QWidget* parent, db::Globals& globals, const Services& services, PropertiesHost host);
+  frmProperties(QWidget* parent, core::Globals& globals, const start::Services& services,
+                PropertiesHost host);
 
  private:
   enum class Job { kCompact, kRepair };
 
   [[nodiscard]] QWidget* FileTab();
   [[nodiscard]] QWidget* ProgramTab();
-  QLabel* AddFact(QFormLayout* form, db::TextKey label, const char* name);
+  QLabel* AddFact(QFormLayout* form, core::TextKey label, const char* name);
   void ShowFacts();
   void SetReadOnly(bool readOnly);
   void Work(Job job);
@@ -40,8 +41,8 @@ class frmProperties final : public QDialog {
   void Report(Job job, const std::string& error, std::uint64_t before);
   [[nodiscard]] QString SizeText(std::uint64_t bytes) const;
 
-  db::Globals& globals_;
-  Services services_;
+  core::Globals& globals_;
+  start::Services services_;
   PropertiesHost host_;
   QLabel* path_ = nullptr;
   QLabel* version_ = nullptr;

@@ -7,13 +7,13 @@
 #include <QCommandLineParser>
 #include <QTranslator>
 
-#include "app/Language.h"
 #include "app/SingleInstance.h"
 #include "app/frmMDIMain.h"
-#include "app/modINIFile.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "platform/Files.h"
+#include "start/Language.h"
+#include "start/modINIFile.h"
 #include "ui/MessageBox.h"
 #include "ui/QtText.h"
 #include "ui/QtTexts.h"
@@ -21,7 +21,7 @@
 namespace {
 
 using namespace varnlog;
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 
@@ -60,19 +60,19 @@ Arguments ParseArguments(int argc, char** argv) {
 /// The one text that cannot come from the language database.
 void ShowFatal(ui::MessageBox& user) {
   user.Show({"Couldn't access language ressources. Application is terminating now.", "Error",
-             db::MessageIcon::kCritical, db::MessageButtons::kOk});
+             core::MessageIcon::kCritical, core::MessageButtons::kOk});
 }
 
-int RunProgram(db::Globals& globals, const std::string& givenLanguage) {
+int RunProgram(core::Globals& globals, const std::string& givenLanguage) {
   app::SingleInstance instance(globals.ProgramFolderGl);
   const bool first = instance.Claim();
   legacy::InstallJetFormat();
-  app::Language texts(globals);
+  start::Language texts(globals);
   ui::MessageBox user(texts);
-  app::modINIFile ini;
+  start::modINIFile ini;
   if (first) {
     platform::SystemLauncher launcher;
-    app::RegisterReportComponents(launcher);
+    start::RegisterReportComponents(launcher);
   }
   const bool hasTexts = texts.InitLanguage();
   if (!first) {
@@ -89,13 +89,13 @@ int RunProgram(db::Globals& globals, const std::string& givenLanguage) {
     std::fprintf(stderr, "varnlog: there is no language %s; %s is used\n", language.c_str(),
                  globals.LanguageGl.c_str());
   }
-  ini = app::modINIFile(globals.LanguageGl);
+  ini = start::modINIFile(globals.LanguageGl);
   QTranslator translator;
   ui::TranslateQt(translator, globals.LanguageGl);
 
   const platform::SystemClock clock;
   const platform::ShortDate shortDate = platform::ShortDate::FromSystem();
-  const app::HostToothScheme scheme(globals, ini);
+  const start::HostToothScheme scheme(globals, ini);
   app::frmMDIMain window({globals, {ini, texts, user, clock}, scheme, shortDate});
   user.SetParent(&window);
   instance.OnActivation([&window] { window.BringToFront(); });
@@ -108,7 +108,7 @@ int main(int argc, char** argv) {
   const Arguments arguments = ParseArguments(argc, argv);
   const QApplication application(argc, argv);
 
-  db::Globals globals;
+  core::Globals globals;
   globals.ProgramFolderGl = arguments.folder.isEmpty()
                                 ? platform::FromPath(platform::ExecutableFolder())
                                 : platform::FromPath(std::filesystem::absolute(

@@ -7,12 +7,12 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
-#include "app/Language.h"
 #include "bench/Installation.h"
-#include "db/dao/Collation.h"
 #include "db/dao/DBEngine.h"
+#include "db/dao/sqlite/Collation.h"
 #include "dialogs/PatientSearch.h"
 #include "platform/ShortDate.h"
+#include "start/Language.h"
 
 // Record sets over a big log against bare statements on the same file.
 
@@ -20,7 +20,7 @@ namespace varnlog::bench {
 namespace {
 
 namespace fs = std::filesystem;
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 constexpr std::int64_t kPage = 60;
 constexpr std::int64_t kLarge = 1'000'000;
@@ -220,7 +220,7 @@ void PatientSearchFirst(benchmark::State& state) {
   const platform::ShortDate shortDate;
   for (auto _ : state) {
     const auto log = filled.Open();
-    db::Globals globals;
+    core::Globals globals;
     benchmark::DoNotOptimize(dialogs::PatientSearch(globals, *log, shortDate).Search("Mü"));
   }
 }
@@ -231,7 +231,7 @@ constexpr std::array<const char*, 3> kFurtherSearches = {"Sch", "*berg*", ""};
 void PatientSearchAgain(benchmark::State& state) {
   const auto log = FilledLog::Of(kLarge).Open();
   const platform::ShortDate shortDate;
-  db::Globals globals;
+  core::Globals globals;
   dialogs::PatientSearch search(globals, *log, shortDate);
   (void)search.Search("Mü");
   const std::string text = kFurtherSearches.at(static_cast<std::size_t>(state.range(0)));
@@ -239,9 +239,9 @@ void PatientSearchAgain(benchmark::State& state) {
 }
 
 void GetText(benchmark::State& state) {
-  db::Globals globals;
+  core::Globals globals;
   globals.ProgramFolderGl = VARNLOG_PROGRAM_DIR;
-  app::Language texts(globals);
+  start::Language texts(globals);
   if (!texts.InitLanguage()) state.SkipWithError("no texts");
   for (auto _ : state) {
     for (int i = 0; i < 50'000; ++i) {

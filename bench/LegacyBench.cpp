@@ -45,13 +45,13 @@ class Silent final : public legacy::ConversionView {
  public:
   void Begin(legacy::ConversionStep /*step*/, std::int64_t /*exposures*/) override {}
   bool Advance(std::int64_t /*exposuresDone*/) override { return true; }
-  db::MessageAnswer Show(const db::Message& /*message*/) override { return db::MessageAnswer::kYes; }
+  core::MessageAnswer Show(const core::Message& /*message*/) override { return core::MessageAnswer::kYes; }
   void Beep() override {}
 };
 
-class NoTexts final : public db::TextLookup {
+class NoTexts final : public core::TextLookup {
  public:
-  [[nodiscard]] std::string GetText(db::TextKey /*key*/) const override { return {}; }
+  [[nodiscard]] std::string GetText(core::TextKey /*key*/) const override { return {}; }
 };
 
 /// Converts the old log into `target`; false when that failed.

@@ -34,8 +34,9 @@ Program::Program(const std::filesystem::path& programFolder) {
   globals_.IniFileGl = (programFolder / "varnlog.ini").string();
   if (!texts_.InitLanguage()) throw std::runtime_error(texts_.InitError());
   texts_.SetLanguage("D");
-  user_.AnswerWith([](const db::Message& message) {
-    return message.buttons == db::MessageButtons::kOk ? db::MessageAnswer::kOk : db::MessageAnswer::kYes;
+  user_.AnswerWith([](const core::Message& message) {
+    return message.buttons == core::MessageButtons::kOk ? core::MessageAnswer::kOk
+                                                        : core::MessageAnswer::kYes;
   });
   window_ = std::make_unique<app::frmMDIMain>(
       app::WindowContext{globals_, {ini_, texts_, user_, clock_}, scheme_, shortDate_});

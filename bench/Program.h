@@ -4,11 +4,11 @@
 #include <memory>
 #include <string>
 
-#include "app/Language.h"
 #include "app/frmMDIMain.h"
-#include "app/modINIFile.h"
 #include "bench/Installation.h"
 #include "platform/Clock.h"
+#include "start/Language.h"
+#include "start/modINIFile.h"
 #include "ui/MessageBox.h"
 
 namespace varnlog::bench {
@@ -29,13 +29,13 @@ class Program {
   void UntilPopulated();
 
  private:
-  db::Globals globals_;
-  app::Language texts_{globals_};
+  core::Globals globals_;
+  start::Language texts_{globals_};
   ui::MessageBox user_{texts_};
-  app::modINIFile ini_;
+  start::modINIFile ini_;
   platform::SystemClock clock_;
   platform::ShortDate shortDate_;
-  app::HostToothScheme scheme_{globals_, ini_};
+  start::HostToothScheme scheme_{globals_, ini_};
   std::unique_ptr<app::frmMDIMain> window_;
 };
 

@@ -22,9 +22,9 @@ namespace fs = std::filesystem;
 
 constexpr const char* kAll = "SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;";
 
-class KeyTexts final : public db::TextLookup {
+class KeyTexts final : public core::TextLookup {
  public:
-  [[nodiscard]] std::string GetText(db::TextKey key) const override { return std::string(key.name()); }
+  [[nodiscard]] std::string GetText(core::TextKey key) const override { return std::string(key.name()); }
 };
 
 class NoProgress final : public report::ReportProgress {

@@ -5,7 +5,7 @@ namespace varnlog::cli {
 
 namespace {
 
-using namespace db::literals;
+using namespace core::literals;
 
 bool IsLog(const dao::Database& database) {
   return db::TableExists(database, "TConfig") && db::TableExists(database, "TXray");

@@ -5,7 +5,7 @@ namespace varnlog::cli {
 
 namespace {
 
-using namespace db::literals;
+using namespace core::literals;
 
 std::string SizeOf(const std::string& file) {
   return std::to_string(platform::FileSize(platform::ToPath(file)).value_or(0));

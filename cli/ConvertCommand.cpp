@@ -9,7 +9,7 @@ namespace varnlog::cli {
 
 namespace {
 
-using namespace db::literals;
+using namespace core::literals;
 using legacy::ConversionResult;
 using legacy::ConversionStep;
 
@@ -26,7 +26,7 @@ class TerminalConversion final : public legacy::ConversionView {
     user_.Advance(before_ + exposuresDone);
     return true;
   }
-  db::MessageAnswer Show(const db::Message& message) override { return user_.Show(message); }
+  core::MessageAnswer Show(const core::Message& message) override { return user_.Show(message); }
   void Beep() override { user_.Beep(); }
 
  private:
@@ -37,8 +37,8 @@ class TerminalConversion final : public legacy::ConversionView {
 std::string Summary(const Session& session, const ConversionResult& result) {
   const auto date = [](platform::DateTime when) { return when.IsSet() ? when.ToIso() : std::string("-"); };
   std::string rows = session.Text("CV_SUMMARY"_key, "lngCount", std::to_string(result.rows));
-  rows = db::ReplacePlaceholder(rows, "dFirst", date(result.found.first));
-  rows = db::ReplacePlaceholder(rows, "dLast", date(result.found.last));
+  rows = core::ReplacePlaceholder(rows, "dFirst", date(result.found.first));
+  rows = core::ReplacePlaceholder(rows, "dLast", date(result.found.last));
   const std::string compared =
       session.Text("CV_COMPARED"_key, "lngValues", std::to_string(result.comparedValues));
   return rows + "\n" + compared + "\n";

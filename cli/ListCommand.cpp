@@ -50,7 +50,7 @@ void AddListOptions(CLI::App& command, Options& options) {
 }
 
 void ValidateSelection(const Options& options) {
-  db::Globals unused;
+  core::Globals unused;
   SetSelection(unused, options, platform::ShortDate::FromSystem());
 }
 

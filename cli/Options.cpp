@@ -12,8 +12,8 @@ namespace varnlog::cli {
 
 namespace {
 
-using namespace db::literals;
-using db::SelectionKind;
+using namespace core::literals;
+using core::SelectionKind;
 using platform::DateTime;
 using platform::ShortDate;
 
@@ -51,7 +51,7 @@ SelectionKind KindOf(const Options& options) {
 
 /// "Surname, First name *birth date", the form in which patients are shown. A name may hold a '*' or a
 /// further comma; the last " *" and the first ", " divide.
-void SetPatient(db::Globals& globals, const std::string& patient, const ShortDate& shortDate) {
+void SetPatient(core::Globals& globals, const std::string& patient, const ShortDate& shortDate) {
   const auto comma = patient.find(", ");
   const auto star = patient.rfind(" *");
   if (comma == std::string::npos || star == std::string::npos || star < comma + 2) {
@@ -82,7 +82,7 @@ void AddSelectionOptions(CLI::App& command, Options& options) {
   command.add_option("--patient", options.patient, "one patient: \"Surname, First name *birth date\"");
 }
 
-void SetSelection(db::Globals& globals, const Options& options, const ShortDate& shortDate) {
+void SetSelection(core::Globals& globals, const Options& options, const ShortDate& shortDate) {
   globals.SortSelectionGl = KindOf(options);
   if (!options.from.empty()) {
     globals.dBegGl = ReadDate(options.from, shortDate);

@@ -6,8 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "db/Globals.h"
-#include "db/TextLookup.h"
+#include "core/Globals.h"
+#include "core/TextLookup.h"
 #include "platform/ShortDate.h"
 
 namespace varnlog::cli {
@@ -43,16 +43,16 @@ void AddSelectionOptions(CLI::App& command, Options& options);
 /// placeholder.
 class UsageError : public std::runtime_error {
  public:
-  explicit UsageError(db::TextKey text, std::string placeholder = {}, std::string by = {})
+  explicit UsageError(core::TextKey text, std::string placeholder = {}, std::string by = {})
       : std::runtime_error("wrong usage"), key(text), name(std::move(placeholder)), value(std::move(by)) {}
 
-  db::TextKey key;
+  core::TextKey key;
   std::string name;
   std::string value;
 };
 
 /// Turns the selection options into one of the nine selections. Throws UsageError when they name none of
 /// them, and for a date or a patient that cannot be read.
-void SetSelection(db::Globals& globals, const Options& options, const platform::ShortDate& shortDate);
+void SetSelection(core::Globals& globals, const Options& options, const platform::ShortDate& shortDate);
 
 }  // namespace varnlog::cli

@@ -2,7 +2,7 @@
 
 namespace varnlog::cli {
 
-using namespace db::literals;
+using namespace core::literals;
 
 void RunRepairCommand(Session& session, const Options& options, Output& output) {
   session.RequireLogFile();

@@ -1,8 +1,8 @@
 #include "cli/RowSource.h"
 
-#include "app/StartUp.h"
 #include "logview/Columns.h"
 #include "logview/RowDisplay.h"
+#include "start/StartUp.h"
 
 namespace varnlog::cli {
 
@@ -62,8 +62,8 @@ class DisplayedRows final : public RowSource {
   }
 
  private:
-  db::RememberedTexts texts_;
-  app::HostToothScheme scheme_;
+  core::RememberedTexts texts_;
+  start::HostToothScheme scheme_;
   logview::RowDisplay display_;
 };
 

@@ -12,8 +12,8 @@ namespace varnlog::cli {
 
 namespace {
 
-using namespace db::literals;
-using db::MessageIcon;
+using namespace core::literals;
+using core::MessageIcon;
 
 }  // namespace
 
@@ -48,26 +48,26 @@ void Session::ChooseLanguage() {
                    texts_.InitError() + ")");
   }
   texts_.SetLanguage(ini_.ReadString("App", "Language", globals_.IniFileGl));
-  ini_ = app::modINIFile(globals_.LanguageGl);
+  ini_ = start::modINIFile(globals_.LanguageGl);
 }
 
 void Session::Start() {
-  globals_.DataPathGl = app::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
+  globals_.DataPathGl = start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
   // A log that is named can be looked at where there is no imaging suite.
   if (globals_.DataPathGl.empty() && fileGiven_.empty()) Fail("MN_ERR_DBNOTFOUND"_key);
   globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";
-  app::ReadHostSettings(globals_, ini_);
-  app::LoadSettings(globals_, ini_);
+  start::ReadHostSettings(globals_, ini_);
+  start::LoadSettings(globals_, ini_);
   if (!fileGiven_.empty()) globals_.strDataFileGl = fileGiven_;
   OpenWorkspace();
 }
 
 void Session::OpenWorkspace() {
-  if (!app::OpenLogWorkspace(globals_)) Fail("MN_ERR_DBACCESS"_key);
+  if (!start::OpenLogWorkspace(globals_)) Fail("MN_ERR_DBACCESS"_key);
 }
 
 void Session::InstallLog() {
-  if (fileGiven_.empty() && !app::InstallDataFile(globals_, services_)) throw JobError("");
+  if (fileGiven_.empty() && !start::InstallDataFile(globals_, services_)) throw JobError("");
 }
 
 void Session::RequireLogFile() {
@@ -91,31 +91,31 @@ void Session::OpenLog(Access access) {
   RequireLogFile();
   if (access == Access::kWrite) RefuseOldLog();
   const bool readOnly = access == Access::kRead && (LogIsOld() || !LogIsWritable());
-  if (!app::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly)) throw JobError("");
+  if (!start::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly)) throw JobError("");
 }
 
 void Session::CloseLog() {
   if (Engine().Database()) Engine().CloseDBInWorkspace();
 }
 
-std::string Session::Text(db::TextKey key, std::string_view name, std::string_view value) const {
+std::string Session::Text(core::TextKey key, std::string_view name, std::string_view value) const {
   const std::string text = texts_.GetText(key);
-  return name.empty() ? text : db::ReplacePlaceholder(text, name, value);
+  return name.empty() ? text : core::ReplacePlaceholder(text, name, value);
 }
 
-void Session::Fail(db::TextKey key, std::string_view name, std::string_view value) {
+void Session::Fail(core::TextKey key, std::string_view name, std::string_view value) {
   FailWith(Text(key, name, value));
 }
 
 void Session::FailToOpen(std::int32_t error) {
   const bool isInUse = error == static_cast<std::int32_t>(dao::ErrorNumber::kFileInUse);
-  const db::TextKey key = isInUse ? "MN_ERR_DBOPENEX"_key : "MN_ERR_DBOPEN"_key;
+  const core::TextKey key = isInUse ? "MN_ERR_DBOPENEX"_key : "MN_ERR_DBOPEN"_key;
   const std::string text = Text(key, "strFile", LogFile());
   FailWith(isInUse ? text : text + " (" + Engine().LastError() + ")");
 }
 
 void Session::FailWith(const std::string& message) {
-  db::MsgBox(user_, texts_, message, MessageIcon::kCritical);
+  core::MsgBox(user_, texts_, message, MessageIcon::kCritical);
   throw JobError("");
 }
 

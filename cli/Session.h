@@ -4,14 +4,14 @@
 #include <stdexcept>
 #include <string>
 
-#include "app/Language.h"
-#include "app/StartUp.h"
-#include "app/modINIFile.h"
 #include "cli/Options.h"
 #include "cli/TerminalDialog.h"
-#include "db/Globals.h"
+#include "core/Globals.h"
 #include "platform/Clock.h"
 #include "platform/ShortDate.h"
+#include "start/Language.h"
+#include "start/StartUp.h"
+#include "start/modINIFile.h"
 
 namespace varnlog::cli {
 
@@ -58,10 +58,10 @@ class Session {
   [[nodiscard]] dao::Database& Log() { return *Engine().Database(); }
   [[nodiscard]] db::CJetEngine& Engine() { return *globals_.LogEngineGl; }
 
-  [[nodiscard]] std::string Text(db::TextKey key, std::string_view name = {},
+  [[nodiscard]] std::string Text(core::TextKey key, std::string_view name = {},
                                  std::string_view value = {}) const;
   /// Shows the text of `key` with $name$ replaced by `value`, then throws JobError.
-  [[noreturn]] void Fail(db::TextKey key, std::string_view name = {}, std::string_view value = {});
+  [[noreturn]] void Fail(core::TextKey key, std::string_view name = {}, std::string_view value = {});
 
   /// Shows `message`, then throws JobError.
   [[noreturn]] void FailWith(const std::string& message);
@@ -69,10 +69,10 @@ class Session {
   /// Says that the log could not be opened, and why, then throws JobError. `error` is the engine's number.
   [[noreturn]] void FailToOpen(std::int32_t error);
 
-  [[nodiscard]] db::Globals& globals() { return globals_; }
-  [[nodiscard]] const db::Globals& globals() const { return globals_; }
-  [[nodiscard]] const app::Language& texts() const { return texts_; }
-  [[nodiscard]] const app::modINIFile& ini() const { return ini_; }
+  [[nodiscard]] core::Globals& globals() { return globals_; }
+  [[nodiscard]] const core::Globals& globals() const { return globals_; }
+  [[nodiscard]] const start::Language& texts() const { return texts_; }
+  [[nodiscard]] const start::modINIFile& ini() const { return ini_; }
   [[nodiscard]] TerminalDialog& user() { return user_; }
   [[nodiscard]] const platform::Clock& clock() const { return clock_; }
   [[nodiscard]] const platform::ShortDate& shortDate() const { return shortDate_; }
@@ -81,13 +81,13 @@ class Session {
   void EnterProgramFolder();
   void ChooseLanguage();
 
-  db::Globals globals_;
-  app::Language texts_{globals_};
-  app::modINIFile ini_;
+  core::Globals globals_;
+  start::Language texts_{globals_};
+  start::modINIFile ini_;
   TerminalDialog user_{texts_};
   platform::SystemClock clock_;
   platform::ShortDate shortDate_ = platform::ShortDate::FromSystem();
-  app::Services services_{ini_, texts_, user_, clock_};
+  start::Services services_{ini_, texts_, user_, clock_};
   std::string fileGiven_;
 };
 

@@ -10,9 +10,9 @@ namespace varnlog::cli {
 
 namespace {
 
-using namespace db::literals;
-using db::MessageAnswer;
-using db::MessageButtons;
+using namespace core::literals;
+using core::MessageAnswer;
+using core::MessageButtons;
 
 /// Noise taken for exposures could bring a new text with every record; this many are held at a time.
 constexpr std::size_t kMostHeld = 1'000;
@@ -43,14 +43,14 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
-TerminalDialog::TerminalDialog(const db::TextLookup& texts)
+TerminalDialog::TerminalDialog(const core::TextLookup& texts)
     : texts_(texts), isTerminal_(platform::StandardErrorIsTerminal()) {}
 
 TerminalDialog::~TerminalDialog() {
   Flush();
 }
 
-MessageAnswer TerminalDialog::Show(const db::Message& message) {
+MessageAnswer TerminalDialog::Show(const core::Message& message) {
   const std::string line = OneLine(message.text);
   if (message.buttons == MessageButtons::kOk) {
     Count(line);

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "intake/UpdateRun.h"
 
 namespace varnlog::cli {
@@ -15,13 +15,13 @@ namespace varnlog::cli {
 /// Speaks to the user through standard error; at a terminal it also asks and shows a progress bar there.
 class TerminalDialog final : public intake::UpdateView {
  public:
-  explicit TerminalDialog(const db::TextLookup& texts);
+  explicit TerminalDialog(const core::TextLookup& texts);
   ~TerminalDialog() override;
 
   /// Retry or Cancel is asked only at a terminal, anywhere else the answer is Cancel; to any other question
   /// it is the one that changes nothing. A message that comes again and again, as the one about a patient
   /// without a valid birth date does with every exposure, is written once with its count.
-  db::MessageAnswer Show(const db::Message& message) override;
+  core::MessageAnswer Show(const core::Message& message) override;
   void Beep() override;
 
   void SetRecordCount(std::int64_t records) override;
@@ -32,11 +32,11 @@ class TerminalDialog final : public intake::UpdateView {
 
  private:
   void Count(const std::string& line);
-  [[nodiscard]] db::MessageAnswer AskRetry();
+  [[nodiscard]] core::MessageAnswer AskRetry();
   void DrawBar();
   void ClearBar();
 
-  const db::TextLookup& texts_;
+  const core::TextLookup& texts_;
   const bool isTerminal_;
   std::vector<std::string> lines_;  // in the order of their first appearance
   std::unordered_map<std::string, std::int64_t> counts_;

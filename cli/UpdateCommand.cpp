@@ -5,7 +5,7 @@ namespace varnlog::cli {
 
 namespace {
 
-using namespace db::literals;
+using namespace core::literals;
 
 std::string Summary(const intake::UpdateResult& result) {
   return "read " + std::to_string(result.read) + ", added " + std::to_string(result.added) + ", changed " +
@@ -15,7 +15,7 @@ std::string Summary(const intake::UpdateResult& result) {
 }  // namespace
 
 void RunUpdateCommand(Session& session, const Options& /*options*/, Output& output) {
-  db::Globals& globals = session.globals();
+  core::Globals& globals = session.globals();
   if (globals.DataPathGl.empty()) session.Fail("MN_ERR_DBNOTFOUND"_key);
   session.InstallLog();
   session.OpenLog(Session::Access::kWrite);

@@ -10,7 +10,7 @@
 namespace {
 
 using namespace varnlog::cli;
-using namespace varnlog::db::literals;
+using namespace varnlog::core::literals;
 
 enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 

@@ -4,7 +4,7 @@
 
 namespace varnlog::dialogs {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 namespace {
 

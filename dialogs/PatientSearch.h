@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "db/Globals.h"
-#include "db/TextLookup.h"
+#include "core/Globals.h"
+#include "core/TextLookup.h"
 #include "db/dao/DBEngine.h"
 #include "platform/ShortDate.h"
 
@@ -14,9 +14,9 @@ namespace varnlog::dialogs {
 
 /// What a search found.
 struct SearchResult {
-  std::vector<std::string> entries;    // "Müller, Hans *12.03.1961", in the order the engine gave them
-  std::string searchBox;               // the first entry up to its " *", when there is one
-  std::optional<db::TextKey> message;  // why there is none; its placeholder "txtSearch" is the search text
+  std::vector<std::string> entries;      // "Müller, Hans *12.03.1961", in the order the engine gave them
+  std::string searchBox;                 // the first entry up to its " *", when there is one
+  std::optional<core::TextKey> message;  // why there is none; its placeholder "txtSearch" is the search text
 };
 
 /// What became of OK.
@@ -32,7 +32,7 @@ enum class Confirmation {
 /// apostrophe makes it invalid: EngineError leaves Search and Confirm, and the window shows it.
 class PatientSearch {
  public:
-  PatientSearch(db::Globals& globals, dao::Database& log, const platform::ShortDate& shortDate)
+  PatientSearch(core::Globals& globals, dao::Database& log, const platform::ShortDate& shortDate)
       : globals_(globals), log_(log), shortDate_(shortDate) {}
 
   /// `text` may hold the engine's wildcards; blanks around it are ignored.
@@ -42,7 +42,7 @@ class PatientSearch {
   [[nodiscard]] Confirmation Confirm(std::string_view selected, std::string_view searchText);
 
  private:
-  db::Globals& globals_;
+  core::Globals& globals_;
   dao::Database& log_;
   const platform::ShortDate& shortDate_;
 };

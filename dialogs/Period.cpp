@@ -2,8 +2,8 @@
 
 namespace varnlog::dialogs {
 
-using db::SelectionKind;
-using db::literals::operator""_key;
+using core::SelectionKind;
+using core::literals::operator""_key;
 
 PeriodBoxes Period::CurrentYear() const {
   const platform::DateTime today = clock_.Today();

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "db/Globals.h"
-#include "db/TextLookup.h"
+#include "core/Globals.h"
+#include "core/TextLookup.h"
 #include "platform/Clock.h"
 #include "platform/ShortDate.h"
 
@@ -16,7 +16,7 @@ using PeriodBoxes = std::array<std::string, 2>;
 
 /// Why the period dialog stays open.
 struct PeriodProblem {
-  db::TextKey message;
+  core::TextKey message;
   std::string dData;  // fills the message's placeholder of that name
   int focus = 0;      // the box that gets the focus
 };
@@ -24,7 +24,7 @@ struct PeriodProblem {
 /// What the period dialog decides. The selection kind in `globals` says how a missing date is filled.
 class Period {
  public:
-  Period(db::Globals& globals, const platform::ShortDate& shortDate, const platform::Clock& clock)
+  Period(core::Globals& globals, const platform::ShortDate& shortDate, const platform::Clock& clock)
       : globals_(globals), shortDate_(shortDate), clock_(clock) {}
 
   /// 1 January of this year and today.
@@ -41,7 +41,7 @@ class Period {
   [[nodiscard]] std::optional<PeriodProblem> Validate(const PeriodBoxes& boxes, int box) const;
   [[nodiscard]] std::optional<PeriodProblem> FillMissing(PeriodBoxes& boxes) const;
 
-  db::Globals& globals_;
+  core::Globals& globals_;
   const platform::ShortDate& shortDate_;
   const platform::Clock& clock_;
 };

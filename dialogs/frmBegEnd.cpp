@@ -10,18 +10,18 @@
 
 namespace varnlog::dialogs {
 
-using db::TextKey;
-using db::literals::operator""_key;
+using core::TextKey;
+using core::literals::operator""_key;
 using ui::Caption;
 
-frmBegEnd::frmBegEnd(QWidget* parent, Period period, const db::TextLookup& texts, db::UserDialog& user)
+frmBegEnd::frmBegEnd(QWidget* parent, Period period, const core::TextLookup& texts, core::UserDialog& user)
     : QDialog(parent), period_(period), texts_(texts), user_(user) {
   setObjectName("frmBegEnd");
   setWindowTitle(Caption(texts, "BE_CAPTION"_key));
 
   auto* grid = new QGridLayout;
   const QString hint = ui::ToQString(
-      db::ReplacePlaceholder(texts.GetText("BE_DATEHINT"_key), "strExample", period_.Example()));
+      core::ReplacePlaceholder(texts.GetText("BE_DATEHINT"_key), "strExample", period_.Example()));
   constexpr TextKey kLabels[] = {"BE_FROM"_key, "BE_TO"_key};
   for (int i = 0; i < 2; ++i) {
     auto* label = new QLabel(Caption(texts, kLabels[i]));
@@ -79,8 +79,9 @@ void frmBegEnd::Ok() {
     accept();
     return;
   }
-  const std::string text = db::ReplacePlaceholder(texts_.GetText(problem->message), "dData", problem->dData);
-  db::MsgBox(user_, texts_, text, db::MessageIcon::kInformation);
+  const std::string text =
+      core::ReplacePlaceholder(texts_.GetText(problem->message), "dData", problem->dData);
+  core::MsgBox(user_, texts_, text, core::MessageIcon::kInformation);
   QLineEdit* box = txtDate_.at(static_cast<std::size_t>(problem->focus));
   box->setFocus();
   box->selectAll();

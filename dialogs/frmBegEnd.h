@@ -5,7 +5,7 @@
 #include <QDialog>
 #include <QLineEdit>
 
-#include "db/UserDialog.h"
+#include "core/UserDialog.h"
 #include "dialogs/Period.h"
 
 namespace varnlog::dialogs {
@@ -13,15 +13,15 @@ namespace varnlog::dialogs {
 /// Asks for a period. accepted() means that dBegGl and dEndGl hold it.
 class frmBegEnd final : public QDialog {
  public:
-  frmBegEnd(QWidget* parent, Period period, const db::TextLookup& texts, db::UserDialog& user);
+  frmBegEnd(QWidget* parent, Period period, const core::TextLookup& texts, core::UserDialog& user);
 
  private:
   void CurrentYear();
   void Ok();
 
   Period period_;
-  const db::TextLookup& texts_;
-  db::UserDialog& user_;
+  const core::TextLookup& texts_;
+  core::UserDialog& user_;
   std::array<QLineEdit*, 2> txtDate_{};
 };
 

@@ -11,11 +11,11 @@
 
 namespace varnlog::dialogs {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using ui::Caption;
 
-frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const db::TextLookup& texts,
-                           db::UserDialog& user)
+frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const core::TextLookup& texts,
+                           core::UserDialog& user)
     : QDialog(parent),
       search_(search),
       texts_(texts),
@@ -96,10 +96,10 @@ void frmPatSearch::ReportError(const dao::EngineError& error) {
   const bool apostrophe = error.number() == dao::ErrorNumber::kSyntaxError &&
                           (txtSearch_->text() + selected_).contains(QLatin1Char('\''));
   if (apostrophe) {
-    db::MsgBox(user_, texts_, texts_.GetText("PS_ERR_APOSTROPHE"_key), db::MessageIcon::kInformation);
+    core::MsgBox(user_, texts_, texts_.GetText("PS_ERR_APOSTROPHE"_key), core::MessageIcon::kInformation);
   } else {
-    db::MsgBox(user_, texts_, std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
-               db::MessageIcon::kCritical);
+    core::MsgBox(user_, texts_, std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
+                 core::MessageIcon::kCritical);
   }
   txtSearch_->setFocus();
 }
@@ -128,7 +128,7 @@ void frmPatSearch::Show(const SearchResult& result, const QString& searchText) {
   lvwPat_->addTopLevelItems(items);
   const std::string count = ui::FromQString(QLocale().toString(items.size()));
   lblCount_->setText(
-      ui::ToQString(db::ReplacePlaceholder(texts_.GetText("PS_COUNT"_key), "lngCount", count)));
+      ui::ToQString(core::ReplacePlaceholder(texts_.GetText("PS_COUNT"_key), "lngCount", count)));
   if (!items.isEmpty()) {
     txtSearch_->setText(ui::ToQString(result.searchBox));
     lvwPat_->setCurrentItem(items.front());
@@ -136,8 +136,8 @@ void frmPatSearch::Show(const SearchResult& result, const QString& searchText) {
   }
   if (result.message) {
     const std::string text =
-        db::ReplacePlaceholder(texts_.GetText(*result.message), "txtSearch", ui::FromQString(searchText));
-    db::MsgBox(user_, texts_, text, db::MessageIcon::kInformation);
+        core::ReplacePlaceholder(texts_.GetText(*result.message), "txtSearch", ui::FromQString(searchText));
+    core::MsgBox(user_, texts_, text, core::MessageIcon::kInformation);
   }
   txtSearch_->setFocus();
   txtSearch_->selectAll();
@@ -156,13 +156,13 @@ void frmPatSearch::Ok() {
         Search();
         break;
       case Confirmation::kNotUnique:
-        db::MsgBox(user_, texts_, texts_.GetText("PS_ERR_NOTUNIQUE"_key), db::MessageIcon::kInformation);
+        core::MsgBox(user_, texts_, texts_.GetText("PS_ERR_NOTUNIQUE"_key), core::MessageIcon::kInformation);
         break;
       case Confirmation::kNotFound:
-        db::MsgBox(user_, texts_,
-                   db::ReplacePlaceholder(texts_.GetText("PS_ERR_NOPATIENT"_key), "txtSearch",
-                                          ui::FromQString(selected_)),
-                   db::MessageIcon::kInformation);
+        core::MsgBox(user_, texts_,
+                     core::ReplacePlaceholder(texts_.GetText("PS_ERR_NOPATIENT"_key), "txtSearch",
+                                              ui::FromQString(selected_)),
+                     core::MessageIcon::kInformation);
         break;
     }
   } catch (const dao::EngineError& error) {

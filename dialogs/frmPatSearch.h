@@ -6,7 +6,7 @@
 #include <QPushButton>
 #include <QTreeWidget>
 
-#include "db/UserDialog.h"
+#include "core/UserDialog.h"
 #include "dialogs/PatientSearch.h"
 
 namespace varnlog::dialogs {
@@ -14,7 +14,7 @@ namespace varnlog::dialogs {
 /// Finds one patient of the log. accepted() means that the patient globals hold the choice.
 class frmPatSearch final : public QDialog {
  public:
-  frmPatSearch(QWidget* parent, PatientSearch search, const db::TextLookup& texts, db::UserDialog& user);
+  frmPatSearch(QWidget* parent, PatientSearch search, const core::TextLookup& texts, core::UserDialog& user);
 
  private:
   void BuildSearchRow();
@@ -27,8 +27,8 @@ class frmPatSearch final : public QDialog {
   void ReportError(const dao::EngineError& error);
 
   PatientSearch search_;
-  const db::TextLookup& texts_;
-  db::UserDialog& user_;
+  const core::TextLookup& texts_;
+  core::UserDialog& user_;
   QLineEdit* txtSearch_;
   QPushButton* cmdSearch_;
   QTreeWidget* lvwPat_;

@@ -6,13 +6,13 @@
 
 namespace varnlog::intake {
 
-using db::operator""_key;
+using core::operator""_key;
 
 namespace {
 
 struct Code {
   std::string_view stored;
-  db::TextKey text;
+  core::TextKey text;
 };
 
 constexpr std::array<Code, 3> kPregnancy = {{
@@ -22,14 +22,14 @@ constexpr std::array<Code, 3> kPregnancy = {{
 }};
 constexpr std::array<Code, 2> kRepeat = {{{"Wdh.", "RC_REPEAT"_key}, {"N.d.", "RC_ND"_key}}};
 
-std::string TextOf(std::string_view code, std::span<const Code> codes, const db::TextLookup& texts) {
+std::string TextOf(std::string_view code, std::span<const Code> codes, const core::TextLookup& texts) {
   for (const Code& known : codes) {
     if (known.stored == code) return texts.GetText(known.text);
   }
   return {};
 }
 
-std::string CodeOf(std::string_view text, std::span<const Code> codes, const db::TextLookup& texts) {
+std::string CodeOf(std::string_view text, std::span<const Code> codes, const core::TextLookup& texts) {
   // A language without these texts answers "" for each: an empty cell must not become the first code.
   if (text.empty()) return {};
   for (const Code& known : codes) {
@@ -79,19 +79,19 @@ bool ConvertsTeeth(std::string_view exposureType, const ToothScheme& scheme) {
 
 }  // namespace
 
-std::string PregnancyCodeToText(std::string_view code, const db::TextLookup& texts) {
+std::string PregnancyCodeToText(std::string_view code, const core::TextLookup& texts) {
   return TextOf(code, kPregnancy, texts);
 }
 
-std::string PregnancyTextToCode(std::string_view text, const db::TextLookup& texts) {
+std::string PregnancyTextToCode(std::string_view text, const core::TextLookup& texts) {
   return CodeOf(text, kPregnancy, texts);
 }
 
-std::string RepeatCodeToText(std::string_view code, const db::TextLookup& texts) {
+std::string RepeatCodeToText(std::string_view code, const core::TextLookup& texts) {
   return TextOf(code, kRepeat, texts);
 }
 
-std::string RepeatTextToCode(std::string_view text, const db::TextLookup& texts) {
+std::string RepeatTextToCode(std::string_view text, const core::TextLookup& texts) {
   return CodeOf(text, kRepeat, texts);
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::intake {
 
@@ -16,12 +16,12 @@ class ToothScheme {
 };
 
 /// "J", "N", "-" as shown; "" for any other code.
-[[nodiscard]] std::string PregnancyCodeToText(std::string_view code, const db::TextLookup& texts);
+[[nodiscard]] std::string PregnancyCodeToText(std::string_view code, const core::TextLookup& texts);
 /// The code of a text as shown; "" for any other text.
-[[nodiscard]] std::string PregnancyTextToCode(std::string_view text, const db::TextLookup& texts);
+[[nodiscard]] std::string PregnancyTextToCode(std::string_view text, const core::TextLookup& texts);
 /// "Wdh.", "N.d." as shown; "" for any other code.
-[[nodiscard]] std::string RepeatCodeToText(std::string_view code, const db::TextLookup& texts);
-[[nodiscard]] std::string RepeatTextToCode(std::string_view text, const db::TextLookup& texts);
+[[nodiscard]] std::string RepeatCodeToText(std::string_view code, const core::TextLookup& texts);
+[[nodiscard]] std::string RepeatTextToCode(std::string_view text, const core::TextLookup& texts);
 
 /// The stored (FDI) tooth in the configured numbering when `exposureType` is XI or XS and the whole value is
 /// one tooth; any other value unchanged.

@@ -7,7 +7,7 @@
 
 namespace varnlog::intake {
 
-using db::operator""_key;
+using core::operator""_key;
 
 namespace {
 
@@ -94,8 +94,8 @@ void WriteOpenFlag(dao::Field& flag, bool isEmpty, bool isNew) {
 
 }  // namespace
 
-ExposureWriter::ExposureWriter(dao::Database& log, TubeDefaults defaults, const db::TextLookup& texts,
-                               db::UserDialog& user, const platform::Clock& clock)
+ExposureWriter::ExposureWriter(dao::Database& log, TubeDefaults defaults, const core::TextLookup& texts,
+                               core::UserDialog& user, const platform::Clock& clock)
     : texts_(texts),
       user_(user),
       clock_(clock),
@@ -134,7 +134,7 @@ ExposureWriter::Done ExposureWriter::Take(CToken& token) {
   return isNew ? Done::kAdded : Done::kChanged;
 }
 
-platform::DateTime ExposureWriter::ReadDate(CToken& token, CToken::Property property, db::TextKey message,
+platform::DateTime ExposureWriter::ReadDate(CToken& token, CToken::Property property, core::TextKey message,
                                             KnownDate& known) {
   std::string& text = token.Mutable(property);
   if (known.date.IsSet() && text == known.text) return known.date;
@@ -157,17 +157,18 @@ platform::DateTime ExposureWriter::ReadTime(CToken& token) {
   return db::ColonTextToTime(text);
 }
 
-void ExposureWriter::ReportDefault(const CToken& token, db::TextKey message, std::string_view shownDefault) {
+void ExposureWriter::ReportDefault(const CToken& token, core::TextKey message,
+                                   std::string_view shownDefault) {
   std::string text = texts_.GetText(message);
-  text = db::ReplacePlaceholder(text, "strLastName", token.LastName());
-  text = db::ReplacePlaceholder(text, "str1stName", token.FirstName());
-  text = db::ReplacePlaceholder(text, "dDefault", shownDefault);
-  db::MsgBox(user_, texts_, std::move(text), db::MessageIcon::kCritical, db::MessageButtons::kOk,
-             texts_.GetText("RU_XRUPDATE"_key));
+  text = core::ReplacePlaceholder(text, "strLastName", token.LastName());
+  text = core::ReplacePlaceholder(text, "str1stName", token.FirstName());
+  text = core::ReplacePlaceholder(text, "dDefault", shownDefault);
+  core::MsgBox(user_, texts_, std::move(text), core::MessageIcon::kCritical, core::MessageButtons::kOk,
+               texts_.GetText("RU_XRUPDATE"_key));
 }
 
 void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Field& field,
-                         db::TextKey caption) {
+                         core::TextKey caption) {
   std::string& text = token.Mutable(property);
   const auto most = static_cast<std::size_t>(field.Size());
   if (most == 0 || text.size() <= most || platform::CharacterCount(text) <= most) return;
@@ -176,13 +177,13 @@ void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Fi
 }
 
 void ExposureWriter::ReportCutValues(const CToken& token) {
-  for (const db::TextKey caption : cut_) {
+  for (const core::TextKey caption : cut_) {
     std::string text = texts_.GetText("RU_ERR_FIELDLEN"_key);
-    text = db::ReplacePlaceholder(text, "strLastName", token.LastName());
-    text = db::ReplacePlaceholder(text, "str1stName", token.FirstName());
-    text = db::ReplacePlaceholder(text, "strField", texts_.GetText(caption));
-    db::MsgBox(user_, texts_, std::move(text), db::MessageIcon::kCritical, db::MessageButtons::kOk,
-               texts_.GetText("RU_XRUPDATE"_key));
+    text = core::ReplacePlaceholder(text, "strLastName", token.LastName());
+    text = core::ReplacePlaceholder(text, "str1stName", token.FirstName());
+    text = core::ReplacePlaceholder(text, "strField", texts_.GetText(caption));
+    core::MsgBox(user_, texts_, std::move(text), core::MessageIcon::kCritical, core::MessageButtons::kOk,
+                 texts_.GetText("RU_XRUPDATE"_key));
   }
 }
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "db/TextLookup.h"
-#include "db/UserDialog.h"
+#include "core/TextLookup.h"
+#include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
 #include "db/dao/Recordset.h"
 #include "intake/CToken.h"
@@ -23,8 +23,8 @@ struct TubeDefaults {
 class ExposureWriter {
  public:
   /// Throws EngineError, as every function here does when the log cannot be read or written.
-  ExposureWriter(dao::Database& log, TubeDefaults defaults, const db::TextLookup& texts, db::UserDialog& user,
-                 const platform::Clock& clock);
+  ExposureWriter(dao::Database& log, TubeDefaults defaults, const core::TextLookup& texts,
+                 core::UserDialog& user, const platform::Clock& clock);
   ~ExposureWriter();
 
   enum class Done { kAdded, kChanged, kSkipped };
@@ -41,24 +41,24 @@ class ExposureWriter {
     platform::DateTime date;
   };
 
-  [[nodiscard]] platform::DateTime ReadDate(CToken& token, CToken::Property property, db::TextKey message,
+  [[nodiscard]] platform::DateTime ReadDate(CToken& token, CToken::Property property, core::TextKey message,
                                             KnownDate& known);
   [[nodiscard]] platform::DateTime ReadTime(CToken& token);
-  void ReportDefault(const CToken& token, db::TextKey message, std::string_view shownDefault);
-  void Fit(CToken& token, CToken::Property property, const dao::Field& field, db::TextKey caption);
+  void ReportDefault(const CToken& token, core::TextKey message, std::string_view shownDefault);
+  void Fit(CToken& token, CToken::Property property, const dao::Field& field, core::TextKey caption);
   void ReportCutValues(const CToken& token);
   void WritePatient(const CToken& token, bool isNew);
   void WriteResponsible(CToken& token);
   void WriteRegion(CToken& token, bool isNew);
   void WriteDeviceValues(CToken& token, bool isNew);
 
-  const db::TextLookup& texts_;
-  db::UserDialog& user_;
+  const core::TextLookup& texts_;
+  core::UserDialog& user_;
   const platform::Clock& clock_;
   TubeDefaults defaults_;
   std::unique_ptr<dao::Recordset> rows_;
   std::unique_ptr<Fields> fields_;
-  std::vector<db::TextKey> cut_;  // the fields for which the current record has too long values
+  std::vector<core::TextKey> cut_;  // the fields for which the current record has too long values
   KnownDate knownBirthday_;
   KnownDate knownTakeDate_;
   platform::DateTime birthday_;

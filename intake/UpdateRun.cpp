@@ -8,7 +8,7 @@
 
 namespace varnlog::intake {
 
-using db::operator""_key;
+using core::operator""_key;
 
 namespace {
 
@@ -36,7 +36,7 @@ class Transaction {
   bool open_;
 };
 
-IntakeSources SourcesOf(const db::Globals& globals, const RunOptions& options) {
+IntakeSources SourcesOf(const core::Globals& globals, const RunOptions& options) {
   return {platform::ToPath(globals.ExchangeFileGl), platform::ToPath(globals.strDataFileGl),
           globals.LanguageGl, options};
 }
@@ -60,12 +60,12 @@ class Run {
   void Finish(db::CJetEngine& engine, Transaction& transaction);
   void TidyUp(db::CJetEngine& engine) const;
   [[nodiscard]] bool OpenSources(const RunId& committed);
-  void Fail(db::TextKey key, std::string_view reason = {});
+  void Fail(core::TextKey key, std::string_view reason = {});
   void Conclude();
-  db::MessageAnswer Say(std::string text, db::MessageIcon icon, db::MessageButtons buttons);
+  core::MessageAnswer Say(std::string text, core::MessageIcon icon, core::MessageButtons buttons);
 
-  db::Globals& globals_;
-  const db::TextLookup& texts_;
+  core::Globals& globals_;
+  const core::TextLookup& texts_;
   const platform::FixedClock now_;  // one moment for all records: what day it is need not be asked each time
   UpdateView& view_;
   const RunOptions& options_;
@@ -74,14 +74,14 @@ class Run {
   bool removalFailed_ = false;
 };
 
-db::MessageAnswer Run::Say(std::string text, db::MessageIcon icon, db::MessageButtons buttons) {
-  return db::MsgBox(view_, texts_, std::move(text), icon, buttons, texts_.GetText("RU_XRUPDATE"_key));
+core::MessageAnswer Run::Say(std::string text, core::MessageIcon icon, core::MessageButtons buttons) {
+  return core::MsgBox(view_, texts_, std::move(text), icon, buttons, texts_.GetText("RU_XRUPDATE"_key));
 }
 
 /// Shown by Conclude(), when the transaction is over.
-void Run::Fail(db::TextKey key, std::string_view reason) {
+void Run::Fail(core::TextKey key, std::string_view reason) {
   result_.outcome = Outcome::kFailed;
-  result_.error = db::ReplacePlaceholder(texts_.GetText(key), "strError", reason);
+  result_.error = core::ReplacePlaceholder(texts_.GetText(key), "strError", reason);
 }
 
 bool Run::OpenSources(const RunId& committed) {
@@ -95,9 +95,9 @@ bool Run::OpenSources(const RunId& committed) {
       case IntakeSources::Opened::kCannotOpen:
         break;
     }
-    const auto answer =
-        Say(texts_.GetText("RU_ERR_XRUPDATE"_key), db::MessageIcon::kNone, db::MessageButtons::kRetryCancel);
-    if (answer == db::MessageAnswer::kRetry) continue;
+    const auto answer = Say(texts_.GetText("RU_ERR_XRUPDATE"_key), core::MessageIcon::kNone,
+                            core::MessageButtons::kRetryCancel);
+    if (answer == core::MessageAnswer::kRetry) continue;
     globals_.UpdateDeclinedGl = true;
     result_.outcome = Outcome::kCancelled;
     return false;
@@ -165,7 +165,7 @@ void Run::TidyUp(db::CJetEngine& engine) const {
 bool Run::Prepare(db::CJetEngine& engine) {
   if (!OpenSources(ReadRunMark(*engine.Database()))) return false;
   if (sources_.FoundDamage()) {
-    Say(texts_.GetText("RU_ERR_FILEREAD"_key), db::MessageIcon::kCritical, db::MessageButtons::kOk);
+    Say(texts_.GetText("RU_ERR_FILEREAD"_key), core::MessageIcon::kCritical, core::MessageButtons::kOk);
   }
   if (sources_.IsEmpty()) result_.outcome = Outcome::kNothingPending;
   return !sources_.IsEmpty();
@@ -191,13 +191,13 @@ void Run::Conclude() {
     result_.skipped = 0;
   }
   if (result_.outcome == Outcome::kFailed) {
-    Say(result_.error, db::MessageIcon::kCritical, db::MessageButtons::kOk);
+    Say(result_.error, core::MessageIcon::kCritical, core::MessageButtons::kOk);
   }
   if (removalFailed_) {
-    Say(texts_.GetText("RU_ERR_FILEDEL"_key), db::MessageIcon::kCritical, db::MessageButtons::kOk);
+    Say(texts_.GetText("RU_ERR_FILEDEL"_key), core::MessageIcon::kCritical, core::MessageButtons::kOk);
   }
   if (result_.outcome == Outcome::kDone && result_.read > 0) {
-    db::MsgBox(view_, texts_, texts_.GetText("RU_SUCCESS"_key), db::MessageIcon::kInformation);
+    core::MsgBox(view_, texts_, texts_.GetText("RU_SUCCESS"_key), core::MessageIcon::kInformation);
   }
 }
 
@@ -222,7 +222,7 @@ UpdateResult RunUpdate(const UpdateContext& context, UpdateView& view, const Run
   return Run(context, view, options).Execute();
 }
 
-bool ExchangeDataPending(const db::Globals& globals) {
+bool ExchangeDataPending(const core::Globals& globals) {
   const IntakeSources sources = SourcesOf(globals, {});
   return sources.IsPending([&globals] {
     try {

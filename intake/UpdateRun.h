@@ -3,16 +3,16 @@
 #include <cstdint>
 #include <string>
 
-#include "db/Globals.h"
-#include "db/TextLookup.h"
-#include "db/UserDialog.h"
+#include "core/Globals.h"
+#include "core/TextLookup.h"
+#include "core/UserDialog.h"
 #include "intake/RunStep.h"
 #include "platform/Clock.h"
 
 namespace varnlog::intake {
 
 /// What a run asks of whoever shows it.
-class UpdateView : public db::UserDialog {
+class UpdateView : public core::UserDialog {
  public:
   /// Before the first record.
   virtual void SetRecordCount(std::int64_t records) = 0;
@@ -37,8 +37,8 @@ struct UpdateResult {
 };
 
 struct UpdateContext {
-  db::Globals& globals;
-  const db::TextLookup& texts;
+  core::Globals& globals;
+  const core::TextLookup& texts;
   const platform::Clock& clock;
 };
 
@@ -48,6 +48,6 @@ struct UpdateContext {
                                      const RunOptions& options = {});
 
 /// True when the exchange file, or a copy that an interrupted run left, holds data.
-[[nodiscard]] bool ExchangeDataPending(const db::Globals& globals);
+[[nodiscard]] bool ExchangeDataPending(const core::Globals& globals);
 
 }  // namespace varnlog::intake

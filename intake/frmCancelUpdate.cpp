@@ -11,10 +11,10 @@
 
 namespace varnlog::intake {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using ui::Caption;
 
-frmCancelUpdate::frmCancelUpdate(QWidget* parent, const db::TextLookup& texts) : QDialog(parent) {
+frmCancelUpdate::frmCancelUpdate(QWidget* parent, const core::TextLookup& texts) : QDialog(parent) {
   setObjectName("frmCancelUpdate");
   setWindowTitle(Caption(texts, "CU_CAPTION"_key));
   auto* icon = new QLabel;

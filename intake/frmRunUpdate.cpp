@@ -13,7 +13,7 @@
 
 namespace varnlog::intake {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using ui::Caption;
 
 namespace {
@@ -22,17 +22,18 @@ namespace {
 constexpr qint64 kMillisecondsBetweenEvents = 30;
 constexpr int kProgressSteps = 10'000;
 
-QString ProgressText(const db::TextLookup& texts, std::int64_t done, std::int64_t count) {
+QString ProgressText(const core::TextLookup& texts, std::int64_t done, std::int64_t count) {
   const auto number = [](std::int64_t value) {
     return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
   };
-  const std::string text = db::ReplacePlaceholder(texts.GetText("RU_PROGRESS"_key), "lngDone", number(done));
-  return ui::ToQString(db::ReplacePlaceholder(text, "lngCount", number(count)));
+  const std::string text =
+      core::ReplacePlaceholder(texts.GetText("RU_PROGRESS"_key), "lngDone", number(done));
+  return ui::ToQString(core::ReplacePlaceholder(text, "lngCount", number(count)));
 }
 
 }  // namespace
 
-frmRunUpdate::frmRunUpdate(QWidget* parent, const UpdateContext& context, db::UserDialog& user)
+frmRunUpdate::frmRunUpdate(QWidget* parent, const UpdateContext& context, core::UserDialog& user)
     : QDialog(parent), context_(context), user_(user), prgBar_(new QProgressBar), lblProgress_(new QLabel) {
   setObjectName("frmRunUpdate");
   setWindowTitle(Caption(context.texts, "RU_CAPTION"_key));
@@ -104,7 +105,7 @@ void frmRunUpdate::Advance(std::int64_t recordsDone) {
   sinceEvents_.restart();
 }
 
-db::MessageAnswer frmRunUpdate::Show(const db::Message& message) {
+core::MessageAnswer frmRunUpdate::Show(const core::Message& message) {
   return user_.Show(message);
 }
 

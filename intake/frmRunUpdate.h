@@ -15,7 +15,7 @@ namespace varnlog::intake {
 class frmRunUpdate final : public QDialog, private UpdateView {
  public:
   /// `user` shows the run's messages.
-  frmRunUpdate(QWidget* parent, const UpdateContext& context, db::UserDialog& user);
+  frmRunUpdate(QWidget* parent, const UpdateContext& context, core::UserDialog& user);
 
   [[nodiscard]] const UpdateResult& Result() const { return result_; }
 
@@ -28,11 +28,11 @@ class frmRunUpdate final : public QDialog, private UpdateView {
   void AskCancel();
   void SetRecordCount(std::int64_t records) override;
   void Advance(std::int64_t recordsDone) override;
-  db::MessageAnswer Show(const db::Message& message) override;
+  core::MessageAnswer Show(const core::Message& message) override;
   void Beep() override;
 
   UpdateContext context_;
-  db::UserDialog& user_;
+  core::UserDialog& user_;
   QProgressBar* prgBar_;
   QLabel* lblProgress_;
   std::int64_t records_ = 0;

@@ -9,7 +9,7 @@
 
 namespace varnlog::legacy {
 
-using namespace db::literals;
+using namespace core::literals;
 namespace fs = std::filesystem;
 using Outcome = ConversionResult::Outcome;
 

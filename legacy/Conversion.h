@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <string>
 
-#include "db/TextLookup.h"
-#include "db/UserDialog.h"
+#include "core/TextLookup.h"
+#include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
 #include "legacy/LogExamination.h"
 
@@ -14,7 +14,7 @@ namespace varnlog::legacy {
 enum class ConversionStep { kReading, kTakingOver, kComparing };
 
 /// What a conversion asks of whoever shows it.
-class ConversionView : public db::UserDialog {
+class ConversionView : public core::UserDialog {
  public:
   /// Before each step; `exposures` is 0 while the number is not known yet.
   virtual void Begin(ConversionStep step, std::int64_t exposures) = 0;
@@ -24,7 +24,7 @@ class ConversionView : public db::UserDialog {
 
 struct ConversionContext {
   dao::DBEngine& engine;  // its SystemDB knows the account "Admin"
-  const db::TextLookup& texts;
+  const core::TextLookup& texts;
   std::filesystem::path templateFile;  // "varnlog.md0", an empty log
 };
 

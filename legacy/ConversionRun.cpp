@@ -8,7 +8,7 @@
 
 namespace varnlog::legacy {
 
-using namespace db::literals;
+using namespace core::literals;
 namespace fs = std::filesystem;
 using Outcome = ConversionResult::Outcome;
 using Verdict = LogExamination::Verdict;
@@ -37,11 +37,11 @@ ConversionRun::ConversionRun(const ConversionContext& context, fs::path oldLog, 
 
 ConversionRun::~ConversionRun() = default;
 
-std::string ConversionRun::TextNaming(const fs::path& file, db::TextKey key) const {
-  return db::ReplaceFirstPlaceholder(context_.texts.GetText(key), "strFile", platform::FromPath(file));
+std::string ConversionRun::TextNaming(const fs::path& file, core::TextKey key) const {
+  return core::ReplaceFirstPlaceholder(context_.texts.GetText(key), "strFile", platform::FromPath(file));
 }
 
-std::string ConversionRun::Text(db::TextKey key, const std::string& error) const {
+std::string ConversionRun::Text(core::TextKey key, const std::string& error) const {
   const auto date = [](platform::DateTime when) { return when.IsSet() ? when.ToIso() : std::string(); };
   std::string text = context_.texts.GetText(key);
   for (const auto& [name, value] :
@@ -52,7 +52,7 @@ std::string ConversionRun::Text(db::TextKey key, const std::string& error) const
         {"dFirst", date(result_.found.first)},
         {"dLast", date(result_.found.last)},
         {"strError", error}}) {
-    text = db::ReplaceFirstPlaceholder(text, name, value);
+    text = core::ReplaceFirstPlaceholder(text, name, value);
   }
   return text;
 }
@@ -64,7 +64,7 @@ bool ConversionRun::End(Outcome outcome) {
 
 bool ConversionRun::Fail(const std::string& text) {
   result_.error = text;
-  db::MsgBox(view_, context_.texts, text, db::MessageIcon::kCritical);
+  core::MsgBox(view_, context_.texts, text, core::MessageIcon::kCritical);
   return End(Outcome::kFailed);
 }
 
@@ -74,22 +74,22 @@ bool ConversionRun::Cancel() {
 }
 
 void ConversionRun::Tell(const std::string& text) {
-  db::MsgBox(view_, context_.texts, text, db::MessageIcon::kInformation);
+  core::MsgBox(view_, context_.texts, text, core::MessageIcon::kInformation);
 }
 
 bool ConversionRun::Ask(const std::string& text) {
-  const auto answer = db::MsgBox(view_, context_.texts, text, db::MessageIcon::kQuestion,
-                                 db::MessageButtons::kYesNo, context_.texts.GetText("CV_CAPTION"_key));
-  return answer == db::MessageAnswer::kYes;
+  const auto answer = core::MsgBox(view_, context_.texts, text, core::MessageIcon::kQuestion,
+                                   core::MessageButtons::kYesNo, context_.texts.GetText("CV_CAPTION"_key));
+  return answer == core::MessageAnswer::kYes;
 }
 
 // A lock file of a program that crashed stays for ever: once the user has been told, only one that may really
 // be open holds the conversion up.
 bool ConversionRun::WaitForOthers() {
   for (auto lockFile = LockFileOf(oldLog_); lockFile; lockFile = LockFileOf(oldLog_)) {
-    const auto answer = db::MsgBox(view_, context_.texts, Text("CV_ERR_INUSE"_key),
-                                   db::MessageIcon::kCritical, db::MessageButtons::kRetryCancel);
-    if (answer != db::MessageAnswer::kRetry) {
+    const auto answer = core::MsgBox(view_, context_.texts, Text("CV_ERR_INUSE"_key),
+                                     core::MessageIcon::kCritical, core::MessageButtons::kRetryCancel);
+    if (answer != core::MessageAnswer::kRetry) {
       result_.error = Text("CV_ERR_INUSE"_key);
       return End(Outcome::kFailed);
     }

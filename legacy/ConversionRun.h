@@ -36,10 +36,10 @@ class ConversionRun {
   [[nodiscard]] bool Fail(const std::string& text);
   [[nodiscard]] bool End(ConversionResult::Outcome outcome);
   /// The text of a key with the places for files and numbers filled in.
-  [[nodiscard]] std::string Text(db::TextKey key, const std::string& error = {}) const;
+  [[nodiscard]] std::string Text(core::TextKey key, const std::string& error = {}) const;
 
   /// The text of a key about another file than the old log.
-  [[nodiscard]] std::string TextNaming(const std::filesystem::path& file, db::TextKey key) const;
+  [[nodiscard]] std::string TextNaming(const std::filesystem::path& file, core::TextKey key) const;
 
   [[nodiscard]] ConversionResult& Result() { return result_; }
 

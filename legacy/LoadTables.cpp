@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "db/dao/BulkRows.h"
-#include "db/dao/JetSql.h"
-#include "db/dao/Schema.h"
+#include "db/dao/sql/JetSql.h"
+#include "db/dao/sqlite/Schema.h"
 #include "legacy/JetDatabase.h"
 #include "legacy/LogSchema.h"
 #include "legacy/OldFile.h"

@@ -26,7 +26,7 @@ Color CRGBColorINI::RestoreColor(std::string_view key, Color fallback) const {
   return *red | *green << 8U | *blue << 16U;
 }
 
-GridColors LoadGridColors(const db::SettingsStore& settings, std::string_view iniFile) {
+GridColors LoadGridColors(const core::SettingsStore& settings, std::string_view iniFile) {
   constexpr Color kInactiveCaptionText = 0x80000013;
   CRGBColorINI colors(settings);
   colors.SetIniFile(iniFile);

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "db/SettingsStore.h"
+#include "core/SettingsStore.h"
 
 namespace varnlog::logview {
 
@@ -14,7 +14,7 @@ using Color = std::uint32_t;
 /// Reads colours such as "R=255;G=255;B=0" from one section of an INI file.
 class CRGBColorINI {
  public:
-  explicit CRGBColorINI(const db::SettingsStore& settings) : settings_(settings) {}
+  explicit CRGBColorINI(const core::SettingsStore& settings) : settings_(settings) {}
 
   void SetIniFile(std::string_view file) { iniFile_ = file; }
   void SetSection(std::string_view section) { section_ = section; }
@@ -23,7 +23,7 @@ class CRGBColorINI {
   [[nodiscard]] Color RestoreColor(std::string_view key, Color fallback) const;
 
  private:
-  const db::SettingsStore& settings_;
+  const core::SettingsStore& settings_;
   std::string iniFile_;
   std::string section_;
 };
@@ -38,6 +38,6 @@ struct GridColors {
 };
 
 /// Section "GridColors".
-[[nodiscard]] GridColors LoadGridColors(const db::SettingsStore& settings, std::string_view iniFile);
+[[nodiscard]] GridColors LoadGridColors(const core::SettingsStore& settings, std::string_view iniFile);
 
 }  // namespace varnlog::logview

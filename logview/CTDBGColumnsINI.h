@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "db/SettingsStore.h"
+#include "core/SettingsStore.h"
 
 namespace varnlog::logview {
 
@@ -23,7 +23,7 @@ class CTDBGColumnsINI {
   /// Numbers in an INI file can be anything; no column is set wider than this.
   static constexpr std::int32_t kWidest = 100'000;
 
-  explicit CTDBGColumnsINI(db::SettingsStore& settings) : settings_(settings) {}
+  explicit CTDBGColumnsINI(core::SettingsStore& settings) : settings_(settings) {}
 
   void SetIniFile(std::string_view file) { iniFile_ = file; }
   void SetSection(std::string_view section) { section_ = section; }
@@ -37,7 +37,7 @@ class CTDBGColumnsINI {
   void RestoreColumns();
 
  private:
-  db::SettingsStore& settings_;
+  core::SettingsStore& settings_;
   ColumnWidths* grid_ = nullptr;
   std::string iniFile_;
   std::string section_;

@@ -30,11 +30,11 @@ const std::array<Column, kColumnCount> kColumns = {{
      "ORDER BY TXray.tXraySComment DESC;"},
 }};
 
-std::string ColumnHeading(int column, const db::TextLookup& texts) {
+std::string ColumnHeading(int column, const core::TextLookup& texts) {
   if (column < 0 || column >= kColumnCount) return {};
   const Column& shown = kColumns[static_cast<std::size_t>(column)];
   if (shown.headingKey.empty()) return std::string(shown.heading);
-  return texts.GetText(db::TextKey(shown.headingKey));
+  return texts.GetText(core::TextKey(shown.headingKey));
 }
 
 }  // namespace varnlog::logview

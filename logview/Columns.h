@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::logview {
 
@@ -36,6 +36,6 @@ inline constexpr int kColumnCount = 13;
 extern const std::array<Column, kColumnCount> kColumns;
 
 /// A heading in the current language; "" outside 0 to 12.
-[[nodiscard]] std::string ColumnHeading(int column, const db::TextLookup& texts);
+[[nodiscard]] std::string ColumnHeading(int column, const core::TextLookup& texts);
 
 }  // namespace varnlog::logview

@@ -2,7 +2,7 @@
 
 namespace varnlog::logview {
 
-using namespace db::literals;
+using namespace core::literals;
 
 EditDecision BeforeColEdit(dao::Recordset& rows, int column) {
   switch (CellStateOf(rows, column)) {

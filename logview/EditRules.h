@@ -3,7 +3,7 @@
 #include <array>
 #include <optional>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "db/dao/Recordset.h"
 #include "logview/Columns.h"
 
@@ -13,7 +13,7 @@ namespace varnlog::logview {
 struct EditDecision {
   bool allowed = false;
   bool beep = false;
-  std::optional<db::TextKey> message;  // shown with the information icon
+  std::optional<core::TextKey> message;  // shown with the information icon
 };
 
 /// Before the editor of a cell opens. `rows` stands on the cell's row. Every value can be corrected once, the

@@ -22,7 +22,7 @@ bool LockValue(dao::Recordset& rows, const CEdit& edit) {
   return true;
 }
 
-void LockAll(dao::Recordset& rows, const CEdits& edits, db::UserDialog& user, FlushResult& result) {
+void LockAll(dao::Recordset& rows, const CEdits& edits, core::UserDialog& user, FlushResult& result) {
   for (const CEdit& edit : edits) {
     if (LockValue(rows, edit)) {
       ++result.locked;
@@ -35,7 +35,7 @@ void LockAll(dao::Recordset& rows, const CEdits& edits, db::UserDialog& user, Fl
 
 }  // namespace
 
-FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, db::UserDialog& user) {
+FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, core::UserDialog& user) {
   FlushResult result;
   if (edits.Count() == 0) return result;
   try {

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "db/UserDialog.h"
+#include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
 #include "logview/CEdits.h"
 
@@ -17,6 +17,6 @@ struct FlushResult {
 
 /// Locks every corrected value: clears the edit flag that each entry names and takes the entry out of
 /// `edits`.
-FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, db::UserDialog& user);
+FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, core::UserDialog& user);
 
 }  // namespace varnlog::logview

@@ -4,7 +4,7 @@
 
 namespace varnlog::logview {
 
-RowDisplay::RowDisplay(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme,
+RowDisplay::RowDisplay(dao::Recordset& rows, const core::TextLookup& texts, const intake::ToothScheme& scheme,
                        const platform::ShortDate& shortDate)
     : rows_(rows),
       texts_(texts),

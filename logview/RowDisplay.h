@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "db/dao/Recordset.h"
 #include "intake/CodeMappings.h"
 #include "logview/Columns.h"
@@ -17,7 +17,7 @@ namespace varnlog::logview {
 /// asked once, so that the rows that an object shows never mix two.
 class RowDisplay {
  public:
-  RowDisplay(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme,
+  RowDisplay(dao::Recordset& rows, const core::TextLookup& texts, const intake::ToothScheme& scheme,
              const platform::ShortDate& shortDate);
 
   /// The text of one column; "" outside 0 to 12. Throws dao::EngineError when the row cannot be read.
@@ -37,7 +37,7 @@ class RowDisplay {
   [[nodiscard]] std::string Region() const;
 
   dao::Recordset& rows_;
-  const db::TextLookup& texts_;
+  const core::TextLookup& texts_;
   RememberedScheme scheme_;
   platform::ShortDate shortDate_;
   dao::Field& taken_;

@@ -9,10 +9,10 @@ namespace varnlog::logview {
 
 namespace {
 
-using db::Globals;
-using db::TextKey;
+using core::Globals;
+using core::TextKey;
 using platform::ShortDate;
-using namespace db::literals;
+using namespace core::literals;
 
 enum class Where { kNothing, kPeriod, kPatient, kPatientPeriod, kPeriodAndType };
 
@@ -74,24 +74,24 @@ std::string Sql(const SelectionRule& rule, const Globals& globals) {
   return all + newestFirst;
 }
 
-std::string Headline(const SelectionRule& rule, const Globals& globals, const db::TextLookup& texts,
+std::string Headline(const SelectionRule& rule, const Globals& globals, const core::TextLookup& texts,
                      const ShortDate& shortDate) {
   std::string text = texts.GetText(rule.headline);
   if (rule.where == Where::kPatient || rule.where == Where::kPatientPeriod) {
     const std::string patient =
         FormatPatient(globals.strPatNameGl, globals.strPatFirstnameGl, globals.dPatBirthdayGl, shortDate);
-    text = db::ReplacePlaceholder(text, "strPatName", patient);
+    text = core::ReplacePlaceholder(text, "strPatName", patient);
   }
   if (rule.where != Where::kNothing && rule.where != Where::kPatient) {
-    text = db::ReplacePlaceholder(text, "dBegGl", shortDate.Format(globals.dBegGl));
-    text = db::ReplacePlaceholder(text, "dEndGl", shortDate.Format(globals.dEndGl));
+    text = core::ReplacePlaceholder(text, "dBegGl", shortDate.Format(globals.dBegGl));
+    text = core::ReplacePlaceholder(text, "dEndGl", shortDate.Format(globals.dEndGl));
   }
   return text;
 }
 
 }  // namespace
 
-SelectionView BuildSelection(const Globals& globals, const db::TextLookup& texts,
+SelectionView BuildSelection(const Globals& globals, const core::TextLookup& texts,
                              const ShortDate& shortDate) {
   const auto kind = static_cast<std::size_t>(globals.SortSelectionGl);
   if (kind >= kRules.size()) return {.sql = "TXray", .headline = {}, .icon = {}};

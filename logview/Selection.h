@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "db/Globals.h"
-#include "db/TextLookup.h"
+#include "core/Globals.h"
+#include "core/TextLookup.h"
 #include "platform/ShortDate.h"
 
 namespace varnlog::logview {
@@ -18,7 +18,7 @@ struct SelectionView {
 
 /// The query, headline and icon of the selection in `globals`. Names go into the SQL as they are: one with an
 /// apostrophe makes it invalid, which opening it reports.
-[[nodiscard]] SelectionView BuildSelection(const db::Globals& globals, const db::TextLookup& texts,
+[[nodiscard]] SelectionView BuildSelection(const core::Globals& globals, const core::TextLookup& texts,
                                            const platform::ShortDate& shortDate);
 
 /// The SQL after a click on the heading of `column`: ascending when the current SQL contains "DESC;", else

@@ -6,11 +6,11 @@ namespace varnlog::logview {
 
 namespace {
 
-using namespace db::literals;
+using namespace core::literals;
 
 class RowWriter {
  public:
-  RowWriter(dao::Recordset& rows, const db::TextLookup& texts, const intake::ToothScheme& scheme)
+  RowWriter(dao::Recordset& rows, const core::TextLookup& texts, const intake::ToothScheme& scheme)
       : rows_(rows), texts_(texts), scheme_(scheme) {}
 
   void Write(const RowBuffer& entered) {
@@ -52,14 +52,14 @@ class RowWriter {
   }
 
   dao::Recordset& rows_;
-  const db::TextLookup& texts_;
+  const core::TextLookup& texts_;
   const intake::ToothScheme& scheme_;
 };
 
 }  // namespace
 
 std::vector<std::string> WriteRow(dao::Recordset& rows, dao::Bookmark location, const RowBuffer& entered,
-                                  const db::TextLookup& texts, const intake::ToothScheme& scheme,
+                                  const core::TextLookup& texts, const intake::ToothScheme& scheme,
                                   CEdits& edits) {
   rows.SetBookmark(location);
   rows.Edit();
@@ -76,7 +76,7 @@ std::vector<std::string> WriteRow(dao::Recordset& rows, dao::Bookmark location, 
   return std::move(writer.refused);
 }
 
-std::optional<db::TextKey> DataErrorKey(std::int32_t dataError) {
+std::optional<core::TextKey> DataErrorKey(std::int32_t dataError) {
   switch (static_cast<DataError>(dataError)) {
     case DataError::kRecordInUse:
       return "RS_ERR_RECORDEX"_key;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "db/dao/Recordset.h"
 #include "intake/CodeMappings.h"
 #include "logview/CEdits.h"
@@ -21,7 +21,7 @@ using RowBuffer = std::array<std::optional<std::string>, kColumnCount>;
 /// stored or nothing is: throws dao::EngineError with the row as it was and nothing noted. The result names
 /// the columns that hold no entry of the user's; nothing was written for them.
 std::vector<std::string> WriteRow(dao::Recordset& rows, dao::Bookmark location, const RowBuffer& entered,
-                                  const db::TextLookup& texts, const intake::ToothScheme& scheme,
+                                  const core::TextLookup& texts, const intake::ToothScheme& scheme,
                                   CEdits& edits);
 
 /// The grid's numbers for what can go wrong with a row.
@@ -32,7 +32,7 @@ enum class DataError : std::int32_t {
 };
 
 /// The message of a grid error; nothing for an error that is shown in the grid's own words.
-[[nodiscard]] std::optional<db::TextKey> DataErrorKey(std::int32_t dataError);
+[[nodiscard]] std::optional<core::TextKey> DataErrorKey(std::int32_t dataError);
 
 /// The grid's number for an engine error; the engine's own number where the grid has none.
 [[nodiscard]] std::int32_t DataErrorOf(dao::ErrorNumber number);

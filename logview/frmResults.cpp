@@ -16,7 +16,7 @@
 
 namespace varnlog::logview {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 namespace {
 
@@ -77,7 +77,8 @@ void FillRow(dao::Recordset& rows, const RowDisplay& display, const CellStates& 
 }
 
 /// Keeps its place until the view is loaded anew, so that the numbers of the rows below stay.
-void FillDeletedRow(const dao::Recordset& rows, const db::TextLookup& texts, ui::RowBuffer& rowBuf, int row) {
+void FillDeletedRow(const dao::Recordset& rows, const core::TextLookup& texts, ui::RowBuffer& rowBuf,
+                    int row) {
   for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
     rowBuf.SetValue(row, column, QString());
     rowBuf.SetState(row, column, ui::CellState::kPlain);
@@ -88,7 +89,7 @@ void FillDeletedRow(const dao::Recordset& rows, const db::TextLookup& texts, ui:
 
 /// The rows of `rows` from its current one on, as texts and states.
 void FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits,
-                const db::TextLookup& texts, ui::RowBuffer& rowBuf) {
+                const core::TextLookup& texts, ui::RowBuffer& rowBuf) {
   const CellStates states(rows);
   int filled = 0;
   for (; filled < rowBuf.RowCount() && !rows.IsBOF() && !rows.IsEOF(); ++filled) {
@@ -161,7 +162,7 @@ void frmResults::BuildColumns() {
     const Column& column = kColumns.at(static_cast<std::size_t>(i));
     ui::GridColumn shown;
     shown.heading = ui::ToQString(ColumnHeading(i, context_.texts));
-    shown.tip = ui::Caption(context_.texts, db::TextKey(column.tipKey));
+    shown.tip = ui::Caption(context_.texts, core::TextKey(column.tipKey));
     shown.width = std::max(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kDefaultDigits[i],
                            fontMetrics().horizontalAdvance(shown.heading) + kHeadingExtra);
     shown.editable = !column.field.empty();
@@ -169,7 +170,7 @@ void frmResults::BuildColumns() {
     shown.alignment = isNumber ? Qt::AlignRight : Qt::AlignLeft;
     columns.push_back(std::move(shown));
   }
-  const auto entry = [this](db::TextKey key) { return ui::Caption(context_.texts, key); };
+  const auto entry = [this](core::TextKey key) { return ui::Caption(context_.texts, key); };
   columns[kPregnancyColumn].list = {QString(), entry("RC_PREGYES"_key), entry("RC_PREGNO"_key),
                                     entry("RC_PREGUNKNOWN"_key)};
   columns[kCommentColumn].openText = entry("RS_STATE_ALWAYS"_key);
@@ -262,8 +263,8 @@ void frmResults::CloseData() {
 void frmResults::closeEvent(QCloseEvent* event) {
   // What stands in an open editor is an entry like any other.
   grid_->setFocus();
-  const std::string caption = db::ReplacePlaceholder(context_.texts.GetText("RS_HEADLINE"_key),
-                                                     "strDataFileGl", context_.globals.strDataFileGl);
+  const std::string caption = core::ReplacePlaceholder(context_.texts.GetText("RS_HEADLINE"_key),
+                                                       "strDataFileGl", context_.globals.strDataFileGl);
   host_.SetCaption(caption);
   columnsIni_.SaveColumns();
   CloseData();
@@ -277,16 +278,16 @@ void frmResults::changeEvent(QEvent* event) {
 }
 
 void frmResults::ShowError(const dao::EngineError& error) {
-  db::MsgBox(context_.user, context_.texts,
-             std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
-             db::MessageIcon::kCritical);
+  core::MsgBox(context_.user, context_.texts,
+               std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
+               core::MessageIcon::kCritical);
 }
 
 /// A row that another workstation deleted or works on has a text of its own.
 void frmResults::ShowEditError(const dao::EngineError& error) {
   const auto key = DataErrorKey(DataErrorOf(error.number()));
   if (!key) return ShowError(error);
-  db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), db::MessageIcon::kCritical);
+  core::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), core::MessageIcon::kCritical);
   host_.RefreshCommands();
 }
 
@@ -365,8 +366,8 @@ bool frmResults::LocateRow(int row) {
 void frmResults::Refuse(const EditDecision& decision) {
   if (decision.beep) context_.user.Beep();
   if (!decision.message) return;
-  db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*decision.message),
-             db::MessageIcon::kInformation);
+  core::MsgBox(context_.user, context_.texts, context_.texts.GetText(*decision.message),
+               core::MessageIcon::kInformation);
   grid_->Refresh();
   host_.RefreshCommands();
 }
@@ -423,13 +424,14 @@ void frmResults::MarkSort() {
 void frmResults::Error(int dataError, int& response) {
   grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
-    db::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), db::MessageIcon::kCritical);
+    core::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), core::MessageIcon::kCritical);
     host_.RefreshCommands();
     response = 0;
     return;
   }
   // A failure without a text of its own is left to the grid as well, which beeps.
-  db::MsgBox(context_.user, context_.texts, ui::FromQString(grid_->ErrorText()), db::MessageIcon::kCritical);
+  core::MsgBox(context_.user, context_.texts, ui::FromQString(grid_->ErrorText()),
+               core::MessageIcon::kCritical);
 }
 
 }  // namespace varnlog::logview

@@ -6,9 +6,9 @@
 #include <QTimer>
 #include <QWidget>
 
-#include "db/Globals.h"
-#include "db/SettingsStore.h"
-#include "db/UserDialog.h"
+#include "core/Globals.h"
+#include "core/SettingsStore.h"
+#include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
 #include "intake/CodeMappings.h"
 #include "logview/CEdits.h"
@@ -21,10 +21,10 @@ namespace varnlog::logview {
 
 /// What the log view works with; all of it outlives the view.
 struct ViewContext {
-  db::Globals& globals;
-  const db::TextLookup& texts;
-  db::SettingsStore& ini;
-  db::UserDialog& user;
+  core::Globals& globals;
+  const core::TextLookup& texts;
+  core::SettingsStore& ini;
+  core::UserDialog& user;
   const intake::ToothScheme& scheme;
   const platform::ShortDate& shortDate;
   CEdits& edits;
@@ -98,7 +98,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void SetWidth(int column, int width) override { grid_->SetColumnWidth(column, width); }
 
   ViewContext context_;
-  db::RememberedTexts codeTexts_{context_.texts};
+  core::RememberedTexts codeTexts_{context_.texts};
   ResultsHost& host_;
   ui::TDBGrid* grid_;
   CTDBGColumnsINI columnsIni_;

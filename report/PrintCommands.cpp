@@ -11,9 +11,9 @@
 
 namespace varnlog::report {
 
-using db::MessageIcon;
-using db::ReplacePlaceholder;
-using db::literals::operator""_key;
+using core::MessageIcon;
+using core::ReplacePlaceholder;
+using core::literals::operator""_key;
 
 namespace {
 
@@ -66,13 +66,13 @@ void PrintCommands::Guard(const std::function<void()>& work) {
 }
 
 void PrintCommands::ShowFailure(const std::string& text) {
-  db::MsgBox(context_.user, context_.texts, text, MessageIcon::kCritical);
+  core::MsgBox(context_.user, context_.texts, text, MessageIcon::kCritical);
 }
 
 bool PrintCommands::RequirePrinter() {
   if (!printers_->Names().empty()) return true;
-  db::MsgBox(context_.user, context_.texts, context_.texts.GetText("MN_ERR_NOPRINTER"_key),
-             MessageIcon::kCritical);
+  core::MsgBox(context_.user, context_.texts, context_.texts.GetText("MN_ERR_NOPRINTER"_key),
+               MessageIcon::kCritical);
   return false;
 }
 
@@ -128,9 +128,9 @@ bool PrintCommands::AskAndPrint(QWidget* parent, const ReportJob& job) {
   const PageRange range = ChosenRange(choices_);
   if (!HasPages(range, report.PageCount())) {
     const std::string text = context_.texts.GetText("DRS_ERR_RANGE"_key);
-    db::MsgBox(context_.user, context_.texts,
-               ReplacePlaceholder(text, "lngPages", std::to_string(report.PageCount())),
-               MessageIcon::kInformation);
+    core::MsgBox(context_.user, context_.texts,
+                 ReplacePlaceholder(text, "lngPages", std::to_string(report.PageCount())),
+                 MessageIcon::kInformation);
     return false;
   }
   // A printer that cannot count copies gets one job for each.
@@ -167,7 +167,7 @@ void PrintCommands::SaveReport(QWidget* parent, const ReportJob& job) {
     ProgressWindow progress(parent, context_.texts);
     if (!SavePdf(job, page_, *file, progress)) return;
     const std::string text = ReplacePlaceholder(context_.texts.GetText("DRS_SAVED"_key), "strFile", *file);
-    db::MsgBox(context_.user, context_.texts, text, MessageIcon::kInformation);
+    core::MsgBox(context_.user, context_.texts, text, MessageIcon::kInformation);
   });
 }
 

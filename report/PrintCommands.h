@@ -7,8 +7,8 @@
 #include <QPageLayout>
 #include <QWidget>
 
-#include "db/TextLookup.h"
-#include "db/UserDialog.h"
+#include "core/TextLookup.h"
+#include "core/UserDialog.h"
 #include "platform/Clock.h"
 #include "platform/ShortDate.h"
 #include "report/PaintedReport.h"
@@ -27,8 +27,8 @@ struct PrintSource {
 
 /// What the print commands work with; all of it outlives them.
 struct PrintContext {
-  const db::TextLookup& texts;
-  db::UserDialog& user;
+  const core::TextLookup& texts;
+  core::UserDialog& user;
   const platform::Clock& clock;
   const platform::ShortDate& shortDate;
   /// The practice's name, asked each time a report is begun.
@@ -58,7 +58,7 @@ class PrintCommands {
 
   /// The paper that reports are laid out for.
   [[nodiscard]] const QPageLayout& Page() const { return page_; }
-  [[nodiscard]] const db::TextLookup& Texts() const { return context_.texts; }
+  [[nodiscard]] const core::TextLookup& Texts() const { return context_.texts; }
   void ShowFailure(const std::string& text);
 
  private:

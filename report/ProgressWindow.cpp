@@ -4,8 +4,8 @@
 
 namespace varnlog::report {
 
-using db::ReplacePlaceholder;
-using db::literals::operator""_key;
+using core::ReplacePlaceholder;
+using core::literals::operator""_key;
 
 namespace {
 
@@ -19,7 +19,7 @@ double Part(std::int64_t done, std::int64_t all) {
 
 }  // namespace
 
-ProgressWindow::ProgressWindow(QWidget* parent, const db::TextLookup& texts)
+ProgressWindow::ProgressWindow(QWidget* parent, const core::TextLookup& texts)
     : texts_(texts), dialog_(parent) {
   dialog_.setObjectName("frmReportProgress");
   dialog_.setWindowTitle(ui::Caption(texts, "GL_TITLE"_key));

@@ -2,7 +2,7 @@
 
 #include <QProgressDialog>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "report/ReportLayout.h"
 
 namespace varnlog::report {
@@ -10,7 +10,7 @@ namespace varnlog::report {
 /// Shows how far a report is, with a button that stops it, once it takes longer than a second.
 class ProgressWindow final : public ReportProgress {
  public:
-  ProgressWindow(QWidget* parent, const db::TextLookup& texts);
+  ProgressWindow(QWidget* parent, const core::TextLookup& texts);
 
   bool Counting(std::int64_t rowsDone, std::int64_t rows) override;
   bool Painting(int page, int pages) override;
@@ -18,7 +18,7 @@ class ProgressWindow final : public ReportProgress {
  private:
   bool Show(const std::string& text, double part);
 
-  const db::TextLookup& texts_;
+  const core::TextLookup& texts_;
   QProgressDialog dialog_;
 };
 

@@ -5,12 +5,12 @@
 
 namespace varnlog::report {
 
-using db::ReplacePlaceholder;
-using db::literals::operator""_key;
+using core::ReplacePlaceholder;
+using core::literals::operator""_key;
 
 namespace {
 
-std::string ErrorText(const db::TextLookup& texts, db::TextKey key, std::string_view name,
+std::string ErrorText(const core::TextLookup& texts, core::TextKey key, std::string_view name,
                       std::string_view value, const std::exception& error) {
   const std::string text = ReplacePlaceholder(texts.GetText(key), "strError", error.what());
   return ReplacePlaceholder(text, name, value);
@@ -18,7 +18,7 @@ std::string ErrorText(const db::TextLookup& texts, db::TextKey key, std::string_
 
 }  // namespace
 
-std::string ReportErrorText(const db::TextLookup& texts, const std::exception& error) {
+std::string ReportErrorText(const core::TextLookup& texts, const std::exception& error) {
   if (const auto* save = dynamic_cast<const SaveError*>(&error))
     return ErrorText(texts, "DRS_ERR_SAVE"_key, "strFile", save->file(), error);
   if (const auto* formula = dynamic_cast<const NamedFormulaError*>(&error))

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::report {
 
@@ -27,6 +27,6 @@ class PrintError : public std::runtime_error {
 
 /// What to tell the user about a failure of the report; the bare reason for one of no kind of its own, such
 /// as an engine error.
-[[nodiscard]] std::string ReportErrorText(const db::TextLookup& texts, const std::exception& error);
+[[nodiscard]] std::string ReportErrorText(const core::TextLookup& texts, const std::exception& error);
 
 }  // namespace varnlog::report

@@ -2,7 +2,7 @@
 
 namespace varnlog::report {
 
-ReportJob BeginReport(const db::TextLookup& texts, const std::string& site, std::string_view headline,
+ReportJob BeginReport(const core::TextLookup& texts, const std::string& site, std::string_view headline,
                       platform::DateTime today, const platform::ShortDate& shortDate, dao::Recordset& rows) {
   dsrResults report(texts, site, today, shortDate);
   report.SetTitle(headline);

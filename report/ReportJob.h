@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "db/dao/Recordset.h"
 #include "platform/ShortDate.h"
 #include "report/ReportDesign.h"
@@ -20,7 +20,7 @@ struct ReportJob {
 
 /// A report begun now: the stored design, headings in the user's language, the title from the headline of the
 /// selection. Throws DesignError.
-[[nodiscard]] ReportJob BeginReport(const db::TextLookup& texts, const std::string& site,
+[[nodiscard]] ReportJob BeginReport(const core::TextLookup& texts, const std::string& site,
                                     std::string_view headline, platform::DateTime today,
                                     const platform::ShortDate& shortDate, dao::Recordset& rows);
 

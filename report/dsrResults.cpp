@@ -6,8 +6,8 @@
 
 namespace varnlog::report {
 
-using db::TextKey;
-using db::literals::operator""_key;
+using core::TextKey;
+using core::literals::operator""_key;
 using Order = platform::ShortDate::Order;
 
 namespace {
@@ -97,7 +97,7 @@ std::string_view ReportTitle(std::string_view headline) {
   return headline.substr(0, headline.find(" - ["));
 }
 
-dsrResults::dsrResults(const db::TextLookup& texts, const std::string& site, platform::DateTime today,
+dsrResults::dsrResults(const core::TextLookup& texts, const std::string& site, platform::DateTime today,
                        const platform::ShortDate& shortDate)
     : printDate_(today), captions_{{"fldTitle", {}}, {"txtPraxis", site}} {
   for (const Heading& heading : kHeadings) captions_.push_back({heading.object, texts.GetText(heading.key)});

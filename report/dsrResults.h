@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "platform/DateTime.h"
 #include "platform/ShortDate.h"
 
@@ -40,7 +40,7 @@ struct NamedText {
 class dsrResults {
  public:
   /// `site` is the practice's name. Fixes the print date: a report begun before midnight keeps its day.
-  dsrResults(const db::TextLookup& texts, const std::string& site, platform::DateTime today,
+  dsrResults(const core::TextLookup& texts, const std::string& site, platform::DateTime today,
              const platform::ShortDate& shortDate);
 
   /// The report's title, from the headline of the selection.

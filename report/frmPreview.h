@@ -39,7 +39,7 @@ class frmPreview final : public QWidget {
   void showEvent(QShowEvent* event) override;
 
  private:
-  QAction* AddCommand(const char* name, const char* icon, db::TextKey key, void (frmPreview::*run)(),
+  QAction* AddCommand(const char* name, const char* icon, core::TextKey key, void (frmPreview::*run)(),
                       const QKeySequence& shortcut = {});
   void BuildToolbar();
   void AddZoom();

@@ -11,7 +11,7 @@
 
 namespace varnlog::report {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using ui::Caption;
 
 namespace {
@@ -36,7 +36,7 @@ QLabel* NewLabel(const QString& text, QWidget* buddy) {
 
 }  // namespace
 
-frmPrinter::frmPrinter(QWidget* parent, const Printers& printers, const db::TextLookup& texts,
+frmPrinter::frmPrinter(QWidget* parent, const Printers& printers, const core::TextLookup& texts,
                        PrintChoices& choices)
     : QDialog(parent),
       texts_(texts),

@@ -6,7 +6,7 @@
 #include <QRadioButton>
 #include <QSpinBox>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "report/PrintChoices.h"
 #include "report/Printers.h"
 
@@ -16,7 +16,7 @@ namespace varnlog::report {
 class frmPrinter final : public QDialog {
  public:
   /// Shows `choices` as they are and keeps a reference to them.
-  frmPrinter(QWidget* parent, const Printers& printers, const db::TextLookup& texts, PrintChoices& choices);
+  frmPrinter(QWidget* parent, const Printers& printers, const core::TextLookup& texts, PrintChoices& choices);
 
  private:
   [[nodiscard]] QLayout* PrinterRows(const Printers& printers);
@@ -24,7 +24,7 @@ class frmPrinter final : public QDialog {
   void EnableDependent();
   void Ok();
 
-  const db::TextLookup& texts_;
+  const core::TextLookup& texts_;
   PrintChoices& choices_;
   QComboBox* cmbPrinter_;
   QSpinBox* numCopies_;

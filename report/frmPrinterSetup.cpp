@@ -11,10 +11,10 @@
 
 namespace varnlog::report {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using ui::Caption;
 
-frmPrinterSetup::frmPrinterSetup(QWidget* parent, const Printers& printers, const db::TextLookup& texts,
+frmPrinterSetup::frmPrinterSetup(QWidget* parent, const Printers& printers, const core::TextLookup& texts,
                                  const QString& printer, const QPageSize& paper)
     : QDialog(parent), printers_(printers), cmbPrinter_(new QComboBox), cmbPaper_(new QComboBox) {
   setObjectName("frmPrinterSetup");

@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <QPageSize>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 #include "report/Printers.h"
 
 namespace varnlog::report {
@@ -13,7 +13,7 @@ namespace varnlog::report {
 class frmPrinterSetup final : public QDialog {
  public:
   /// `printers` outlives the dialog.
-  frmPrinterSetup(QWidget* parent, const Printers& printers, const db::TextLookup& texts,
+  frmPrinterSetup(QWidget* parent, const Printers& printers, const core::TextLookup& texts,
                   const QString& printer, const QPageSize& paper);
 
   [[nodiscard]] QString Printer() const { return cmbPrinter_->currentText(); }

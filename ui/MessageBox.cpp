@@ -12,60 +12,60 @@
 
 namespace varnlog::ui {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 namespace {
 
 struct Button {
-  db::MessageAnswer answer;
+  core::MessageAnswer answer;
   QMessageBox::StandardButton standard;
-  db::TextKey text;
+  core::TextKey text;
 };
 
-constexpr Button kOk[] = {{db::MessageAnswer::kOk, QMessageBox::Ok, "GL_OK"_key}};
-constexpr Button kYesNo[] = {{db::MessageAnswer::kYes, QMessageBox::Yes, "GL_YES"_key},
-                             {db::MessageAnswer::kNo, QMessageBox::No, "GL_NO"_key}};
-constexpr Button kRetryCancel[] = {{db::MessageAnswer::kRetry, QMessageBox::Retry, "GL_RETRY"_key},
-                                   {db::MessageAnswer::kCancel, QMessageBox::Cancel, "GL_CANCEL"_key}};
+constexpr Button kOk[] = {{core::MessageAnswer::kOk, QMessageBox::Ok, "GL_OK"_key}};
+constexpr Button kYesNo[] = {{core::MessageAnswer::kYes, QMessageBox::Yes, "GL_YES"_key},
+                             {core::MessageAnswer::kNo, QMessageBox::No, "GL_NO"_key}};
+constexpr Button kRetryCancel[] = {{core::MessageAnswer::kRetry, QMessageBox::Retry, "GL_RETRY"_key},
+                                   {core::MessageAnswer::kCancel, QMessageBox::Cancel, "GL_CANCEL"_key}};
 
 /// The first is the default, the last is what Escape means.
-std::span<const Button> ButtonsOf(db::MessageButtons buttons) {
+std::span<const Button> ButtonsOf(core::MessageButtons buttons) {
   switch (buttons) {
-    case db::MessageButtons::kYesNo:
+    case core::MessageButtons::kYesNo:
       return kYesNo;
-    case db::MessageButtons::kRetryCancel:
+    case core::MessageButtons::kRetryCancel:
       return kRetryCancel;
-    case db::MessageButtons::kOk:
+    case core::MessageButtons::kOk:
       break;
   }
   return kOk;
 }
 
-QMessageBox::Icon IconOf(db::MessageIcon icon) {
+QMessageBox::Icon IconOf(core::MessageIcon icon) {
   switch (icon) {
-    case db::MessageIcon::kInformation:
+    case core::MessageIcon::kInformation:
       return QMessageBox::Information;
-    case db::MessageIcon::kQuestion:
+    case core::MessageIcon::kQuestion:
       return QMessageBox::Question;
-    case db::MessageIcon::kCritical:
+    case core::MessageIcon::kCritical:
       return QMessageBox::Critical;
-    case db::MessageIcon::kNone:
+    case core::MessageIcon::kNone:
       break;
   }
   return QMessageBox::NoIcon;
 }
 
 /// The style's own pictures come in few sizes and are blurred on a fine screen.
-void ShowPicture(QMessageBox& box, db::MessageIcon icon) {
+void ShowPicture(QMessageBox& box, core::MessageIcon icon) {
   auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgboxex_icon_label"));
-  if (label == nullptr || icon == db::MessageIcon::kNone) return;
-  const char* name = icon == db::MessageIcon::kQuestion   ? "Question"
-                     : icon == db::MessageIcon::kCritical ? "Critical"
-                                                          : "Information";
+  if (label == nullptr || icon == core::MessageIcon::kNone) return;
+  const char* name = icon == core::MessageIcon::kQuestion   ? "Question"
+                     : icon == core::MessageIcon::kCritical ? "Critical"
+                                                            : "Information";
   label->setPixmap(MessagePicture(QLatin1String(name), box));
 }
 
-void AddButtons(QMessageBox& box, std::span<const Button> buttons, const db::TextLookup& texts) {
+void AddButtons(QMessageBox& box, std::span<const Button> buttons, const core::TextLookup& texts) {
   for (const Button& button : buttons) {
     QPushButton* added = box.addButton(button.standard);
     // The language database may be what the message is about.
@@ -79,7 +79,7 @@ void AddButtons(QMessageBox& box, std::span<const Button> buttons, const db::Tex
 
 }  // namespace
 
-db::MessageAnswer MessageBox::Show(const db::Message& message) {
+core::MessageAnswer MessageBox::Show(const core::Message& message) {
   while (QApplication::overrideCursor() != nullptr) QApplication::restoreOverrideCursor();
   if (script_) return script_(message);
   QWidget* window = QApplication::activeModalWidget();

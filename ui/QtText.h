@@ -5,7 +5,7 @@
 
 #include <QString>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::ui {
 
@@ -22,12 +22,12 @@ namespace varnlog::ui {
 }
 
 /// The text of a key for a widget.
-[[nodiscard]] inline QString Caption(const db::TextLookup& texts, db::TextKey key) {
+[[nodiscard]] inline QString Caption(const core::TextLookup& texts, core::TextKey key) {
   return ToQString(texts.GetText(key));
 }
 
 /// A caption without its accelerator and dots, as a name for screen readers.
-[[nodiscard]] inline QString PlainCaption(const db::TextLookup& texts, db::TextKey key) {
+[[nodiscard]] inline QString PlainCaption(const core::TextLookup& texts, core::TextKey key) {
   QString text = Caption(texts, key);
   text.remove(QLatin1Char('&'));
   while (text.endsWith(QLatin1Char('.')) || text.endsWith(QLatin1Char(':'))) text.chop(1);

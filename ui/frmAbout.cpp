@@ -14,7 +14,7 @@
 
 namespace varnlog::ui {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 namespace {
 
@@ -30,7 +30,7 @@ QLabel* PlainLabel(const QString& text, const char* name) {
   return label;
 }
 
-QHBoxLayout* ProgramPart(const db::TextLookup& texts, const std::string& version) {
+QHBoxLayout* ProgramPart(const core::TextLookup& texts, const std::string& version) {
   auto* icon = new QLabel;
   icon->setPixmap(ProgramIcon().pixmap(QSize(kIconSize, kIconSize), icon->devicePixelRatioF()));
   QLabel* title = PlainLabel(Caption(texts, "GL_TITLE"_key), "lblTitle");
@@ -42,7 +42,7 @@ QHBoxLayout* ProgramPart(const db::TextLookup& texts, const std::string& version
   auto* words = new QVBoxLayout;
   words->addWidget(title);
   words->addWidget(
-      PlainLabel(ToQString(db::ReplacePlaceholder(texts.GetText("AB_VERSION"_key), "strVersion", version)),
+      PlainLabel(ToQString(core::ReplacePlaceholder(texts.GetText("AB_VERSION"_key), "strVersion", version)),
                  "lblVersion"));
   words->addWidget(PlainLabel(Caption(texts, "AB_TEXT"_key), "lblText"));
   auto* part = new QHBoxLayout;
@@ -51,7 +51,7 @@ QHBoxLayout* ProgramPart(const db::TextLookup& texts, const std::string& version
   return part;
 }
 
-QTreeWidget* LibraryList(const db::TextLookup& texts, const std::vector<UsedLibrary>& libraries) {
+QTreeWidget* LibraryList(const core::TextLookup& texts, const std::vector<UsedLibrary>& libraries) {
   auto* list = new QTreeWidget;
   list->setObjectName("lvwLibraries");
   list->setAccessibleName(PlainCaption(texts, "AB_LICENCES"_key));
@@ -76,7 +76,7 @@ UsedLibrary QtLibrary() {
   return {"Qt", qVersion(), "LGPL 3"};
 }
 
-frmAbout::frmAbout(const db::TextLookup& texts, const std::string& version,
+frmAbout::frmAbout(const core::TextLookup& texts, const std::string& version,
                    const std::vector<UsedLibrary>& libraries, QWidget* parent)
     : QDialog(parent) {
   setObjectName("frmAbout");

@@ -5,7 +5,7 @@
 
 #include <QDialog>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::ui {
 
@@ -23,8 +23,8 @@ struct UsedLibrary {
 class frmAbout final : public QDialog {
   Q_OBJECT
  public:
-  frmAbout(const db::TextLookup& texts, const std::string& version, const std::vector<UsedLibrary>& libraries,
-           QWidget* parent = nullptr);
+  frmAbout(const core::TextLookup& texts, const std::string& version,
+           const std::vector<UsedLibrary>& libraries, QWidget* parent = nullptr);
 };
 
 }  // namespace varnlog::ui

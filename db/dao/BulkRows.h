@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "db/dao/Field.h"
-#include "db/dao/Schema.h"
-#include "db/dao/Statement.h"
+#include "db/dao/sqlite/Schema.h"
+#include "db/dao/sqlite/Statement.h"
 
 namespace varnlog::dao {
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "db/dao/Connection.h"
-#include "db/dao/FileChecks.h"
-#include "db/dao/Maintenance.h"
-#include "db/dao/Schema.h"
 #include "db/dao/Workgroup.h"
+#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileChecks.h"
+#include "db/dao/sqlite/Maintenance.h"
+#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
 

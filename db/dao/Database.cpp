@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "db/dao/Check.h"
-#include "db/dao/Connection.h"
 #include "db/dao/DBEngine.h"
-#include "db/dao/DynasetRecordset.h"
-#include "db/dao/SnapshotRecordset.h"
-#include "db/dao/TableRecordset.h"
+#include "db/dao/rows/DynasetRecordset.h"
+#include "db/dao/rows/SnapshotRecordset.h"
+#include "db/dao/rows/TableRecordset.h"
+#include "db/dao/sqlite/Check.h"
+#include "db/dao/sqlite/Connection.h"
 
 namespace varnlog::dao {
 

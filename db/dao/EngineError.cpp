@@ -6,7 +6,7 @@
 
 #include <sqlite3.h>
 
-#include "db/dao/StorageError.h"
+#include "db/dao/sqlite/StorageError.h"
 
 namespace varnlog::dao {
 

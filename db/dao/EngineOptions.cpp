@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "db/dao/Connection.h"
-#include "db/dao/CountingVfs.h"
 #include "db/dao/DBEngine.h"
-#include "db/dao/Schema.h"
+#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/CountingVfs.h"
+#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
 

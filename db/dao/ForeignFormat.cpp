@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "db/dao/Connection.h"
 #include "db/dao/DBEngine.h"
-#include "db/dao/FileChecks.h"
+#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileChecks.h"
 #include "platform/Files.h"
 
 namespace varnlog::dao {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "db/dao/Schema.h"
+#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "db/dao/Connection.h"
-#include "db/dao/JetSql.h"
-#include "db/dao/Schema.h"
+#include "db/dao/sql/JetSql.h"
+#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "db/dao/Connection.h"
+#include "db/dao/sqlite/Connection.h"
 #include "platform/Sha256.h"
 
 namespace varnlog::dao {

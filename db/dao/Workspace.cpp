@@ -1,7 +1,7 @@
 #include <utility>
 
-#include "db/dao/Connection.h"
 #include "db/dao/DBEngine.h"
+#include "db/dao/sqlite/Connection.h"
 
 namespace varnlog::dao {
 

@@ -2,8 +2,8 @@
 
 #include "app/CFormPosIni.h"
 #include "app/CMruINI.h"
-#include "app/modINIFile.h"
-#include "tests/app/AppFixture.h"
+#include "start/modINIFile.h"
+#include "tests/start/AppFixture.h"
 
 namespace varnlog::app {
 namespace {
@@ -29,9 +29,9 @@ class Window final : public PlacedWindow {
 
 class Keepers : public testing::Test {
  protected:
-  test::SuiteFolder folder_;
+  start::test::SuiteFolder folder_;
   std::string path_ = (folder_.Program() / "varnlog.ini").string();
-  modINIFile ini_;
+  start::modINIFile ini_;
 };
 
 using FormPosition = Keepers;
@@ -118,7 +118,7 @@ class RecentFiles : public Keepers {
     list_.GetMRUList();
     return menu_.text;
   }
-  void Holds(const std::string& lines) { test::WriteFile(path_, "[MRU List]\n" + lines); }
+  void Holds(const std::string& lines) { start::test::WriteFile(path_, "[MRU List]\n" + lines); }
 
   Menu menu_;
   CMruINI list_{ini_};

@@ -8,8 +8,8 @@
 namespace varnlog::app {
 namespace {
 
-using db::Globals;
-using db::SelectionKind;
+using core::Globals;
+using core::SelectionKind;
 using platform::DateTime;
 
 /// Answers both dialogs and writes down what was asked.

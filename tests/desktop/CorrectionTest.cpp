@@ -4,7 +4,7 @@
 namespace varnlog::desktop {
 namespace {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 constexpr int kVoltageColumn = 7;
 

@@ -9,7 +9,7 @@
 namespace varnlog::desktop {
 namespace {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using testing::ElementsAre;
 using testing::HasSubstr;
 

@@ -10,7 +10,7 @@
 
 namespace varnlog::desktop {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 RealProgram::RealProgram(int exposures) {
   globals_.ProgramFolderGl = installation_.program().string();
@@ -24,7 +24,7 @@ RealProgram::RealProgram(int exposures) {
   installation_.Reports({exposure});
 }
 
-QString RealProgram::Text(db::TextKey key) const {
+QString RealProgram::Text(core::TextKey key) const {
   return ui::Caption(texts_, key);
 }
 
@@ -37,7 +37,7 @@ QString RealProgram::Stored(const char* field) const {
   return "not in the log";
 }
 
-void RealProgram::Answers(db::TextKey question, db::TextKey button) {
+void RealProgram::Answers(core::TextKey question, core::TextKey button) {
   const QString firstLine = Text(question).section('\r', 0, 0).section('\n', 0, 0);
   desktop_.Sees(Saying(firstLine), std::string(question.name()));
   desktop_.ClicksOn(Named("Button", Text(button)), std::string(button.name()));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/Language.h"
+#include "start/Language.h"
 #include "tests/cli/Installation.h"
 #include "tests/desktop/Desktop.h"
 
@@ -14,12 +14,12 @@ class RealProgram : public testing::Test {
  protected:
   explicit RealProgram(int exposures = 60);
 
-  [[nodiscard]] QString Text(db::TextKey key) const;
+  [[nodiscard]] QString Text(core::TextKey key) const;
   /// What a field of the added patient holds in the log, as anybody else reads it.
   [[nodiscard]] QString Stored(const char* field) const;
 
   /// Waits for a message and presses the button.
-  void Answers(db::TextKey question, db::TextKey button);
+  void Answers(core::TextKey question, core::TextKey button);
   /// Starts and takes in what the suite has reported.
   void StartsAndUpdates();
   /// The added patient's exposure stands first once the rows are sorted by patient.
@@ -29,8 +29,8 @@ class RealProgram : public testing::Test {
   void Quits();
 
   cli::Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
-  db::Globals globals_;
-  app::Language texts_{globals_};
+  core::Globals globals_;
+  start::Language texts_{globals_};
   Desktop desktop_{installation_.program().string()};
 };
 

@@ -7,7 +7,7 @@ namespace varnlog::desktop {
 namespace {
 
 namespace fs = std::filesystem;
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 class Start : public RealProgram {
  protected:

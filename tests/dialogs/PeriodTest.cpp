@@ -5,7 +5,7 @@
 namespace varnlog::dialogs {
 namespace {
 
-using db::SelectionKind;
+using core::SelectionKind;
 using platform::DateTime;
 
 class PeriodTest : public testing::Test {
@@ -17,7 +17,7 @@ class PeriodTest : public testing::Test {
   }
   std::string Chosen() const { return globals.dBegGl.ToIso() + " to " + globals.dEndGl.ToIso(); }
 
-  db::Globals globals;
+  core::Globals globals;
   platform::ShortDate shortDate;
   platform::FixedClock clock{*DateTime::FromCivil(2024, 5, 17, 13, 45, 0)};
 };

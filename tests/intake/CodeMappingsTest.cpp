@@ -8,10 +8,10 @@
 namespace varnlog::intake {
 namespace {
 
-class Texts final : public db::TextLookup {
+class Texts final : public core::TextLookup {
  public:
   explicit Texts(std::map<std::string_view, std::string> texts) : texts_(std::move(texts)) {}
-  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+  [[nodiscard]] std::string GetText(core::TextKey key) const override {
     const auto found = texts_.find(key.name());
     return found == texts_.end() ? std::string() : found->second;
   }

@@ -10,7 +10,7 @@ using std::chrono::milliseconds;
 
 const RunOptions Practice::kHasty{.patience = milliseconds(500), .grace = milliseconds(0), .onStep = {}};
 
-std::string KeyTexts::GetText(db::TextKey key) const {
+std::string KeyTexts::GetText(core::TextKey key) const {
   std::string text(key.name());
   if (text.starts_with("RU_ERR_")) {
     text += " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$";
@@ -18,11 +18,11 @@ std::string KeyTexts::GetText(db::TextKey key) const {
   return text;
 }
 
-db::MessageAnswer ScriptedView::Show(const db::Message& message) {
+core::MessageAnswer ScriptedView::Show(const core::Message& message) {
   messages.push_back(message);
   if (onMessage) onMessage();
-  if (answers.empty()) return db::MessageAnswer::kCancel;
-  const db::MessageAnswer answer = answers.front();
+  if (answers.empty()) return core::MessageAnswer::kCancel;
+  const core::MessageAnswer answer = answers.front();
   answers.pop_front();
   return answer;
 }
@@ -34,7 +34,8 @@ void ScriptedView::Advance(std::int64_t recordsDone) {
 
 std::vector<std::string> ScriptedView::Keys() const {
   std::vector<std::string> keys;
-  for (const db::Message& message : messages) keys.push_back(message.text.substr(0, message.text.find(' ')));
+  for (const core::Message& message : messages)
+    keys.push_back(message.text.substr(0, message.text.find(' ')));
   return keys;
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "db/Globals.h"
+#include "core/Globals.h"
 #include "intake/UpdateRun.h"
 #include "platform/Clock.h"
 #include "tests/intake/TestFolder.h"
@@ -15,15 +15,15 @@
 namespace varnlog::intake::test {
 
 /// Answers with the key, and for messages with the placeholders that they may have.
-class KeyTexts final : public db::TextLookup {
+class KeyTexts final : public core::TextLookup {
  public:
-  [[nodiscard]] std::string GetText(db::TextKey key) const override;
+  [[nodiscard]] std::string GetText(core::TextKey key) const override;
 };
 
 /// Shows nothing, remembers everything, answers by script (then with Cancel).
 class ScriptedView final : public UpdateView {
  public:
-  db::MessageAnswer Show(const db::Message& message) override;
+  core::MessageAnswer Show(const core::Message& message) override;
   void Beep() override {}
   void SetRecordCount(std::int64_t records) override { recordCount = records; }
   void Advance(std::int64_t recordsDone) override;
@@ -31,10 +31,10 @@ class ScriptedView final : public UpdateView {
   /// The first words of the messages: their keys.
   [[nodiscard]] std::vector<std::string> Keys() const;
 
-  std::deque<db::MessageAnswer> answers;
+  std::deque<core::MessageAnswer> answers;
   std::function<void()> onMessage;
   std::function<void(std::int64_t)> onAdvance;
-  std::vector<db::Message> messages;
+  std::vector<core::Message> messages;
   std::int64_t recordCount = -1;
   std::int64_t done = 0;
 };
@@ -62,7 +62,7 @@ class Practice {
   std::filesystem::path exchange;
   std::filesystem::path log;
   ScriptedView view;
-  db::Globals globals;
+  core::Globals globals;
 
  private:
   dao::DBEngine engine_;

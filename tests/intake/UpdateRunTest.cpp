@@ -210,7 +210,7 @@ TEST_F(UpdateRunTest, ReportsDatesAndTimesThatCannotBeRead) {
   EXPECT_THAT(practice_.view.messages[0].text, HasSubstr("Muster Max 01.01.1880"));
   EXPECT_THAT(practice_.view.messages[2].text, HasSubstr("Muster Max 00:00:00"));
   EXPECT_EQ(practice_.view.messages[0].title, "RU_XRUPDATE");
-  EXPECT_EQ(practice_.view.messages[0].icon, db::MessageIcon::kCritical);
+  EXPECT_EQ(practice_.view.messages[0].icon, core::MessageIcon::kCritical);
 }
 
 TEST_F(UpdateRunTest, CutsAndReportsWhatIsTooLong) {
@@ -261,13 +261,13 @@ TEST_F(UpdateRunTest, CancelledLeavesEverythingAsItWas) {
 
 TEST_F(UpdateRunTest, AsksAgainWhenTheExchangeFileCannotBeOpened) {
   std::filesystem::create_directory(practice_.exchange);
-  practice_.view.answers = {db::MessageAnswer::kRetry};
+  practice_.view.answers = {core::MessageAnswer::kRetry};
   const UpdateResult result = practice_.Updates();
   EXPECT_EQ(result.outcome, Outcome::kCancelled);
   EXPECT_TRUE(practice_.globals.UpdateDeclinedGl);
   EXPECT_THAT(Messages(), ElementsAre("RU_ERR_XRUPDATE", "RU_ERR_XRUPDATE"));
-  EXPECT_EQ(practice_.view.messages[0].buttons, db::MessageButtons::kRetryCancel);
-  practice_.view.answers = {db::MessageAnswer::kRetry};
+  EXPECT_EQ(practice_.view.messages[0].buttons, core::MessageButtons::kRetryCancel);
+  practice_.view.answers = {core::MessageAnswer::kRetry};
   practice_.view.onMessage = [this] {
     std::filesystem::remove(practice_.exchange);
     practice_.Reports(Exposure{}.New());

@@ -17,9 +17,9 @@
 namespace varnlog::legacy {
 
 /// Texts that are their keys and placeholders, so that a test sees which one was shown with what.
-class KeyTexts final : public db::TextLookup {
+class KeyTexts final : public core::TextLookup {
  public:
-  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+  [[nodiscard]] std::string GetText(core::TextKey key) const override {
     return std::string(key.name()) + "|$strFile$|$lngReadable$/$lngCount$|$strError$";
   }
 };
@@ -27,15 +27,15 @@ class KeyTexts final : public db::TextLookup {
 /// Answers by script, by default "Yes" and "Cancel", and remembers what was shown.
 class ScriptedView : public ConversionView {
  public:
-  db::MessageAnswer Show(const db::Message& message) override {
+  core::MessageAnswer Show(const core::Message& message) override {
     shown.push_back(message.text);
     if (onShow) onShow(message);
-    if (message.buttons == db::MessageButtons::kOk) return db::MessageAnswer::kOk;
-    if (message.buttons == db::MessageButtons::kYesNo)
-      return yes ? db::MessageAnswer::kYes : db::MessageAnswer::kNo;
-    if (retries == 0) return db::MessageAnswer::kCancel;
+    if (message.buttons == core::MessageButtons::kOk) return core::MessageAnswer::kOk;
+    if (message.buttons == core::MessageButtons::kYesNo)
+      return yes ? core::MessageAnswer::kYes : core::MessageAnswer::kNo;
+    if (retries == 0) return core::MessageAnswer::kCancel;
     --retries;
-    return db::MessageAnswer::kRetry;
+    return core::MessageAnswer::kRetry;
   }
   void Beep() override {}
   void Begin(ConversionStep next, std::int64_t exposures) override {
@@ -55,7 +55,7 @@ class ScriptedView : public ConversionView {
   bool yes = true;
   int retries = 0;
   std::optional<ConversionStep> cancelIn;
-  std::function<void(const db::Message&)> onShow;
+  std::function<void(const core::Message&)> onShow;
   std::function<void(ConversionStep)> onBegin;
   std::vector<std::string> shown;
   std::map<ConversionStep, std::int64_t> rowsOfStep;

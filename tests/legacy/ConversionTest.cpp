@@ -171,7 +171,7 @@ TEST_F(ConversionFixture, WaitsForTheOldProgramToCloseTheLog) {
 
   view_.retries = 2;
   std::ifstream open(lockFile);
-  view_.onShow = [&](const db::Message&) {
+  view_.onShow = [&](const core::Message&) {
     if (view_.retries == 1) open.close();
   };
   EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kDone);

@@ -6,7 +6,7 @@
 namespace varnlog::logview {
 namespace {
 
-using namespace db::literals;
+using namespace core::literals;
 
 RowBuffer Entered(std::initializer_list<std::pair<int, std::string>> cells) {
   RowBuffer buffer;

@@ -4,15 +4,15 @@
 #include <string>
 #include <utility>
 
-#include "db/SettingsStore.h"
-#include "db/TextLookup.h"
-#include "db/UserDialog.h"
+#include "core/SettingsStore.h"
+#include "core/TextLookup.h"
+#include "core/UserDialog.h"
 #include "intake/CodeMappings.h"
 
 namespace varnlog::logview {
 
 /// Texts that say which key they stand for; a few are given.
-class FakeTexts final : public db::TextLookup {
+class FakeTexts final : public core::TextLookup {
  public:
   std::map<std::string, std::string> texts = {{"RC_PREGYES", "ja"},
                                               {"RC_PREGNO", "nein"},
@@ -20,7 +20,7 @@ class FakeTexts final : public db::TextLookup {
                                               {"RC_REPEAT", "Wiederholung"},
                                               {"RC_ND", "nicht diagnostisch"}};
 
-  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+  [[nodiscard]] std::string GetText(core::TextKey key) const override {
     const auto text = texts.find(std::string(key.name()));
     return text == texts.end() ? std::string(key.name()) : text->second;
   }
@@ -36,7 +36,7 @@ class FakeToothScheme final : public intake::ToothScheme {
 };
 
 /// One INI file in memory.
-class FakeSettings final : public db::SettingsStore {
+class FakeSettings final : public core::SettingsStore {
  public:
   std::map<std::pair<std::string, std::string>, std::string> values;
 
@@ -57,10 +57,10 @@ class FakeSettings final : public db::SettingsStore {
 };
 
 /// Counts the beeps; nothing in the log view's logic asks a question.
-class FakeUser final : public db::UserDialog {
+class FakeUser final : public core::UserDialog {
  public:
   int beeps = 0;
-  db::MessageAnswer Show(const db::Message& /*message*/) override { return db::MessageAnswer::kOk; }
+  core::MessageAnswer Show(const core::Message& /*message*/) override { return core::MessageAnswer::kOk; }
   void Beep() override { ++beeps; }
 };
 

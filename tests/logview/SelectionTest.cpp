@@ -7,8 +7,8 @@
 namespace varnlog::logview {
 namespace {
 
-using db::Globals;
-using db::SelectionKind;
+using core::Globals;
+using core::SelectionKind;
 using platform::DateTime;
 using platform::ShortDate;
 

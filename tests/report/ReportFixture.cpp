@@ -64,7 +64,7 @@ std::unique_ptr<dao::Recordset> LogFile::Rows() {
   return database_->OpenRecordset("SELECT TXray.* FROM TXray ORDER BY TXray.tXrayCulIntIDPk;");
 }
 
-std::string GivenTexts::GetText(db::TextKey key) const {
+std::string GivenTexts::GetText(core::TextKey key) const {
   const auto found = texts_.find(std::string(key.name()));
   return found == texts_.end() ? std::string(key.name()) : found->second;
 }

@@ -49,11 +49,11 @@ class LogFile {
 };
 
 /// Texts as in the language database, or a key's own name where the test gives none.
-class GivenTexts final : public db::TextLookup {
+class GivenTexts final : public core::TextLookup {
  public:
   GivenTexts() = default;
   explicit GivenTexts(std::map<std::string, std::string> texts) : texts_(std::move(texts)) {}
-  [[nodiscard]] std::string GetText(db::TextKey key) const override;
+  [[nodiscard]] std::string GetText(core::TextKey key) const override;
 
  private:
   std::map<std::string, std::string> texts_;

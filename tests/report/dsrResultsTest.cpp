@@ -10,16 +10,16 @@ using platform::DateTime;
 using platform::ShortDate;
 
 /// Gives every key its own name in brackets, so that a text shows which key was asked.
-class NamedTexts : public db::TextLookup {
+class NamedTexts : public core::TextLookup {
  public:
-  [[nodiscard]] std::string GetText(db::TextKey key) const override {
+  [[nodiscard]] std::string GetText(core::TextKey key) const override {
     return "<" + std::string(key.name()) + ">";
   }
 };
 
-class QuotingTexts final : public db::TextLookup {
+class QuotingTexts final : public core::TextLookup {
  public:
-  [[nodiscard]] std::string GetText(db::TextKey) const override { return "\"ja\" {dao.x}"; }
+  [[nodiscard]] std::string GetText(core::TextKey) const override { return "\"ja\" {dao.x}"; }
 };
 
 TEST(DateOrderTest, IsReadFromTheSystemsOwnDates) {

@@ -3,14 +3,14 @@
 #include <map>
 #include <string>
 
-#include "db/TextLookup.h"
+#include "core/TextLookup.h"
 
 namespace varnlog::ui::test {
 
 /// A few texts as the language database has them.
-class FakeTexts final : public db::TextLookup {
+class FakeTexts final : public core::TextLookup {
  public:
-  std::string GetText(db::TextKey key) const override {
+  std::string GetText(core::TextKey key) const override {
     const auto found = texts.find(std::string(key.name()));
     return found == texts.end() ? std::string() : found->second;
   }

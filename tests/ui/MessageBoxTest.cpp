@@ -14,7 +14,7 @@ namespace {
 class MessageBoxTest : public ::testing::Test {
  protected:
   /// Shows the message and lets `user` do something with the box.
-  db::MessageAnswer Shown(const db::Message& message, const std::function<void(QMessageBox&)>& user) {
+  core::MessageAnswer Shown(const core::Message& message, const std::function<void(QMessageBox&)>& user) {
     QTimer::singleShot(0, [&user] {
       auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       ASSERT_NE(box, nullptr);
@@ -33,7 +33,7 @@ class MessageBoxTest : public ::testing::Test {
 
 TEST_F(MessageBoxTest, ShowsTheTextAsItIsUnderItsTitle) {
   const auto answer =
-      Shown({.text = "<b>Müller</b>\rzweite Zeile", .title = "Titel", .icon = db::MessageIcon::kCritical},
+      Shown({.text = "<b>Müller</b>\rzweite Zeile", .title = "Titel", .icon = core::MessageIcon::kCritical},
             [](QMessageBox& box) {
               EXPECT_EQ(box.text(), "<b>Müller</b>\nzweite Zeile");
               EXPECT_EQ(box.textFormat(), Qt::PlainText);
@@ -41,34 +41,34 @@ TEST_F(MessageBoxTest, ShowsTheTextAsItIsUnderItsTitle) {
               EXPECT_EQ(box.icon(), QMessageBox::Critical);
               box.button(QMessageBox::Ok)->click();
             });
-  EXPECT_EQ(answer, db::MessageAnswer::kOk);
+  EXPECT_EQ(answer, core::MessageAnswer::kOk);
 }
 
 TEST_F(MessageBoxTest, ButtonsCarryTheProgramsTextsAndGiveTheirAnswers) {
-  const db::Message question{.text = "Beenden?", .title = "", .buttons = db::MessageButtons::kYesNo};
+  const core::Message question{.text = "Beenden?", .title = "", .buttons = core::MessageButtons::kYesNo};
   EXPECT_EQ(Shown(question,
                   [](QMessageBox& box) {
                     EXPECT_EQ(box.button(QMessageBox::Yes)->text(), "&Ja");
                     EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::Yes));
                     box.button(QMessageBox::No)->click();
                   }),
-            db::MessageAnswer::kNo);
+            core::MessageAnswer::kNo);
   EXPECT_EQ(Shown(question, [](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); }),
-            db::MessageAnswer::kYes);
-  const db::Message retry{.text = "Gesperrt", .title = "", .buttons = db::MessageButtons::kRetryCancel};
+            core::MessageAnswer::kYes);
+  const core::Message retry{.text = "Gesperrt", .title = "", .buttons = core::MessageButtons::kRetryCancel};
   EXPECT_EQ(Shown(retry,
                   [](QMessageBox& box) {
                     EXPECT_FALSE(box.button(QMessageBox::Retry)->text().isEmpty())
                         << "no text in the database";
                     box.button(QMessageBox::Retry)->click();
                   }),
-            db::MessageAnswer::kRetry);
+            core::MessageAnswer::kRetry);
 }
 
 TEST_F(MessageBoxTest, EscapeIsTheHarmlessAnswer) {
-  for (const auto& [buttons, answer] : {std::pair{db::MessageButtons::kOk, db::MessageAnswer::kOk},
-                                        {db::MessageButtons::kYesNo, db::MessageAnswer::kNo},
-                                        {db::MessageButtons::kRetryCancel, db::MessageAnswer::kCancel}}) {
+  for (const auto& [buttons, answer] : {std::pair{core::MessageButtons::kOk, core::MessageAnswer::kOk},
+                                        {core::MessageButtons::kYesNo, core::MessageAnswer::kNo},
+                                        {core::MessageButtons::kRetryCancel, core::MessageAnswer::kCancel}}) {
     EXPECT_EQ(Shown({.text = "?", .title = "", .buttons = buttons}, PressesEscape), answer);
   }
 }
@@ -84,11 +84,11 @@ TEST_F(MessageBoxTest, TakesTheHourglassAway) {
 
 TEST_F(MessageBoxTest, AScriptAnswersInsteadOfTheUser) {
   std::vector<std::string> asked;
-  box_.AnswerWith([&asked](const db::Message& message) {
+  box_.AnswerWith([&asked](const core::Message& message) {
     asked.push_back(message.text);
-    return db::MessageAnswer::kRetry;
+    return core::MessageAnswer::kRetry;
   });
-  EXPECT_EQ(box_.Show({.text = "nochmal?", .title = ""}), db::MessageAnswer::kRetry);
+  EXPECT_EQ(box_.Show({.text = "nochmal?", .title = ""}), core::MessageAnswer::kRetry);
   EXPECT_EQ(asked, std::vector<std::string>{"nochmal?"});
 }
 

@@ -6,7 +6,7 @@
 namespace varnlog::app::test {
 namespace {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 constexpr int kVoltageColumn = 7;
 

@@ -17,7 +17,7 @@ namespace varnlog::app::test {
 namespace {
 
 namespace fs = std::filesystem;
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using enum CommandId;
 
 class Commands : public MainWindow {
@@ -73,7 +73,7 @@ class Commands : public MainWindow {
   }
   [[nodiscard]] QString IniValue(const char* key) const {
     return QString::fromStdString(
-        modINIFile().ReadString("User", key, (installation_.program() / "varnlog.ini").string()));
+        start::modINIFile().ReadString("User", key, (installation_.program() / "varnlog.ini").string()));
   }
   [[nodiscard]] std::string ReadOnlyInLog() const {
     std::string value;
@@ -273,12 +273,12 @@ TEST_F(Commands, PropertiesProtectTheLogAndWorkOnItsFile) {
 
 TEST_F(Commands, QuittingAsksAndKeepsTheProgramAfterANo) {
   StartsQuietly();
-  program_->AnswersWith(db::MessageAnswer::kNo);
+  program_->AnswersWith(core::MessageAnswer::kNo);
   program_->Triggers(mnuFileEnd);
   EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RC_QUIT"_key)));
   EXPECT_TRUE(program_->Window().isVisible());
   EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
-  program_->AnswersWith(db::MessageAnswer::kYes);
+  program_->AnswersWith(core::MessageAnswer::kYes);
   program_->Triggers(mnuFileEnd);
   EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RC_QUIT"_key)));
   EXPECT_FALSE(program_->Window().isVisible());
@@ -327,7 +327,7 @@ class LongUpdate : public Commands {
  protected:
   void SetUp() override {
     qputenv("CUPS_SERVER", "/nonexistent/cups");
-    Starts(db::MessageAnswer::kYes);
+    Starts(core::MessageAnswer::kYes);
     tools::GeneratorOptions options;
     options.count = 20'000;
     options.invalidPercent = 0;

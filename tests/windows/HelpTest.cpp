@@ -20,7 +20,7 @@
 namespace varnlog::app::test {
 namespace {
 
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using enum CommandId;
 namespace fs = std::filesystem;
 

@@ -25,7 +25,7 @@ class MainWindow : public testing::Test {
     installation_.Reports(exposures);
   }
 
-  void Starts(db::MessageAnswer answer = db::MessageAnswer::kYes) {
+  void Starts(core::MessageAnswer answer = core::MessageAnswer::kYes) {
     program_.reset();
     program_ = std::make_unique<RunningProgram>(installation_, answer);
   }

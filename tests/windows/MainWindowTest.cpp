@@ -8,8 +8,8 @@
 namespace varnlog::app::test {
 namespace {
 
-using db::SelectionKind;
-using db::literals::operator""_key;
+using core::SelectionKind;
+using core::literals::operator""_key;
 using enum CommandId;
 
 TEST_F(MainWindow, TakesInWhatTheSuiteReportedWhenTheUserAgrees) {
@@ -22,7 +22,7 @@ TEST_F(MainWindow, TakesInWhatTheSuiteReportedWhenTheUserAgrees) {
 }
 
 TEST_F(MainWindow, LeavesThemAfterANoUntilTheUpdateIsAskedFor) {
-  Starts(db::MessageAnswer::kNo);
+  Starts(core::MessageAnswer::kNo);
   EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
   emit qApp->applicationStateChanged(Qt::ApplicationActive);
   QTest::qWait(400);

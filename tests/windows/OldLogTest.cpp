@@ -14,7 +14,7 @@ namespace varnlog::app::test {
 namespace {
 
 namespace fs = std::filesystem;
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using enum CommandId;
 
 std::string Content(const fs::path& file) {
@@ -37,7 +37,7 @@ class OldLog : public testing::Test {
     original_ = Content(fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / sample).substr(0, length);
     cli::Installation::Write(log_, original_);
   }
-  void Opens(db::MessageAnswer answer) {
+  void Opens(core::MessageAnswer answer) {
     if (!program_) program_ = std::make_unique<RunningProgram>(installation_, answer);
     program_->AnswersWith(answer);
     static_cast<void>(program_->TakeMessages());
@@ -59,11 +59,11 @@ class OldLog : public testing::Test {
     return cells;
   }
   /// The messages since the log was opened begin with these texts, up to their first placeholder.
-  void ExpectMessages(std::initializer_list<db::TextKey> keys) {
+  void ExpectMessages(std::initializer_list<core::TextKey> keys) {
     const QStringList shown = program_->TakeMessages();
     ASSERT_EQ(shown.size(), static_cast<qsizetype>(keys.size())) << shown.join("\n---\n").toStdString();
     auto message = shown.begin();
-    for (const db::TextKey key : keys) {
+    for (const core::TextKey key : keys) {
       EXPECT_TRUE(message->startsWith(program_->Text(key).section('$', 0, 0)))
           << key.name() << ": " << message->toStdString();
       ++message;
@@ -87,7 +87,7 @@ TEST_F(OldLog, IsConvertedAndShownOnceTheUserAgrees) {
     SCOPED_TRACE(row.sample);
     fs::remove(kept_);
     Finds(row.sample);
-    Opens(db::MessageAnswer::kYes);
+    Opens(core::MessageAnswer::kYes);
     ExpectMessages({"CV_ASK"_key, "CV_DONE"_key});
     EXPECT_EQ(ShownRows(), row.rows);
     EXPECT_EQ(program_->Globals().strDataFileGl, log_.string());
@@ -97,7 +97,7 @@ TEST_F(OldLog, IsConvertedAndShownOnceTheUserAgrees) {
     EXPECT_EQ(Content(kept_), original_);
 
     // It has become a log like any other.
-    Opens(db::MessageAnswer::kNo);
+    Opens(core::MessageAnswer::kNo);
     ExpectMessages({});
     EXPECT_EQ(ShownRows(), row.rows);
   }
@@ -105,7 +105,7 @@ TEST_F(OldLog, IsConvertedAndShownOnceTheUserAgrees) {
 
 TEST_F(OldLog, StaysClosedAndUntouchedWhenTheUserDeclines) {
   Finds("log-1.1-jet3-cp1250.mdb");
-  Opens(db::MessageAnswer::kNo);
+  Opens(core::MessageAnswer::kNo);
   ExpectMessages({"CV_ASK"_key});
   EXPECT_FALSE(IsOpen());
   EXPECT_EQ(ShownRows(), -1);
@@ -114,7 +114,7 @@ TEST_F(OldLog, StaysClosedAndUntouchedWhenTheUserDeclines) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1);
 
   log_ = installation_.log();
-  Opens(db::MessageAnswer::kNo);
+  Opens(core::MessageAnswer::kNo);
   EXPECT_TRUE(IsOpen());
 }
 
@@ -122,18 +122,18 @@ TEST_F(OldLog, IsOfferedAtStartUpToo) {
   Finds("log-1.1-jet4-password-encoded.mdb");
   cli::Installation::Write(installation_.program() / "varnlog.ini",
                            "[User]\r\nDataFile=" + log_.string() + "\r\n");
-  program_ = std::make_unique<RunningProgram>(installation_, db::MessageAnswer::kYes);
+  program_ = std::make_unique<RunningProgram>(installation_, core::MessageAnswer::kYes);
   ExpectMessages({"CV_ASK"_key, "CV_DONE"_key, "CV_PASSWORD"_key, "CV_ENCODED"_key});
   EXPECT_EQ(ShownRows(), 54);
 }
 
 TEST_F(OldLog, GivesItsReadableRowsWhenItIsDamaged) {
   Finds("log-1.1-jet4-scratch.mdb", 126976);
-  Opens(db::MessageAnswer::kNo);
+  Opens(core::MessageAnswer::kNo);
   EXPECT_TRUE(program_->TakeMessages().join("").contains("205 von 262"));
   EXPECT_FALSE(IsOpen());
   EXPECT_EQ(Content(log_), original_);
-  Opens(db::MessageAnswer::kYes);
+  Opens(core::MessageAnswer::kYes);
   ExpectMessages({"CV_DAMAGED"_key, "CV_DAMAGED_DONE"_key});
   EXPECT_EQ(ShownRows(), 205);
 }
@@ -141,7 +141,7 @@ TEST_F(OldLog, GivesItsReadableRowsWhenItIsDamaged) {
 TEST_F(OldLog, WaitsForTheOtherProgram) {
   Finds("log-1.1-jet4-scratch.mdb");
   std::ofstream(folder_ / "Röntgen.ldb") << "PRAXIS2";
-  Opens(db::MessageAnswer::kCancel);
+  Opens(core::MessageAnswer::kCancel);
   ExpectMessages({"CV_ERR_INUSE"_key});
   EXPECT_FALSE(IsOpen());
   EXPECT_EQ(Content(log_), original_);
@@ -155,7 +155,7 @@ TEST_F(OldLog, IsShownOnlyWhereItIsWriteProtected) {
     fs::permissions(folder_, fs::perms::owner_all);
     Finds(sample);
     fs::permissions(folder_, fs::perms::owner_read | fs::perms::owner_exec);
-    Opens(db::MessageAnswer::kYes);
+    Opens(core::MessageAnswer::kYes);
     // The reported exposure is not offered to be taken in.
     ExpectMessages({"CV_READONLY"_key});
     EXPECT_EQ(ShownRows(), rows);
@@ -168,15 +168,15 @@ TEST_F(OldLog, IsShownOnlyWhereItIsWriteProtected) {
   fs::permissions(folder_, fs::perms::owner_all);
   Finds("log-1.1-jet4-scratch.mdb", 126976);
   fs::permissions(log_, fs::perms::owner_read);
-  Opens(db::MessageAnswer::kYes);
+  Opens(core::MessageAnswer::kYes);
   EXPECT_TRUE(program_->TakeMessages().join("").contains("205 von 262"));
   EXPECT_FALSE(IsOpen());
 }
 
 // The window appears when it takes longer than a moment, and its button is heard at once.
 TEST_F(OldLog, CanBeCancelledWhileItIsConverted) {
-  program_ = std::make_unique<RunningProgram>(installation_, db::MessageAnswer::kYes);
-  Language texts(program_->Globals());
+  program_ = std::make_unique<RunningProgram>(installation_, core::MessageAnswer::kYes);
+  start::Language texts(program_->Globals());
   ASSERT_TRUE(texts.InitLanguage());
   ui::MessageBox user(texts);
   frmConvert window(&program_->Window(), texts, user);

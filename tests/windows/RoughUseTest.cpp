@@ -9,12 +9,12 @@ namespace varnlog::app::test {
 namespace {
 
 namespace fs = std::filesystem;
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 using enum CommandId;
 
 class RoughUse : public MainWindow {
  protected:
-  void Starts(db::MessageAnswer answer = db::MessageAnswer::kYes) {
+  void Starts(core::MessageAnswer answer = core::MessageAnswer::kYes) {
     MainWindow::Starts(answer);
     started_ = program_->TakeMessages();
   }

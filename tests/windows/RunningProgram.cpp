@@ -18,16 +18,16 @@ constexpr int kPatience = 1000;  // looks until a dialog counts as forgotten
 
 }  // namespace
 
-RunningProgram::RunningProgram(const cli::Installation& installation, db::MessageAnswer answer)
+RunningProgram::RunningProgram(const cli::Installation& installation, core::MessageAnswer answer)
     : answer_(answer) {
   globals_.ProgramFolderGl = installation.program().string();
   globals_.IniFileGl = (installation.program() / "varnlog.ini").string();
   legacy::InstallJetFormat();
   if (!texts_.InitLanguage()) throw std::runtime_error(texts_.InitError());
   texts_.SetLanguage("D");
-  user_.AnswerWith([this](const db::Message& message) {
+  user_.AnswerWith([this](const core::Message& message) {
     messages_.append(ui::ToQString(message.text));
-    return message.buttons == db::MessageButtons::kOk ? db::MessageAnswer::kOk : answer_;
+    return message.buttons == core::MessageButtons::kOk ? core::MessageAnswer::kOk : answer_;
   });
   window_ = std::make_unique<frmMDIMain>(
       WindowContext{globals_, {ini_, texts_, user_, clock_}, scheme_, shortDate_});
@@ -38,14 +38,14 @@ RunningProgram::RunningProgram(const cli::Installation& installation, db::Messag
 }
 
 RunningProgram::~RunningProgram() {
-  answer_ = db::MessageAnswer::kYes;
+  answer_ = core::MessageAnswer::kYes;
   steps_.clear();
   if (window_->isVisible()) window_->close();
   Settle();
   window_.reset();
 }
 
-QString RunningProgram::Text(db::TextKey key) const {
+QString RunningProgram::Text(core::TextKey key) const {
   return ui::Caption(texts_, key);
 }
 

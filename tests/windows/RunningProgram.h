@@ -11,9 +11,9 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include "app/Language.h"
 #include "app/frmMDIMain.h"
-#include "app/modINIFile.h"
+#include "start/Language.h"
+#include "start/modINIFile.h"
 #include "tests/cli/Installation.h"
 #include "ui/MessageBox.h"
 
@@ -24,15 +24,15 @@ namespace varnlog::app::test {
 class RunningProgram {
  public:
   explicit RunningProgram(const cli::Installation& installation,
-                          db::MessageAnswer answer = db::MessageAnswer::kYes);
+                          core::MessageAnswer answer = core::MessageAnswer::kYes);
   ~RunningProgram();
   RunningProgram(const RunningProgram&) = delete;
   RunningProgram& operator=(const RunningProgram&) = delete;
 
   [[nodiscard]] frmMDIMain& Window() { return *window_; }
   [[nodiscard]] ui::TDBGrid& Grid() { return window_->Results()->Grid(); }
-  [[nodiscard]] db::Globals& Globals() { return globals_; }
-  [[nodiscard]] QString Text(db::TextKey key) const;
+  [[nodiscard]] core::Globals& Globals() { return globals_; }
+  [[nodiscard]] QString Text(core::TextKey key) const;
 
   void Triggers(CommandId command);
   /// False when the question was answered with No.
@@ -43,7 +43,7 @@ class RunningProgram {
   /// True when every dialog expected has come.
   [[nodiscard]] bool DialogsDone() const { return steps_.empty(); }
 
-  void AnswersWith(db::MessageAnswer answer) { answer_ = answer; }
+  void AnswersWith(core::MessageAnswer answer) { answer_ = answer; }
   /// The texts shown since the last call.
   [[nodiscard]] QStringList TakeMessages() { return std::exchange(messages_, {}); }
   [[nodiscard]] int Beeps() const { return user_.Beeps(); }
@@ -60,15 +60,15 @@ class RunningProgram {
  private:
   void Poll(int patience);
 
-  db::Globals globals_;
-  Language texts_{globals_};
+  core::Globals globals_;
+  start::Language texts_{globals_};
   ui::MessageBox user_{texts_};
-  modINIFile ini_;
+  start::modINIFile ini_;
   platform::SystemClock clock_;
   platform::ShortDate shortDate_;
-  HostToothScheme scheme_{globals_, ini_};
+  start::HostToothScheme scheme_{globals_, ini_};
   std::unique_ptr<frmMDIMain> window_;
-  db::MessageAnswer answer_;
+  core::MessageAnswer answer_;
   QStringList messages_;
   std::vector<std::pair<QString, std::function<void(QDialog&)>>> steps_;
 };

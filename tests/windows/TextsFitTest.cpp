@@ -170,7 +170,7 @@ TEST_P(TextsFit, EveryWindowShowsItsTextsInFullAndCanBeReadOutAndReachedByKeys) 
   EXPECT_GT(windows, 30);
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, TextsFit, testing::ValuesIn(kLanguages),
+INSTANTIATE_TEST_SUITE_P(Languages, TextsFit, testing::ValuesIn(start::kLanguages),
                          [](const auto& language) { return std::string(language.param); });
 
 }  // namespace

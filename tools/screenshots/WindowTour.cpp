@@ -29,7 +29,7 @@
 namespace varnlog::tools {
 
 using app::CommandId;
-using db::literals::operator""_key;
+using core::literals::operator""_key;
 
 namespace {
 
@@ -134,7 +134,7 @@ void WindowTour::Trigger(CommandId command) {
   user_.Check();
 }
 
-QString WindowTour::Text(db::TextKey key) const {
+QString WindowTour::Text(core::TextKey key) const {
   return ui::Caption(texts_, key);
 }
 

@@ -5,9 +5,9 @@
 
 #include <QTranslator>
 
-#include "app/Language.h"
 #include "app/frmMDIMain.h"
-#include "app/modINIFile.h"
+#include "start/Language.h"
+#include "start/modINIFile.h"
 #include "tools/screenshots/DemoPractice.h"
 #include "tools/screenshots/ModalUser.h"
 #include "ui/MessageBox.h"
@@ -50,20 +50,20 @@ class WindowTour {
   void Enter(int row, int column, const QString& text);
   [[nodiscard]] int FirstRow(int column, ui::CellState state) const;
   [[nodiscard]] ui::TDBGrid& Grid() const { return window_->Results()->Grid(); }
-  [[nodiscard]] QString Text(db::TextKey key) const;
+  [[nodiscard]] QString Text(core::TextKey key) const;
 
   std::string oldLog_;
   Visitor visit_;
   int visits_ = 0;
   ModalUser user_;
-  db::Globals globals_;
+  core::Globals globals_;
   QTranslator qtTexts_;
-  app::Language texts_{globals_};
+  start::Language texts_{globals_};
   ui::MessageBox messages_{texts_};
-  app::modINIFile ini_;
+  start::modINIFile ini_;
   platform::FixedClock clock_;
   platform::ShortDate shortDate_;
-  app::HostToothScheme scheme_{globals_, ini_};
+  start::HostToothScheme scheme_{globals_, ini_};
   std::unique_ptr<app::frmMDIMain> window_;
 };
 

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include "db/dao/Collation.h"
+#include "db/dao/sqlite/Collation.h"
 
 namespace varnlog::dao {
 namespace {

@@ -8,8 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "db/dao/DistinctRows.h"
-#include "db/dao/JetSql.h"
+#include "db/dao/rows/DistinctRows.h"
+#include "db/dao/sql/JetSql.h"
 
 namespace varnlog::dao {
 namespace {

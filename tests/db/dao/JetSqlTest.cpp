@@ -7,9 +7,9 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include "db/dao/Collation.h"
 #include "db/dao/EngineError.h"
-#include "db/dao/JetSql.h"
+#include "db/dao/sql/JetSql.h"
+#include "db/dao/sqlite/Collation.h"
 
 namespace varnlog::dao {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "db/dao/LikePattern.h"
+#include "db/dao/sql/LikePattern.h"
 
 namespace varnlog::dao {
 namespace {

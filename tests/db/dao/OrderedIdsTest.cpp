@@ -9,10 +9,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "db/dao/Collation.h"
 #include "db/dao/DBEngine.h"
-#include "db/dao/IdSource.h"
-#include "db/dao/OrderedIds.h"
+#include "db/dao/rows/IdSource.h"
+#include "db/dao/rows/OrderedIds.h"
+#include "db/dao/sqlite/Collation.h"
 
 namespace varnlog::dao {
 namespace {

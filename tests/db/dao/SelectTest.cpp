@@ -1,4 +1,4 @@
-#include "db/dao/SelectShape.h"
+#include "db/dao/sql/SelectShape.h"
 #include "tests/db/dao/EngineFixture.h"
 
 namespace varnlog::dao {

@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include "db/dao/Collation.h"
-#include "db/dao/TextOrder.h"
+#include "db/dao/rows/TextOrder.h"
+#include "db/dao/sqlite/Collation.h"
 
 namespace varnlog::dao {
 namespace {

@@ -54,11 +54,11 @@ class FilePrinters final : public Printers {
   int count_;
 };
 
-class ListeningUser final : public db::UserDialog {
+class ListeningUser final : public core::UserDialog {
  public:
-  db::MessageAnswer Show(const db::Message& message) override {
+  core::MessageAnswer Show(const core::Message& message) override {
     messages.push_back(message.text);
-    return db::MessageAnswer::kOk;
+    return core::MessageAnswer::kOk;
   }
   void Beep() override {}
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "core/TextLookup.h"
+
+namespace varnlog::core {
+
+enum class MessageIcon { kNone, kInformation, kQuestion, kCritical };
+enum class MessageButtons { kOk, kYesNo, kRetryCancel };
+enum class MessageAnswer { kOk, kYes, kNo, kRetry, kCancel };
+
+struct Message {
+  std::string text;
+  std::string title;
+  MessageIcon icon = MessageIcon::kNone;
+  MessageButtons buttons = MessageButtons::kOk;
+};
+
+/// The one way in which logic speaks to the user. A window shows a box, varnlogctl writes to standard error,
+/// a test answers by script.
+class UserDialog {
+ public:
+  virtual ~UserDialog() = default;
+  virtual MessageAnswer Show(const Message& message) = 0;
+  virtual void Beep() = 0;
+};
+
+/// The program's message box: an empty title becomes the text of GL_TITLE.
+MessageAnswer MsgBox(UserDialog& user, const TextLookup& texts, std::string prompt, MessageIcon icon,
+                     MessageButtons buttons = MessageButtons::kOk, std::string title = {});
+
+}  // namespace varnlog::core

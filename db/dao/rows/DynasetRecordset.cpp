@@ -1,0 +1,97 @@
+#include "db/dao/rows/DynasetRecordset.h"
+
+#include <limits>
+#include <utility>
+
+namespace varnlog::dao {
+
+namespace {
+
+// The first page of a window; rows beyond it are looked up in larger slices as they are reached.
+constexpr std::size_t kFirstSlice = 64;
+constexpr std::size_t kFurtherSlice = 4096;
+
+}  // namespace
+
+DynasetRecordset::DynasetRecordset(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select,
+                                   Parameters parameters)
+    : ScrollRecordset(select->fields),
+      connection_(std::move(connection)),
+      select_(std::move(select)),
+      keys_(std::make_shared<KeySet>(connection_, select_,
+                                     MakeIdSource(connection_, select_, std::move(parameters)))) {
+  keys_->Fetch(kFirstSlice);
+  GoToFirst();
+}
+
+DynasetRecordset::DynasetRecordset(const DynasetRecordset& origin)
+    : ScrollRecordset(origin.select_->fields),
+      connection_(origin.connection_),
+      select_(origin.select_),
+      keys_(origin.keys_) {}
+
+std::unique_ptr<Recordset> DynasetRecordset::Clone() {
+  return std::unique_ptr<Recordset>(new DynasetRecordset(*this));
+}
+
+bool DynasetRecordset::Populate(std::int64_t rows) {
+  return keys_->Fetch(static_cast<std::size_t>(std::max<std::int64_t>(rows, 1)));
+}
+
+bool DynasetRecordset::Reach(std::int64_t position) {
+  while (position >= keys_->Count() && !keys_->IsComplete())
+    keys_->Fetch(std::max(kFurtherSlice, static_cast<std::size_t>(position + 1 - keys_->Count())));
+  return position < keys_->Count();
+}
+
+std::int64_t DynasetRecordset::ReachEnd() {
+  while (!keys_->Fetch(std::numeric_limits<std::size_t>::max() - 1)) {
+  }
+  return keys_->Count();
+}
+
+void DynasetRecordset::Leave() {
+  row_ = {};
+  Buffer().Close();
+}
+
+CellView DynasetRecordset::CurrentCell(std::size_t ordinal) {
+  const std::int64_t position = RequirePosition();
+  if (row_.rows == nullptr) row_ = keys_->At(position, MovesBackward());
+  if (row_.rows->IsDeleted(row_.index))
+    throw EngineError(ErrorNumber::kRecordDeleted, "The record has been deleted.");
+  return row_.rows->At(row_.index, ordinal);
+}
+
+RowWriter& DynasetRecordset::Writer() {
+  if (writer_ == nullptr)
+    writer_ = std::make_unique<RowWriter>(connection_, select_->table, select_->ordinals);
+  return *writer_;
+}
+
+void DynasetRecordset::AddNew() {
+  Writer().BeginAdd(Buffer());
+}
+
+void DynasetRecordset::Edit() {
+  const std::int64_t position = RequirePosition();
+  const KeySet::Row seen = keys_->SeenBeforeOthersChanged(position);
+  Writer().BeginEdit(Buffer(), keys_->IdAt(position), seen.rows.get(), seen.index);
+}
+
+void DynasetRecordset::Update() {
+  const CopyBuffer::State state = Buffer().state();
+  if (state == CopyBuffer::State::kAdding) {
+    keys_->Append(Writer().Add(Buffer()));
+  } else if (state == CopyBuffer::State::kEditing) {
+    const std::int64_t position = RequirePosition();
+    // Whether the change is kept or refused, the next look at the row is at the file.
+    row_ = {};
+    keys_->Forget(position);
+    Writer().Change(Buffer());
+  } else {
+    throw EngineError(ErrorNumber::kUpdateWithoutEdit, "Update comes after AddNew or Edit only.");
+  }
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+
+#include "db/dao/rows/KeySet.h"
+#include "db/dao/rows/RowWriter.h"
+#include "db/dao/rows/ScrollRecordset.h"
+
+namespace varnlog::dao {
+
+/// Keeps each row's id and reads a row when it is visited.
+class DynasetRecordset final : public ScrollRecordset {
+ public:
+  DynasetRecordset(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select,
+                   Parameters parameters);
+
+  [[nodiscard]] RecordsetType Type() const override { return RecordsetType::kDynaset; }
+  [[nodiscard]] std::int64_t RecordCount() const override { return keys_->Count(); }
+  bool Populate(std::int64_t rows) override;
+  [[nodiscard]] std::unique_ptr<Recordset> Clone() override;
+
+  void AddNew() override;
+  void Edit() override;
+  void Update() override;
+  void CancelUpdate() override { Buffer().Close(); }
+
+ private:
+  DynasetRecordset(const DynasetRecordset& origin);
+
+  [[nodiscard]] bool Reach(std::int64_t position) override;
+  [[nodiscard]] std::int64_t ReachEnd() override;
+  void Leave() override;
+  [[nodiscard]] CellView CurrentCell(std::size_t ordinal) override;
+  RowWriter& Writer();
+
+  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<Select> select_;
+  std::shared_ptr<KeySet> keys_;
+  std::unique_ptr<RowWriter> writer_;
+  KeySet::Row row_;  // empty until a value of the current row is asked for
+};
+
+}  // namespace varnlog::dao

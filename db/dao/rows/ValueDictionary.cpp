@@ -1,0 +1,147 @@
+#include "db/dao/rows/ValueDictionary.h"
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+#include "db/dao/sqlite/Collation.h"
+
+namespace varnlog::dao {
+namespace {
+
+constexpr std::size_t kFirstSlots = 256;
+
+void Prefetch([[maybe_unused]] const void* address) {
+#ifdef __GNUC__
+  __builtin_prefetch(address);
+#endif
+}
+
+std::uint64_t Mix(std::uint64_t value) {
+  value *= 0x9E3779B97F4A7C15U;
+  return value ^ (value >> 29U);
+}
+
+std::uint64_t Load(const char* bytes, std::size_t size) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, size);
+  return word;
+}
+
+/// Eight bytes at a time, in two halves that do not wait for each other: names are short, and a general hash
+/// would cost more than reading the row.
+std::uint32_t Hash(std::string_view value) {
+  std::uint64_t even = value.size();
+  std::uint64_t odd = 0x51ED270B9F652295U;
+  const char* next = value.data();
+  std::size_t left = value.size();
+  for (; left >= 16; left -= 16, next += 16) {
+    even = Mix(even ^ Load(next, 8));
+    odd = Mix(odd ^ Load(next + 8, 8));
+  }
+  if (left >= 8) even = Mix(even ^ Load(next, 8));
+  // The last eight bytes once more are quicker to load than the odd rest.
+  odd = Mix(odd ^ (value.size() >= 8 ? Load(value.data() + value.size() - 8, 8) : Load(next, left)));
+  return static_cast<std::uint32_t>(Mix(even + (odd << 1U)) >> 32U);
+}
+
+}  // namespace
+
+ValueDictionary::ValueDictionary() : slots_(kFirstSlots) {}
+
+std::uint32_t ValueDictionary::Intern(std::string_view value) {
+  return Intern(value, Hash(value));
+}
+
+std::uint32_t ValueDictionary::HashOf(std::string_view value) {
+  return Hash(value);
+}
+
+void ValueDictionary::Aim(std::uint32_t hash) const {
+  Prefetch(&slots_[hash & (slots_.size() - 1)]);
+}
+
+void ValueDictionary::Approach(std::uint32_t hash) const {
+  const Slot& slot = slots_[hash & (slots_.size() - 1)];
+  if (slot.offset != kFree) Prefetch(reinterpret_cast<const char*>(lines_.data()) + slot.offset);
+}
+
+std::uint32_t ValueDictionary::Intern(std::string_view value, std::uint32_t hash) {
+  const std::size_t mask = slots_.size() - 1;
+  std::size_t slot = hash & mask;
+  for (; slots_[slot].offset != kFree; slot = (slot + 1) & mask) {
+    if (slots_[slot].hash != hash) continue;
+    const Header header = HeaderAt(slots_[slot].offset);
+    if (ValueAt(slots_[slot].offset, header.length) == value) return header.code;
+  }
+  const std::uint32_t offset = Append(value);
+  slots_[slot] = {hash, offset};
+  if (offsets_.size() * 2 > slots_.size()) Grow();
+  return HeaderAt(offset).code;
+}
+
+ValueDictionary::Header ValueDictionary::HeaderAt(std::uint32_t offset) const {
+  Header header{};
+  std::memcpy(&header, reinterpret_cast<const char*>(lines_.data()) + offset, sizeof header);
+  return header;
+}
+
+std::string_view ValueDictionary::ValueAt(std::uint32_t offset, std::uint32_t length) const {
+  return {reinterpret_cast<const char*>(lines_.data()) + offset + sizeof(Header), length};
+}
+
+std::string_view ValueDictionary::At(std::uint32_t code) const {
+  const std::uint32_t offset = offsets_[code];
+  return ValueAt(offset, HeaderAt(offset).length);
+}
+
+std::size_t ValueDictionary::Bytes() const {
+  return lines_.capacity() * sizeof(Line) + offsets_.capacity() * sizeof(std::uint32_t) +
+         slots_.size() * sizeof(Slot);
+}
+
+std::uint32_t ValueDictionary::Append(std::string_view value) {
+  const std::size_t needed = sizeof(Header) + value.size();
+  const std::size_t left = sizeof(Line) - size_ % sizeof(Line);
+  if (needed > left) size_ += left;
+  const auto offset = static_cast<std::uint32_t>(size_);
+  const Header header{static_cast<std::uint32_t>(offsets_.size()), static_cast<std::uint32_t>(value.size())};
+  size_ += needed;
+  if (size_ > lines_.size() * sizeof(Line)) lines_.resize((size_ / sizeof(Line) + 1) * 3 / 2);
+  char* const entry = reinterpret_cast<char*>(lines_.data()) + offset;
+  std::memcpy(entry, &header, sizeof header);
+  std::copy(value.begin(), value.end(), entry + sizeof header);
+  offsets_.push_back(offset);
+  return offset;
+}
+
+void ValueDictionary::Grow() {
+  std::vector<Slot> larger(slots_.size() * 4);
+  const std::size_t mask = larger.size() - 1;
+  for (const Slot& old : slots_) {
+    if (old.offset == kFree) continue;
+    std::size_t slot = old.hash & mask;
+    while (larger[slot].offset != kFree) slot = (slot + 1) & mask;
+    larger[slot] = old;
+  }
+  slots_ = std::move(larger);
+}
+
+std::vector<std::uint32_t> RankValues(const ValueDictionary& values, bool collated) {
+  const Collation& collation = Collation::Instance();
+  const auto compare = [&](std::uint32_t a, std::uint32_t b) {
+    return collated ? collation.Compare(values.At(a), values.At(b)) : values.At(a).compare(values.At(b));
+  };
+  std::vector<std::uint32_t> order(values.Size());
+  std::iota(order.begin(), order.end(), 0U);
+  std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) { return compare(a, b) < 0; });
+  std::vector<std::uint32_t> ranks(values.Size());
+  std::uint32_t rank = 0;
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    if (i > 0 && compare(order[i - 1], order[i]) != 0) ++rank;
+    ranks[order[i]] = rank;
+  }
+  return ranks;
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,178 @@
+#include "db/dao/sql/LikePattern.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "db/dao/sqlite/Collation.h"
+
+namespace varnlog::dao {
+namespace {
+
+/// The character at `position` of well-formed UTF-8, which FoldCase makes of everything.
+char32_t Decode(std::string_view text, std::size_t& position) {
+  const auto lead = static_cast<unsigned char>(text[position++]);
+  if (lead < 0x80) return lead;
+  const std::size_t following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
+  auto character = static_cast<char32_t>(lead & (0x3FU >> following));
+  for (std::size_t i = 0; i < following && position < text.size(); ++i) {
+    character = (character << 6U) | (static_cast<unsigned char>(text[position++]) & 0x3FU);
+  }
+  return character;
+}
+
+std::string Encode(char32_t character) {
+  const auto byte = [](char32_t bits) { return static_cast<char>(static_cast<unsigned char>(bits)); };
+  if (character < 0x80) return {byte(character)};
+  if (character < 0x800) return {byte(0xC0U | (character >> 6U)), byte(0x80U | (character & 0x3FU))};
+  if (character < 0x10000) {
+    return {byte(0xE0U | (character >> 12U)), byte(0x80U | ((character >> 6U) & 0x3FU)),
+            byte(0x80U | (character & 0x3FU))};
+  }
+  return {byte(0xF0U | (character >> 18U)), byte(0x80U | ((character >> 12U) & 0x3FU)),
+          byte(0x80U | ((character >> 6U) & 0x3FU)), byte(0x80U | (character & 0x3FU))};
+}
+
+/// Whether each character stands for itself: none belongs to the one before it, and none is left out.
+bool IsPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < '\x7F'; });
+}
+
+char32_t Lower(char plain) {
+  const auto c = static_cast<unsigned char>(plain);
+  return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c;
+}
+
+bool IsDigit(char32_t c) {
+  return c >= U'0' && c <= U'9';
+}
+
+/// Both ends and the character in one alphabet whose codes are in order.
+bool IsPlainRange(char32_t first, char32_t last, char32_t c) {
+  const auto isLetter = [](char32_t x) { return x >= U'a' && x <= U'z'; };
+  return (IsDigit(first) && IsDigit(last) && IsDigit(c)) ||
+         (isLetter(first) && isLetter(last) && isLetter(c));
+}
+
+bool InRange(char32_t first, char32_t last, char32_t c) {
+  if (first == last) return c == first;
+  if (IsPlainRange(first, last, c)) return first <= c && c <= last;
+  const Collation& collation = Collation::Instance();
+  const std::string text = Encode(c);
+  return collation.Compare(Encode(first), text) <= 0 && collation.Compare(text, Encode(last)) <= 0;
+}
+
+}  // namespace
+
+LikePattern::LikePattern(std::string_view pattern) {
+  const std::string folded = FoldCase(pattern);
+  for (std::size_t position = 0; position < folded.size();) {
+    const char c = folded[position];
+    const std::size_t close = c == '[' ? folded.find(']', position + 1) : std::string::npos;
+    if (close != std::string::npos) {
+      AddSet(std::string_view(folded).substr(position + 1, close - position - 1));
+      position = close + 1;
+      continue;
+    }
+    Element element{Kind::kLiteral, Decode(folded, position), false, {}};
+    if (c == '*') element.kind = Kind::kAnyText;
+    if (c == '?') element.kind = Kind::kAnyCharacter;
+    if (c == '#') element.kind = Kind::kDigit;
+    // Stars in a row mean one, and would each cost a pass over the text.
+    const bool repeats = c == '*' && !elements_.empty() && elements_.back().kind == Kind::kAnyText;
+    if (!repeats) elements_.push_back(std::move(element));
+  }
+}
+
+void LikePattern::AddSet(std::string_view content) {
+  Element set{Kind::kSet, 0, false, {}};
+  if (content.empty()) return;
+  std::size_t position = 0;
+  if (content.size() > 1 && content.front() == '!') {
+    set.negated = true;
+    position = 1;
+  }
+  while (position < content.size()) {
+    const char32_t first = Decode(content, position);
+    char32_t last = first;
+    // A hyphen at either end of the set is one of its characters.
+    if (position + 1 < content.size() && content[position] == '-') {
+      ++position;
+      last = Decode(content, position);
+    }
+    set.ranges.push_back({first, last});
+  }
+  elements_.push_back(std::move(set));
+}
+
+bool LikePattern::MatchesOne(const Element& element, char32_t character) {
+  switch (element.kind) {
+    case Kind::kLiteral:
+      return element.literal == character;
+    case Kind::kDigit:
+      return IsDigit(character);
+    case Kind::kSet:
+      return element.negated !=
+             std::any_of(element.ranges.begin(), element.ranges.end(), [character](const Range& range) {
+               return InRange(range.first, range.last, character);
+             });
+    default:
+      return true;
+  }
+}
+
+template <typename Next>
+bool LikePattern::Walk(std::string_view text, Next next) const {
+  // Only the last star seen can have to give back characters: whatever an earlier one could take instead, the
+  // later one can take as well.
+  const std::size_t none = elements_.size();
+  std::size_t star = none;
+  std::size_t starEnd = 0;
+  std::size_t element = 0;
+  std::size_t position = 0;
+  while (position < text.size()) {
+    if (element < elements_.size() && elements_[element].kind == Kind::kAnyText) {
+      if (element + 1 == elements_.size()) return true;
+      star = element++;
+      starEnd = position;
+      continue;
+    }
+    std::size_t behind = position;
+    const char32_t character = next(behind);
+    if (element < elements_.size() && MatchesOne(elements_[element], character)) {
+      ++element;
+      position = behind;
+    } else if (star != none) {
+      (void)next(starEnd);
+      const Element& wanted = elements_[star + 1];
+      while (wanted.kind == Kind::kLiteral && starEnd < text.size()) {
+        std::size_t after = starEnd;
+        if (next(after) == wanted.literal) break;
+        starEnd = after;
+      }
+      position = starEnd;
+      element = star + 1;
+    } else {
+      return false;
+    }
+  }
+  while (element < elements_.size() && elements_[element].kind == Kind::kAnyText) ++element;
+  return element == elements_.size();
+}
+
+bool LikePattern::Matches(std::string_view text) const {
+  // Most texts need no copy, and of those most need only a look at their first character.
+  if (elements_.size() == 1 && elements_.front().kind == Kind::kAnyText) return true;
+  if (FailsAtOnce(text)) return false;
+  if (IsPlain(text)) return Walk(text, [text](std::size_t& position) { return Lower(text[position++]); });
+  const std::string folded = FoldCase(text);
+  return Walk(folded, [&folded](std::size_t& position) { return Decode(folded, position); });
+}
+
+bool LikePattern::FailsAtOnce(std::string_view text) const {
+  if (elements_.empty() || elements_.front().kind != Kind::kLiteral || !IsPlain(text.substr(0, 2))) {
+    return false;
+  }
+  return text.empty() || Lower(text.front()) != elements_.front().literal;
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,297 @@
+#include "db/dao/sqlite/Connection.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <sqlite3.h>
+
+#include "db/dao/rows/DistinctRows.h"
+#include "db/dao/rows/OrderedIds.h"
+#include "db/dao/rows/Select.h"
+#include "db/dao/sqlite/Collation.h"
+#include "db/dao/sqlite/CountingVfs.h"
+#include "db/dao/sqlite/FileChecks.h"
+#include "db/dao/sqlite/Schema.h"
+#include "platform/Files.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+// While exposures are taken in the touched pages of the indexes stay in memory.
+constexpr std::int32_t kWritingBuffer = 64 * 1024;
+constexpr std::int32_t kStorageDefaultBuffer = 2000;
+
+// The storage keeps statistics on its memory behind a lock, for which every row would pay.
+void PrepareStorage() {
+  static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  static_cast<void>(configured);
+}
+
+// The file as the storage has it open. Opening it a second time and closing that would drop the locks of all
+// connections of the process on some systems.
+sqlite3_file& OpenFile(sqlite3* handle) {
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  return *file;
+}
+
+}  // namespace
+
+Connection::Connection(std::string path, Mode mode, std::shared_ptr<EngineState> state)
+    : path_(std::move(path)),
+      mode_(mode),
+      state_(std::move(state)),
+      selects_(std::make_unique<SelectCache>()),
+      distinct_(std::make_unique<DistinctRows>()),
+      ordered_(std::make_unique<OrderedIds>()) {}
+
+Connection::~Connection() {
+  Close();
+}
+
+std::shared_ptr<Connection> Connection::Open(const std::string& path, Mode mode,
+                                             const std::shared_ptr<EngineState>& state) {
+  RequireUsableFile(path, !mode.readOnly);
+  std::shared_ptr<Connection> connection(new Connection(path, mode, state));
+  connection->OpenHandle(mode.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+  if (!mode.readOnly && sqlite3_db_readonly(connection->handle_, "main") == 1)
+    throw EngineError(ErrorNumber::kNoPermission,
+                      FileText("There is no permission to change the file ", path, "."));
+  connection->CheckHeader();
+  connection->Configure();
+  connection->Probe();
+  std::erase_if(state->connections, [](const auto& each) { return each.expired(); });
+  state->connections.push_back(connection);
+  return connection;
+}
+
+std::shared_ptr<Connection> Connection::Create(const std::string& path,
+                                               const std::shared_ptr<EngineState>& state) {
+  RequireFreePath(path);
+  std::error_code error;
+  // Claims the name: of two programs that make the same file one gets the error.
+  static_cast<void>(
+      platform::File::Open(platform::ToPath(StoragePath(path)), platform::File::Mode::kCreateNew, error));
+  if (error) throw EngineError(ErrorNumber::kNoPermission, FileText("The file ", path, " cannot be made."));
+  std::shared_ptr<Connection> connection(new Connection(path, {}, state));
+  try {
+    connection->OpenHandle(SQLITE_OPEN_READWRITE);
+    connection->Configure();
+    connection->Execute(
+        "PRAGMA page_size=16384; PRAGMA encoding='UTF-8'; PRAGMA auto_vacuum=NONE;"
+        "PRAGMA application_id=0x56524C47");  // "VRLG"
+  } catch (const EngineError&) {
+    connection->Close();
+    std::filesystem::remove(platform::ToPath(StoragePath(path)), error);
+    throw;
+  }
+  state->connections.push_back(connection);
+  return connection;
+}
+
+std::shared_ptr<Connection> Connection::InMemory(const Connection& source) {
+  return InMemory(source.path_, {}, source.state_);
+}
+
+std::shared_ptr<Connection> Connection::InMemory(const std::string& path, Mode mode,
+                                                 const std::shared_ptr<EngineState>& state) {
+  std::shared_ptr<Connection> connection(new Connection(path, mode, state));
+  const int result = sqlite3_open_v2(
+      ":memory:", &connection->handle_,
+      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  if (result != SQLITE_OK) connection->Throw(result);
+  connection->Configure();
+  return connection;
+}
+
+void Connection::OpenHandle(int flags) {
+  PrepareStorage();
+  const int result = sqlite3_open_v2(StoragePath(path_).c_str(), &handle_,
+                                     flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, CountingVfsName());
+  if (result != SQLITE_OK) Throw(result);
+  sqlite3_busy_handler(handle_, &Connection::OnBusy, this);
+}
+
+void Connection::CheckHeader() {
+  const std::string header = ReadBytes(0, kHeaderSize);
+  RequireDatabaseHeader(header, path_);
+  if (HasSharedMemoryJournal(header)) LeaveSharedMemoryJournal();
+}
+
+// What is in a file from elsewhere (triggers, views, functions in its schema) never runs.
+void Connection::Configure() {
+  for (const auto& [option, value] : {std::pair{SQLITE_DBCONFIG_DEFENSIVE, 1},
+                                      {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+                                      {SQLITE_DBCONFIG_DQS_DML, 0},
+                                      {SQLITE_DBCONFIG_DQS_DDL, 0},
+                                      {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                      {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                      {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0}})
+    sqlite3_db_config(handle_, option, value, nullptr);
+  RegisterText(handle_);
+  SetCache(false);
+  SetSync(state_->options.implicitCommitSync);
+  begin_ = Statement(*this, "BEGIN");
+  beginWrite_ = Statement(*this, "BEGIN IMMEDIATE");
+  commit_ = Statement(*this, "COMMIT");
+  rollback_ = Statement(*this, "ROLLBACK");
+}
+
+// The first look at the content tells a locked, damaged or foreign file.
+void Connection::Probe() {
+  if (mode_.exclusive) TakeForever();
+  Statement(*this, "SELECT count(*) FROM sqlite_schema").Run();
+}
+
+void Connection::TakeForever() {
+  Execute("PRAGMA locking_mode=EXCLUSIVE");
+  if (!mode_.readOnly) Execute("BEGIN EXCLUSIVE; COMMIT");
+}
+
+// The file layer offers no shared memory, so the file must be held alone before it is read.
+void Connection::LeaveSharedMemoryJournal() {
+  if (mode_.readOnly)
+    throw EngineError(ErrorNumber::kNoPermission,
+                      FileText("Another program left the file ", path_,
+                               " in a state that must be tidied up by opening it for writing."));
+  Execute(
+      "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=DELETE; PRAGMA locking_mode=NORMAL;"
+      "SELECT count(*) FROM sqlite_schema");
+}
+
+void Connection::RequireWritable() const {
+  if (mode_.readOnly)
+    throw EngineError(ErrorNumber::kReadOnlyDatabase,
+                      FileText("The database ", path_, " is open for reading only."));
+}
+
+void Connection::Close() noexcept {
+  if (handle_ == nullptr) return;
+  state_->closedCacheReads += CacheReads();
+  selects_ = std::make_unique<SelectCache>();
+  distinct_ = std::make_unique<DistinctRows>();
+  ordered_ = std::make_unique<OrderedIds>();
+  tables_.clear();
+  sqlite3* const handle = std::exchange(handle_, nullptr);
+  while (sqlite3_stmt* const statement = sqlite3_next_stmt(handle, nullptr)) sqlite3_finalize(statement);
+  sqlite3_close_v2(handle);
+}
+
+sqlite3* Connection::Handle() const {
+  if (handle_ == nullptr) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
+  return handle_;
+}
+
+void Connection::Throw(int result) const {
+  ThrowStorageError(result, path_, sqlite3_errmsg(handle_));
+}
+
+void Connection::Execute(const std::string& storageSql) {
+  const int result = sqlite3_exec(Handle(), storageSql.c_str(), nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK) Throw(result);
+}
+
+int Connection::OnBusy(void* connection, int attempt) {
+  static thread_local std::chrono::steady_clock::time_point since;
+  const auto now = std::chrono::steady_clock::now();
+  if (attempt == 0) since = now;
+  const EngineOptions& options = static_cast<Connection*>(connection)->state_->options;
+  const std::chrono::milliseconds patience(std::int64_t{options.lockRetry} * options.lockDelay);
+  if (now - since >= patience) return 0;
+  // Short steps at first: most locks are held for milliseconds.
+  sqlite3_sleep(std::clamp(1 << std::min(attempt, 6), 1, std::max(1, options.lockDelay)));
+  return 1;
+}
+
+std::int64_t Connection::FileLength() const {
+  sqlite3_file& file = OpenFile(Handle());
+  sqlite3_int64 length = 0;
+  if (file.pMethods == nullptr || file.pMethods->xFileSize(&file, &length) != SQLITE_OK) return 0;
+  return length;
+}
+
+std::string Connection::ReadBytes(std::int64_t offset, std::size_t count) const {
+  const std::int64_t there = std::max<std::int64_t>(0, FileLength() - offset);
+  std::string bytes(std::min(count, static_cast<std::size_t>(there)), '\0');
+  if (bytes.empty()) return bytes;
+  sqlite3_file& file = OpenFile(handle_);
+  if (file.pMethods->xRead(&file, bytes.data(), static_cast<int>(bytes.size()), offset) != SQLITE_OK)
+    bytes.clear();
+  return bytes;
+}
+
+Connection::Stamp Connection::CurrentStamp() {
+  sqlite3_file& file = OpenFile(Handle());
+  // A database in memory has no file that others could change.
+  if (file.pMethods != nullptr)
+    file.pMethods->xRead(&file, &fileChanges_, sizeof fileChanges_, kChangeCounterOffset);
+  fileChangesRead_ = std::chrono::steady_clock::now();
+  return {fileChanges_, OwnChanges(), epoch_};
+}
+
+Connection::Stamp Connection::RecentStamp() {
+  constexpr std::chrono::microseconds kRecent(50);
+  if (std::chrono::steady_clock::now() - fileChangesRead_ > kRecent) return CurrentStamp();
+  return {fileChanges_, OwnChanges(), epoch_};
+}
+
+std::int64_t Connection::OwnChanges() const {
+  return sqlite3_total_changes64(Handle());
+}
+
+std::int64_t Connection::OthersVersion() {
+  if (!othersVersion_.IsPrepared()) othersVersion_ = Statement(*this, "PRAGMA data_version");
+  ResetAtEnd reset(othersVersion_);
+  return othersVersion_.Step() ? othersVersion_.Number(0) : 0;
+}
+
+std::shared_ptr<const TableSchema> Connection::Table(std::string_view name) {
+  std::string key = LowerName(name);
+  const auto known = tables_.find(key);
+  if (known != tables_.end()) return known->second;
+  auto table = std::make_shared<const TableSchema>(ReadTableSchema(*this, name));
+  tables_.emplace(std::move(key), table);
+  return table;
+}
+
+void Connection::ForgetSchema() {
+  tables_.clear();
+  selects_ = std::make_unique<SelectCache>();
+}
+
+void Connection::SetCache(bool writing) {
+  const std::int32_t reading =
+      state_->options.bufferSize > 0 ? state_->options.bufferSize : kStorageDefaultBuffer;
+  const std::int32_t size = writing ? std::max(reading, kWritingBuffer) : reading;
+  Execute("PRAGMA cache_size=-" + std::to_string(size));
+}
+
+void Connection::ForgoSafety() {
+  isSafe_ = false;
+  Execute("PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF");
+}
+
+void Connection::SetSync(bool sync) {
+  if (!isSafe_) return;
+  Execute(sync ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+}
+
+void Connection::ApplyOptions() {
+  SetCache(inWork_);
+  if (!InTransaction()) SetSync(state_->options.implicitCommitSync);
+}
+
+void Connection::ReleaseMemory() {
+  if (IsOpen() && !InTransaction()) sqlite3_db_release_memory(handle_);
+}
+
+std::int64_t Connection::CacheReads() const {
+  int current = 0;
+  int highest = 0;
+  if (handle_ != nullptr) sqlite3_db_status(handle_, SQLITE_DBSTATUS_CACHE_HIT, &current, &highest, 0);
+  return current;
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,72 @@
+#include "start/Language.h"
+
+#include <algorithm>
+
+#include "platform/Files.h"
+
+namespace varnlog::start {
+
+namespace {
+
+std::string InProgramFolder(const core::Globals& globals, std::string_view name) {
+  return platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / platform::ToPath(name));
+}
+
+}  // namespace
+
+Language::Language(core::Globals& globals) : globals_(globals) {}
+
+Language::~Language() {
+  CloseLanguage();
+}
+
+bool Language::InitLanguage() {
+  globals_.LangEngineGl = std::make_unique<db::CJetEngine>();
+  db::CJetEngine& engine = *globals_.LangEngineGl;
+  engine.SetWorkgroupPath(InProgramFolder(globals_, "system.mdw"));
+  engine.OpenWorkspace("LangWs", "Admin", "");
+  bool opened = false;
+  if (!engine.WorkspaceName().empty()) {
+    const std::string file = InProgramFolder(globals_, "verbalo.mdb");
+    // The texts are only read, so a program folder without write permission is good enough.
+    opened =
+        engine.OpenDBInWorkspace(file, false, false) == 0 || engine.OpenDBInWorkspace(file, false, true) == 0;
+  }
+  if (!opened) {
+    initError_ = engine.LastError();
+    return false;
+  }
+  SetLanguage("D");
+  return true;
+}
+
+bool Language::SetLanguage(std::string_view code) {
+  const bool known = std::find(kLanguages.begin(), kLanguages.end(), code) != kLanguages.end();
+  globals_.LanguageGl = known ? code : kLanguages.front();
+  return known;
+}
+
+bool Language::CloseLanguage() {
+  if (!globals_.LangEngineGl) return false;
+  const bool wasOpen = globals_.LangEngineGl->Database() != nullptr;
+  if (wasOpen) globals_.LangEngineGl->CloseDBInWorkspace();
+  if (!globals_.LangEngineGl->WorkspaceName().empty()) globals_.LangEngineGl->CloseWorkspace();
+  globals_.LangEngineGl.reset();
+  return wasOpen;
+}
+
+std::string Language::GetText(core::TextKey key) const {
+  if (!globals_.LangEngineGl || !globals_.LangEngineGl->Database()) return {};
+  std::string sql = "SELECT TRes.TResSText FROM TRes WHERE (TRes.TResSLangKey='";
+  sql.append(globals_.LanguageGl).append("') AND (TRes.TResSTextKey='").append(key.name()).append("')");
+  try {
+    const auto rows = globals_.LangEngineGl->Database()->OpenRecordset(sql, dao::RecordsetType::kSnapshot);
+    if (rows->IsEOF()) return {};
+    const std::string text = core::ReplacePlaceholder(rows->Fields(std::size_t{0}).Text(), "CR", "\r");
+    return core::ReplacePlaceholder(text, "TAB", "\t");
+  } catch (const dao::EngineError&) {
+    return {};
+  }
+}
+
+}  // namespace varnlog::start

@@ -1,0 +1,56 @@
+#include "start/OldDataFile.h"
+
+#include <system_error>
+
+#include "legacy/ChangePlaces.h"
+#include "legacy/LogExamination.h"
+#include "legacy/OldFile.h"
+#include "platform/Files.h"
+
+namespace varnlog::start {
+
+namespace {
+
+using namespace core::literals;
+using legacy::ConversionResult;
+using legacy::LogExamination;
+
+// What a damaged log still holds can only be taken over where a new file can be made. Everything else that is
+// wrong with a file the engine tells when it opens it.
+OpenAs PrepareProtected(const Services& services, const std::string& file) {
+  std::error_code error;
+  const auto content = legacy::ReadOldFile(platform::ToPath(file), error);
+  if (!content) return OpenAs::kOldLog;
+  const LogExamination found = legacy::Examine(legacy::AsBytes(*content));
+  if (found.verdict != LogExamination::Verdict::kDamaged) return OpenAs::kOldLog;
+  std::string text = services.texts.GetText("CV_ERR_PROTECTED"_key);
+  text = core::ReplacePlaceholder(text, "strFile", file);
+  text = core::ReplacePlaceholder(text, "lngReadable", std::to_string(found.exposures.read));
+  text = core::ReplacePlaceholder(text, "lngCount", std::to_string(found.exposures.declared));
+  core::MsgBox(services.user, services.texts, text, core::MessageIcon::kCritical);
+  return OpenAs::kNothing;
+}
+
+}  // namespace
+
+OpenAs PrepareDataFile(const core::Globals& globals, const Services& services, const std::string& file,
+                       const ShowConversion& show) {
+  const std::filesystem::path log = platform::ToPath(file);
+  if (!legacy::IsJetFile(log)) return OpenAs::kLog;
+  if (!legacy::CanBeReplaced(log)) return PrepareProtected(services, file);
+  const legacy::ConversionContext context{dao::DBEngine::Instance(), services.texts,
+                                          platform::ToPath(globals.ProgramFolderGl) / "varnlog.md0"};
+  using Outcome = ConversionResult::Outcome;
+  Outcome outcome = Outcome::kCancelled;
+  show([&](legacy::ConversionView& view) { outcome = ConvertInPlace(context, log, view).outcome; });
+  const bool isNew = outcome == Outcome::kDone || outcome == Outcome::kNotNeeded;
+  return isNew ? OpenAs::kLog : OpenAs::kNothing;
+}
+
+void TellOldLogIsProtected(const Services& services, const std::string& file) {
+  core::MsgBox(services.user, services.texts,
+               core::ReplacePlaceholder(services.texts.GetText("CV_READONLY"_key), "strFile", file),
+               core::MessageIcon::kInformation);
+}
+
+}  // namespace varnlog::start

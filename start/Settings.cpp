@@ -1,0 +1,107 @@
+#include <array>
+#include <charconv>
+
+#include "db/modCommon.h"
+#include "platform/Files.h"
+#include "platform/ShortDate.h"
+#include "start/StartUp.h"
+
+namespace varnlog::start {
+
+namespace {
+
+constexpr std::string_view kUser = "User";
+
+struct Switch {
+  std::string_view key;
+  bool core::Globals::*member;
+};
+
+constexpr std::array<Switch, 4> kSwitches = {{
+    {"OptBigIcons", &core::Globals::OptBigIcons},
+    {"OptTbrVisible", &core::Globals::OptTbrVisible},
+    {"OptSbrVisible", &core::Globals::OptSbrVisible},
+    {"UpdateOnActivation", &core::Globals::UpdateOnActivation},
+}};
+
+std::string InSuiteFolder(const core::Globals& globals, std::string_view name) {
+  return platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / ".." / platform::ToPath(name));
+}
+
+/// Not set when the key is missing or holds no date. The dates of older files have dots.
+platform::DateTime ReadDate(const core::SettingsStore& ini, const std::string& section, std::string_view key,
+                            const std::string& file) {
+  const std::string text = ini.ReadString(section, key, file);
+  const platform::DateTime compact = db::CompactTextToDate(text);
+  if (compact.IsSet()) return compact;
+  return platform::ShortDate().Parse(text).value_or(platform::DateTime());
+}
+
+/// The log that the settings name; "" when they name none or one that does not exist.
+std::string NamedDataFile(const core::Globals& globals, const core::SettingsStore& ini) {
+  std::string file = ini.ReadString(kUser, "DataFile", globals.IniFileGl);
+  if (file.empty()) return {};
+  const std::filesystem::path path = platform::ToPath(file);
+  if (path.is_relative()) file = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / path);
+  return db::FileExists(file) ? file : std::string();
+}
+
+std::string DateText(platform::DateTime date) {
+  return date.IsSet() ? db::DateToCompactText(date) : std::string();
+}
+
+}  // namespace
+
+void LoadSettings(core::Globals& globals, const core::SettingsStore& ini) {
+  const bool hasFile = db::FileExists(globals.IniFileGl);
+  for (const Switch& option : kSwitches) {
+    globals.*option.member = !hasFile || ini.ReadString(kUser, option.key, globals.IniFileGl) == "1";
+  }
+  globals.strDataFileGl = NamedDataFile(globals, ini);
+  if (!globals.strDataFileGl.empty()) {
+    LoadSelection(globals, ini, globals.strDataFileGl);
+  } else {
+    globals.strDataFileGl = globals.DataPathGl + "Varnlog.mdb";
+    globals.SortSelectionGl = core::SelectionKind::kAll;
+  }
+}
+
+void LoadSelection(core::Globals& globals, const core::SettingsStore& ini, const std::string& dataFile) {
+  const std::string& file = globals.IniFileGl;
+  const std::int16_t kind = ini.ReadInteger(dataFile, "SortSelectionGl", file);
+  const bool isKind = kind <= static_cast<std::int16_t>(core::SelectionKind::kPeriodXV);
+  globals.SortSelectionGl = isKind ? static_cast<core::SelectionKind>(kind) : core::SelectionKind::kAll;
+  globals.dBegGl = ReadDate(ini, dataFile, "DateBeg", file);
+  globals.dEndGl = ReadDate(ini, dataFile, "DateEnd", file);
+  globals.strPatFirstnameGl = ini.ReadString(dataFile, "FirstName", file);
+  globals.strPatNameGl = ini.ReadString(dataFile, "Name", file);
+  globals.dPatBirthdayGl = ReadDate(ini, dataFile, "Birth", file);
+}
+
+void SaveSelection(const core::Globals& globals, core::SettingsStore& ini, const std::string& dataFile) {
+  const std::string& file = globals.IniFileGl;
+  ini.WriteString(dataFile, "SortSelectionGl", std::to_string(static_cast<int>(globals.SortSelectionGl)),
+                  file);
+  ini.WriteString(dataFile, "DateBeg", DateText(globals.dBegGl), file);
+  ini.WriteString(dataFile, "DateEnd", DateText(globals.dEndGl), file);
+  ini.WriteString(dataFile, "FirstName", globals.strPatFirstnameGl, file);
+  ini.WriteString(dataFile, "Name", globals.strPatNameGl, file);
+  ini.WriteString(dataFile, "Birth", DateText(globals.dPatBirthdayGl), file);
+}
+
+void SaveSettings(const core::Globals& globals, core::SettingsStore& ini) {
+  for (const Switch& option : kSwitches) {
+    ini.WriteString(kUser, option.key, globals.*option.member ? "1" : "0", globals.IniFileGl);
+  }
+  ini.WriteString(kUser, "DataFile", globals.strDataFileGl, globals.IniFileGl);
+  if (!globals.strDataFileGl.empty()) SaveSelection(globals, ini, globals.strDataFileGl);
+}
+
+void ReadHostSettings(core::Globals& globals, const core::SettingsStore& ini) {
+  globals.SiteGl = ini.ReadString("INSTALL", "Site", InSuiteFolder(globals, "kalvero.ini"));
+  const std::string acquisition = InSuiteFolder(globals, "fotavex.ini");
+  globals.kVGl = ini.ReadInteger("XRaysIO", "kV", acquisition);
+  globals.mAGl = ini.ReadInteger("XRaysIO", "mA", acquisition);
+}
+
+}  // namespace varnlog::start

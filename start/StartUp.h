@@ -1,0 +1,76 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/Globals.h"
+#include "core/SettingsStore.h"
+#include "core/TextLookup.h"
+#include "core/UserDialog.h"
+#include "intake/CodeMappings.h"
+#include "platform/Clock.h"
+#include "platform/Process.h"
+
+namespace varnlog::start {
+
+/// The services start-up and the main window work with.
+struct Services {
+  core::SettingsStore& ini;
+  const core::TextLookup& texts;
+  core::UserDialog& user;
+  const platform::Clock& clock;
+};
+
+/// Starts the registration of the two report components and does not wait for it; nothing where the operating
+/// system has no registration program.
+void RegisterReportComponents(platform::Launcher& launcher,
+                              bool hasRegistration = platform::HasComponentRegistration());
+
+/// The imaging suite's data folder with its trailing separator, asked of the suite's library "KVFILEDB.DLL"
+/// one folder above the program; "" on any failure. `language` chooses the code page of the library's answer.
+[[nodiscard]] std::string HostDataPath(std::string_view programFolder, std::string_view language);
+
+/// Makes LogEngineGl and opens the workspace "MyWs".
+[[nodiscard]] bool OpenLogWorkspace(core::Globals& globals);
+
+/// The program's own INI file; nothing in it can stop the start-up.
+void LoadSettings(core::Globals& globals, const core::SettingsStore& ini);
+void SaveSettings(const core::Globals& globals, core::SettingsStore& ini);
+/// Each log remembers its own last selection, in the section named by its path.
+void LoadSelection(core::Globals& globals, const core::SettingsStore& ini, const std::string& dataFile);
+void SaveSelection(const core::Globals& globals, core::SettingsStore& ini, const std::string& dataFile);
+/// The practice's name and the default tube voltage and current, from the imaging suite's INI files.
+void ReadHostSettings(core::Globals& globals, const core::SettingsStore& ini);
+
+[[nodiscard]] std::string GetConfigValue(const core::Globals& globals, std::string_view key);
+/// Changes an existing key; a key without a row is never made (false).
+bool SetConfigValue(const core::Globals& globals, std::string_view key, std::string_view value);
+[[nodiscard]] bool ReadDBVersion(core::Globals& globals);
+
+/// Copies the empty log from the program folder when strDataFileGl does not exist; false (after
+/// MN_ERR_DBINSTALL) when that failed.
+bool InstallDataFile(const core::Globals& globals, const Services& services);
+
+/// Opens and checks a log as far as no window is needed: open, upgrade, version. On success strDataFileGl is
+/// `file`; on failure the reason has been shown and the log is closed.
+[[nodiscard]] bool OpenAndCheckDataFile(core::Globals& globals, const Services& services,
+                                        const std::string& file, bool readOnly = false);
+/// Version "1.0" to "1.1"; false when TConfig or TXray is missing. A log that cannot be changed stays "1.0".
+[[nodiscard]] bool UpgradeDataFile(core::Globals& globals, const std::string& file);
+
+/// Falls back to kAll when the remembered selection's values are incomplete.
+void CheckRememberedSelection(core::Globals& globals);
+
+/// Section "Config", key "SchemeUS" of the imaging suite's INI file, read on every call.
+class HostToothScheme final : public intake::ToothScheme {
+ public:
+  HostToothScheme(const core::Globals& globals, const core::SettingsStore& ini)
+      : globals_(globals), ini_(ini) {}
+  [[nodiscard]] bool SchemeUS() const override;
+
+ private:
+  const core::Globals& globals_;
+  const core::SettingsStore& ini_;
+};
+
+}  // namespace varnlog::start

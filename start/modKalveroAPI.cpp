@@ -1,0 +1,71 @@
+#include <array>
+#include <filesystem>
+
+#include "db/modCommon.h"
+#include "platform/CodePage.h"
+#include "platform/Files.h"
+#include "platform/SharedLibrary.h"
+#include "start/StartUp.h"
+
+namespace varnlog::start {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The library's own interface: results other than 0 are failures.
+using OpenFunction = int();
+using InfoFunction = int(char* buffer, int size, int, int, int);
+using CloseFunction = int();
+
+constexpr int kBufferSize = 261;
+constexpr int kBytesOffered = 259;
+
+/// Makes the suite's folder the current one, where the library looks for the files it needs.
+class CurrentFolder {
+ public:
+  explicit CurrentFolder(const fs::path& folder) : old_(fs::current_path()) { fs::current_path(folder); }
+  ~CurrentFolder() {
+    std::error_code ignored;
+    fs::current_path(old_, ignored);
+  }
+  CurrentFolder(const CurrentFolder&) = delete;
+  CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+ private:
+  fs::path old_;
+};
+
+/// The bytes that the library gives, or "".
+std::string AskLibrary(const fs::path& file) {
+  const platform::SharedLibrary library(file);
+  auto* open = library.Symbol<OpenFunction>("FDB_Open");
+  auto* info = library.Symbol<InfoFunction>("FDB_GetDataBaseInfo");
+  auto* close = library.Symbol<CloseFunction>("FDB_Close");
+  if (open == nullptr || info == nullptr || close == nullptr) return {};
+  std::array<char, kBufferSize> buffer{};
+  const bool answered = open() == 0 && info(buffer.data(), kBytesOffered, 0, 0, 0) == 0;
+  close();
+  buffer.back() = '\0';
+  return answered ? std::string(buffer.data()) : std::string();
+}
+
+}  // namespace
+
+std::string HostDataPath(std::string_view programFolder, std::string_view language) {
+  try {
+    const fs::path suite = fs::canonical(platform::ToPath(programFolder) / "..");
+    const fs::path file = suite / "KVFILEDB.DLL";
+    if (!fs::exists(file)) return {};
+    const CurrentFolder inSuite(suite);
+    const std::string bytes = AskLibrary(file);
+    if (bytes.empty()) return {};
+    std::string path = platform::DecodeTextFile(bytes, platform::CodePage::Ansi(language));
+    if (path.back() != '\\' && path.back() != '/') path += static_cast<char>(fs::path::preferred_separator);
+    return path;
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+}  // namespace varnlog::start
