@@ -65,12 +65,13 @@ std::optional<ThreeNumbers> SplitTime(std::string_view text) {
   return time;
 }
 
-/// The date of a text of digits at fixed places. Not set when one of them is no number.
-platform::DateTime DateAt(std::string_view text, std::size_t year, std::size_t month, std::size_t day) {
+/// The date of a text with numbers at fixed places. Not set when one of them is none.
+platform::DateTime DateAt(std::string_view text, std::size_t year, std::size_t month, std::size_t day,
+                          std::optional<int> (*toNumber)(std::string_view)) {
   if (text.size() < std::max({year + 4, month + 2, day + 2})) return {};
-  const auto yearValue = DigitsToNumber(text.substr(year, 4));
-  const auto monthValue = DigitsToNumber(text.substr(month, 2));
-  const auto dayValue = DigitsToNumber(text.substr(day, 2));
+  const auto yearValue = toNumber(text.substr(year, 4));
+  const auto monthValue = toNumber(text.substr(month, 2));
+  const auto dayValue = toNumber(text.substr(day, 2));
   if (!yearValue || !monthValue || !dayValue) return {};
   return platform::DateTime::FromSerial(*yearValue, *monthValue, *dayValue);
 }
@@ -125,7 +126,7 @@ std::string DateToCompactText(platform::DateTime date) {
 }
 
 platform::DateTime CompactTextToDate(std::string_view text) {
-  return DateAt(text, 0, 4, 6);
+  return DateAt(text, 0, 4, 6, DigitsToNumber);
 }
 
 bool IsDottedDate(std::string& text, const platform::Clock& clock) {
@@ -141,13 +142,14 @@ bool IsDottedDate(std::string& text, const platform::Clock& clock) {
   return true;
 }
 
+platform::DateTime ReadDottedDate(std::string& text, const platform::Clock& clock) {
+  return IsDottedDate(text, clock) ? DateAt(text, 6, 3, 0, TextToNumber) : platform::DateTime();
+}
+
 platform::DateTime DottedTextToDate(std::string_view text, const platform::Clock& clock) {
   std::string rewritten(text);
-  platform::DateTime date;
-  if (IsDottedDate(rewritten, clock)) date = DateAt(rewritten, 6, 3, 0);
-  // A text that passes with one-digit numbers has none at the fixed places. Better the default, by which an
-  // unknown date is recognised, than a date made of pieces.
-  return date.IsSet() ? date : DateAt(kDefaultDateText, 6, 3, 0);
+  const platform::DateTime date = ReadDottedDate(rewritten, clock);
+  return date.IsSet() ? date : DateAt(kDefaultDateText, 6, 3, 0, DigitsToNumber);
 }
 
 bool IsColonTime(std::string_view text) {

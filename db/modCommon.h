@@ -35,8 +35,11 @@ namespace varnlog::db {
 /// Day, month, year with '.' between them; the day is not checked against the month's length. A year below
 /// 100 is widened in `text` itself. The year must lie between 1880 and the current one.
 [[nodiscard]] bool IsDottedDate(std::string& text, const platform::Clock& clock);
-/// Fixed positions dd.mm.yyyy of the (rewritten) text; 1 January 1880 when the test fails or when there are
-/// no digits at these positions.
+/// The date at the fixed positions dd.mm.yyyy of a text that passes the test, which may rewrite it; blanks
+/// may stand around the numbers. Not set when the test fails, and when there are no numbers at these
+/// positions: better no date than one made of pieces of a text with one-digit numbers.
+[[nodiscard]] platform::DateTime ReadDottedDate(std::string& text, const platform::Clock& clock);
+/// The same; 1 January 1880 where it gives none.
 [[nodiscard]] platform::DateTime DottedTextToDate(std::string_view text, const platform::Clock& clock);
 /// Hours, minutes and seconds with ':' between them.
 [[nodiscard]] bool IsColonTime(std::string_view text);

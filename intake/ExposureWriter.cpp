@@ -139,13 +139,14 @@ platform::DateTime ExposureWriter::ReadDate(CToken& token, CToken::Property prop
   std::string& text = token.Mutable(property);
   if (known.date.IsSet() && text == known.text) return known.date;
   std::string written = text;
-  if (!db::IsDottedDate(text, clock_)) {
+  const platform::DateTime date = db::ReadDottedDate(text, clock_);
+  if (!date.IsSet()) {
     ReportDefault(token, message, db::kDefaultDateText);
     text = db::kDefaultDateText;
     return db::DottedTextToDate(text, clock_);
   }
-  known = {std::move(written), db::DottedTextToDate(text, clock_)};
-  return known.date;
+  known = {std::move(written), date};
+  return date;
 }
 
 platform::DateTime ExposureWriter::ReadTime(CToken& token) {
