@@ -26,9 +26,7 @@ bool Help::Open() {
   const std::string file = HelpFile(globals_.ProgramFolderGl, globals_.LanguageGl);
   collection_ = HelpCollection::Open(ui::ToQString(file));
   if (!collection_) {
-    const std::string text =
-        core::ReplacePlaceholder(services_.texts.GetText("MN_ERR_HELP"_key), "strFile", file);
-    core::MsgBox(services_.user, services_.texts, text, core::MessageIcon::kCritical);
+    services_.Messages().Critical("MN_ERR_HELP"_key, {{"strFile", file}});
     return false;
   }
   window_ = std::make_unique<frmHelp>(*collection_, services_.texts);

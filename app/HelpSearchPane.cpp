@@ -68,8 +68,7 @@ void HelpSearchPane::ShowResults(int count) {
     auto* item = new QListWidgetItem(result.title(), results_);
     item->setData(Qt::UserRole, result.url());
   }
-  found_->setText(ui::ToQString(
-      core::ReplacePlaceholder(texts_.GetText("HP_FOUND"_key), "lngCount", std::to_string(count))));
+  found_->setText(ui::Caption(texts_, "HP_FOUND"_key, {{"lngCount", std::to_string(count)}}));
 }
 
 void HelpSearchPane::OpenPage(const QListWidgetItem* item) {

@@ -1,24 +1,18 @@
 #include "app/MainProgram.h"
 
+#include "core/EngineMessages.h"
 #include "db/modCommon.h"
 #include "intake/UpdateRun.h"
 #include "logview/PendingEdits.h"
 
 namespace varnlog::app {
 
-using core::MessageAnswer;
-using core::MessageButtons;
-using core::MessageIcon;
 using core::literals::operator""_key;
-
-void MainProgram::ShowText(core::TextKey key, MessageIcon icon) {
-  core::MsgBox(services_.user, services_.texts, services_.texts.GetText(key), icon);
-}
 
 bool MainProgram::LoadBeforeShow() {
   globals_.DataPathGl = start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
   if (globals_.DataPathGl.empty()) {
-    ShowText("MN_ERR_DBNOTFOUND"_key, MessageIcon::kCritical);
+    services_.Messages().Critical("MN_ERR_DBNOTFOUND"_key);
     return false;
   }
   globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";
@@ -26,7 +20,7 @@ bool MainProgram::LoadBeforeShow() {
   start::LoadSettings(globals_, services_.ini);
   start::InstallDataFile(globals_, services_);
   if (start::OpenLogWorkspace(globals_)) return true;
-  ShowText("MN_ERR_DBACCESS"_key, MessageIcon::kCritical);
+  services_.Messages().Critical("MN_ERR_DBACCESS"_key);
   return false;
 }
 
@@ -35,10 +29,7 @@ void MainProgram::LoadAfterShow() {
     if (!OpenDataFile(globals_.strDataFileGl)) FileOpen();
     return;
   }
-  core::MsgBox(services_.user, services_.texts,
-               core::ReplacePlaceholder(services_.texts.GetText("MN_ERR_FILENOTFOUND"_key), "strDataFileGl",
-                                        globals_.strDataFileGl),
-               MessageIcon::kCritical);
+  services_.Messages().Critical("MN_ERR_FILENOTFOUND"_key, {{"strDataFileGl", globals_.strDataFileGl}});
   FileOpen();
 }
 
@@ -102,7 +93,7 @@ void MainProgram::Update() {
     RunUpdate();
     view_.ViewResults();
   } else {
-    ShowText("MN_NOXR"_key, MessageIcon::kInformation);
+    services_.Messages().Inform("MN_NOXR"_key);
   }
   view_.FocusLogView();
 }
@@ -113,10 +104,7 @@ void MainProgram::Select(core::SelectionKind kind) {
 
 void MainProgram::OfferUpdate() {
   if (globals_.ReadOnlyGl || !intake::ExchangeDataPending(globals_)) return;
-  const MessageAnswer answer = core::MsgBox(
-      services_.user, services_.texts, services_.texts.GetText("RC_XRNOTUPDATED"_key), MessageIcon::kQuestion,
-      MessageButtons::kYesNo, services_.texts.GetText("RU_XRUPDATE"_key));
-  globals_.UpdateDeclinedGl = answer != MessageAnswer::kYes;
+  globals_.UpdateDeclinedGl = !services_.Messages().Confirm("RC_XRNOTUPDATED"_key, {}, "RU_XRUPDATE"_key);
   if (globals_.UpdateDeclinedGl) return;
   RunUpdate();
 }
@@ -128,8 +116,7 @@ void MainProgram::UpdateAfterActivation() {
 }
 
 bool MainProgram::ConfirmQuit() {
-  return core::MsgBox(services_.user, services_.texts, services_.texts.GetText("RC_QUIT"_key),
-                      MessageIcon::kQuestion, MessageButtons::kYesNo) == MessageAnswer::kNo;
+  return !services_.Messages().Confirm("RC_QUIT"_key);
 }
 
 void MainProgram::WriteBackEdits() {
@@ -137,9 +124,7 @@ void MainProgram::WriteBackEdits() {
   if (!log || edits_.Count() == 0) return;
   const logview::FlushResult result = logview::FlushPendingEdits(*log, edits_, services_.user);
   if (!result.error) return;
-  core::MsgBox(services_.user, services_.texts,
-               std::to_string(static_cast<int>(result.error->number())) + ": " + result.error->what(),
-               MessageIcon::kCritical);
+  services_.Messages().ShowText(core::EngineErrorText(*result.error));
 }
 
 bool MainProgram::CloseVarnlogDB() {
@@ -151,13 +136,9 @@ bool MainProgram::CloseVarnlogDB() {
 }
 
 bool MainProgram::CloseForMaintenance() {
-  if (edits_.Count() > 0) {
-    const std::string text = core::ReplacePlaceholder(services_.texts.GetText("PP_ASK_PENDING"_key),
-                                                      "lngCount", std::to_string(edits_.Count()));
-    if (core::MsgBox(services_.user, services_.texts, text, MessageIcon::kQuestion, MessageButtons::kYesNo) !=
-        MessageAnswer::kYes) {
-      return false;
-    }
+  const std::string pending = std::to_string(edits_.Count());
+  if (edits_.Count() > 0 && !services_.Messages().Confirm("PP_ASK_PENDING"_key, {{"lngCount", pending}})) {
+    return false;
   }
   view_.CloseResultWindows();
   return CloseVarnlogDB();

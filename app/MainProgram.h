@@ -79,7 +79,6 @@ class MainProgram {
   void ReplaceDataFile(const std::string& file);
   void RunUpdate();
   bool Open(const std::string& file);
-  void ShowText(core::TextKey key, core::MessageIcon icon);
   /// Locks what was corrected so far.
   void WriteBackEdits();
 

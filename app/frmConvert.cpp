@@ -78,10 +78,8 @@ void frmConvert::ShowProgress(std::int64_t exposuresDone) {
     return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
   };
   prgBar_->setValue(static_cast<int>(exposuresDone));
-  std::string text =
-      core::ReplacePlaceholder(texts_.GetText(TextOf(step_)), "lngDone", number(exposuresDone));
-  text = core::ReplacePlaceholder(text, "lngCount", number(exposures_));
-  label_->setText(ui::ToQString(text));
+  label_->setText(ui::Caption(texts_, TextOf(step_),
+                              {{"lngDone", number(exposuresDone)}, {"lngCount", number(exposures_)}}));
 }
 
 core::MessageAnswer frmConvert::Show(const core::Message& message) {

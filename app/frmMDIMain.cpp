@@ -215,16 +215,14 @@ void frmMDIMain::ShowStatus() {
   readOnlyPanel_->setVisible(state.dataFileOpen && state.readOnly);
   const std::size_t pending = program_.Edits().Count();
   pendingPanel_->setVisible(pending > 0);
-  pendingPanel_->setText(QView(
-      core::ReplacePlaceholder(texts.GetText("MN_STATUS_PENDING"_key), "lngCount", std::to_string(pending))));
+  pendingPanel_->setText(Caption(texts, "MN_STATUS_PENDING"_key, {{"lngCount", std::to_string(pending)}}));
   rowsPanel_->setVisible(state.logViewShown);
 }
 
 void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
   const core::TextLookup& texts = context_.services.texts;
   const QString count = QLocale().toString(static_cast<qlonglong>(rows));
-  QString text = QView(
-      core::ReplacePlaceholder(texts.GetText("MN_STATUS_ROWS"_key), "lngCount", ui::FromQString(count)));
+  QString text = Caption(texts, "MN_STATUS_ROWS"_key, {{"lngCount", ui::FromQString(count)}});
   if (!complete) text += QStringLiteral("...");
   rowsPanel_->setText(text);
   rowsPanel_->setVisible(true);
@@ -314,10 +312,9 @@ void frmMDIMain::ShowEntries(const std::vector<MruEntry>& entries) {
     auto* action = new QAction(QView(entry.caption), this);
     action->setData(QView(entry.tag));
     connect(action, &QAction::triggered, this, [this, path = entry.path] {
-      const std::string headline = context_.services.texts.GetText("MN_HEADLINE"_key);
-      statusBar()->showMessage(
-          QView(core::ReplacePlaceholder(headline, "strFileTitle", db::FileNamePart(path))),
-          kMillisecondsForMessage);
+      const core::TextLookup& texts = context_.services.texts;
+      statusBar()->showMessage(Caption(texts, "MN_HEADLINE"_key, {{"strFileTitle", db::FileNamePart(path)}}),
+                               kMillisecondsForMessage);
       program_.OpenRecentFile(path);
     });
     recentMenu_->insertAction(recentEnd_, action);

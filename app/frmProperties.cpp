@@ -21,10 +21,6 @@ constexpr int kProgressSteps = 1000;
 constexpr std::uint64_t kKilobyte = 1024;
 constexpr std::uint64_t kMegabyte = kKilobyte * 1024;
 
-QString Replaced(const core::TextLookup& texts, TextKey key, std::string_view name, const QString& value) {
-  return ui::ToQString(core::ReplacePlaceholder(texts.GetText(key), name, ui::FromQString(value)));
-}
-
 std::int64_t RowCount(dao::Database& log) {
   const auto rows = log.OpenRecordset("SELECT TXray.* From TXray;", dao::RecordsetType::kDynaset);
   if (rows->IsEOF()) return 0;
@@ -130,8 +126,9 @@ QWidget* frmProperties::ProgramTab() {
 QString frmProperties::SizeText(std::uint64_t bytes) const {
   const bool small = bytes < kMegabyte;
   const double amount = static_cast<double>(bytes) / static_cast<double>(small ? kKilobyte : kMegabyte);
-  return Replaced(services_.texts, small ? "PP_SIZE_KB"_key : "PP_SIZE_MB"_key, "strSize",
-                  QLocale().toString(amount, 'f', small ? 0 : 1));
+  const QString number = QLocale().toString(amount, 'f', small ? 0 : 1);
+  return Caption(services_.texts, small ? "PP_SIZE_KB"_key : "PP_SIZE_MB"_key,
+                 {{"strSize", ui::FromQString(number)}});
 }
 
 void frmProperties::ShowFacts() {
@@ -157,9 +154,7 @@ void frmProperties::SetReadOnly(bool readOnly) {
   if (start::SetConfigValue(globals_, "ReadOnly", readOnly ? "1" : "0")) {
     globals_.ReadOnlyGl = readOnly;
   } else {
-    const std::string text = core::ReplacePlaceholder(services_.texts.GetText("PP_ERR_READONLY"_key),
-                                                      "strError", globals_.LogEngineGl->LastError());
-    core::MsgBox(services_.user, services_.texts, text, core::MessageIcon::kCritical);
+    services_.Messages().Critical("PP_ERR_READONLY"_key, {{"strError", globals_.LogEngineGl->LastError()}});
   }
   ShowFacts();
 }
@@ -201,21 +196,16 @@ void frmProperties::Work(Job job) {
 }
 
 void frmProperties::Report(Job job, const std::string& error, std::uint64_t before) {
-  const core::TextLookup& texts = services_.texts;
-  std::string text;
+  const core::Messages messages = services_.Messages();
   if (!error.empty()) {
-    const TextKey key = job == Job::kCompact ? "PP_ERR_COMPACT"_key : "PP_ERR_REPAIR"_key;
-    text = core::ReplacePlaceholder(texts.GetText(key), "strError", error);
+    messages.Critical(job == Job::kCompact ? "PP_ERR_COMPACT"_key : "PP_ERR_REPAIR"_key,
+                      {{"strError", error}});
   } else if (job == Job::kCompact) {
-    text = core::ReplacePlaceholder(texts.GetText("PP_COMPACT_DONE"_key), "strBefore",
-                                    ui::FromQString(SizeText(before)));
-    text = core::ReplacePlaceholder(text, "strAfter", ui::FromQString(size_->text()));
+    messages.Inform("PP_COMPACT_DONE"_key, {{"strBefore", ui::FromQString(SizeText(before))},
+                                            {"strAfter", ui::FromQString(size_->text())}});
   } else {
-    text = core::ReplacePlaceholder(texts.GetText("PP_REPAIR_DONE"_key), "lngCount",
-                                    ui::FromQString(rows_->text()));
+    messages.Inform("PP_REPAIR_DONE"_key, {{"lngCount", ui::FromQString(rows_->text())}});
   }
-  core::MsgBox(services_.user, texts, text,
-               error.empty() ? core::MessageIcon::kInformation : core::MessageIcon::kCritical);
 }
 
 }  // namespace varnlog::app

@@ -21,8 +21,8 @@ void RunCheckCommand(Session& session, const Options& /*options*/, Output& outpu
   if (error != 0) session.FailToOpen(error);
   const auto findings = session.Log().Check();
   for (const std::string& finding : findings) output.Write(OneLine(finding) + "\n");
-  if (!findings.empty()) session.Fail("VC_ERR_DAMAGED"_key, "strError", session.LogFile());
-  if (!IsLog(session.Log())) session.Fail("MN_ERR_DBNOTVALID"_key, "strFile", session.LogFile());
+  if (!findings.empty()) session.Fail("VC_ERR_DAMAGED"_key, {{"strError", session.LogFile()}});
+  if (!IsLog(session.Log())) session.Fail("MN_ERR_DBNOTVALID"_key, {{"strFile", session.LogFile()}});
   output.Write("ok\n");
 }
 

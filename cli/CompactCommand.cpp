@@ -22,7 +22,7 @@ void RunCompactCommand(Session& session, const Options& /*options*/, Output& out
   const std::string lastError = session.Engine().LastError();
   session.Engine().CompactDatabase(session.LogFile());
   if (session.Engine().LastError() != lastError) {
-    session.Fail("PP_ERR_COMPACT"_key, "strError", session.Engine().LastError());
+    session.Fail("PP_ERR_COMPACT"_key, {{"strError", session.Engine().LastError()}});
   }
   output.Write("before " + before + ", after " + SizeOf(session.LogFile()) + "\n");
 }

@@ -36,11 +36,11 @@ class TerminalConversion final : public legacy::ConversionView {
 
 std::string Summary(const Session& session, const ConversionResult& result) {
   const auto date = [](platform::DateTime when) { return when.IsSet() ? when.ToIso() : std::string("-"); };
-  std::string rows = session.Text("CV_SUMMARY"_key, "lngCount", std::to_string(result.rows));
-  rows = core::ReplacePlaceholder(rows, "dFirst", date(result.found.first));
-  rows = core::ReplacePlaceholder(rows, "dLast", date(result.found.last));
+  const std::string rows = session.Text("CV_SUMMARY"_key, {{"lngCount", std::to_string(result.rows)},
+                                                           {"dFirst", date(result.found.first)},
+                                                           {"dLast", date(result.found.last)}});
   const std::string compared =
-      session.Text("CV_COMPARED"_key, "lngValues", std::to_string(result.comparedValues));
+      session.Text("CV_COMPARED"_key, {{"lngValues", std::to_string(result.comparedValues)}});
   return rows + "\n" + compared + "\n";
 }
 
@@ -56,7 +56,7 @@ void AddConvertOptions(CLI::App& command, Options& options) {
 }
 
 void RunConvertCommand(Session& session, const Options& options, Output& output) {
-  if (!db::FileExists(options.oldLog)) session.Fail("VC_ERR_NODATAFILE"_key, "strFile", options.oldLog);
+  if (!db::FileExists(options.oldLog)) session.Fail("VC_ERR_NODATAFILE"_key, {{"strFile", options.oldLog}});
   const legacy::ConversionContext context{
       dao::DBEngine::Instance(), session.texts(),
       platform::ToPath(session.globals().ProgramFolderGl) / "varnlog.md0"};
@@ -68,7 +68,7 @@ void RunConvertCommand(Session& session, const Options& options, Output& output)
                                                     platform::ToPath(options.newLog), choices, view);
   session.user().Flush();
   using Outcome = ConversionResult::Outcome;
-  if (result.outcome == Outcome::kNotNeeded) session.Fail("CV_ERR_FORMAT"_key, "strFile", options.oldLog);
+  if (result.outcome == Outcome::kNotNeeded) session.Fail("CV_ERR_FORMAT"_key, {{"strFile", options.oldLog}});
   if (result.outcome != Outcome::kDone) throw JobError("");
   output.Write(Summary(session, result));
 }

@@ -10,7 +10,7 @@ void RunRepairCommand(Session& session, const Options& options, Output& output) 
   const std::string lastError = session.Engine().LastError();
   session.Engine().RepairDatabase(session.LogFile());
   if (session.Engine().LastError() != lastError) {
-    session.Fail("PP_ERR_REPAIR"_key, "strError", session.Engine().LastError());
+    session.Fail("PP_ERR_REPAIR"_key, {{"strError", session.Engine().LastError()}});
   }
   RunCheckCommand(session, options, output);
 }

@@ -13,7 +13,6 @@ namespace varnlog::cli {
 namespace {
 
 using namespace core::literals;
-using core::MessageIcon;
 
 }  // namespace
 
@@ -71,7 +70,7 @@ void Session::InstallLog() {
 }
 
 void Session::RequireLogFile() {
-  if (!db::FileExists(LogFile())) Fail("VC_ERR_NODATAFILE"_key, "strFile", LogFile());
+  if (!db::FileExists(LogFile())) Fail("VC_ERR_NODATAFILE"_key, {{"strFile", LogFile()}});
 }
 
 bool Session::LogIsWritable() const {
@@ -84,7 +83,7 @@ bool Session::LogIsOld() const {
 }
 
 void Session::RefuseOldLog() {
-  if (LogIsOld()) Fail("VC_ERR_CONVERT"_key, "strFile", LogFile());
+  if (LogIsOld()) Fail("VC_ERR_CONVERT"_key, {{"strFile", LogFile()}});
 }
 
 void Session::OpenLog(Access access) {
@@ -98,24 +97,23 @@ void Session::CloseLog() {
   if (Engine().Database()) Engine().CloseDBInWorkspace();
 }
 
-std::string Session::Text(core::TextKey key, std::string_view name, std::string_view value) const {
-  const std::string text = texts_.GetText(key);
-  return name.empty() ? text : core::ReplacePlaceholder(text, name, value);
+std::string Session::Text(core::TextKey key, const core::Placeholders& values) const {
+  return core::FilledText(texts_, key, values);
 }
 
-void Session::Fail(core::TextKey key, std::string_view name, std::string_view value) {
-  FailWith(Text(key, name, value));
+void Session::Fail(core::TextKey key, const core::Placeholders& values) {
+  FailWith(Text(key, values));
 }
 
 void Session::FailToOpen(std::int32_t error) {
   const bool isInUse = error == static_cast<std::int32_t>(dao::ErrorNumber::kFileInUse);
   const core::TextKey key = isInUse ? "MN_ERR_DBOPENEX"_key : "MN_ERR_DBOPEN"_key;
-  const std::string text = Text(key, "strFile", LogFile());
+  const std::string text = Text(key, {{"strFile", LogFile()}});
   FailWith(isInUse ? text : text + " (" + Engine().LastError() + ")");
 }
 
 void Session::FailWith(const std::string& message) {
-  core::MsgBox(user_, texts_, message, MessageIcon::kCritical);
+  services_.Messages().ShowText(message);
   throw JobError("");
 }
 

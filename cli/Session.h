@@ -58,10 +58,9 @@ class Session {
   [[nodiscard]] dao::Database& Log() { return *Engine().Database(); }
   [[nodiscard]] db::CJetEngine& Engine() { return *globals_.LogEngineGl; }
 
-  [[nodiscard]] std::string Text(core::TextKey key, std::string_view name = {},
-                                 std::string_view value = {}) const;
-  /// Shows the text of `key` with $name$ replaced by `value`, then throws JobError.
-  [[noreturn]] void Fail(core::TextKey key, std::string_view name = {}, std::string_view value = {});
+  [[nodiscard]] std::string Text(core::TextKey key, const core::Placeholders& values = {}) const;
+  /// Shows the text of `key`, filled, then throws JobError.
+  [[noreturn]] void Fail(core::TextKey key, const core::Placeholders& values = {});
 
   /// Shows `message`, then throws JobError.
   [[noreturn]] void FailWith(const std::string& message);

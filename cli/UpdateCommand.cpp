@@ -19,7 +19,7 @@ void RunUpdateCommand(Session& session, const Options& /*options*/, Output& outp
   if (globals.DataPathGl.empty()) session.Fail("MN_ERR_DBNOTFOUND"_key);
   session.InstallLog();
   session.OpenLog(Session::Access::kWrite);
-  if (globals.ReadOnlyGl) session.Fail("VC_ERR_READONLY"_key, "strFile", session.LogFile());
+  if (globals.ReadOnlyGl) session.Fail("VC_ERR_READONLY"_key, {{"strFile", session.LogFile()}});
 
   const auto result = intake::RunUpdate({globals, session.texts(), session.clock()}, session.user());
   session.user().Flush();

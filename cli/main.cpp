@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/Command.h"
+#include "core/EngineMessages.h"
 #include "platform/Terminal.h"
 
 namespace {
@@ -41,10 +42,9 @@ void RunJob(const Command& command, Session& session, const Options& options) {
     }
     RunCommand(command, session, options);
   } catch (const OutputError& error) {
-    session.Fail("VC_ERR_OUTPUT"_key, "strError", error.code().message());
+    session.Fail("VC_ERR_OUTPUT"_key, {{"strError", error.code().message()}});
   } catch (const varnlog::dao::EngineError& error) {
-    session.Fail("VC_ERR_READ"_key, "strError",
-                 std::to_string(static_cast<int>(error.number())) + ": " + error.what());
+    session.Fail("VC_ERR_READ"_key, {{"strError", varnlog::core::EngineErrorText(error)}});
   }
 }
 
@@ -53,7 +53,7 @@ void CheckUsage(const Command& command, const Session& session, const Options& o
   try {
     command.validate(options);
   } catch (const UsageError& error) {
-    WriteError(OneLine(session.Text(error.key, error.name, error.value)));
+    WriteError(OneLine(session.Text(error.key, {{error.name, error.value}})));
     WriteError(OneLine(session.Text("VC_TRYHELP"_key)));
     throw;
   }

@@ -20,6 +20,15 @@ std::string Marker(std::string_view name) {
   return std::string("$").append(name).append("$");
 }
 
+/// The value whose marker `text` begins with, or nullptr.
+const Placeholder* MarkedAt(std::string_view text, const Placeholders& values) {
+  for (const Placeholder& candidate : values) {
+    const std::string marker = Marker(candidate.name);
+    if (Find(text.substr(0, marker.size()), marker, 0) == 0) return &candidate;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 std::string RememberedTexts::GetText(TextKey key) const {
@@ -50,6 +59,24 @@ std::string ReplaceFirstPlaceholder(std::string_view text, std::string_view name
   const std::size_t place = Find(text, marker, 0);
   if (place != std::string_view::npos) result.replace(place, marker.size(), value);
   return result;
+}
+
+std::string FillPlaceholders(std::string_view text, const Placeholders& values) {
+  std::string result;
+  while (!text.empty()) {
+    const std::size_t plain = std::min(text.find('$'), text.size());
+    result.append(text.substr(0, plain));
+    text.remove_prefix(plain);
+    if (text.empty()) break;
+    const Placeholder* const filled = MarkedAt(text, values);
+    result.append(filled != nullptr ? std::string_view(filled->value) : text.substr(0, 1));
+    text.remove_prefix(filled != nullptr ? filled->name.size() + 2 : 1);
+  }
+  return result;
+}
+
+std::string FilledText(const TextLookup& texts, TextKey key, const Placeholders& values) {
+  return FillPlaceholders(texts.GetText(key), values);
 }
 
 }  // namespace varnlog::core

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace varnlog::core {
 
@@ -61,5 +62,19 @@ class RememberedTexts final : public TextLookup {
 /// The first occurrence only.
 [[nodiscard]] std::string ReplaceFirstPlaceholder(std::string_view text, std::string_view name,
                                                   std::string_view value);
+
+/// What stands for $name$ in a text; letter case of the name is ignored.
+struct Placeholder {
+  std::string_view name;
+  std::string value;
+};
+using Placeholders = std::vector<Placeholder>;
+
+/// `text` with every placeholder that is given replaced. A value is put in as it is and not searched again: a
+/// file or a patient may be called like a placeholder.
+[[nodiscard]] std::string FillPlaceholders(std::string_view text, const Placeholders& values);
+
+/// The text of a key, filled.
+[[nodiscard]] std::string FilledText(const TextLookup& texts, TextKey key, const Placeholders& values);
 
 }  // namespace varnlog::core

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "core/Messages.h"
 #include "ui/QtText.h"
 
 namespace varnlog::dialogs {
@@ -20,8 +21,7 @@ frmBegEnd::frmBegEnd(QWidget* parent, Period period, const core::TextLookup& tex
   setWindowTitle(Caption(texts, "BE_CAPTION"_key));
 
   auto* grid = new QGridLayout;
-  const QString hint = ui::ToQString(
-      core::ReplacePlaceholder(texts.GetText("BE_DATEHINT"_key), "strExample", period_.Example()));
+  const QString hint = Caption(texts, "BE_DATEHINT"_key, {{"strExample", period_.Example()}});
   constexpr TextKey kLabels[] = {"BE_FROM"_key, "BE_TO"_key};
   for (int i = 0; i < 2; ++i) {
     auto* label = new QLabel(Caption(texts, kLabels[i]));
@@ -79,9 +79,7 @@ void frmBegEnd::Ok() {
     accept();
     return;
   }
-  const std::string text =
-      core::ReplacePlaceholder(texts_.GetText(problem->message), "dData", problem->dData);
-  core::MsgBox(user_, texts_, text, core::MessageIcon::kInformation);
+  core::Messages(user_, texts_).Inform(problem->message, {{"dData", problem->dData}});
   QLineEdit* box = txtDate_.at(static_cast<std::size_t>(problem->focus));
   box->setFocus();
   box->selectAll();

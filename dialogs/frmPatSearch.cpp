@@ -6,6 +6,7 @@
 #include <QLocale>
 #include <QVBoxLayout>
 
+#include "core/EngineMessages.h"
 #include "ui/ListView.h"
 #include "ui/QtText.h"
 
@@ -20,6 +21,7 @@ frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const core::Te
       search_(search),
       texts_(texts),
       user_(user),
+      messages_(user, texts),
       txtSearch_(new QLineEdit),
       cmdSearch_(new QPushButton(Caption(texts, "PS_SEARCH"_key))),
       lvwPat_(new QTreeWidget),
@@ -96,10 +98,9 @@ void frmPatSearch::ReportError(const dao::EngineError& error) {
   const bool apostrophe = error.number() == dao::ErrorNumber::kSyntaxError &&
                           (txtSearch_->text() + selected_).contains(QLatin1Char('\''));
   if (apostrophe) {
-    core::MsgBox(user_, texts_, texts_.GetText("PS_ERR_APOSTROPHE"_key), core::MessageIcon::kInformation);
+    messages_.Inform("PS_ERR_APOSTROPHE"_key);
   } else {
-    core::MsgBox(user_, texts_, std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
-                 core::MessageIcon::kCritical);
+    messages_.ShowText(core::EngineErrorText(error));
   }
   txtSearch_->setFocus();
 }
@@ -127,18 +128,13 @@ void frmPatSearch::Show(const SearchResult& result, const QString& searchText) {
   }
   lvwPat_->addTopLevelItems(items);
   const std::string count = ui::FromQString(QLocale().toString(items.size()));
-  lblCount_->setText(
-      ui::ToQString(core::ReplacePlaceholder(texts_.GetText("PS_COUNT"_key), "lngCount", count)));
+  lblCount_->setText(Caption(texts_, "PS_COUNT"_key, {{"lngCount", count}}));
   if (!items.isEmpty()) {
     txtSearch_->setText(ui::ToQString(result.searchBox));
     lvwPat_->setCurrentItem(items.front());
     return;
   }
-  if (result.message) {
-    const std::string text =
-        core::ReplacePlaceholder(texts_.GetText(*result.message), "txtSearch", ui::FromQString(searchText));
-    core::MsgBox(user_, texts_, text, core::MessageIcon::kInformation);
-  }
+  if (result.message) messages_.Inform(*result.message, {{"txtSearch", ui::FromQString(searchText)}});
   txtSearch_->setFocus();
   txtSearch_->selectAll();
 }
@@ -156,13 +152,10 @@ void frmPatSearch::Ok() {
         Search();
         break;
       case Confirmation::kNotUnique:
-        core::MsgBox(user_, texts_, texts_.GetText("PS_ERR_NOTUNIQUE"_key), core::MessageIcon::kInformation);
+        messages_.Inform("PS_ERR_NOTUNIQUE"_key);
         break;
       case Confirmation::kNotFound:
-        core::MsgBox(user_, texts_,
-                     core::ReplacePlaceholder(texts_.GetText("PS_ERR_NOPATIENT"_key), "txtSearch",
-                                              ui::FromQString(selected_)),
-                     core::MessageIcon::kInformation);
+        messages_.Inform("PS_ERR_NOPATIENT"_key, {{"txtSearch", ui::FromQString(selected_)}});
         break;
     }
   } catch (const dao::EngineError& error) {

@@ -6,7 +6,7 @@
 #include <QPushButton>
 #include <QTreeWidget>
 
-#include "core/UserDialog.h"
+#include "core/Messages.h"
 #include "dialogs/PatientSearch.h"
 
 namespace varnlog::dialogs {
@@ -29,6 +29,7 @@ class frmPatSearch final : public QDialog {
   PatientSearch search_;
   const core::TextLookup& texts_;
   core::UserDialog& user_;
+  core::Messages messages_;
   QLineEdit* txtSearch_;
   QPushButton* cmdSearch_;
   QTreeWidget* lvwPat_;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/Messages.h"
 #include "db/modCommon.h"
 #include "platform/CodePage.h"
 
@@ -160,12 +161,12 @@ platform::DateTime ExposureWriter::ReadTime(CToken& token) {
 
 void ExposureWriter::ReportDefault(const CToken& token, core::TextKey message,
                                    std::string_view shownDefault) {
-  std::string text = texts_.GetText(message);
-  text = core::ReplacePlaceholder(text, "strLastName", token.LastName());
-  text = core::ReplacePlaceholder(text, "str1stName", token.FirstName());
-  text = core::ReplacePlaceholder(text, "dDefault", shownDefault);
-  core::MsgBox(user_, texts_, std::move(text), core::MessageIcon::kCritical, core::MessageButtons::kOk,
-               texts_.GetText("RU_XRUPDATE"_key));
+  core::Messages(user_, texts_)
+      .Show({.key = message,
+             .values = {{"strLastName", token.LastName()},
+                        {"str1stName", token.FirstName()},
+                        {"dDefault", std::string(shownDefault)}},
+             .title = "RU_XRUPDATE"_key});
 }
 
 void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Field& field,
@@ -179,12 +180,12 @@ void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Fi
 
 void ExposureWriter::ReportCutValues(const CToken& token) {
   for (const core::TextKey caption : cut_) {
-    std::string text = texts_.GetText("RU_ERR_FIELDLEN"_key);
-    text = core::ReplacePlaceholder(text, "strLastName", token.LastName());
-    text = core::ReplacePlaceholder(text, "str1stName", token.FirstName());
-    text = core::ReplacePlaceholder(text, "strField", texts_.GetText(caption));
-    core::MsgBox(user_, texts_, std::move(text), core::MessageIcon::kCritical, core::MessageButtons::kOk,
-                 texts_.GetText("RU_XRUPDATE"_key));
+    core::Messages(user_, texts_)
+        .Show({.key = "RU_ERR_FIELDLEN"_key,
+               .values = {{"strLastName", token.LastName()},
+                          {"str1stName", token.FirstName()},
+                          {"strField", texts_.GetText(caption)}},
+               .title = "RU_XRUPDATE"_key});
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/Messages.h"
 #include "intake/ExposureWriter.h"
 #include "intake/IntakeSources.h"
 #include "intake/RunMark.h"
@@ -75,13 +76,13 @@ class Run {
 };
 
 core::MessageAnswer Run::Say(std::string text, core::MessageIcon icon, core::MessageButtons buttons) {
-  return core::MsgBox(view_, texts_, std::move(text), icon, buttons, texts_.GetText("RU_XRUPDATE"_key));
+  return core::Messages(view_, texts_).ShowText(std::move(text), icon, buttons, "RU_XRUPDATE"_key);
 }
 
 /// Shown by Conclude(), when the transaction is over.
 void Run::Fail(core::TextKey key, std::string_view reason) {
   result_.outcome = Outcome::kFailed;
-  result_.error = core::ReplacePlaceholder(texts_.GetText(key), "strError", reason);
+  result_.error = core::FilledText(texts_, key, {{"strError", std::string(reason)}});
 }
 
 bool Run::OpenSources(const RunId& committed) {
@@ -197,7 +198,7 @@ void Run::Conclude() {
     Say(texts_.GetText("RU_ERR_FILEDEL"_key), core::MessageIcon::kCritical, core::MessageButtons::kOk);
   }
   if (result_.outcome == Outcome::kDone && result_.read > 0) {
-    core::MsgBox(view_, texts_, texts_.GetText("RU_SUCCESS"_key), core::MessageIcon::kInformation);
+    core::Messages(view_, texts_).Inform("RU_SUCCESS"_key);
   }
 }
 

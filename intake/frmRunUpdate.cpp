@@ -26,9 +26,7 @@ QString ProgressText(const core::TextLookup& texts, std::int64_t done, std::int6
   const auto number = [](std::int64_t value) {
     return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
   };
-  const std::string text =
-      core::ReplacePlaceholder(texts.GetText("RU_PROGRESS"_key), "lngDone", number(done));
-  return ui::ToQString(core::ReplacePlaceholder(text, "lngCount", number(count)));
+  return Caption(texts, "RU_PROGRESS"_key, {{"lngDone", number(done)}, {"lngCount", number(count)}});
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/Messages.h"
 #include "legacy/OldFile.h"
 #include "platform/Files.h"
 #include "platform/Sha256.h"
@@ -38,23 +39,19 @@ ConversionRun::ConversionRun(const ConversionContext& context, fs::path oldLog, 
 ConversionRun::~ConversionRun() = default;
 
 std::string ConversionRun::TextNaming(const fs::path& file, core::TextKey key) const {
-  return core::ReplaceFirstPlaceholder(context_.texts.GetText(key), "strFile", platform::FromPath(file));
+  return core::FilledText(context_.texts, key, {{"strFile", platform::FromPath(file)}});
 }
 
 std::string ConversionRun::Text(core::TextKey key, const std::string& error) const {
   const auto date = [](platform::DateTime when) { return when.IsSet() ? when.ToIso() : std::string(); };
-  std::string text = context_.texts.GetText(key);
-  for (const auto& [name, value] :
-       {std::pair<const char*, std::string>{"strFile", platform::FromPath(oldLog_)},
-        {"strOldFile", platform::FromPath(result_.keptFile)},
-        {"lngReadable", std::to_string(result_.found.exposures.read)},
-        {"lngCount", std::to_string(result_.found.exposures.declared)},
-        {"dFirst", date(result_.found.first)},
-        {"dLast", date(result_.found.last)},
-        {"strError", error}}) {
-    text = core::ReplaceFirstPlaceholder(text, name, value);
-  }
-  return text;
+  return core::FilledText(context_.texts, key,
+                          {{"strFile", platform::FromPath(oldLog_)},
+                           {"strOldFile", platform::FromPath(result_.keptFile)},
+                           {"lngReadable", std::to_string(result_.found.exposures.read)},
+                           {"lngCount", std::to_string(result_.found.exposures.declared)},
+                           {"dFirst", date(result_.found.first)},
+                           {"dLast", date(result_.found.last)},
+                           {"strError", error}});
 }
 
 bool ConversionRun::End(Outcome outcome) {
@@ -64,7 +61,7 @@ bool ConversionRun::End(Outcome outcome) {
 
 bool ConversionRun::Fail(const std::string& text) {
   result_.error = text;
-  core::MsgBox(view_, context_.texts, text, core::MessageIcon::kCritical);
+  core::Messages(view_, context_.texts).ShowText(text);
   return End(Outcome::kFailed);
 }
 
@@ -74,12 +71,13 @@ bool ConversionRun::Cancel() {
 }
 
 void ConversionRun::Tell(const std::string& text) {
-  core::MsgBox(view_, context_.texts, text, core::MessageIcon::kInformation);
+  core::Messages(view_, context_.texts).ShowText(text, core::MessageIcon::kInformation);
 }
 
 bool ConversionRun::Ask(const std::string& text) {
-  const auto answer = core::MsgBox(view_, context_.texts, text, core::MessageIcon::kQuestion,
-                                   core::MessageButtons::kYesNo, context_.texts.GetText("CV_CAPTION"_key));
+  const auto answer =
+      core::Messages(view_, context_.texts)
+          .ShowText(text, core::MessageIcon::kQuestion, core::MessageButtons::kYesNo, "CV_CAPTION"_key);
   return answer == core::MessageAnswer::kYes;
 }
 
@@ -87,8 +85,9 @@ bool ConversionRun::Ask(const std::string& text) {
 // be open holds the conversion up.
 bool ConversionRun::WaitForOthers() {
   for (auto lockFile = LockFileOf(oldLog_); lockFile; lockFile = LockFileOf(oldLog_)) {
-    const auto answer = core::MsgBox(view_, context_.texts, Text("CV_ERR_INUSE"_key),
-                                     core::MessageIcon::kCritical, core::MessageButtons::kRetryCancel);
+    const auto answer = core::Messages(view_, context_.texts)
+                            .ShowText(Text("CV_ERR_INUSE"_key), core::MessageIcon::kCritical,
+                                      core::MessageButtons::kRetryCancel);
     if (answer != core::MessageAnswer::kRetry) {
       result_.error = Text("CV_ERR_INUSE"_key);
       return End(Outcome::kFailed);

@@ -76,17 +76,16 @@ std::string Sql(const SelectionRule& rule, const Globals& globals) {
 
 std::string Headline(const SelectionRule& rule, const Globals& globals, const core::TextLookup& texts,
                      const ShortDate& shortDate) {
-  std::string text = texts.GetText(rule.headline);
+  core::Placeholders values;
   if (rule.where == Where::kPatient || rule.where == Where::kPatientPeriod) {
-    const std::string patient =
-        FormatPatient(globals.strPatNameGl, globals.strPatFirstnameGl, globals.dPatBirthdayGl, shortDate);
-    text = core::ReplacePlaceholder(text, "strPatName", patient);
+    values.push_back({"strPatName", FormatPatient(globals.strPatNameGl, globals.strPatFirstnameGl,
+                                                  globals.dPatBirthdayGl, shortDate)});
   }
   if (rule.where != Where::kNothing && rule.where != Where::kPatient) {
-    text = core::ReplacePlaceholder(text, "dBegGl", shortDate.Format(globals.dBegGl));
-    text = core::ReplacePlaceholder(text, "dEndGl", shortDate.Format(globals.dEndGl));
+    values.push_back({"dBegGl", shortDate.Format(globals.dBegGl)});
+    values.push_back({"dEndGl", shortDate.Format(globals.dEndGl)});
   }
-  return text;
+  return core::FilledText(texts, rule.headline, values);
 }
 
 }  // namespace

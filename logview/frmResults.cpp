@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QVBoxLayout>
 
+#include "core/EngineMessages.h"
 #include "db/modCommon.h"
 #include "logview/CRGBColorINI.h"
 #include "logview/Columns.h"
@@ -263,9 +264,8 @@ void frmResults::CloseData() {
 void frmResults::closeEvent(QCloseEvent* event) {
   // What stands in an open editor is an entry like any other.
   grid_->setFocus();
-  const std::string caption = core::ReplacePlaceholder(context_.texts.GetText("RS_HEADLINE"_key),
-                                                       "strDataFileGl", context_.globals.strDataFileGl);
-  host_.SetCaption(caption);
+  host_.SetCaption(core::FilledText(context_.texts, "RS_HEADLINE"_key,
+                                    {{"strDataFileGl", context_.globals.strDataFileGl}}));
   columnsIni_.SaveColumns();
   CloseData();
   host_.ResultsClosed();
@@ -278,16 +278,14 @@ void frmResults::changeEvent(QEvent* event) {
 }
 
 void frmResults::ShowError(const dao::EngineError& error) {
-  core::MsgBox(context_.user, context_.texts,
-               std::to_string(static_cast<int>(error.number())) + ": " + error.what(),
-               core::MessageIcon::kCritical);
+  context_.Messages().ShowText(core::EngineErrorText(error));
 }
 
 /// A row that another workstation deleted or works on has a text of its own.
 void frmResults::ShowEditError(const dao::EngineError& error) {
   const auto key = DataErrorKey(DataErrorOf(error.number()));
   if (!key) return ShowError(error);
-  core::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), core::MessageIcon::kCritical);
+  context_.Messages().Critical(*key);
   host_.RefreshCommands();
 }
 
@@ -366,8 +364,7 @@ bool frmResults::LocateRow(int row) {
 void frmResults::Refuse(const EditDecision& decision) {
   if (decision.beep) context_.user.Beep();
   if (!decision.message) return;
-  core::MsgBox(context_.user, context_.texts, context_.texts.GetText(*decision.message),
-               core::MessageIcon::kInformation);
+  context_.Messages().Inform(*decision.message);
   grid_->Refresh();
   host_.RefreshCommands();
 }
@@ -424,14 +421,13 @@ void frmResults::MarkSort() {
 void frmResults::Error(int dataError, int& response) {
   grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
-    core::MsgBox(context_.user, context_.texts, context_.texts.GetText(*key), core::MessageIcon::kCritical);
+    context_.Messages().Critical(*key);
     host_.RefreshCommands();
     response = 0;
     return;
   }
   // A failure without a text of its own is left to the grid as well, which beeps.
-  core::MsgBox(context_.user, context_.texts, ui::FromQString(grid_->ErrorText()),
-               core::MessageIcon::kCritical);
+  context_.Messages().ShowText(ui::FromQString(grid_->ErrorText()));
 }
 
 }  // namespace varnlog::logview

@@ -7,8 +7,8 @@
 #include <QWidget>
 
 #include "core/Globals.h"
+#include "core/Messages.h"
 #include "core/SettingsStore.h"
-#include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
 #include "intake/CodeMappings.h"
 #include "logview/CEdits.h"
@@ -28,6 +28,8 @@ struct ViewContext {
   const intake::ToothScheme& scheme;
   const platform::ShortDate& shortDate;
   CEdits& edits;
+
+  [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };
 
 /// What the log view tells the main window.

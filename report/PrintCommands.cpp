@@ -11,8 +11,6 @@
 
 namespace varnlog::report {
 
-using core::MessageIcon;
-using core::ReplacePlaceholder;
 using core::literals::operator""_key;
 
 namespace {
@@ -66,13 +64,12 @@ void PrintCommands::Guard(const std::function<void()>& work) {
 }
 
 void PrintCommands::ShowFailure(const std::string& text) {
-  core::MsgBox(context_.user, context_.texts, text, MessageIcon::kCritical);
+  context_.Messages().ShowText(text);
 }
 
 bool PrintCommands::RequirePrinter() {
   if (!printers_->Names().empty()) return true;
-  core::MsgBox(context_.user, context_.texts, context_.texts.GetText("MN_ERR_NOPRINTER"_key),
-               MessageIcon::kCritical);
+  context_.Messages().Critical("MN_ERR_NOPRINTER"_key);
   return false;
 }
 
@@ -127,10 +124,7 @@ bool PrintCommands::AskAndPrint(QWidget* parent, const ReportJob& job) {
   if (!report.Paginate(progress)) return true;
   const PageRange range = ChosenRange(choices_);
   if (!HasPages(range, report.PageCount())) {
-    const std::string text = context_.texts.GetText("DRS_ERR_RANGE"_key);
-    core::MsgBox(context_.user, context_.texts,
-                 ReplacePlaceholder(text, "lngPages", std::to_string(report.PageCount())),
-                 MessageIcon::kInformation);
+    context_.Messages().Inform("DRS_ERR_RANGE"_key, {{"lngPages", std::to_string(report.PageCount())}});
     return false;
   }
   // A printer that cannot count copies gets one job for each.
@@ -165,9 +159,9 @@ void PrintCommands::SaveReport(QWidget* parent, const ReportJob& job) {
   if (!file) return;
   Guard([&] {
     ProgressWindow progress(parent, context_.texts);
-    if (!SavePdf(job, page_, *file, progress)) return;
-    const std::string text = ReplacePlaceholder(context_.texts.GetText("DRS_SAVED"_key), "strFile", *file);
-    core::MsgBox(context_.user, context_.texts, text, MessageIcon::kInformation);
+    if (SavePdf(job, page_, *file, progress)) {
+      context_.Messages().Inform("DRS_SAVED"_key, {{"strFile", *file}});
+    }
   });
 }
 

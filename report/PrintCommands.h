@@ -7,8 +7,7 @@
 #include <QPageLayout>
 #include <QWidget>
 
-#include "core/TextLookup.h"
-#include "core/UserDialog.h"
+#include "core/Messages.h"
 #include "platform/Clock.h"
 #include "platform/ShortDate.h"
 #include "report/PaintedReport.h"
@@ -35,6 +34,8 @@ struct PrintContext {
   std::function<std::string()> site;
   /// May throw dao::EngineError.
   std::function<PrintSource()> open;
+
+  [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };
 
 /// The print commands of the main window. What was chosen in a dialog is kept as long as this lives. Errors

@@ -4,7 +4,6 @@
 
 namespace varnlog::report {
 
-using core::ReplacePlaceholder;
 using core::literals::operator""_key;
 
 namespace {
@@ -34,21 +33,19 @@ ProgressWindow::ProgressWindow(QWidget* parent, const core::TextLookup& texts)
 }
 
 bool ProgressWindow::Counting(std::int64_t rowsDone, std::int64_t rows) {
-  const std::string text =
-      ReplacePlaceholder(texts_.GetText("DRS_PROGRESS"_key), "lngDone", std::to_string(rowsDone));
-  return Show(ReplacePlaceholder(text, "lngCount", std::to_string(rows)),
+  return Show(ui::Caption(texts_, "DRS_PROGRESS"_key,
+                          {{"lngDone", std::to_string(rowsDone)}, {"lngCount", std::to_string(rows)}}),
               kCountingShare * Part(rowsDone, rows));
 }
 
 bool ProgressWindow::Painting(int page, int pages) {
-  const std::string text =
-      ReplacePlaceholder(texts_.GetText("DRS_PRINTING"_key), "lngPage", std::to_string(page));
-  return Show(ReplacePlaceholder(text, "lngPages", std::to_string(pages)),
+  return Show(ui::Caption(texts_, "DRS_PRINTING"_key,
+                          {{"lngPage", std::to_string(page)}, {"lngPages", std::to_string(pages)}}),
               kCountingShare + (1 - kCountingShare) * Part(page, pages));
 }
 
-bool ProgressWindow::Show(const std::string& text, double part) {
-  dialog_.setLabelText(ui::ToQString(text));
+bool ProgressWindow::Show(const QString& text, double part) {
+  dialog_.setLabelText(text);
   dialog_.setValue(static_cast<int>(part * (kSteps - 1)));
   return !dialog_.wasCanceled();
 }

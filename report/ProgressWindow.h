@@ -16,7 +16,7 @@ class ProgressWindow final : public ReportProgress {
   bool Painting(int page, int pages) override;
 
  private:
-  bool Show(const std::string& text, double part);
+  bool Show(const QString& text, double part);
 
   const core::TextLookup& texts_;
   QProgressDialog dialog_;

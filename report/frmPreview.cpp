@@ -118,8 +118,8 @@ void frmPreview::AddZoom() {
 
 /// "Page 3 of 12", in which the 3 can be changed.
 void frmPreview::AddPageNumber() {
-  const QString text = ui::ToQString(core::ReplacePlaceholder(commands_.Texts().GetText("DRS_PAGEOF"_key),
-                                                              "lngPages", std::to_string(PageCount())));
+  const QString text =
+      ui::Caption(commands_.Texts(), "DRS_PAGEOF"_key, {{"lngPages", std::to_string(PageCount())}});
   const QString marker = QStringLiteral("$lngPage$");
   const auto at = std::max<qsizetype>(text.indexOf(marker, 0, Qt::CaseInsensitive), 0);
   numPage_ = new QSpinBox;

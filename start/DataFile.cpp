@@ -3,7 +3,6 @@
 
 namespace varnlog::start {
 
-using core::MessageIcon;
 using namespace core::literals;
 
 namespace {
@@ -35,41 +34,34 @@ bool HasOpenLog(const core::Globals& globals) {
   return globals.LogEngineGl && globals.LogEngineGl->Database();
 }
 
-void ShowFileError(const Services& services, core::TextKey key, const std::string& file, MessageIcon icon) {
-  core::MsgBox(services.user, services.texts,
-               core::ReplacePlaceholder(services.texts.GetText(key), "strFile", file), icon);
-}
-
 /// Tells why the engine did not open the file.
 void ShowOpenError(const Services& services, const db::CJetEngine& engine, const std::string& file,
                    std::int32_t number) {
   switch (static_cast<dao::ErrorNumber>(number)) {
     case dao::ErrorNumber::kFileInUse:
-      ShowFileError(services, "MN_ERR_DBOPENEX"_key, file, MessageIcon::kInformation);
+      services.Messages().Inform("MN_ERR_DBOPENEX"_key, {{"strFile", file}});
       break;
     case dao::ErrorNumber::kNoPermission:
     case dao::ErrorNumber::kUnrecognisedFormat:
-      core::MsgBox(services.user, services.texts, engine.LastError(), MessageIcon::kCritical);
+      services.Messages().ShowText(engine.LastError());
       break;
     default:
-      ShowFileError(services, "MN_ERR_DBOPEN"_key, file, MessageIcon::kCritical);
+      services.Messages().Critical("MN_ERR_DBOPEN"_key, {{"strFile", file}});
   }
 }
 
 /// The checks of an opened file, the message of the first that fails shown.
 bool CheckOpened(core::Globals& globals, const Services& services, const std::string& file) {
   if (!UpgradeDataFile(globals, file)) {
-    ShowFileError(services, "MN_ERR_DBNOTVALID"_key, file, MessageIcon::kCritical);
+    services.Messages().Critical("MN_ERR_DBNOTVALID"_key, {{"strFile", file}});
     return false;
   }
   if (!ReadDBVersion(globals)) {
-    core::MsgBox(services.user, services.texts, services.texts.GetText("MN_ERR_CONFIG"_key),
-                 MessageIcon::kCritical);
+    services.Messages().Critical("MN_ERR_CONFIG"_key);
     return false;
   }
   if (globals.DBVersionGl != kVersion) {
-    core::MsgBox(services.user, services.texts, services.texts.GetText("MN_ERR_VERSION"_key),
-                 MessageIcon::kCritical);
+    services.Messages().Critical("MN_ERR_VERSION"_key);
     return false;
   }
   return true;

@@ -23,11 +23,10 @@ OpenAs PrepareProtected(const Services& services, const std::string& file) {
   if (!content) return OpenAs::kOldLog;
   const LogExamination found = legacy::Examine(legacy::AsBytes(*content));
   if (found.verdict != LogExamination::Verdict::kDamaged) return OpenAs::kOldLog;
-  std::string text = services.texts.GetText("CV_ERR_PROTECTED"_key);
-  text = core::ReplacePlaceholder(text, "strFile", file);
-  text = core::ReplacePlaceholder(text, "lngReadable", std::to_string(found.exposures.read));
-  text = core::ReplacePlaceholder(text, "lngCount", std::to_string(found.exposures.declared));
-  core::MsgBox(services.user, services.texts, text, core::MessageIcon::kCritical);
+  services.Messages().Critical("CV_ERR_PROTECTED"_key,
+                               {{"strFile", file},
+                                {"lngReadable", std::to_string(found.exposures.read)},
+                                {"lngCount", std::to_string(found.exposures.declared)}});
   return OpenAs::kNothing;
 }
 
@@ -48,9 +47,7 @@ OpenAs PrepareDataFile(const core::Globals& globals, const Services& services, c
 }
 
 void TellOldLogIsProtected(const Services& services, const std::string& file) {
-  core::MsgBox(services.user, services.texts,
-               core::ReplacePlaceholder(services.texts.GetText("CV_READONLY"_key), "strFile", file),
-               core::MessageIcon::kInformation);
+  services.Messages().Inform("CV_READONLY"_key, {{"strFile", file}});
 }
 
 }  // namespace varnlog::start

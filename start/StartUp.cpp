@@ -5,7 +5,6 @@
 
 namespace varnlog::start {
 
-using core::MessageIcon;
 using namespace core::literals;
 
 void RegisterReportComponents(platform::Launcher& launcher, bool hasRegistration) {
@@ -29,10 +28,7 @@ bool InstallDataFile(const core::Globals& globals, const Services& services) {
   const std::error_code error =
       platform::CopyWholeFile(emptyLog, platform::ToPath(globals.strDataFileGl), false);
   if (!error || db::FileExists(globals.strDataFileGl)) return true;
-  core::MsgBox(services.user, services.texts,
-               core::ReplacePlaceholder(services.texts.GetText("MN_ERR_DBINSTALL"_key), "strDataFileGl",
-                                        globals.strDataFileGl),
-               MessageIcon::kCritical);
+  services.Messages().Critical("MN_ERR_DBINSTALL"_key, {{"strDataFileGl", globals.strDataFileGl}});
   return false;
 }
 

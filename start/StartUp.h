@@ -4,9 +4,8 @@
 #include <string_view>
 
 #include "core/Globals.h"
+#include "core/Messages.h"
 #include "core/SettingsStore.h"
-#include "core/TextLookup.h"
-#include "core/UserDialog.h"
 #include "intake/CodeMappings.h"
 #include "platform/Clock.h"
 #include "platform/Process.h"
@@ -19,6 +18,8 @@ struct Services {
   const core::TextLookup& texts;
   core::UserDialog& user;
   const platform::Clock& clock;
+
+  [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };
 
 /// Starts the registration of the two report components and does not wait for it; nothing where the operating

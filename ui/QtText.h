@@ -26,6 +26,12 @@ namespace varnlog::ui {
   return ToQString(texts.GetText(key));
 }
 
+/// The same with the text's placeholders filled.
+[[nodiscard]] inline QString Caption(const core::TextLookup& texts, core::TextKey key,
+                                     const core::Placeholders& values) {
+  return ToQString(core::FilledText(texts, key, values));
+}
+
 /// A caption without its accelerator and dots, as a name for screen readers.
 [[nodiscard]] inline QString PlainCaption(const core::TextLookup& texts, core::TextKey key) {
   QString text = Caption(texts, key);

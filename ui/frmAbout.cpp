@@ -41,9 +41,7 @@ QHBoxLayout* ProgramPart(const core::TextLookup& texts, const std::string& versi
 
   auto* words = new QVBoxLayout;
   words->addWidget(title);
-  words->addWidget(
-      PlainLabel(ToQString(core::ReplacePlaceholder(texts.GetText("AB_VERSION"_key), "strVersion", version)),
-                 "lblVersion"));
+  words->addWidget(PlainLabel(Caption(texts, "AB_VERSION"_key, {{"strVersion", version}}), "lblVersion"));
   words->addWidget(PlainLabel(Caption(texts, "AB_TEXT"_key), "lblText"));
   auto* part = new QHBoxLayout;
   part->addWidget(icon, 0, Qt::AlignTop);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "core/TextLookup.h"
-#include "core/UserDialog.h"
+#include "core/Messages.h"
 
 namespace varnlog::core {
 namespace {
@@ -33,6 +32,23 @@ TEST(Placeholder, IsReplacedWhereverItStands) {
   }
 }
 
+TEST(Placeholder, ValuesAreNeverSearchedAgain) {
+  struct Row {
+    const char* text;
+    const char* filled;
+  };
+  const Row rows[] = {
+      {"$strFile$: $strError$", "$strError$.mdb: $strFile$"},
+      {"$STRERROR$$strfile$ kosten 5 $", "$strFile$$strError$.mdb kosten 5 $"},
+      {"$$strFile$ $strOther$ strFile$", "$$strError$.mdb $strOther$ strFile$"},
+      {"", ""},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(FillPlaceholders(row.text, {{"strFile", "$strError$.mdb"}, {"strError", "$strFile$"}}),
+              row.filled);
+  }
+}
+
 class KeyTexts final : public TextLookup {
  public:
   [[nodiscard]] std::string GetText(TextKey key) const override { return std::string(key.name()); }
@@ -48,16 +64,17 @@ class Listener final : public UserDialog {
   Message shown;
 };
 
-TEST(MsgBox, HasTheProgramsTitleUnlessOneIsGiven) {
+TEST(Messages, HaveTheProgramsTitleUnlessOneIsGiven) {
   Listener user;
-  EXPECT_EQ(MsgBox(user, KeyTexts(), "Frage?", MessageIcon::kQuestion, MessageButtons::kYesNo),
-            MessageAnswer::kNo);
-  EXPECT_EQ(user.shown.text, "Frage?");
+  const KeyTexts texts;
+  const Messages messages(user, texts);
+  EXPECT_FALSE(messages.Confirm("RC_QUIT"_key));
+  EXPECT_EQ(user.shown.text, "RC_QUIT");
   EXPECT_EQ(user.shown.title, "GL_TITLE");
   EXPECT_EQ(user.shown.icon, MessageIcon::kQuestion);
   EXPECT_EQ(user.shown.buttons, MessageButtons::kYesNo);
-  MsgBox(user, KeyTexts(), "Hinweis", MessageIcon::kInformation, MessageButtons::kOk, "Titel");
-  EXPECT_EQ(user.shown.title, "Titel");
+  messages.Show({.key = "RU_SUCCESS"_key, .icon = MessageIcon::kInformation, .title = "RU_XRUPDATE"_key});
+  EXPECT_EQ(user.shown.title, "RU_XRUPDATE");
 }
 
 }  // namespace
