@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "platform/CodePage.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::db {
 namespace {
@@ -169,7 +169,8 @@ bool ChangeToFolder(std::string_view folder) {
 }
 
 bool CopyFile(std::string_view source, std::string_view target) {
-  return !platform::CopyWholeFile(platform::ToPath(source), platform::ToPath(target), true);
+  const std::filesystem::path from = platform::ToPath(source);
+  return !platform::CopyWholeFile(from, platform::ToPath(target), platform::IfTaken::kReplace, from);
 }
 
 bool MakeFolderPath(std::string_view path) {
@@ -190,11 +191,7 @@ bool FileExists(std::string_view path) {
 }
 
 bool DeleteFile(std::string_view path) {
-  const std::filesystem::path file = platform::ToPath(path);
-  std::error_code error;
-  // Removing would take an empty folder as well.
-  if (std::filesystem::is_directory(std::filesystem::symlink_status(file, error))) return false;
-  return std::filesystem::remove(file, error);
+  return FileExists(path) && !platform::RemoveFile(platform::ToPath(path));
 }
 
 }  // namespace varnlog::db

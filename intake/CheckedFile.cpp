@@ -89,19 +89,10 @@ std::error_code CopyBytes(const FilePiece& from, platform::File& to, std::uint64
   return error || whole ? error : IoError();
 }
 
-CheckedFileWriter::CheckedFileWriter(std::filesystem::path path) : path_(std::move(path)), temporary_(path_) {
-  temporary_ += ".tmp";
-}
-
-CheckedFileWriter::~CheckedFileWriter() {
-  std::error_code ignored;
-  if (!published_) std::filesystem::remove(temporary_, ignored);
-}
-
 std::error_code CheckedFileWriter::Write(std::string_view head, std::span<const FilePiece> pieces) {
+  if (error_) return error_;
   std::error_code error;
-  platform::File file = platform::File::Open(temporary_, platform::File::Mode::kCreateOrEmpty, error);
-  if (error) return error;
+  platform::File& file = file_.file();
   std::uint64_t end = 0;
   Checksum sum;
   const auto put = [&](std::string_view bytes, std::uint64_t) {
@@ -120,12 +111,7 @@ std::error_code CheckedFileWriter::Write(std::string_view head, std::span<const 
 }
 
 std::error_code CheckedFileWriter::Publish() {
-  std::error_code error;
-  std::filesystem::rename(temporary_, path_, error);
-  if (error) return error;
-  published_ = true;
-  platform::FlushFolder(path_.parent_path());
-  return {};
+  return file_.TakePlace(platform::IfTaken::kReplace);
 }
 
 CheckedFile OpenChecked(const std::filesystem::path& path) {
@@ -165,14 +151,7 @@ std::uint64_t NumberAt(std::string_view bytes, std::size_t offset) {
 
 bool KeepAsDamaged(const std::filesystem::path& path) {
   std::error_code error;
-  std::filesystem::path kept = path;
-  kept += ".damaged";
-  for (int number = 2; std::filesystem::exists(kept, error); ++number) {
-    kept = path;
-    kept += ".damaged" + std::to_string(number);
-  }
-  std::filesystem::rename(path, kept, error);
-  return !error;
+  return platform::KeepAside(path, ".damaged", platform::Keep::kMove, error).has_value();
 }
 
 }  // namespace varnlog::intake

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::intake {
 
@@ -47,18 +47,16 @@ class Checksum {
 /// not published is deleted.
 class CheckedFileWriter {
  public:
-  explicit CheckedFileWriter(std::filesystem::path path);
-  ~CheckedFileWriter();
-  CheckedFileWriter(const CheckedFileWriter&) = delete;
-  CheckedFileWriter& operator=(const CheckedFileWriter&) = delete;
+  /// Owner and permissions: those of `model`.
+  CheckedFileWriter(const std::filesystem::path& path, const std::filesystem::path& model)
+      : file_(path, error_, model) {}
 
   [[nodiscard]] std::error_code Write(std::string_view head, std::span<const FilePiece> pieces);
   [[nodiscard]] std::error_code Publish();
 
  private:
-  std::filesystem::path path_;
-  std::filesystem::path temporary_;
-  bool published_ = false;
+  std::error_code error_;
+  platform::NewFile file_;
 };
 
 /// A file made by CheckedFileWriter, opened for reading.

@@ -45,7 +45,7 @@ RunId NewRunId() {
   return id;
 }
 
-IntakeCopy::IntakeCopy(const std::filesystem::path& logFile) : path_(CopyPath(logFile)) {}
+IntakeCopy::IntakeCopy(const std::filesystem::path& logFile) : logFile_(logFile), path_(CopyPath(logFile)) {}
 
 bool IntakeCopy::Exists() const {
   std::error_code error;
@@ -116,7 +116,7 @@ std::error_code IntakeCopy::Replace(const RunId& id, std::span<const CopySection
     AppendNumber(head, section.bytes.length);
     pieces.push_back(section.bytes);
   }
-  CheckedFileWriter writer(path_);
+  CheckedFileWriter writer(path_, logFile_);
   std::error_code error = writer.Write(head, pieces);
   if (error) return error;
   options.Reached(RunStep::kCopyWritten);
@@ -126,8 +126,7 @@ std::error_code IntakeCopy::Replace(const RunId& id, std::span<const CopySection
 }
 
 bool IntakeCopy::Delete() const {
-  std::error_code error;
-  return std::filesystem::remove(path_, error) && !error;
+  return !platform::RemoveFile(path_);
 }
 
 }  // namespace varnlog::intake

@@ -60,6 +60,7 @@ class IntakeCopy {
  private:
   [[nodiscard]] bool Parse();
 
+  std::filesystem::path logFile_;
   std::filesystem::path path_;
   State state_ = State::kNone;
   CheckedFile stored_;

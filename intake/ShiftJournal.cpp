@@ -17,7 +17,8 @@ std::filesystem::path JournalPath(std::filesystem::path exchange) {
 
 }  // namespace
 
-ShiftJournal::ShiftJournal(const std::filesystem::path& exchange) : path_(JournalPath(exchange)) {}
+ShiftJournal::ShiftJournal(const std::filesystem::path& exchange)
+    : exchange_(exchange), path_(JournalPath(exchange)) {}
 
 bool ShiftJournal::Exists() const {
   std::error_code error;
@@ -39,7 +40,7 @@ std::error_code ShiftJournal::Write(const platform::File& file, std::span<const 
   std::string head(kMagic);
   AppendNumber(head, oldSize);
   AppendNumber(head, *tailSum);
-  CheckedFileWriter writer(path_);
+  CheckedFileWriter writer(path_, exchange_);
   const std::error_code error = writer.Write(head, remainder);
   return error ? error : writer.Publish();
 }
@@ -123,9 +124,7 @@ std::error_code ShiftJournal::Finish(platform::File& file, const RunOptions& opt
 }
 
 void ShiftJournal::Discard() {
-  std::error_code ignored;
-  std::filesystem::remove(path_, ignored);
-  platform::FlushFolder(path_.parent_path());
+  static_cast<void>(platform::RemoveFile(path_));
 }
 
 }  // namespace varnlog::intake

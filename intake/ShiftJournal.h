@@ -48,6 +48,7 @@ class ShiftJournal {
   [[nodiscard]] static bool StillUncut(const platform::File& file, const Content& content,
                                        std::uint64_t size);
 
+  std::filesystem::path exchange_;
   std::filesystem::path path_;
 };
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::intake {
 namespace {
@@ -52,11 +52,7 @@ std::filesystem::path TakenPath(const std::filesystem::path& exchange, std::uint
 }
 
 bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
-  std::error_code error;
-  std::filesystem::rename(from, to, error);
-  if (error) return false;
-  platform::FlushFolder(to.parent_path());
-  return true;
+  return !platform::RenameFile(from, to, platform::IfTaken::kFail);
 }
 
 bool IsOldEnough(const TakenFile& taken, std::chrono::milliseconds grace) {
@@ -131,8 +127,7 @@ void SweepTakenFiles(const std::filesystem::path& exchange, std::chrono::millise
     // Out of reach is for ever, but the size is of before: look once more.
     const auto size = platform::FileSize(taken.path);
     if (!size || *size > taken.from) continue;
-    std::error_code ignored;
-    std::filesystem::remove(taken.path, ignored);
+    static_cast<void>(platform::RemoveFile(taken.path));
   }
 }
 

@@ -153,7 +153,7 @@ void Run::TidyUp(db::CJetEngine& engine) const {
   const IntakeCopy copy(platform::ToPath(globals_.strDataFileGl));
   if (!copy.Exists()) return;
   // The commit itself has to be on the disk before its copy goes.
-  platform::FlushFolder(copy.Path().parent_path());
+  if (platform::FlushFolder(copy.Path().parent_path())) return;
   try {
     const Transaction lock(engine);
     if (!lock.IsOpen() || copy.PeekId() != ReadRunMark(*engine.Database())) return;

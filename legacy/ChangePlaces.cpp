@@ -1,7 +1,7 @@
 #include "legacy/ChangePlaces.h"
 
 #include "legacy/OldFile.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 #include "platform/Sha256.h"
 
 namespace varnlog::legacy {
@@ -13,26 +13,6 @@ fs::path WithSuffix(fs::path path, const char* suffix) {
   return path += suffix;
 }
 
-// A second name costs nothing and is given in one step; where the file system has none, a copy does.
-std::error_code GiveSecondName(const fs::path& log, const fs::path& kept) {
-  std::error_code error;
-  fs::create_hard_link(log, kept, error);
-  if (!error) return {};
-  return platform::CopyWholeFile(log, kept, false);
-}
-
-// A copy that was interrupted itself never got the name that it was made for.
-void RemoveUnfinishedCopies(const fs::path& growing) {
-  const std::string start = platform::FromPath(growing.filename()) + ".new-";
-  std::error_code error;
-  fs::directory_iterator entries(growing.parent_path(), error);
-  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-    std::error_code ignored;
-    if (platform::FromPath(entries->path().filename()).starts_with(start))
-      fs::remove(entries->path(), ignored);
-  }
-}
-
 }  // namespace
 
 ConversionPaths ConversionPaths::For(const fs::path& log) {
@@ -41,11 +21,9 @@ ConversionPaths ConversionPaths::For(const fs::path& log) {
 }
 
 std::error_code RemoveGrowing(const fs::path& growing) {
-  std::error_code error;
-  RemoveUnfinishedCopies(growing);
-  fs::remove(WithSuffix(growing, "-journal"), error);
-  if (!error) fs::remove(growing, error);
-  return error;
+  // A copy that was interrupted itself never got the name that it was made for.
+  platform::SweepUnfinished(growing);
+  return platform::RemoveFile(growing, {"-journal"});
 }
 
 bool IsKeptNameUsable(const ConversionPaths& paths, const std::string& origin) {
@@ -64,14 +42,9 @@ bool CanBeReplaced(const fs::path& log) {
 
 std::error_code ChangePlaces(const ConversionPaths& paths) {
   std::error_code error;
-  const fs::path folder = paths.log.parent_path();
-  if (!fs::exists(paths.kept, error)) error = GiveSecondName(paths.log, paths.kept);
-  if (error) return error;
-  // The second name must be on the disk before the first one goes to another file.
-  platform::FlushFolder(folder);
-  fs::rename(paths.growing, paths.log, error);
-  if (!error) platform::FlushFolder(folder);
-  return error;
+  // The second name is on the disk before the first one goes to another file.
+  if (!fs::exists(paths.kept, error)) error = platform::GiveSecondName(paths.log, paths.kept);
+  return error ? error : platform::RenameFile(paths.growing, paths.log, platform::IfTaken::kReplace);
 }
 
 std::optional<fs::path> LockFileOf(const fs::path& log) {

@@ -5,7 +5,7 @@
 #include "legacy/ChangePlaces.h"
 #include "legacy/ConversionRun.h"
 #include "legacy/OldFile.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::legacy {
 
@@ -119,7 +119,8 @@ bool RunTo(ConversionRun& run, const ConversionContext& context, const fs::path&
   if (!run.Build(growing.Path())) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
   if (!SettleReplaced(run, context, newLog)) return false;
-  std::error_code error = platform::RenameFile(growing.Path(), newLog, choices.overwrite);
+  std::error_code error = platform::RenameFile(
+      growing.Path(), newLog, choices.overwrite ? platform::IfTaken::kReplace : platform::IfTaken::kFail);
   return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
 }
 

@@ -4,7 +4,7 @@
 
 #include "core/Messages.h"
 #include "legacy/OldFile.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 #include "platform/Sha256.h"
 
 namespace varnlog::legacy {
@@ -198,7 +198,8 @@ bool ConversionRun::Finish(const fs::path& growing) {
 
 bool ConversionRun::Build(const fs::path& growing) {
   std::error_code error = RemoveGrowing(growing);
-  if (!error) error = platform::CopyWholeFile(context_.templateFile, growing, false);
+  if (!error)
+    error = platform::CopyWholeFile(context_.templateFile, growing, platform::IfTaken::kFail, oldLog_);
   if (error) return Fail(Text("CV_ERR_WRITE"_key, error.message()));
   try {
     const auto source = OldLog::Open(AsBytes(content_));

@@ -36,34 +36,25 @@ namespace varnlog::platform {
                                                        std::error_code& error,
                                                        std::uint64_t limit = 64U << 20U);
 
-/// Writes `content` to a temporary file in the same folder, flushes it to the disk and renames it over
-/// `path`: a reader sees the old file or the new one, never a part. Keeps the old file's permissions.
-[[nodiscard]] std::error_code ReplaceFile(const std::filesystem::path& path, std::string_view content);
-
-/// Copies a file by way of a temporary file beside the target, flushed and renamed; never overwrites unless
-/// told to. The copy is writable by its owner even when the source is not.
-[[nodiscard]] std::error_code CopyWholeFile(const std::filesystem::path& source,
-                                            const std::filesystem::path& target, bool overwrite);
-
-/// Gives a file another name on the same file system, for good: the change survives a power cut. Never
-/// overwrites unless told to.
-[[nodiscard]] std::error_code RenameFile(const std::filesystem::path& source,
-                                         const std::filesystem::path& target, bool overwrite);
-
-/// Makes a rename or a deletion in `folder` survive a power cut. Does nothing where the system needs nothing.
-void FlushFolder(const std::filesystem::path& folder);
-
 /// Another name for the same file (hard-link identity): device and file number.
 [[nodiscard]] bool SameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+
+/// Tells one file from another, whatever its names: equal only for the same file, as long as it exists.
+struct FileIdentity {
+  std::uint64_t volume = 0;
+  std::uint64_t number = 0;
+  bool operator==(const FileIdentity&) const = default;
+};
+/// Of the file that stands under a name; nothing when there is none or it cannot be asked.
+[[nodiscard]] std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path);
 
 /// An open file, closed by its destructor. All offsets are absolute; nothing here moves a shared position.
 class File {
  public:
   enum class Mode {
-    kRead,           // must exist
-    kReadWrite,      // must exist
-    kCreateNew,      // must not exist
-    kCreateOrEmpty,  // made, or cut to nothing
+    kRead,       // must exist
+    kReadWrite,  // must exist
+    kCreateNew,  // must not exist, not even as a link; for this user alone until GiveAccessOf()
   };
 
   File() = default;
@@ -71,13 +62,19 @@ class File {
   File(File&& other) noexcept;
   File& operator=(File&& other) noexcept;
 
-  /// Others may read, write, append to, rename and delete the file while it is open.
-  [[nodiscard]] static File Open(const std::filesystem::path& path, Mode mode, std::error_code& error);
+  enum class Links { kFollow, kRefuse };
+
+  /// Others may read, write, append to, rename and delete the file while it is open. A link that is refused
+  /// fails with std::errc::too_many_symbolic_link_levels.
+  [[nodiscard]] static File Open(const std::filesystem::path& path, Mode mode, std::error_code& error,
+                                 Links links = Links::kFollow);
 
   [[nodiscard]] bool IsOpen() const { return handle_ != kNone; }
   void Close();
 
   [[nodiscard]] std::uint64_t Size(std::error_code& error) const;
+  /// Nothing when it cannot be asked.
+  [[nodiscard]] std::optional<FileIdentity> Identity() const;
   /// Fills `buffer` from `offset` on; fewer bytes only at the end of the file.
   [[nodiscard]] std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer,
                                    std::error_code& error) const;
@@ -86,6 +83,11 @@ class File {
   void Truncate(std::uint64_t size, std::error_code& error);
   /// Returns when the content is on the disk.
   void Flush(std::error_code& error);
+
+  /// Gives the file owner, group and permissions of another one, as far as the system lets this user, and
+  /// never to more people; its owner may always read and write. Of a folder: who may make files there may use
+  /// this one, nobody else. Without such a model nothing changes.
+  void GiveAccessOf(const std::filesystem::path& model);
 
   /// Locks a byte range exclusively for this open file without waiting; false when another program, or
   /// another File of this one, holds a part of it. The lock goes with UnlockRange() or with the file.

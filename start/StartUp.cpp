@@ -1,7 +1,7 @@
 #include "start/StartUp.h"
 
 #include "db/modCommon.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::start {
 
@@ -25,8 +25,8 @@ bool InstallDataFile(const core::Globals& globals, const Services& services) {
   if (db::FileExists(globals.strDataFileGl)) return true;
   const std::filesystem::path emptyLog = platform::ToPath(globals.ProgramFolderGl) / "varnlog.md0";
   // Never over a log that another workstation has put there meanwhile.
-  const std::error_code error =
-      platform::CopyWholeFile(emptyLog, platform::ToPath(globals.strDataFileGl), false);
+  const std::error_code error = platform::CopyWholeFile(emptyLog, platform::ToPath(globals.strDataFileGl),
+                                                        platform::IfTaken::kFail, {});
   if (!error || db::FileExists(globals.strDataFileGl)) return true;
   services.Messages().Critical("MN_ERR_DBINSTALL"_key, {{"strDataFileGl", globals.strDataFileGl}});
   return false;

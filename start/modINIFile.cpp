@@ -4,7 +4,7 @@
 #include <exception>
 
 #include "platform/CodePage.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 #include "start/IniText.h"
 
 namespace varnlog::start {

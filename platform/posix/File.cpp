@@ -33,9 +33,7 @@ int OpenFlags(File::Mode mode) {
     case File::Mode::kReadWrite:
       return O_RDWR;
     case File::Mode::kCreateNew:
-      return O_RDWR | O_CREAT | O_EXCL;
-    case File::Mode::kCreateOrEmpty:
-      return O_RDWR | O_CREAT | O_TRUNC;
+      return O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW;
   }
   return O_RDONLY;
 }
@@ -45,6 +43,18 @@ std::error_code ErrorOfKind(mode_t mode) {
   if (S_ISDIR(mode)) return std::make_error_code(std::errc::is_a_directory);
   if (S_ISFIFO(mode) || S_ISSOCK(mode)) return std::make_error_code(std::errc::not_supported);
   return {};
+}
+
+/// Who may read and write files like the model, or make files in it when it is a folder.
+mode_t PermissionsLike(const struct stat& model) {
+  constexpr mode_t kOwner = S_IRUSR | S_IWUSR;
+  constexpr mode_t kGroup = S_IRGRP | S_IWGRP;
+  if (!S_ISDIR(model.st_mode)) return (model.st_mode & ACCESSPERMS) | kOwner;
+  return (model.st_mode & S_IWGRP) != 0 ? kOwner | kGroup : kOwner;
+}
+
+FileIdentity IdentityIn(const struct stat& info) {
+  return {static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino)};
 }
 
 struct flock Range(short type, std::uint64_t offset, std::uint64_t length) {
@@ -85,13 +95,15 @@ void File::Close() {
   handle_ = kNone;
 }
 
-File File::Open(const std::filesystem::path& path, Mode mode, std::error_code& error) {
+File File::Open(const std::filesystem::path& path, Mode mode, std::error_code& error, Links links) {
   error.clear();
   struct stat info {};
   if (stat(path.c_str(), &info) == 0) error = ErrorOfKind(info.st_mode);
   File file;
   if (error) return file;
-  const int descriptor = Retry([&] { return open(path.c_str(), OpenFlags(mode) | O_CLOEXEC, 0666); });
+  constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+  const int flags = OpenFlags(mode) | O_CLOEXEC | (links == Links::kRefuse ? O_NOFOLLOW : 0);
+  const int descriptor = Retry([&] { return open(path.c_str(), flags, kPrivate); });
   if (descriptor < 0) {
     error = LastError();
   } else {
@@ -105,6 +117,18 @@ std::uint64_t File::Size(std::error_code& error) const {
   error.clear();
   if (fstat(Descriptor(handle_), &info) != 0) error = LastError();
   return error ? 0 : static_cast<std::uint64_t>(info.st_size);
+}
+
+std::optional<FileIdentity> File::Identity() const {
+  struct stat info {};
+  if (fstat(Descriptor(handle_), &info) != 0) return std::nullopt;
+  return IdentityIn(info);
+}
+
+std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) return std::nullopt;
+  return IdentityIn(info);
 }
 
 std::size_t File::ReadAt(std::uint64_t offset, std::span<char> buffer, std::error_code& error) const {
@@ -146,6 +170,20 @@ void File::Truncate(std::uint64_t size, std::error_code& error) {
 void File::Flush(std::error_code& error) {
   error.clear();
   if (Retry([&] { return fsync(Descriptor(handle_)); }) != 0) error = LastError();
+}
+
+void File::GiveAccessOf(const std::filesystem::path& model) {
+  struct stat info {};
+  if (stat(model.c_str(), &info) != 0) return;
+  const int descriptor = Descriptor(handle_);
+  // Owner first: a change of owner takes permissions away again. Only an administrator may give files away.
+  mode_t permissions = PermissionsLike(info);
+  if (fchown(descriptor, info.st_uid, info.st_gid) != 0 &&
+      fchown(descriptor, static_cast<uid_t>(-1), info.st_gid) != 0) {
+    // The file stays with a group of this user, which is not the one that was meant.
+    permissions &= ~static_cast<mode_t>(S_IRWXG);
+  }
+  static_cast<void>(!fchmod(descriptor, permissions));
 }
 
 bool File::TryLockRange(std::uint64_t offset, std::uint64_t length, std::error_code& error) {

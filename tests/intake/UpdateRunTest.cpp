@@ -333,14 +333,17 @@ TEST_F(UpdateRunTest, FailsCleanlyWhenTheLogIsLocked) {
 TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
   const std::string records = Exposure{}.New();
   practice_.Reports(records);
-  // A folder stands where the safe copy is written first.
-  std::filesystem::create_directories(folder_ / "Varnlog.mdb.intake.tmp/x");
-  const UpdateResult result = practice_.Updates();
+  // A folder comes to stand where the safe copy is to be.
+  RunOptions options = test::Practice::kHasty;
+  options.onStep = [this](RunStep step) {
+    if (step == RunStep::kRowsWritten) std::filesystem::create_directory(folder_ / "Varnlog.mdb.intake");
+  };
+  const UpdateResult result = practice_.Updates(options);
   EXPECT_EQ(result.outcome, Outcome::kDone);
   EXPECT_EQ(result.added, 1);
   EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEDEL", "RU_SUCCESS"));
   EXPECT_EQ(ReadFile(practice_.exchange), records);
-  std::filesystem::remove_all(folder_ / "Varnlog.mdb.intake.tmp");
+  std::filesystem::remove(folder_ / "Varnlog.mdb.intake");
   EXPECT_EQ(practice_.Updates().skipped, 1);
   EXPECT_FALSE(std::filesystem::exists(practice_.exchange));
 }

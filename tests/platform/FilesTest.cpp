@@ -104,53 +104,6 @@ TEST_F(Files, SaysWhyAFileCannotBeRead) {
   EXPECT_TRUE(error);
 }
 
-TEST_F(Files, ReplacesAFileAndKeepsItsPermissions) {
-  const fs::path path = Holding("varnlog.ini", "alt");
-  ASSERT_EQ(chmod(path.c_str(), 0640), 0);
-  EXPECT_FALSE(ReplaceFile(path, "neu"));
-  EXPECT_EQ(Content(path), "neu");
-  EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
-  EXPECT_FALSE(ReplaceFile(folder_ / "frisch", "x"));
-  EXPECT_EQ(Entries(), 2U) << "nothing else stays in the folder";
-}
-
-TEST_F(Files, ReplacesWhatALinkPointsTo) {
-  const fs::path path = Holding("echt", "alt");
-  fs::create_symlink("echt", folder_ / "verweis");
-  EXPECT_FALSE(ReplaceFile(folder_ / "verweis", "neu"));
-  EXPECT_TRUE(fs::is_symlink(folder_ / "verweis"));
-  EXPECT_EQ(Content(path), "neu");
-}
-
-TEST_F(Files, LeavesEverythingAsItWasWhenReplacingFails) {
-  EXPECT_EQ(ReplaceFile(folder_ / "fehlt" / "datei", "x"), std::errc::no_such_file_or_directory);
-  EXPECT_EQ(ReplaceFile(folder_, "x"), std::errc::is_a_directory);
-  EXPECT_EQ(Entries(), 0U);
-}
-
-TEST_F(Files, CopiesWithoutOverwriting) {
-  const fs::path source = Holding("varnlog.md0", "Vorlage");
-  ASSERT_EQ(chmod(source.c_str(), 0444), 0);
-  const fs::path target = folder_ / "Varnlog.mdb";
-  EXPECT_FALSE(CopyWholeFile(source, target, false));
-  EXPECT_EQ(Content(target), "Vorlage");
-  EXPECT_NE(fs::status(target).permissions() & fs::perms::owner_write, fs::perms::none);
-  const fs::path other = Holding("anderes", "wichtig");
-  EXPECT_EQ(CopyWholeFile(source, other, false), std::errc::file_exists);
-  EXPECT_EQ(Content(other), "wichtig");
-  EXPECT_FALSE(CopyWholeFile(source, other, true));
-  EXPECT_EQ(Content(other), "Vorlage");
-  EXPECT_EQ(CopyWholeFile(folder_ / "fehlt", folder_ / "neu", false), std::errc::no_such_file_or_directory);
-  EXPECT_EQ(Entries(), 3U);
-}
-
-TEST_F(Files, DoesNotOpenACopyToMorePeople) {
-  const fs::path source = Holding("geheim", "x");
-  ASSERT_EQ(chmod(source.c_str(), 0600), 0);
-  ASSERT_FALSE(CopyWholeFile(source, folder_ / "kopie", false));
-  EXPECT_EQ(fs::status(folder_ / "kopie").permissions(), fs::perms(0600));
-}
-
 TEST_F(Files, KnowsAnotherNameOfAFile) {
   const fs::path path = Holding("eins", "x");
   fs::create_hard_link(path, folder_ / "zwei");
@@ -166,9 +119,19 @@ TEST_F(Files, OpensAsToldTo) {
   EXPECT_EQ(error, std::errc::file_exists);
   EXPECT_FALSE(File::Open(folder_ / "fehlt", File::Mode::kReadWrite, error).IsOpen());
   EXPECT_EQ(error, std::errc::no_such_file_or_directory);
-  EXPECT_TRUE(File::Open(path, File::Mode::kCreateOrEmpty, error).IsOpen());
-  EXPECT_FALSE(error);
-  EXPECT_EQ(FileSize(path), 0U);
+}
+
+TEST_F(Files, KnowsTheFileItHasOpenFromAnotherThatTookItsName) {
+  const fs::path path = Holding("varnlog.sdx", "alt");
+  fs::create_symlink(path, folder_ / "verweis");
+  const File file = OpenReadWrite(folder_ / "verweis");
+  EXPECT_EQ(file.Identity(), IdentityOf(path));
+  fs::rename(path, folder_ / "beiseite");
+  EXPECT_NE(file.Identity(), IdentityOf(Holding("varnlog.sdx", "neu")));
+  EXPECT_EQ(IdentityOf(folder_ / "fehlt"), std::nullopt);
+  std::error_code error;
+  EXPECT_FALSE(File::Open(folder_ / "verweis", File::Mode::kRead, error, File::Links::kRefuse).IsOpen());
+  EXPECT_EQ(error, std::errc::too_many_symbolic_link_levels);
 }
 
 TEST_F(Files, ReadsAndWritesAtPlaces) {

@@ -8,7 +8,7 @@
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/Maintenance.h"
 #include "db/dao/sqlite/Schema.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::dao {
 
@@ -103,20 +103,16 @@ void ReplaceDatabaseFile(const std::string& made, const std::string& target) {
   error.clear();
   // Who could use the old file can use the new one.
   if (fs::exists(old)) fs::permissions(FilePath(made), old.permissions(), error);
-  if (!error) fs::rename(FilePath(made), place, error);
+  if (!error) error = platform::RenameFile(FilePath(made), place, platform::IfTaken::kReplace);
   if (error == std::errc::cross_device_link) {
-    error = platform::CopyWholeFile(FilePath(made), place, true);
+    error = platform::CopyWholeFile(FilePath(made), place, platform::IfTaken::kReplace, place);
     if (!error) RemoveDatabaseFile(made);
   }
   if (error) ThrowFileError(error, target);
-  platform::FlushFolder(place.parent_path());
 }
 
 void RemoveDatabaseFile(const std::string& path) noexcept {
-  std::error_code error;
-  const fs::path file = FilePath(path);
-  fs::remove(file, error);
-  fs::remove(fs::path(file) += "-journal", error);
+  static_cast<void>(platform::RemoveFile(FilePath(path), {"-journal"}));
 }
 
 void CopyCompacted(Connection& source, const std::string& target, const MaintenanceProgress& progress,

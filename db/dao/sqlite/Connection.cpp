@@ -13,7 +13,7 @@
 #include "db/dao/sqlite/CountingVfs.h"
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/Schema.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::dao {
 
@@ -84,7 +84,7 @@ std::shared_ptr<Connection> Connection::Create(const std::string& path,
         "PRAGMA application_id=0x56524C47");  // "VRLG"
   } catch (const EngineError&) {
     connection->Close();
-    std::filesystem::remove(platform::ToPath(StoragePath(path)), error);
+    static_cast<void>(platform::RemoveFile(platform::ToPath(StoragePath(path))));
     throw;
   }
   state->connections.push_back(connection);

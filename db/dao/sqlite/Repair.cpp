@@ -11,7 +11,7 @@
 #include "db/dao/sqlite/Maintenance.h"
 #include "db/dao/sqlite/Schema.h"
 #include "db/dao/sqlite/TableSalvage.h"
-#include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::dao {
 
@@ -88,18 +88,13 @@ void CopyReadable(Connection& damaged, Connection& mended, const MaintenanceProg
 
 // The damaged file keeps its place until the rename, which puts the mended one there in one step.
 void SwapIn(const std::string& mended, const std::string& path) {
-  std::string kept = path + ".damaged";
   std::error_code error;
-  for (int number = 2; fs::exists(FilePath(kept), error); ++number)
-    kept = path + ".damaged" + std::to_string(number);
-  fs::create_hard_link(FilePath(path), FilePath(kept), error);
-  // Not every file system has two names for one file.
-  if (error) error = platform::CopyWholeFile(FilePath(path), FilePath(kept), false);
-  if (error) ThrowFileError(error, kept);
+  const auto kept = platform::KeepAside(FilePath(path), ".damaged", platform::Keep::kSecondName, error);
+  if (!kept) ThrowFileError(error, path);
   try {
     ReplaceDatabaseFile(mended, path);
   } catch (const EngineError&) {
-    fs::remove(FilePath(kept), error);
+    static_cast<void>(platform::RemoveFile(*kept));
     throw;
   }
 }

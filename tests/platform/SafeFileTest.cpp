@@ -1,0 +1,181 @@
+#include <cstdlib>
+#include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/SafeFile.h"
+
+namespace varnlog::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SafeFile : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "Röntgen Buch XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  fs::path Holding(const std::string& name, const std::string& content, mode_t mode = 0644) {
+    std::ofstream(folder_ / name, std::ios::binary) << content;
+    EXPECT_EQ(chmod((folder_ / name).c_str(), mode), 0);
+    return folder_ / name;
+  }
+  static std::string Content(const fs::path& path) {
+    std::error_code error;
+    return ReadWholeFile(path, error).value_or("cannot be read: " + error.message());
+  }
+  static unsigned ModeOf(const fs::path& path) {
+    return static_cast<unsigned>(fs::symlink_status(path).permissions());
+  }
+  static uid_t OwnerOf(const fs::path& path) {
+    struct stat info {};
+    return stat(path.c_str(), &info) == 0 ? info.st_uid : static_cast<uid_t>(-1);
+  }
+  std::size_t Entries() const {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(SafeFile, ASettingsFileIsReplacedWhereItIsAndKeepsItsPermissions) {
+  const fs::path path = Holding("varnlog.ini", "alt", 0640);
+  EXPECT_FALSE(ReplaceFile(path, "neu"));
+  EXPECT_EQ(Content(path), "neu");
+  EXPECT_EQ(ModeOf(path), 0640U);
+  fs::create_symlink("varnlog.ini", folder_ / "verweis");
+  fs::create_symlink("verweis", folder_ / "verweis2");
+  EXPECT_FALSE(ReplaceFile(folder_ / "verweis2", "noch neuer"));
+  EXPECT_TRUE(fs::is_symlink(folder_ / "verweis2"));
+  EXPECT_EQ(Content(path), "noch neuer");
+  EXPECT_EQ(Entries(), 3U) << "nothing else stays in the folder";
+}
+
+TEST_F(SafeFile, LeavesEverythingAsItWasWhenReplacingFails) {
+  EXPECT_EQ(ReplaceFile(folder_ / "fehlt" / "datei", "x"), std::errc::no_such_file_or_directory);
+  EXPECT_EQ(ReplaceFile(folder_, "x"), std::errc::is_a_directory);
+  EXPECT_EQ(ReplaceFile(Holding("geschützt", "alt", 0444), "x"), std::errc::permission_denied);
+  EXPECT_EQ(Content(folder_ / "geschützt"), "alt");
+  ASSERT_EQ(mkfifo((folder_ / "rohr").c_str(), 0600), 0);
+  EXPECT_EQ(ReplaceFile(folder_ / "rohr", "x"), std::errc::not_supported);
+  EXPECT_EQ(Entries(), 2U);
+}
+
+TEST_F(SafeFile, WritesThroughNoNameThatAStrangerCouldHavePutThere) {
+  const fs::path theirs = Holding("fremd", "von jemandem");
+  const fs::path target = folder_ / "Varnlog.mdb.intake";
+  fs::create_symlink(theirs, target);
+  std::error_code error;
+  {
+    NewFile made(target, error);
+    ASSERT_FALSE(error);
+    NewFile other(target, error);
+    EXPECT_NE(made.path(), other.path());
+    EXPECT_EQ(ModeOf(made.path()), 0600U);
+    made.file().WriteAt(0, "Patienten", error);
+    EXPECT_EQ(made.TakePlace(IfTaken::kFail), std::errc::file_exists);
+    ASSERT_FALSE(made.TakePlace(IfTaken::kReplace));
+  }
+  EXPECT_FALSE(fs::is_symlink(target));
+  EXPECT_EQ(Content(target), "Patienten");
+  EXPECT_EQ(Content(theirs), "von jemandem");
+  fs::create_symlink(folder_ / "nirgends", folder_ / "falle");
+  EXPECT_FALSE(File::Open(folder_ / "falle", File::Mode::kCreateNew, error).IsOpen());
+  EXPECT_EQ(Entries(), 3U);
+}
+
+TEST_F(SafeFile, IsForThePeopleOfItsModelOrOfTheFolder) {
+  const fs::path log = Holding("Varnlog.mdb", "x", 0440);
+  const auto modeOfNew = [&](const fs::path& target, const fs::path& model) {
+    std::error_code error;
+    NewFile made(target, error, model);
+    EXPECT_FALSE(made.TakePlace(IfTaken::kReplace));
+    return ModeOf(target);
+  };
+  EXPECT_EQ(modeOfNew(folder_ / "a", log), 0640U);
+  EXPECT_EQ(modeOfNew(Holding("b", "", 0666), log), 0640U) << "rather the model than the file replaced";
+  EXPECT_EQ(modeOfNew(Holding("c", "", 0666), {}), 0666U);
+  EXPECT_EQ(modeOfNew(folder_ / "d", folder_ / "fehlt"), 0600U);
+  ASSERT_EQ(chmod(folder_.c_str(), 0777), 0);
+  EXPECT_EQ(modeOfNew(folder_ / "e", {}), 0660U) << "the folder is the practice's, not everybody's";
+  fs::create_symlink(Holding("offen", "", 0666), folder_ / "f");
+  EXPECT_EQ(modeOfNew(folder_ / "f", {}), 0660U) << "what a link points to says nothing";
+}
+
+TEST_F(SafeFile, AnAdministratorLocksNobodyOut) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  constexpr uid_t kPractice = 4711;
+  const fs::path log = Holding("Varnlog.mdb", "x", 0600);
+  ASSERT_EQ(chown(log.c_str(), kPractice, kPractice), 0);
+  EXPECT_FALSE(CopyWholeFile(log, folder_ / "kopie", IfTaken::kFail, log));
+  EXPECT_EQ(OwnerOf(folder_ / "kopie"), kPractice);
+  ASSERT_EQ(chown(folder_.c_str(), kPractice, kPractice), 0);
+  EXPECT_FALSE(ReplaceFile(folder_ / "varnlog.ini", "x"));
+  EXPECT_EQ(OwnerOf(folder_ / "varnlog.ini"), kPractice);
+}
+
+TEST_F(SafeFile, CopiesWithoutOverwriting) {
+  const fs::path source = Holding("varnlog.md0", "Vorlage", 0444);
+  const fs::path target = folder_ / "Varnlog.mdb";
+  EXPECT_FALSE(CopyWholeFile(source, target, IfTaken::kFail, {}));
+  EXPECT_EQ(Content(target), "Vorlage");
+  EXPECT_EQ(ModeOf(target), 0600U);
+  const fs::path other = Holding("anderes", "wichtig");
+  EXPECT_EQ(CopyWholeFile(source, other, IfTaken::kFail, {}), std::errc::file_exists);
+  EXPECT_EQ(Content(other), "wichtig");
+  EXPECT_FALSE(CopyWholeFile(source, other, IfTaken::kReplace, {}));
+  EXPECT_EQ(Content(other), "Vorlage");
+  EXPECT_EQ(CopyWholeFile(folder_ / "fehlt", folder_ / "neu", IfTaken::kFail, {}),
+            std::errc::no_such_file_or_directory);
+  EXPECT_EQ(Entries(), 3U);
+}
+
+TEST_F(SafeFile, KeepsEveryFileAsideUnderANameOfItsOwn) {
+  const fs::path log = Holding("Varnlog.mdb", "eins", 0640);
+  Holding("Varnlog.mdb.damaged", "von früher");
+  fs::create_symlink("nirgends", folder_ / "Varnlog.mdb.damaged2");
+  std::error_code error;
+  const auto copy = KeepAside(log, ".damaged", Keep::kCopy, error);
+  ASSERT_EQ(copy, folder_ / "Varnlog.mdb.damaged3") << error.message();
+  EXPECT_FALSE(SameFile(log, *copy));
+  EXPECT_EQ(ModeOf(*copy), 0640U);
+  const auto second = KeepAside(log, ".damaged", Keep::kSecondName, error);
+  ASSERT_EQ(second, folder_ / "Varnlog.mdb.damaged4");
+  EXPECT_TRUE(SameFile(log, *second));
+  EXPECT_EQ(KeepAside(log, ".damaged", Keep::kMove, error), folder_ / "Varnlog.mdb.damaged5");
+  EXPECT_FALSE(fs::exists(log));
+  EXPECT_EQ(KeepAside(log, ".damaged", Keep::kMove, error), std::nullopt);
+  EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+  EXPECT_EQ(Content(folder_ / "Varnlog.mdb.damaged"), "von früher");
+}
+
+TEST_F(SafeFile, RemovesAFileWithWhatBelongsToItAndNeverAFolder) {
+  Holding("log", "x");
+  Holding("log-journal", "x");
+  EXPECT_FALSE(RemoveFile(folder_ / "log", {"-journal", "-wal"}));
+  EXPECT_EQ(Entries(), 0U);
+  EXPECT_FALSE(RemoveFile(folder_ / "log"));
+  EXPECT_TRUE(RemoveFile(folder_));
+  EXPECT_TRUE(fs::exists(folder_));
+}
+
+TEST_F(SafeFile, SweepsWhatACrashLeftAndNothingElse) {
+  const fs::path target = folder_ / "liste.pdf";
+  std::error_code error;
+  Holding("liste.pdf.new-1234-0", "von einem abgestürzten Lauf");
+  Holding("liste.pdf.neu", "des Benutzers");
+  const NewFile beingWritten(target, error);
+  ASSERT_FALSE(error);
+  EXPECT_EQ(Entries(), 2U);
+  SweepUnfinished(target);
+  EXPECT_TRUE(fs::exists(beingWritten.path()));
+  EXPECT_TRUE(fs::exists(folder_ / "liste.pdf.neu"));
+}
+
+}  // namespace
+}  // namespace varnlog::platform
