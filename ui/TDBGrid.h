@@ -106,6 +106,8 @@ class TDBGrid final : public QTableView {
   void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void changeEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
@@ -141,6 +143,7 @@ class TDBGrid final : public QTableView {
 
   bool cancelRequested_ = false;
   bool openingList_ = false;
+  QPersistentModelIndex pressedButton_;  // while the mouse is held down on it
   QString emptyText_;
 
   std::optional<DataFailure> failure_;  // not told yet

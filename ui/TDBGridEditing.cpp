@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPointer>
@@ -91,10 +93,27 @@ void TDBGrid::PressButton(const QModelIndex& index) {
 void TDBGrid::mousePressEvent(QMouseEvent* event) {
   StopSearch();
   if (event->button() == Qt::LeftButton && OnButton(event->position().toPoint())) {
-    PressButton(indexAt(event->position().toPoint()));
+    pressedButton_ = indexAt(event->position().toPoint());
+    setCurrentIndex(pressedButton_);
     return;
   }
   QTableView::mousePressEvent(event);
+}
+
+void TDBGrid::mouseMoveEvent(QMouseEvent* event) {
+  // No selecting begins on a button.
+  if (!pressedButton_.isValid()) QTableView::mouseMoveEvent(event);
+}
+
+void TDBGrid::mouseReleaseEvent(QMouseEvent* event) {
+  const QPersistentModelIndex pressed = std::exchange(pressedButton_, {});
+  if (event->button() != Qt::LeftButton || !pressed.isValid()) {
+    QTableView::mouseReleaseEvent(event);
+    return;
+  }
+  // A list that opened on the press would take the release for a click beside it and close.
+  const QPoint position = event->position().toPoint();
+  if (OnButton(position) && indexAt(position) == pressed) PressButton(pressed);
 }
 
 void TDBGrid::mouseDoubleClickEvent(QMouseEvent* event) {

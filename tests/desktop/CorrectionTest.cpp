@@ -18,6 +18,13 @@ TEST_F(RealProgram, AValueCorrectedIsLockedOnceTheProgramWasLeft) {
     EXPECT_EQ(Stored("tXraySVolt"), entered);
   }
   EXPECT_EQ(Stored("tXrayBEdVolt"), "1");
+  const Wanted pregnancy = Cell(0, logview::kPregnancyColumn);
+  desktop_.ClicksButtonOf(desktop_.Sees(pregnancy, "the pregnancy"));
+  desktop_.ClicksOn(Named("ListItem", Text("RC_PREGUNKNOWN"_key)), "an entry of the list that was opened");
+  desktop_.Sees(
+      [&](const Part& part) { return pregnancy(part) && part.Name() == Text("RC_PREGUNKNOWN"_key); },
+      "a cell with the entry");
+  EXPECT_EQ(Stored("tXraySPreg"), "-");
   Quits();
   EXPECT_EQ(Stored("tXrayBEdVolt"), "0");
 

@@ -152,8 +152,16 @@ Part Desktop::Sees(const Wanted& wanted, const std::string& what) {
 }
 
 void Desktop::Clicks(const Part& part) {
+  ClicksAt(part.X(), part.Y());
+}
+
+void Desktop::ClicksButtonOf(const Part& part) {
+  ClicksAt(part.ButtonX(), part.Y());
+}
+
+void Desktop::ClicksAt(int x, int y) {
   FocusWindowInUse();
-  XDoTool({"mousemove", QString::number(part.X()), QString::number(part.Y()), "click", "1"});
+  XDoTool({"mousemove", QString::number(x), QString::number(y), "click", "1"});
 }
 
 void Desktop::FocusWindowInUse() {

@@ -27,6 +27,8 @@ class Part {
   /// On the screen, where a click hits it.
   [[nodiscard]] int X() const { return Edge(0) + Edge(2) / 2; }
   [[nodiscard]] int Y() const { return Edge(1) + Edge(3) / 2; }
+  /// In the middle of a square at the right end.
+  [[nodiscard]] int ButtonX() const { return Edge(0) + Edge(2) - Edge(3) / 2; }
   [[nodiscard]] const QJsonObject& Facts() const { return facts_; }
 
  private:
@@ -67,6 +69,8 @@ class Desktop {
   [[nodiscard]] Screen Look();
   Part Sees(const Wanted& wanted, const std::string& what);
   void Clicks(const Part& part);
+  /// The drop-down button at the right end of a cell.
+  void ClicksButtonOf(const Part& part);
   /// Waits until a part is there and can be used, and clicks it.
   void ClicksOn(const Wanted& wanted, const std::string& what) { Clicks(Sees(wanted, what)); }
   /// A key as xdotool names it: "Return", "ctrl+p".
@@ -83,6 +87,7 @@ class Desktop {
   void MakeEnvironment(const QString& display);
   /// What a window manager would do: the keys go to the window in use.
   void FocusWindowInUse();
+  void ClicksAt(int x, int y);
   void XDoTool(const QStringList& arguments);
 
   std::string folder_;
