@@ -38,7 +38,7 @@ bool Help::Open() {
 }
 
 void Help::Present() {
-  if (window_->isMinimized()) window_->showNormal();
+  place_->Uncover();
   window_->show();
   // A modal dialog blocks every window but those that belong to it.
   const QWidget* dialog = QApplication::activeModalWidget();

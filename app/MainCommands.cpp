@@ -1,5 +1,3 @@
-#include <QMdiSubWindow>
-
 #include "app/Libraries.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
@@ -98,10 +96,7 @@ void frmMDIMain::RunPrint(CommandId id) {
 
 void frmMDIMain::ShowPreview() {
   report::frmPreview* preview = print_.Preview(this);
-  if (preview == nullptr) return;
-  QMdiSubWindow* child = mdi_->addSubWindow(preview);
-  child->setAttribute(Qt::WA_DeleteOnClose);
-  child->showMaximized();
+  if (preview != nullptr) AddChild(preview);
 }
 
 void frmMDIMain::RunView(CommandId id) {
@@ -120,7 +115,8 @@ void frmMDIMain::RunView(CommandId id) {
       ApplyViewOptions();
       break;
     case CommandId::mnuViewLoad:
-      if (results_) results_->InitData();
+      ViewResults();
+      FocusLogView();
       break;
     case CommandId::mnuViewProperties:
       ShowProperties();

@@ -99,7 +99,9 @@ void MainProgram::Update() {
 }
 
 void MainProgram::Select(core::SelectionKind kind) {
-  if (ChooseSelection(globals_, kind, view_)) view_.ViewResults();
+  if (!ChooseSelection(globals_, kind, view_)) return;
+  view_.ViewResults();
+  view_.FocusLogView();
 }
 
 void MainProgram::OfferUpdate() {

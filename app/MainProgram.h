@@ -22,6 +22,7 @@ class MainView : public SelectionDialogs {
   [[nodiscard]] virtual bool LogViewLoaded() const = 0;
   /// Shows the log view with the current selection, or makes it build its data anew.
   virtual void ViewResults() = 0;
+  /// Brings the log view to the front; previews, which show what was before, close.
   virtual void FocusLogView() = 0;
   /// Closes the log view and the preview.
   virtual void CloseResultWindows() = 0;

@@ -34,6 +34,10 @@ void PlacedWidget::SetState(WindowState state) {
                                                             : Qt::WindowNoState);
 }
 
+void PlacedWidget::Uncover() {
+  if (window_.isMinimized()) window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
+}
+
 void PlacedWidget::MoveTo(const WindowPlace& place) {
   // On the screen where it was, or on this one when that screen is gone.
   const auto bounded = [](int value) { return std::clamp(value, -kFarthest, kFarthest); };

@@ -15,6 +15,8 @@ class PlacedWidget final : public PlacedWindow {
   [[nodiscard]] WindowPlace Place() const override;
   [[nodiscard]] WindowState State() const override;
   void SetState(WindowState state) override;
+  /// Out of the icon state, into the one before it.
+  void Uncover();
   /// Whatever the INI file says, the window can be seen and reached with the mouse.
   void MoveTo(const WindowPlace& place) override;
   [[nodiscard]] int ScreenWidth() const override;

@@ -1,9 +1,10 @@
 #include "app/frmMDIMain.h"
 
+#include <algorithm>
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QElapsedTimer>
-#include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QThread>
@@ -30,6 +31,7 @@ constexpr int kMillisecondsAfterActivation = 200;
 constexpr int kMillisecondsForMessage = 5'000;
 constexpr int kMillisecondsForPlace = 300;
 constexpr int kPanelMargin = 4;
+constexpr double kUnmaximisedPart = 0.8;
 
 /// A window manager gives a maximised window its place a moment later, and what is shown before that would be
 /// centred over the wrong one. Keys and clicks wait: no command may run before there is a log.
@@ -41,6 +43,12 @@ void AwaitPlace(const QWidget& window, const QSize& before) {
     QThread::msleep(1);
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
   }
+}
+
+/// In the middle of the frame, with some of it left around.
+QRect UnmaximisedPlace(const QSize& frame) {
+  const QSize size = frame * kUnmaximisedPart;
+  return {QPoint((frame.width() - size.width()) / 2, (frame.height() - size.height()) / 2), size};
 }
 
 QString QView(std::string_view text) {
@@ -56,13 +64,18 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
       formPos_(context_.services.ini),
       print_(PrintContext()),
       mdi_(new QMdiArea),
+      desk_(new Desk),
+      frame_(new QStackedWidget),
       tlbStandard_(new ui::Toolbar) {
   setObjectName("frmMDIMain");
   setWindowIcon(ui::ProgramIcon());
   SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
   mdi_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   mdi_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-  setCentralWidget(mdi_);
+  frame_->addWidget(mdi_);
+  frame_->addWidget(desk_);
+  setCentralWidget(frame_);
+  connect(mdi_, &QMdiArea::subWindowActivated, this, &frmMDIMain::ShowDeskOrWindows, Qt::QueuedConnection);
   BuildActions();
   BuildMenus();
   BuildToolbar();
@@ -104,6 +117,7 @@ bool frmMDIMain::Load() {
   FocusLogView();
   connect(qApp, &QApplication::applicationStateChanged, this, &frmMDIMain::ApplicationStateChanged);
   loading_ = false;
+  ShowDeskOrWindows();
   return true;
 }
 
@@ -281,15 +295,77 @@ void frmMDIMain::ViewResults() {
                                     context_.services.user, context_.scheme,         context_.shortDate,
                                     program_.Edits()};
     results_ = new logview::frmResults(view, *this);
-    QMdiSubWindow* child = mdi_->addSubWindow(results_);
-    child->setAttribute(Qt::WA_DeleteOnClose);
-    child->showMaximized();
+    AddChild(results_);
   }
   RefreshCommands();
 }
 
+void frmMDIMain::AddChild(QWidget* window) {
+  frame_->setCurrentWidget(mdi_);
+  QMdiSubWindow* child = mdi_->addSubWindow(window);
+  child->setAttribute(Qt::WA_DeleteOnClose);
+  child->setGeometry(UnmaximisedPlace(mdi_->size()));
+  connect(child, &QMdiSubWindow::windowStateChanged, this, &frmMDIMain::ShowDeskOrWindows,
+          Qt::QueuedConnection);
+  child->showMaximized();
+}
+
 void frmMDIMain::FocusLogView() {
-  if (results_) results_->setFocus();
+  if (!results_) return;
+  ClosePreviews();
+  frame_->setCurrentWidget(mdi_);
+  auto* child = qobject_cast<QMdiSubWindow*>(results_->parentWidget());
+  if (child->isMinimized()) child->showMaximized();
+  mdi_->setActiveSubWindow(child);
+  results_->setFocus();
+}
+
+void frmMDIMain::ClosePreviews() {
+  for (QMdiSubWindow* child : mdi_->subWindowList()) {
+    if (child->widget() != results_) child->close();
+  }
+}
+
+void frmMDIMain::ShowLogView() {
+  if (!results_) ViewResults();
+  FocusLogView();
+}
+
+void frmMDIMain::ShowDeskOrWindows() {
+  if (loading_ || unloading_) return;
+  const QList<QMdiSubWindow*> children = mdi_->subWindowList();
+  const bool windows = std::ranges::any_of(
+      children, [](const QMdiSubWindow* child) { return !child->isHidden() && !child->isMinimized(); });
+  if (!windows) OfferOnDesk();
+  frame_->setCurrentWidget(windows ? static_cast<QWidget*>(mdi_) : desk_);
+  if (!windows) desk_->setFocus();
+}
+
+void frmMDIMain::OfferOnDesk() {
+  const core::TextLookup& texts = context_.services.texts;
+  const bool open = program_.State().dataFileOpen;
+  const std::string& log = context_.globals.strDataFileGl;
+  const auto keys = [this](CommandId id) {
+    return Action(id)->shortcut().toString(QKeySequence::NativeText);
+  };
+  const auto picture = [this](CommandId id) { return Action(id)->icon(); };
+  std::vector<Desk::Choice> choices;
+  if (open) {
+    choices.push_back({Caption(texts, "MN_DESK_SHOW"_key), keys(CommandId::mnuViewLoad),
+                       picture(CommandId::mnuSortAll), [this] { ShowLogView(); }});
+  }
+  choices.push_back({Caption(texts, "MN_OPENXRLOG"_key), keys(CommandId::mnuFileOpen),
+                     picture(CommandId::mnuFileOpen), [this] { Run(CommandId::mnuFileOpen); }});
+  for (const MruEntry& entry : recentFiles_) {
+    if (open && entry.path == log) continue;
+    choices.push_back({QView(db::FileNamePart(entry.path)), QView(entry.path),
+                       picture(CommandId::mnuFileOpen), [this, path = entry.path] { OpenRecent(path); }});
+  }
+  choices.push_back({Caption(texts, "MN_HELP"_key), keys(CommandId::mnuHelpContents),
+                     picture(CommandId::mnuHelpIndex), [this] { Run(CommandId::mnuHelpContents); }});
+  const QString title = open ? Caption(texts, "MN_DESK_HIDDEN"_key, {{"strFileTitle", db::FileNamePart(log)}})
+                             : Caption(texts, "MN_STATUS_NOFILE"_key);
+  desk_->Offer(title, std::move(choices));
 }
 
 void frmMDIMain::CloseResultWindows() {
@@ -297,6 +373,7 @@ void frmMDIMain::CloseResultWindows() {
 }
 
 void frmMDIMain::ResultsClosed() {
+  ClosePreviews();
   results_ = nullptr;
   RefreshCommands();
 }
@@ -306,20 +383,23 @@ void frmMDIMain::RememberFile(const std::string& file) {
 }
 
 void frmMDIMain::ShowEntries(const std::vector<MruEntry>& entries) {
+  recentFiles_ = entries;
   for (QAction* action : recent_) delete action;
   recent_.clear();
   for (const MruEntry& entry : entries) {
     auto* action = new QAction(QView(entry.caption), this);
     action->setData(QView(entry.tag));
-    connect(action, &QAction::triggered, this, [this, path = entry.path] {
-      const core::TextLookup& texts = context_.services.texts;
-      statusBar()->showMessage(Caption(texts, "MN_HEADLINE"_key, {{"strFileTitle", db::FileNamePart(path)}}),
-                               kMillisecondsForMessage);
-      program_.OpenRecentFile(path);
-    });
+    connect(action, &QAction::triggered, this, [this, path = entry.path] { OpenRecent(path); });
     recentMenu_->insertAction(recentEnd_, action);
     recent_.push_back(action);
   }
+}
+
+void frmMDIMain::OpenRecent(const std::string& file) {
+  const core::TextLookup& texts = context_.services.texts;
+  statusBar()->showMessage(Caption(texts, "MN_HEADLINE"_key, {{"strFileTitle", db::FileNamePart(file)}}),
+                           kMillisecondsForMessage);
+  program_.OpenRecentFile(file);
 }
 
 void frmMDIMain::ApplicationStateChanged(Qt::ApplicationState state) {
@@ -329,17 +409,22 @@ void frmMDIMain::ApplicationStateChanged(Qt::ApplicationState state) {
 }
 
 void frmMDIMain::BringToFront() {
-  if (isMinimized()) showNormal();
+  place_.Uncover();
   raise();
   activateWindow();
 }
 
 void frmMDIMain::closeEvent(QCloseEvent* event) {
-  if (loading_ || (!unloading_ && program_.ConfirmQuit())) {
+  if (loading_) {
     event->ignore();
     return;
   }
-  if (isMinimized()) showNormal();
+  // Questions can be seen, and the state that is saved is the one in which the window is used.
+  place_.Uncover();
+  if (!unloading_ && program_.ConfirmQuit()) {
+    event->ignore();
+    return;
+  }
   if (results_) results_->close();
   CloseResultWindows();
   unloading_ = true;

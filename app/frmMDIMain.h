@@ -8,11 +8,14 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QPointer>
+#include <QStackedWidget>
 #include <QTimer>
 
 #include "app/CFormPosIni.h"
 #include "app/CMruINI.h"
+#include "app/Desk.h"
 #include "app/Help.h"
 #include "app/MainProgram.h"
 #include "app/PlacedWidget.h"
@@ -65,6 +68,15 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   [[nodiscard]] report::PrintContext PrintContext();
   void ShowPreview();
   void ShowStatus();
+  /// Shows a window in the frame, as large as that and of a useful size when it is not.
+  void AddChild(QWidget* window);
+  /// They show the selection for which they were opened and none after it.
+  void ClosePreviews();
+  void ShowLogView();
+  /// The desk takes the place of a frame in which nothing can be seen.
+  void ShowDeskOrWindows();
+  void OfferOnDesk();
+  void OpenRecent(const std::string& file);
   void ApplicationStateChanged(Qt::ApplicationState state);
 
   // MainView
@@ -98,10 +110,13 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   report::PrintCommands print_;
 
   QMdiArea* mdi_;
+  Desk* desk_;
+  QStackedWidget* frame_;  // one of the two
   ui::Toolbar* tlbStandard_;
   QMenu* recentMenu_ = nullptr;   // the menu that holds mnuFileMRU
   QAction* recentEnd_ = nullptr;  // the entries stand before this one
   std::vector<QAction*> recent_;
+  std::vector<MruEntry> recentFiles_;
   std::map<CommandId, QAction*> actions_;
   QLabel* rowsPanel_ = nullptr;
   QLabel* filePanel_ = nullptr;

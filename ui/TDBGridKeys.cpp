@@ -103,7 +103,7 @@ bool TDBGrid::HandleKey(QKeyEvent* event) {
       return true;
     case Qt::Key_F4:
     case Qt::Key_Down:
-      if (event->key() == Qt::Key_Down && !alt) return false;
+      if (event->key() == Qt::Key_Down ? !alt : event->modifiers() != Qt::NoModifier) return false;
       if (current.isValid() && delegate_.HasButton(current.row(), current.column())) PressButton(current);
       return true;
     case Qt::Key_Up:

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QLabel>
+#include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QStatusBar>
@@ -217,11 +218,61 @@ TEST_F(Commands, ReloadShowsWhatOthersHaveDone) {
   program_->Triggers(mnuViewLoad);
   EXPECT_EQ(program_->Grid().ApproximateCount(), 3);
   EXPECT_EQ(program_->ColumnTexts(kVoltageColumn).count("71"), 2);
+  for (const CommandId command : {mnuViewLoad, mnuSortAll}) {
+    ClosesLogView();
+    EXPECT_EQ(program_->Window().Results(), nullptr);
+    program_->Triggers(command);
+    EXPECT_EQ(program_->Grid().ApproximateCount(), 3) << "opens the view again";
+  }
+}
+
+TEST_F(Commands, TheDeskTakesThePlaceOfWindowsThatCannotBeSeen) {
+  StartsQuietly();
+  const auto logView = [this] {
+    return dynamic_cast<QMdiSubWindow*>(program_->Window().Results()->parentWidget());
+  };
+  const auto& desk = Child<QWidget>(program_->Window(), "desk");
   ClosesLogView();
-  program_->Triggers(mnuViewLoad);
-  EXPECT_EQ(program_->Window().Results(), nullptr);
-  program_->Triggers(mnuSortAll);
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 3) << "a selection opens the view again";
+  ASSERT_TRUE(desk.isVisible());
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+  RunningProgram::Settle();
+  EXPECT_FALSE(desk.isVisible());
+  ASSERT_NE(program_->Window().Results(), nullptr) << "the first choice shows the log";
+  for (const CommandId command : {mnuViewLoad, mnuSortAll}) {
+    logView()->showMinimized();
+    RunningProgram::Settle();
+    EXPECT_TRUE(desk.isVisible());
+    program_->Triggers(command);
+    EXPECT_TRUE(program_->Grid().isVisible() && !logView()->isMinimized()) << Def(command).name;
+  }
+  logView()->showNormal();
+  EXPECT_GT(logView()->width(), program_->Window().width() / 2);
+  OpensFile(NewLog("anderes.mdb"));
+  OpensFile(installation_.program() / "verbalo.mdb");
+  ASSERT_TRUE(desk.isVisible()) << "nothing is open";
+  const auto buttons = desk.findChildren<QAbstractButton*>();
+  const auto recent =
+      std::ranges::find_if(buttons, [](const auto* button) { return button->text() == "anderes.mdb"; });
+  ASSERT_NE(recent, buttons.end());
+  (*recent)->click();
+  RunningProgram::Settle();
+  EXPECT_FALSE(desk.isVisible());
+}
+
+TEST_F(Commands, AMaximisedWindowStaysSoThroughTheIconState) {
+  StartsQuietly();
+  const auto minimises = [this] {
+    program_->Window().setWindowState(Qt::WindowMaximized | Qt::WindowMinimized);
+    ASSERT_TRUE(program_->Window().isMinimized());
+  };
+  minimises();
+  program_->Window().BringToFront();
+  EXPECT_EQ(program_->Window().windowState() & ~Qt::WindowActive, Qt::WindowMaximized);
+  minimises();
+  ASSERT_TRUE(program_->Quits());
+  const std::string place = start::modINIFile().ReadString(
+      "Form Positions", "frmMDIMain", (installation_.program() / "varnlog.ini").string());
+  EXPECT_TRUE(place.ends_with("S=2")) << place;
 }
 
 TEST_F(Commands, PropertiesProtectTheLogAndWorkOnItsFile) {
@@ -299,9 +350,17 @@ TEST_F(Commands, PreviewIsAChildWindowAndPrintingNeedsAPrinter) {
   EXPECT_EQ(preview->windowTitle(), program_->Text("MN_PRINTPREVIEW"_key));
   EXPECT_TRUE(preview->parentWidget()->isMaximized());
   EXPECT_EQ(preview->PageCount(), 1);
-  OpensFile(NewLog("anderes.mdb"));
-  EXPECT_EQ(program_->Window().findChild<QWidget*>("frmPreview"), nullptr)
-      << "it showed the other log's rows";
+  // It shows rows that are no longer those of the log view.
+  const std::function<void()> changes[] = {
+      [this] { OpensFile(NewLog("anderes.mdb")); }, [this] { program_->Triggers(mnuSortAll); },
+      [this] { program_->Triggers(mnuViewLoad); }, [this] { ClosesLogView(); }};
+  for (const auto& change : changes) {
+    program_->Triggers(mnuFilePrintPreview);
+    ASSERT_NE(program_->Window().findChild<QWidget*>("frmPreview"), nullptr);
+    change();
+    RunningProgram::Settle();
+    EXPECT_EQ(program_->Window().findChild<QWidget*>("frmPreview"), nullptr);
+  }
 }
 
 TEST_F(Commands, TheAboutBoxNamesVersionAndLibraries) {

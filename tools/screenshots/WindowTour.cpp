@@ -319,6 +319,8 @@ void WindowTour::ShowOtherStates() {
   Visit("log-read-only", *window_);
   globals_.ReadOnlyGl = false;
   Grid().SetAllowUpdate(true);
+  window_->Results()->parentWidget()->close();
+  Visit("desk", *window_);
   user_.Expect("frmBegEnd", [](QDialog& window) {
     Child<QLineEdit>(window, "txtDate0").setText("2001-01-01");
     Child<QLineEdit>(window, "txtDate1").setText("2001-12-31");
