@@ -11,6 +11,7 @@
 
 #include "app/Commands.h"
 #include "app/HelpFile.h"
+#include "tests/Paths.h"
 
 namespace varnlog::app {
 namespace {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/Paths.h"
 #include "tests/cli/Installation.h"
 
 namespace varnlog::cli {

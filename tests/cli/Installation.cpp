@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "platform/CodePage.h"
+#include "tests/Paths.h"
 
 namespace varnlog::cli {
 

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/Paths.h"
 #include "tests/cli/Installation.h"
 #include "tests/cli/PdfText.h"
 #include "tools/exchange/ExposureGenerator.h"

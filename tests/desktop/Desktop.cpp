@@ -9,6 +9,8 @@
 #include <QJsonDocument>
 #include <QLocalSocket>
 
+#include "tests/Paths.h"
+
 namespace varnlog::desktop {
 
 namespace {

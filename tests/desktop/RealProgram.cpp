@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 
 #include "logview/Columns.h"
+#include "tests/Paths.h"
 #include "ui/QtText.h"
 
 namespace varnlog::desktop {

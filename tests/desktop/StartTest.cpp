@@ -1,6 +1,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/Paths.h"
 #include "tests/desktop/RealProgram.h"
 
 namespace varnlog::desktop {

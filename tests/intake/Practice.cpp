@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "tests/Paths.h"
 #include "tests/intake/ExchangeRecords.h"
 
 namespace varnlog::intake::test {

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "legacy/Conversion.h"
+#include "tests/Paths.h"
 #include "tests/legacy/Samples.h"
 
 namespace varnlog::legacy {

@@ -8,6 +8,8 @@
 #include <memory>
 #include <sstream>
 
+#include "tests/Paths.h"
+
 namespace varnlog::legacy::samples {
 namespace {
 

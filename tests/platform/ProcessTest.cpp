@@ -8,6 +8,7 @@
 #include "platform/Files.h"
 #include "platform/Process.h"
 #include "platform/SharedLibrary.h"
+#include "tests/Paths.h"
 
 namespace varnlog::platform {
 namespace {

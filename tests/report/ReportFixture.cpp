@@ -4,6 +4,8 @@
 #include <iterator>
 #include <unistd.h>
 
+#include "tests/Paths.h"
+
 namespace varnlog::report {
 
 namespace fs = std::filesystem;

@@ -17,6 +17,7 @@
 
 #include "platform/CodePage.h"
 #include "platform/Files.h"
+#include "tests/Paths.h"
 
 namespace varnlog {
 namespace {

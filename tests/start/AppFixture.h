@@ -10,6 +10,7 @@
 #include "core/Globals.h"
 #include "core/TextLookup.h"
 #include "core/UserDialog.h"
+#include "tests/Paths.h"
 
 namespace varnlog::start::test {
 

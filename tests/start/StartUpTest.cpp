@@ -3,6 +3,7 @@
 #include "db/modCommon.h"
 #include "start/StartUp.h"
 #include "start/modINIFile.h"
+#include "tests/Paths.h"
 #include "tests/start/AppFixture.h"
 
 namespace varnlog::start {

@@ -9,6 +9,7 @@
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
+#include "tests/Paths.h"
 #include "tests/ui/FakeTexts.h"
 #include "ui/GridColors.h"
 #include "ui/ListView.h"

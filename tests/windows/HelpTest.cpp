@@ -14,6 +14,7 @@
 
 #include "app/Help.h"
 #include "app/HelpFile.h"
+#include "tests/Paths.h"
 #include "tests/windows/RunningProgram.h"
 #include "ui/QtText.h"
 

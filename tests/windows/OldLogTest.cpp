@@ -6,6 +6,7 @@
 
 #include "app/frmConvert.h"
 #include "logview/Columns.h"
+#include "tests/Paths.h"
 #include "tests/windows/RunningProgram.h"
 #include "ui/FileDialog.h"
 #include "ui/QtText.h"

@@ -14,6 +14,7 @@
 #include <QTreeView>
 #include <gtest/gtest.h>
 
+#include "tests/Paths.h"
 #include "tools/screenshots/WindowTour.h"
 
 namespace varnlog::app::test {

@@ -5,6 +5,8 @@
 #include <sstream>
 #include <unistd.h>
 
+#include "tests/Paths.h"
+
 namespace varnlog::dao {
 
 namespace fs = std::filesystem;
