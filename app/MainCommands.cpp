@@ -29,6 +29,8 @@ const std::map<CommandId, SelectionKind> kSelections = {
 }  // namespace
 
 void frmMDIMain::Run(CommandId id) {
+  // What stands in an open editor is an entry like any other: it is stored before rows are read or printed.
+  if (results_ && !results_->CommitEdit()) return;
   if (const auto selection = kSelections.find(id); selection != kSelections.end()) {
     program_.Select(selection->second);
     return;
@@ -73,7 +75,7 @@ report::PrintContext frmMDIMain::PrintContext() {
     report::PrintSource source;
     source.rows = context_.globals.LogEngineGl->Database()->OpenRecordset(results_->RecordSource(),
                                                                           dao::RecordsetType::kDynaset);
-    source.headline = ui::FromQString(windowTitle());
+    source.headline = results_->Headline();
     return source;
   };
   return {.texts = context_.services.texts,

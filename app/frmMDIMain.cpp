@@ -82,7 +82,7 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
   BuildStatusBar();
   timUpdate_.setSingleShot(true);
   timUpdate_.setInterval(kMillisecondsAfterActivation);
-  connect(&timUpdate_, &QTimer::timeout, this, [this] { program_.UpdateAfterActivation(); });
+  connect(&timUpdate_, &QTimer::timeout, this, &frmMDIMain::UpdateWhenFree);
 }
 
 frmMDIMain::~frmMDIMain() {
@@ -405,6 +405,19 @@ void frmMDIMain::OpenRecent(const std::string& file) {
 void frmMDIMain::ApplicationStateChanged(Qt::ApplicationState state) {
   if (state == Qt::ApplicationActive && UpdatesOnActivation(context_.globals, LogViewLoaded())) {
     timUpdate_.start();
+  }
+}
+
+/// A dialog works with a selection that is not confirmed yet, an editor with a value that is not stored yet:
+/// the update waits for their end.
+void frmMDIMain::UpdateWhenFree() {
+  const bool isBusy = QApplication::activeModalWidget() != nullptr ||
+                      QApplication::activePopupWidget() != nullptr ||
+                      (results_ && results_->Grid().IsEditing());
+  if (isBusy) {
+    timUpdate_.start();
+  } else if (UpdatesOnActivation(context_.globals, LogViewLoaded())) {
+    program_.UpdateAfterActivation();
   }
 }
 

@@ -78,6 +78,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void OfferOnDesk();
   void OpenRecent(const std::string& file);
   void ApplicationStateChanged(Qt::ApplicationState state);
+  void UpdateWhenFree();
 
   // MainView
   bool AskPeriod() override;

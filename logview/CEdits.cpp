@@ -11,6 +11,11 @@ bool CEdits::Add(CEdit edit) {
   return true;
 }
 
+const CEdit* CEdits::Find(std::string_view key) const {
+  const auto found = std::ranges::find_if(edits_, [key](const CEdit& edit) { return edit.Key() == key; });
+  return found == edits_.end() ? nullptr : &*found;
+}
+
 bool CEdits::Remove(std::string_view key) {
   if (keys_.erase(std::string(key)) == 0) return false;
   std::erase_if(edits_, [key](const CEdit& edit) { return edit.Key() == key; });

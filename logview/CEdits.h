@@ -18,6 +18,8 @@ class CEdits {
   bool Add(CEdit edit);
   [[nodiscard]] const CEdit& Item(std::size_t index) const { return edits_.at(index); }
   [[nodiscard]] bool Contains(std::string_view key) const { return keys_.contains(std::string(key)); }
+  /// nullptr when there is no entry of that key; valid until the collection is changed.
+  [[nodiscard]] const CEdit* Find(std::string_view key) const;
   [[nodiscard]] std::size_t Count() const { return edits_.size(); }
   /// False when there is no entry of that key.
   bool Remove(std::string_view key);

@@ -35,6 +35,13 @@ void LockAll(dao::Recordset& rows, const CEdits& edits, core::UserDialog& user, 
 
 }  // namespace
 
+std::string PendingRows(const CEdits& edits) {
+  std::string ids;
+  for (const CEdit& edit : edits) ids.append(ids.empty() ? "" : ",").append(edit.ID);
+  return "SELECT TXray.* From TXray WHERE (((TXray.tXrayCulIntIDPk) In (" + (ids.empty() ? "0" : ids) +
+         "))) ORDER BY TXray.tXrayTs DESC;";
+}
+
 FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, core::UserDialog& user) {
   FlushResult result;
   if (edits.Count() == 0) return result;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 
 #include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
@@ -14,6 +15,9 @@ struct FlushResult {
   std::size_t missing = 0;                // rows that somebody deleted meanwhile; a beep each
   std::optional<dao::EngineError> error;  // what stopped it; the entries not reached are still pending
 };
+
+/// The query for the rows that have pending edits, the newest first.
+[[nodiscard]] std::string PendingRows(const CEdits& edits);
 
 /// Locks every corrected value: clears the edit flag that each entry names and takes the entry out of
 /// `edits`.

@@ -17,15 +17,27 @@ namespace varnlog::logview {
 /// One edited row as the grid hands it over: the entered text of each changed column.
 using RowBuffer = std::array<std::optional<std::string>, kColumnCount>;
 
+struct RowWritten {
+  /// One of the values was locked since its editor was opened; nothing was written.
+  bool isLocked = false;
+  /// The columns that hold no entry of the user's; nothing was written for them.
+  std::vector<std::string> refused = {};
+};
+
 /// Writes the changed values of one row and notes for each the flag that is to be cleared. All of it is
-/// stored or nothing is: throws dao::EngineError with the row as it was and nothing noted. The result names
-/// the columns that hold no entry of the user's; nothing was written for them.
-std::vector<std::string> WriteRow(dao::Recordset& rows, dao::Bookmark location, const RowBuffer& entered,
-                                  const core::TextLookup& texts, const intake::ToothScheme& scheme,
-                                  CEdits& edits);
+/// stored or nothing is: throws dao::EngineError with the row as it was and nothing noted. That a value is
+/// open is known by the transaction that writes it, whatever other workstations do meanwhile.
+RowWritten WriteRow(dao::Recordset& rows, dao::Bookmark location, const RowBuffer& entered,
+                    const core::TextLookup& texts, const intake::ToothScheme& scheme, CEdits& edits);
+
+/// Takes the pending entry of a cell back: the value is what it was before the first correction, and will not
+/// be locked. False when that cell has no pending entry, or when it was locked meanwhile. Throws
+/// dao::EngineError with everything as it was.
+bool TakeEntryBack(dao::Recordset& rows, dao::Bookmark location, int column, CEdits& edits);
 
 /// The grid's numbers for what can go wrong with a row.
 enum class DataError : std::int32_t {
+  kLocked = 17,  // a number that neither grid nor engine uses
   kFieldLength = 18,
   kRecordDeleted = 3585,
   kRecordInUse = 16389,

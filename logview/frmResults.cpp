@@ -11,6 +11,7 @@
 #include "logview/CRGBColorINI.h"
 #include "logview/Columns.h"
 #include "logview/EditRules.h"
+#include "logview/PendingEdits.h"
 #include "logview/Selection.h"
 #include "logview/WriteRow.h"
 #include "ui/QtText.h"
@@ -65,6 +66,14 @@ bool IsPending(dao::Recordset& rows, int column, const CEdits& edits) {
 
 ui::DataFailure FailureOf(const dao::EngineError& error) {
   return {DataErrorOf(error.number()), ui::ToQString(error.what())};
+}
+
+/// A refused entry can be handed in again, but never over a value that its author has not seen.
+ui::DataFailure WriteFailureOf(const dao::EngineError& error) {
+  ui::DataFailure failure = FailureOf(error);
+  failure.keepsEntry = error.number() != dao::ErrorNumber::kDataChanged &&
+                       failure.number != static_cast<std::int32_t>(DataError::kRecordDeleted);
+  return failure;
 }
 
 void FillRow(dao::Recordset& rows, const RowDisplay& display, const CellStates& states, const CEdits& edits,
@@ -154,7 +163,6 @@ void frmResults::LoadColors() {
   grid_->SetStateText(ui::CellState::kPending, ui::Caption(context_.texts, "RS_STATE_PENDING"_key));
   grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, "RS_STATE_LOCKED"_key));
   grid_->SetStateText(ui::CellState::kNoneEdit, ui::Caption(context_.texts, "RS_STATE_NEVER"_key));
-  grid_->SetEmptyText(ui::Caption(context_.texts, "RS_EMPTY"_key));
 }
 
 void frmResults::BuildColumns() {
@@ -193,14 +201,29 @@ void frmResults::LimitInput() {
 }
 
 void frmResults::InitData() {
+  if (!grid_->CommitEdit()) return;
   const SelectionView view = BuildSelection(context_.globals, context_.texts, context_.shortDate);
   // The frame shows this behind the headline, in brackets.
   setWindowTitle(ui::ToQString(db::FileNamePart(context_.globals.strDataFileGl)));
   if (!view.headline.empty()) {
+    headline_ = view.headline;
     host_.SetCaption(view.headline);
-    setWindowIcon(host_.PictureOf(view.icon));
+    ShowIcon(view.icon);
   }
   (void)OpenRows(view.sql);
+}
+
+/// The frame has an icon of its own and takes this window's only once.
+void frmResults::ShowIcon(const std::string& key) {
+  setWindowIcon(host_.PictureOf(key));
+  if (QWidget* frame = parentWidget()) frame->setWindowIcon(windowIcon());
+}
+
+void frmResults::ShowPending() {
+  if (!grid_->CommitEdit()) return;
+  headline_ = context_.texts.GetText("RS_PENDING"_key);
+  host_.SetCaption(headline_);
+  (void)OpenRows(PendingRows(context_.edits));
 }
 
 bool frmResults::OpenRows(const std::string& sql) {
@@ -208,8 +231,10 @@ bool frmResults::OpenRows(const std::string& sql) {
   recordSource_ = sql;
   rowSource_.reset();
   data1_.reset();
+  entered_.clear();
   populated_ = true;
   std::int64_t count = 0;
+  grid_->SetEmptyText(ui::Caption(context_.texts, "RS_EMPTY"_key));
   try {
     const HourGlass hourGlass;
     if (const auto& log = context_.globals.LogEngineGl->Database()) {
@@ -219,6 +244,7 @@ bool frmResults::OpenRows(const std::string& sql) {
     }
   } catch (const dao::EngineError& error) {
     data1_.reset();
+    grid_->SetEmptyText(ui::Caption(context_.texts, "RS_UNREADABLE"_key));
     grid_->ReBind(0);
     host_.ShowRowCount(0, true);
     ShowError(error);
@@ -261,9 +287,42 @@ void frmResults::CloseData() {
   data1_.reset();
 }
 
+void frmResults::ApplyReadOnly() {
+  const bool readOnly = context_.globals.ReadOnlyGl;
+  grid_->SetAllowUpdate(!readOnly);
+  grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, readOnly ? "RS_STATE_READONLY"_key
+                                                                                   : "RS_STATE_LOCKED"_key));
+  grid_->Refresh();
+}
+
+void frmResults::EditRefused() {
+  context_.Messages().Inform("RS_ERR_READONLY"_key);
+}
+
+bool frmResults::CopyProgress(std::int64_t copied, std::int64_t selected) {
+  if (copied == selected) {
+    copying_.reset();
+    return true;
+  }
+  if (!copying_) {
+    copying_ = std::make_unique<QProgressDialog>(ui::Caption(context_.texts, "RS_COPYING"_key),
+                                                 ui::Caption(context_.texts, "GL_CANCEL"_key), 0,
+                                                 static_cast<int>(selected), window());
+    copying_->setObjectName("dlgCopying");
+    copying_->setWindowTitle(ui::Caption(context_.texts, "GL_TITLE"_key));
+    copying_->setWindowModality(Qt::WindowModal);
+  }
+  copying_->setValue(static_cast<int>(copied));
+  if (!copying_->wasCanceled()) return true;
+  copying_.reset();
+  return false;
+}
+
 void frmResults::closeEvent(QCloseEvent* event) {
-  // What stands in an open editor is an entry like any other.
-  grid_->setFocus();
+  if (!grid_->CommitEdit()) {
+    event->ignore();
+    return;
+  }
   host_.SetCaption(core::FilledText(context_.texts, "RS_HEADLINE"_key,
                                     {{"strDataFileGl", context_.globals.strDataFileGl}}));
   columnsIni_.SaveColumns();
@@ -320,6 +379,56 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
   return std::nullopt;
 }
 
+/// An open value that is emptied would be locked empty when the log is closed; in a list, the empty entry is
+/// chosen.
+bool frmResults::ConfirmEmptied(const ui::RowBuffer& entered) {
+  for (int column = 0; column < kColumnCount; ++column) {
+    const auto& value = entered.Value(0, column);
+    const bool isList = column == kPregnancyColumn || column == kRetakeColumn;
+    if (!value || !value->isEmpty() || isList ||
+        kColumns.at(static_cast<std::size_t>(column)).editFlag.empty())
+      continue;
+    return context_.Messages().Confirm("RS_ASK_EMPTY"_key,
+                                       {{"strColumn", ColumnHeading(column, context_.texts)}});
+  }
+  return true;
+}
+
+void frmResults::NoteEntries(int row, const RowBuffer& entered) {
+  for (int column = 0; column < kColumnCount; ++column)
+    if (entered.at(static_cast<std::size_t>(column))) entered_.push_back({row, column});
+}
+
+std::optional<frmResults::Cell> frmResults::EntryToTakeBack() {
+  const auto isPending = [this](const Cell& cell) {
+    return grid_->StateOf(cell.row, cell.column) == ui::CellState::kPending;
+  };
+  const Cell current{grid_->Row(), grid_->Col()};
+  if (current.row >= 0 && isPending(current)) return current;
+  while (!entered_.empty() && !isPending(entered_.back())) entered_.pop_back();
+  return entered_.empty() ? std::nullopt : std::optional(entered_.back());
+}
+
+void frmResults::TakeBackEntry() {
+  const auto cell = context_.globals.ReadOnlyGl ? std::nullopt : EntryToTakeBack();
+  const auto bookmark = cell ? grid_->BookmarkOf(cell->row) : std::nullopt;
+  if (!bookmark) {
+    context_.user.Beep();
+    return;
+  }
+  grid_->SetCurrentCell(cell->row, cell->column);
+  try {
+    const auto rows = data1_->Clone();
+    if (!TakeEntryBack(*rows, dao::Bookmark{*bookmark}, cell->column, context_.edits)) {
+      Refuse({.allowed = false, .beep = false, .message = "RS_ERR_CHANGE"_key});
+    }
+  } catch (const dao::EngineError& error) {
+    ShowEditError(error);
+  }
+  grid_->RefetchRow(cell->row);
+  host_.RefreshCommands();
+}
+
 /// Nobody overwrites a correction that another workstation made and that he has not seen.
 bool frmResults::IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) const {
   const RowDisplay display(rows, codeTexts_, context_.scheme, context_.shortDate);
@@ -339,6 +448,7 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
       entered.at(static_cast<std::size_t>(column)) = ui::FromQString(*value);
     }
   }
+  if (!ConfirmEmptied(rowBuf)) return std::nullopt;
   try {
     const auto rows = data1_->Clone();
     rows->SetBookmark(dao::Bookmark{writeLocation});
@@ -346,9 +456,12 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
       return FailureOf(
           dao::EngineError(dao::ErrorNumber::kDataChanged, "The value has been changed meanwhile."));
     }
-    WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts, context_.scheme, context_.edits);
+    const RowWritten written = WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts,
+                                        context_.scheme, context_.edits);
+    if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};
+    NoteEntries(static_cast<int>(rows->AbsolutePosition()), entered);
   } catch (const dao::EngineError& error) {
-    return FailureOf(error);
+    return WriteFailureOf(error);
   }
   host_.RefreshCommands();
   return std::nullopt;
@@ -399,7 +512,7 @@ void frmResults::HeadClick(int colIndex) {
     context_.user.Beep();
     return;
   }
-  if (colIndex < 0 || colIndex >= kColumnCount) return;
+  if (colIndex < 0 || colIndex >= kColumnCount || !grid_->CommitEdit()) return;
   (void)OpenRows(SortByColumn(recordSource_, colIndex));
 }
 
@@ -421,7 +534,9 @@ void frmResults::MarkSort() {
 void frmResults::Error(int dataError, int& response) {
   grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
-    context_.Messages().Critical(*key);
+    const bool isRule = dataError == static_cast<std::int32_t>(DataError::kLocked);
+    context_.Messages().Show(
+        {.key = *key, .icon = isRule ? core::MessageIcon::kInformation : core::MessageIcon::kCritical});
     host_.RefreshCommands();
     response = 0;
     return;

@@ -2,7 +2,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include <QProgressDialog>
 #include <QTimer>
 #include <QWidget>
 
@@ -14,6 +16,7 @@
 #include "logview/CEdits.h"
 #include "logview/CTDBGColumnsINI.h"
 #include "logview/RowDisplay.h"
+#include "logview/WriteRow.h"
 #include "platform/ShortDate.h"
 #include "ui/TDBGrid.h"
 
@@ -52,16 +55,26 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   frmResults(const ViewContext& context, ResultsHost& host, QWidget* parent = nullptr);
   ~frmResults() override;
 
-  /// Builds the query of the selection in the globals and shows its rows from the first one on.
+  /// Builds the query of the selection in the globals and shows its rows from the first one on. An open
+  /// editor is left first; when its entry is refused, everything stays as it is.
   void InitData();
+  /// The rows with corrections that are not locked yet, until the next InitData.
+  void ShowPending();
+  /// Stores what stands in an open editor and closes it; false when it was refused and stays there.
+  bool CommitEdit() { return grid_->CommitEdit(); }
+  /// Takes a pending entry back, value and all: that of the current cell, else the last one made in these
+  /// rows. Beeps when there is none.
+  void TakeBackEntry();
   /// Builds the columns anew after the database was changed under the view.
   void ReloadGrid();
   /// Whether values may be entered, after the log was protected or freed.
-  void ApplyReadOnly() { grid_->SetAllowUpdate(!context_.globals.ReadOnlyGl); }
+  void ApplyReadOnly();
   /// Lets go of the open log.
   void CloseData();
 
   [[nodiscard]] const std::string& RecordSource() const { return recordSource_; }
+  /// What the rows are, as the report's title says it.
+  [[nodiscard]] const std::string& Headline() const { return headline_; }
   [[nodiscard]] ui::TDBGrid& Grid() { return *grid_; }
   /// Every row is counted.
   [[nodiscard]] bool IsPopulated() const { return populated_; }
@@ -74,6 +87,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void BuildColumns();
   void LimitInput();
   void LoadColors();
+  void ShowIcon(const std::string& key);
   bool OpenRows(const std::string& sql);
   void CountFurtherRows();
   void MarkSort();
@@ -82,6 +96,14 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void ShowEditError(const dao::EngineError& error);
   /// Whether the cells that were entered still hold what the grid shows.
   [[nodiscard]] bool IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) const;
+  /// False when a value was emptied by mistake.
+  [[nodiscard]] bool ConfirmEmptied(const ui::RowBuffer& entered);
+  void NoteEntries(int row, const RowBuffer& entered);
+  struct Cell {
+    int row = 0;
+    int column = 0;
+  };
+  [[nodiscard]] std::optional<Cell> EntryToTakeBack();
   void Refuse(const struct EditDecision& decision);
 
   std::optional<ui::DataFailure> UnboundReadDataEx(ui::RowBuffer& rowBuf,
@@ -94,6 +116,9 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void ButtonClick(int colIndex) override;
   void HeadClick(int colIndex) override;
   void Error(int dataError, int& response) override;
+  void EditRefused() override;
+  void Undo() override { TakeBackEntry(); }
+  bool CopyProgress(std::int64_t copied, std::int64_t selected) override;
 
   [[nodiscard]] int ColumnCount() const override { return grid_->ColumnCount(); }
   [[nodiscard]] int Width(int column) const override { return grid_->ColumnWidth(column); }
@@ -107,6 +132,9 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   QTimer countTimer_;
 
   std::string recordSource_;
+  std::string headline_;
+  std::vector<Cell> entered_;  // in the present rows, the latest last
+  std::unique_ptr<QProgressDialog> copying_;
   std::unique_ptr<dao::Recordset> data1_;      // the selection's rows; its current row is the one edited
   std::unique_ptr<dao::Recordset> rowSource_;  // a fresh clone for each read
   bool populated_ = true;

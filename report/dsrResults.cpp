@@ -93,10 +93,6 @@ std::string BirthDatePicture(const DateOrder& order) {
   return {};
 }
 
-std::string_view ReportTitle(std::string_view headline) {
-  return headline.substr(0, headline.find(" - ["));
-}
-
 dsrResults::dsrResults(const core::TextLookup& texts, const std::string& site, platform::DateTime today,
                        const platform::ShortDate& shortDate)
     : printDate_(today), captions_{{"fldTitle", {}}, {"txtPraxis", site}} {
@@ -121,7 +117,7 @@ dsrResults::dsrResults(const core::TextLookup& texts, const std::string& site, p
 }
 
 void dsrResults::SetTitle(std::string_view headline) {
-  captions_.front().text = ReportTitle(headline);
+  captions_.front().text = headline;
 }
 
 const std::string* dsrResults::Caption(std::string_view object) const {

@@ -32,9 +32,6 @@ struct NamedText {
   std::string text;
 };
 
-/// The headline as a title: a main window's caption also names the window inside it, behind " - [".
-[[nodiscard]] std::string_view ReportTitle(std::string_view headline);
-
 /// The report of the log, made ready for one run: headings in the user's language and the texts of its five
 /// formula fields. Rows are attached by whoever lays it out.
 class dsrResults {

@@ -7,6 +7,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QStyle>
@@ -191,6 +192,19 @@ void CellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, cons
   } else if (const auto* line = qobject_cast<QLineEdit*>(editor)) {
     model->setData(index, line->text(), Qt::EditRole);
   }
+}
+
+bool CellDelegate::eventFilter(QObject* object, QEvent* event) {
+  // On some systems a line edit takes Ctrl+U and Ctrl+D for erasing before they can be commands.
+  if (event->type() == QEvent::ShortcutOverride) {
+    const auto& key = *static_cast<QKeyEvent*>(event);
+    const bool erases = key.matches(QKeySequence::DeleteCompleteLine) || key.matches(QKeySequence::Delete);
+    if (erases && key.modifiers().testFlag(Qt::ControlModifier)) {
+      event->ignore();
+      return true;
+    }
+  }
+  return QStyledItemDelegate::eventFilter(object, event);
 }
 
 QString CellDelegate::ToolTip(const QStyleOptionViewItem& option, const QModelIndex& index) const {

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QPainter>
+#include <QPointer>
 
 #include "ui/TDBGridAccessible.h"
 
@@ -157,6 +158,7 @@ void TDBGrid::SetAllowUpdate(bool allow) {
 void TDBGrid::ReBind(std::int64_t count) {
   StopSearch();
   countToBe_.reset();
+  keepsEditor_ = false;
   const int column = std::max(Col(), 0);
   model_.ReBind(count);
   if (model_.rowCount() > 0) setCurrentIndex(model_.index(0, std::min(column, ColumnCount() - 1)));
@@ -188,6 +190,7 @@ void TDBGrid::SetCurrentCell(int row, int column) {
 void TDBGrid::RaiseError(const DataFailure& failure) {
   const bool waiting = failure_.has_value();
   failure_ = failure;
+  keepsEditor_ = keepsEditor_ || failure.keepsEntry;
   if (!waiting) QTimer::singleShot(0, this, &TDBGrid::TellError);
 }
 
@@ -195,8 +198,13 @@ void TDBGrid::TellError() {
   const DataFailure failure = std::exchange(failure_, std::nullopt).value_or(DataFailure{});
   errorText_ = failure.text;
   int response = 1;
+  const QPointer<TDBGrid> self(this);
+  isTelling_ = true;
   if (events_ != nullptr) events_->Error(failure.number, response);
+  if (self.isNull()) return;
+  isTelling_ = false;
   if (response != 0) QApplication::beep();
+  ReturnToEditor();
 }
 
 void TDBGrid::paintEvent(QPaintEvent* event) {

@@ -20,14 +20,15 @@ namespace varnlog::ui {
 ///
 /// Keys: arrows, Page Up and Down, Home and End (with Ctrl: first and last row); F2 or typing edits, Escape
 /// gives the edit up; Tab and Shift+Tab go to the next and previous open cell; Alt+Down or F4 opens the list;
-/// Alt+Up clicks the heading of the current column; Ctrl+C copies the selected cells.
+/// Alt+Up clicks the heading of the current column; Ctrl+C copies the selected cells; Ctrl+Z is left to the
+/// events.
 class TDBGrid final : public QTableView {
   Q_OBJECT
  public:
   static constexpr int kNarrowest = 16;
   static constexpr int kWidest = 4000;
-  /// More rows than this are not copied.
-  static constexpr int kMostRowsCopied = 10'000;
+  /// Rows copied before other events get their turn.
+  static constexpr int kRowsPerCopySlice = 1'000;
   /// Rows looked at for an open cell before other events get their turn.
   static constexpr int kRowsPerSearchSlice = 256;
 
@@ -59,7 +60,8 @@ class TDBGrid final : public QTableView {
   void SetStateText(CellState state, const QString& text);
   /// Shown in place of rows when there are none.
   void SetEmptyText(const QString& text);
-  /// False: no cell can be edited, Tab visits every cell.
+  [[nodiscard]] const QString& EmptyText() const { return emptyText_; }
+  /// False: no cell can be edited and all look so, Tab visits every cell.
   void SetAllowUpdate(bool allow);
 
   /// Shows `count` other rows from the first one on.
@@ -85,11 +87,13 @@ class TDBGrid final : public QTableView {
   /// keeps them from opening.
   void CancelEdit();
   [[nodiscard]] bool IsEditing() const { return state() == EditingState; }
+  /// Stores what stands in an open editor and closes it. False when it was refused and the editor keeps it.
+  bool CommitEdit();
 
   /// Text of the failure that Error() is about.
   [[nodiscard]] const QString& ErrorText() const { return errorText_; }
 
-  /// The selected cells, tabs between columns and a line a row, at most kMostRowsCopied rows.
+  /// The selected cells, tabs between columns and a line a row; null when CopyProgress() gave it up.
   [[nodiscard]] QString SelectionText();
   void CopySelection();
 
@@ -103,6 +107,7 @@ class TDBGrid final : public QTableView {
 
  protected:
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+  void commitData(QWidget* editor) override;
   void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
@@ -121,6 +126,10 @@ class TDBGrid final : public QTableView {
   void FitRowHeight();
 
   [[nodiscard]] bool MayEdit(const QModelIndex& index, EditTrigger trigger, const QEvent* event);
+  bool OpenEditor(const QModelIndex& index, EditTrigger trigger, QEvent* event);
+  /// The open editor, or nullptr.
+  [[nodiscard]] QWidget* Editor() const { return IsEditing() ? indexWidget(editedCell_) : nullptr; }
+  void ReturnToEditor();
   [[nodiscard]] bool OnButton(const QPoint& position) const;
   void PressButton(const QModelIndex& index);
   void RaiseError(const DataFailure& failure);
@@ -144,6 +153,9 @@ class TDBGrid final : public QTableView {
   bool cancelRequested_ = false;
   bool openingList_ = false;
   QPersistentModelIndex pressedButton_;  // while the mouse is held down on it
+  QPersistentModelIndex editedCell_;     // whose editor was opened last
+  bool keepsEditor_ = false;             // what was typed last was refused and stays in its editor
+  bool isTelling_ = false;               // a message is up: losing the focus to it commits nothing
   QString emptyText_;
 
   std::optional<DataFailure> failure_;  // not told yet

@@ -25,7 +25,12 @@ bool TDBGrid::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
   const bool allowed = trigger == AllEditTriggers || editTriggers().testFlag(trigger);
   const bool opens = allowed && trigger != NoEditTriggers && index.isValid() && !IsEditing() &&
                      model_.flags(index).testFlag(Qt::ItemIsEditable);
-  if (!opens || openingList_) return QTableView::edit(index, trigger, event);
+  if (allowed && !model_.AllowUpdate() && trigger != SelectedClicked && index.isValid() &&
+      model_.Column(index.column()).editable && events_ != nullptr) {
+    events_->EditRefused();
+    return true;
+  }
+  if (!opens || openingList_) return OpenEditor(index, trigger, event);
   // The base class waits whether a second click follows and then asks again. A locked cell that is merely
   // clicked once more, as when coming back to the window, is not worth a message.
   if (trigger == SelectedClicked) {
@@ -37,7 +42,14 @@ bool TDBGrid::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
   const QPointer<TDBGrid> self(this);
   const bool may = MayEdit(index, trigger, event);
   if (self.isNull() || !may || !cell.isValid()) return true;
-  return QTableView::edit(cell, trigger, event);
+  return OpenEditor(cell, trigger, event);
+}
+
+bool TDBGrid::OpenEditor(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+  const bool wasEditing = IsEditing();
+  const bool handled = QTableView::edit(index, trigger, event);
+  if (!wasEditing && IsEditing()) editedCell_ = index;
+  return handled;
 }
 
 bool TDBGrid::MayEdit(const QModelIndex& index, EditTrigger trigger, const QEvent* event) {
@@ -53,13 +65,35 @@ bool TDBGrid::MayEdit(const QModelIndex& index, EditTrigger trigger, const QEven
 
 void TDBGrid::CancelEdit() {
   cancelRequested_ = true;
-  if (!IsEditing()) return;
-  if (QWidget* editor = indexWidget(currentIndex())) {
-    closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
-  }
+  if (QWidget* editor = Editor()) closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
+}
+
+bool TDBGrid::CommitEdit() {
+  QWidget* editor = Editor();
+  if (editor == nullptr) return true;
+  commitData(editor);
+  if (keepsEditor_) return false;
+  closeEditor(editor, QAbstractItemDelegate::NoHint);
+  return true;
+}
+
+void TDBGrid::commitData(QWidget* editor) {
+  if (isTelling_) return;
+  keepsEditor_ = false;
+  QTableView::commitData(editor);
+}
+
+// The cell whose entry was refused may have been left by a click elsewhere.
+void TDBGrid::ReturnToEditor() {
+  QWidget* editor = keepsEditor_ ? Editor() : nullptr;
+  if (editor == nullptr) return;
+  setCurrentIndex(editedCell_);
+  editor->setFocus();
 }
 
 void TDBGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+  if (keepsEditor_ && hint != QAbstractItemDelegate::RevertModelCache) return;
+  keepsEditor_ = false;
   const bool next = hint == QAbstractItemDelegate::EditNextItem;
   const bool previous = hint == QAbstractItemDelegate::EditPreviousItem;
   if (!next && !previous) {

@@ -16,6 +16,8 @@ namespace varnlog::ui {
 struct DataFailure {
   int number = 0;
   QString text;
+  /// What was typed stays in its editor, because it may be stored the next time.
+  bool keepsEntry = false;
 };
 
 /// One cell of an owner-drawn column about to be painted.
@@ -61,8 +63,12 @@ class TDBGridEvents {
   virtual void Error(int /*dataError*/, int& /*response*/) {}
   /// Another cell became the current one.
   virtual void RowColChange() {}
-  /// Only the first `copied` of `selected` rows fitted the copy.
-  virtual void CopyShortened(std::int64_t /*copied*/, std::int64_t /*selected*/) {}
+  /// Somebody wants to edit a cell although the grid takes no entries.
+  virtual void EditRefused() {}
+  /// Ctrl+Z outside an editor.
+  virtual void Undo() {}
+  /// Now and then while many rows are copied, and when the last one is. False gives the copy up.
+  virtual bool CopyProgress(std::int64_t /*copied*/, std::int64_t /*selected*/) { return true; }
 };
 
 }  // namespace varnlog::ui

@@ -56,27 +56,27 @@ QString OneField(QString text) {
 QString TDBGrid::SelectionText() {
   const QItemSelection selection = selectionModel()->selection();
   const std::set<int> columns = SelectedColumns(selection);
+  const std::vector<RowSpan> spans = SelectedRows(selection);
   std::int64_t selected = 0;
+  for (const auto& [first, last] : spans) selected += last - first + 1;
   QStringList lines;
-  for (const auto& [first, last] : SelectedRows(selection)) {
-    selected += last - first + 1;
-    for (int row = first; row <= last && lines.size() < kMostRowsCopied; ++row) {
+  for (const auto& [first, last] : spans) {
+    for (int row = first; row <= last; ++row) {
       QStringList fields;
       for (const int column : columns) {
         fields << (Covers(selection, row, column) ? OneField(CellText(row, column)) : QString());
       }
       lines << fields.join('\t');
+      const bool tells = lines.size() % kRowsPerCopySlice == 0 || lines.size() == selected;
+      if (tells && events_ != nullptr && !events_->CopyProgress(lines.size(), selected)) return {};
     }
-  }
-  if (selected > lines.size()) {
-    QApplication::beep();
-    if (events_ != nullptr) events_->CopyShortened(lines.size(), selected);
   }
   return lines.join('\n');
 }
 
 void TDBGrid::CopySelection() {
-  if (selectionModel()->hasSelection()) QApplication::clipboard()->setText(SelectionText());
+  if (!selectionModel()->hasSelection()) return;
+  if (const QString text = SelectionText(); !text.isNull()) QApplication::clipboard()->setText(text);
 }
 
 void TDBGrid::keyPressEvent(QKeyEvent* event) {
@@ -91,6 +91,10 @@ void TDBGrid::keyPressEvent(QKeyEvent* event) {
 bool TDBGrid::HandleKey(QKeyEvent* event) {
   if (event->matches(QKeySequence::Copy)) {
     CopySelection();
+    return true;
+  }
+  if (event->matches(QKeySequence::Undo)) {
+    if (events_ != nullptr) events_->Undo();
     return true;
   }
   const bool alt = event->modifiers().testFlag(Qt::AltModifier);

@@ -63,8 +63,9 @@ void TDBGridModel::RefetchRow(int row) {
 TDBGridModel::Cell TDBGridModel::CellAt(int row, int column) const {
   const RowBlocks::Row found = blocks_.At(row);
   if (found.buffer == nullptr) return {};
+  const CellState state = found.buffer->State(found.index, column);
   return {found.buffer->Value(found.index, column).value_or(QString()),
-          found.buffer->State(found.index, column)};
+          !allowUpdate_ && IsOpen(state) ? CellState::kLocked : state};
 }
 
 std::optional<std::int64_t> TDBGridModel::BookmarkAt(int row) const {

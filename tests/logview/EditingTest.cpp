@@ -16,12 +16,18 @@ RowBuffer Entered(std::initializer_list<std::pair<int, std::string>> cells) {
 
 class EditingTest : public LogFixture {
  protected:
-  std::vector<std::string> Edits(int row, const RowBuffer& entered, const intake::ToothScheme& scheme) {
+  RowWritten Edits(int row, const RowBuffer& entered, const intake::ToothScheme& scheme) {
     const auto rows = Rows();
     rows->Move(row);
     return WriteRow(*rows, rows->Bookmark(), entered, texts_, scheme, edits_);
   }
-  std::vector<std::string> Edits(int row, const RowBuffer& entered) { return Edits(row, entered, fdi_); }
+  RowWritten Edits(int row, const RowBuffer& entered) { return Edits(row, entered, fdi_); }
+  void TakesOpenExposure(std::map<std::string, std::string> values) {
+    for (const Column& column : kColumns) {
+      if (!column.editFlag.empty()) values.emplace(column.editFlag, "1");
+    }
+    TakesExposure(values);
+  }
 
   CEdits edits_;
   FakeUser user_;
@@ -89,7 +95,7 @@ TEST_F(EditingTest, TypedTextsAreLimitedToTheirFields) {
 }
 
 TEST_F(EditingTest, WritesEachColumnInItsStoredForm) {
-  TakesExposure({{"tXraySType", "XI"}});
+  TakesOpenExposure({{"tXraySType", "XI"}});
   Edits(0,
         Entered({{kPregnancyColumn, "unbekannt"},
                  {kRegionColumn, " t "},
@@ -112,7 +118,7 @@ TEST_F(EditingTest, WritesEachColumnInItsStoredForm) {
 }
 
 TEST_F(EditingTest, ARegionIsReadByTheTypeEnteredWithIt) {
-  TakesExposure({{"tXraySType", "XI"}});
+  TakesOpenExposure({{"tXraySType", "XI"}});
   Edits(0, Entered({{kTypeColumn, "XP"}, {kRegionColumn, "32"}}), us_);
   EXPECT_EQ(Stored(0, "tXraySRegio"), "32");
   Edits(0, Entered({{kTypeColumn, "xi"}, {kRegionColumn, "32"}}), us_);
@@ -120,14 +126,14 @@ TEST_F(EditingTest, ARegionIsReadByTheTypeEnteredWithIt) {
 }
 
 TEST_F(EditingTest, ATextThatIsNotInTheListBecomesEmpty) {
-  TakesExposure({{"tXraySPreg", "J"}});
+  TakesOpenExposure({{"tXraySPreg", "J"}});
   Edits(0, Entered({{kPregnancyColumn, "vielleicht"}}));
   EXPECT_EQ(Stored(0, "tXraySPreg"), "");
 }
 
 TEST_F(EditingTest, NumberDateAndPatientAreRefusedAndTheRestIsWritten) {
-  TakesExposure({{"tXraySName", "Müller"}});
-  const auto refused = Edits(0, Entered({{0, "9"}, {2, "Meier"}, {7, "65"}}));
+  TakesOpenExposure({{"tXraySName", "Müller"}});
+  const auto refused = Edits(0, Entered({{0, "9"}, {2, "Meier"}, {7, "65"}})).refused;
   EXPECT_EQ(refused, (std::vector<std::string>{"Spalte 0 darf nicht editiert werden",
                                                "Spalte 2 darf nicht editiert werden"}));
   EXPECT_EQ(Stored(0, "tXraySName"), "Müller");
@@ -136,7 +142,7 @@ TEST_F(EditingTest, NumberDateAndPatientAreRefusedAndTheRestIsWritten) {
 }
 
 TEST_F(EditingTest, AValueThatIsTooLongChangesNothingAndLocksNothing) {
-  TakesExposure({{"tXraySDose", "1"}, {"tXraySVolt", "60"}});
+  TakesOpenExposure({{"tXraySDose", "1"}, {"tXraySVolt", "60"}});
   try {
     Edits(0, Entered({{7, "65"}, {kDoseColumn, std::string(33, 'x')}}));
     ADD_FAILURE() << "33 characters were taken";
@@ -149,7 +155,7 @@ TEST_F(EditingTest, AValueThatIsTooLongChangesNothingAndLocksNothing) {
 }
 
 TEST_F(EditingTest, ARowThatIsGoneIsReportedAsDeleted) {
-  TakesExposure({{"tXraySVolt", "60"}});
+  TakesOpenExposure({{"tXraySVolt", "60"}});
   const auto rows = Rows();
   const dao::Bookmark bookmark = rows->Bookmark();
   LosesRow(1);
@@ -160,6 +166,39 @@ TEST_F(EditingTest, ARowThatIsGoneIsReportedAsDeleted) {
     EXPECT_EQ(DataErrorKey(DataErrorOf(error.number())), "RS_ERR_RECDEL"_key) << error.what();
   }
   EXPECT_EQ(edits_.Count(), 0U);
+}
+
+// The editor was open when another workstation entered and locked the value.
+TEST_F(EditingTest, AValueThatWasLockedMeanwhileIsNotOverwritten) {
+  TakesOpenExposure({{"tXraySVolt", "60"}});
+  const auto rows = Rows();
+  log_->Execute("UPDATE TXray SET tXrayBEdVolt = 0");
+  const RowWritten written =
+      WriteRow(*rows, rows->Bookmark(), Entered({{7, "65"}, {8, "7"}}), texts_, fdi_, edits_);
+  EXPECT_TRUE(written.isLocked);
+  EXPECT_EQ(Stored(0, "tXraySVolt"), "60");
+  EXPECT_EQ(Stored(0, "tXraySCur"), "") << "all of it or nothing";
+  EXPECT_EQ(Stored(0, "tXrayBEdVolt"), "0");
+  EXPECT_EQ(edits_.Count(), 0U);
+}
+
+TEST_F(EditingTest, APendingEntryIsTakenBackToTheValueBeforeTheFirstCorrection) {
+  TakesOpenExposure({{"tXraySVolt", "60"}});
+  const auto rows = Rows();
+  for (const char* volt : {"65", "66"}) Edits(0, Entered({{7, volt}, {kDoseColumn, volt}}));
+  EXPECT_TRUE(TakeEntryBack(*rows, rows->Bookmark(), 7, edits_));
+  EXPECT_TRUE(TakeEntryBack(*rows, rows->Bookmark(), kDoseColumn, edits_));
+  EXPECT_FALSE(TakeEntryBack(*rows, rows->Bookmark(), 7, edits_)) << "nothing is pending any more";
+  EXPECT_EQ(Stored(0, "tXraySVolt"), "60");
+  const auto after = Rows();
+  EXPECT_TRUE(after->Fields("tXraySDose").IsNull()) << "never written, as before";
+  EXPECT_TRUE(after->Fields("tXrayBEdVolt").Boolean());
+
+  Edits(0, Entered({{7, "65"}}));
+  EXPECT_EQ(log_->OpenRecordset(PendingRows(edits_))->RecordCount(), 1);
+  log_->Execute("UPDATE TXray SET tXrayBEdVolt = 0");
+  EXPECT_FALSE(TakeEntryBack(*rows, rows->Bookmark(), 7, edits_)) << "locked by another workstation";
+  EXPECT_EQ(Stored(0, "tXraySVolt"), "65");
 }
 
 TEST_F(EditingTest, DataErrorsHaveTheirMessages) {

@@ -63,21 +63,6 @@ TEST(dsrResultsTest, InitialisationWritesTheFiveFormulaTexts) {
   EXPECT_EQ(report.FormulaText("other"), nullptr);
 }
 
-TEST(dsrResultsTest, TheTitleIsTheHeadlineWithoutTheWindowInsideIt) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"Kontrollbuch: alle", "Kontrollbuch: alle"},
-      {"Kontrollbuch - [Aufnahmen]", "Kontrollbuch"},
-      {"A - B [C] - [D] - [E]", "A - B [C]"},
-      {"", ""},
-  };
-  for (const auto& [headline, title] : rows) {
-    dsrResults report(NamedTexts(), "", *DateTime::FromCivil(2024, 2, 9), ShortDate());
-    EXPECT_EQ(report.Title(), "");
-    report.SetTitle(headline);
-    EXPECT_EQ(report.Title(), title);
-  }
-}
-
 TEST(dsrResultsTest, AQuoteInATextDoesNotEndTheFormula) {
   const QuotingTexts texts;
   const dsrResults report(texts, "", *DateTime::FromCivil(2024, 2, 9), ShortDate());

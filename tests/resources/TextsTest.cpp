@@ -167,13 +167,6 @@ TEST(Texts, EndingsThatMeanSomethingAreTheSameInEveryLanguage) {
   });
 }
 
-// A window's caption is cut where the name of a maximised child begins to get the title of the report.
-TEST(Texts, NoTextLooksLikeACaptionWithAChildWindow) {
-  ForEachText([](const std::string&, std::string_view, const std::string& text) {
-    EXPECT_EQ(text.find(" - ["), std::string::npos);
-  });
-}
-
 // ---------------------------------------------------------------------------------------------------------
 
 struct Group {

@@ -67,7 +67,12 @@ class MadeUpRows : public TDBGridEvents {
     if (ownerDrawThrows) throw std::runtime_error("no brush");
     cell.drawButton = cell.drawButton && ownerDrawsButtons;
   }
-  void CopyShortened(std::int64_t copied, std::int64_t selected) override { shortened = {copied, selected}; }
+  bool CopyProgress(std::int64_t copied, std::int64_t selected) override {
+    copies.emplace_back(copied, selected);
+    return copied < copyEnds;
+  }
+  void EditRefused() override { ++refusals; }
+  void Undo() override { ++undone; }
 
   struct Written {
     Written(std::int64_t l, int c, QString t) : location(l), column(c), text(std::move(t)) {}
@@ -91,7 +96,10 @@ class MadeUpRows : public TDBGridEvents {
   std::vector<int> headings;
   std::vector<std::pair<int, QString>> errors;
   std::vector<Written> written;
-  std::pair<std::int64_t, std::int64_t> shortened{0, 0};
+  std::vector<std::pair<std::int64_t, std::int64_t>> copies;
+  std::int64_t copyEnds = 1'000'000;  // rows after which the copy is given up
+  int refusals = 0;
+  int undone = 0;
   std::map<std::pair<std::int64_t, int>, CellState> states;  // what differs from the usual
   CellState usualState = CellState::kEdit;
   bool commentOpen = true;

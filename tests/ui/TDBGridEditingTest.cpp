@@ -89,6 +89,50 @@ TEST_F(TDBGridEditingTest, ColumnsThatAreNotTheUsersNeverAsk) {
   grid_.SetCurrentCell(4, 2);
   Types("7");
   EXPECT_TRUE(rows_.editsAsked.empty());
+  EXPECT_EQ(rows_.refusals, 1) << "not silently";
+  EXPECT_EQ(grid_.StateOf(4, 2), CellState::kLocked) << "nor does it look open";
+}
+
+TEST_F(TDBGridEditingTest, ARefusedEntryStaysInItsEditorUntilItIsStoredOrGivenUp) {
+  Shows(100);
+  rows_.writeFailure = DataFailure{.number = 3045, .text = "in use", .keepsEntry = true};
+  grid_.SetCurrentCell(4, 2);
+  Types("70");
+  Presses(Qt::Key_Return);
+  ASSERT_NE(Line(), nullptr);
+  EXPECT_FALSE(grid_.CommitEdit());
+  Settle();
+  ClicksCell(7, 1);
+  Settle();
+  ASSERT_NE(Line(), nullptr);
+  EXPECT_EQ(Line()->text(), "70");
+  EXPECT_EQ(Current(), Cell(4, 2)) << "back in the cell that waits";
+  EXPECT_EQ(rows_.errors.size(), 3U) << "one message a try";
+  rows_.writeFailure.reset();
+  EXPECT_TRUE(grid_.CommitEdit());
+  EXPECT_EQ(rows_.written, (Writes{{4, 2, "70"}}));
+
+  rows_.writeFailure = DataFailure{.number = 3045, .text = "in use", .keepsEntry = true};
+  Types("71");
+  Presses(Qt::Key_Return);
+  Presses(Qt::Key_Escape);
+  EXPECT_FALSE(grid_.IsEditing());
+  EXPECT_EQ(grid_.CellText(4, 2), "70");
+}
+
+TEST_F(TDBGridEditingTest, KeysOfCommandsAreLeftToThem) {
+  Shows(100);
+  grid_.SetCurrentCell(4, 2);
+  Presses(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(rows_.undone, 1);
+  Types("70");
+  ASSERT_NE(Line(), nullptr);
+  for (const int key : {Qt::Key_U, Qt::Key_D}) {
+    QKeyEvent asks(QEvent::ShortcutOverride, key, Qt::ControlModifier);
+    asks.ignore();
+    QCoreApplication::sendEvent(Line(), &asks);
+    EXPECT_FALSE(asks.isAccepted()) << key << " would erase what was typed";
+  }
 }
 
 TEST_F(TDBGridEditingTest, AFailedWriteShowsTheStoredValueAndTells) {

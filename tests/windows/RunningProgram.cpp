@@ -119,6 +119,7 @@ void RunningProgram::Enters(int row, int column, const QString& text) {
   QWidget* editor = QApplication::focusWidget();
   if (editor == nullptr) throw std::runtime_error("the window is not active");
   QTest::keySequence(editor, QKeySequence::SelectAll);
+  QTest::keyClick(editor, Qt::Key_Delete);
   QTest::keyClicks(editor, text);
   QTest::keyClick(editor, Qt::Key_Return);
   Settle();

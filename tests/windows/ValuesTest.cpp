@@ -1,0 +1,137 @@
+#include "tests/windows/MainWindow.h"
+
+// What was typed is never lost, and what is not locked yet can be taken back.
+
+namespace varnlog::app::test {
+namespace {
+
+using core::literals::operator""_key;
+using enum CommandId;
+
+class Values : public MainWindow {
+ protected:
+  void SetUp() override {
+    MainWindow::SetUp();
+    Starts();
+    (void)program_->TakeMessages();
+  }
+  /// Types into the first row's voltage and leaves the editor open.
+  void Types(const QString& text) {
+    program_->Window().activateWindow();
+    program_->Grid().SetCurrentCell(0, kVoltageColumn);
+    program_->Grid().setFocus();
+    RunningProgram::Settle();
+    QTest::keyClick(&program_->Grid(), Qt::Key_F2);
+    RunningProgram::Settle();
+    ASSERT_TRUE(program_->Grid().IsEditing());
+    QTest::keySequence(QApplication::focusWidget(), QKeySequence::SelectAll);
+    QTest::keyClicks(QApplication::focusWidget(), text);
+  }
+  void ReportsAnother() { installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2019", "08:00:00")}); }
+  static void Activates() { emit qApp->applicationStateChanged(Qt::ApplicationActive); }
+};
+
+TEST_F(Values, WhateverRebuildsPrintsOrLeavesStoresTheOpenEntryFirst) {
+  int volt = 50;
+  for (const CommandId command : {mnuViewLoad, mnuSortAll, mnuFilePrintPreview, mnuEditUpdate}) {
+    const std::string text = std::to_string(++volt);
+    Types(QString::fromStdString(text));
+    program_->Triggers(command);
+    EXPECT_EQ(Stored("tXraySVolt"), text) << Def(command).name;
+    EXPECT_FALSE(program_->Grid().IsEditing()) << Def(command).name;
+    if (auto* preview = program_->Window().findChild<QWidget*>("frmPreview")) {
+      preview->parentWidget()->close();
+      RunningProgram::Settle();
+    }
+  }
+  Types("61");
+  program_->ClicksHeading(logview::kDateColumn);
+  EXPECT_EQ(Stored("tXraySVolt"), "61");
+  program_->Triggers(mnuSortAll);
+  Types("62");
+  ASSERT_TRUE(program_->Quits());
+  EXPECT_EQ(Stored("tXraySVolt"), "62");
+}
+
+TEST_F(Values, AnUpdateOnActivationWaitsForTheEndOfADialogOrAnEntry) {
+  ReportsAnother();
+  Types("63");
+  Activates();
+  QTest::qWait(500);
+  EXPECT_TRUE(program_->Grid().IsEditing());
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  ASSERT_TRUE(program_->Window().Results()->CommitEdit());
+  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Grid().ApproximateCount() == 5; }, 10'000));
+
+  installation_.Reports({cli::NewExposure("Spät", "XI", "02.01.2019", "08:00:00")});
+  program_->InDialog("frmPatSearch", [this](QDialog& dialog) {
+    Activates();
+    QTest::qWait(500);
+    EXPECT_EQ(program_->Grid().ApproximateCount(), 5) << "neither updated nor rebuilt";
+    Cancels(dialog);
+  });
+  program_->Triggers(mnuSortPatAll);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Grid().ApproximateCount() == 6; }, 10'000));
+  EXPECT_EQ(program_->Window().windowTitle().section(" - [", 0, 0), program_->Text("RS_ALLPATIENTIMG"_key));
+}
+
+TEST_F(Values, CtrlZTakesPendingEntriesBackTheCurrentCellsFirst) {
+  const QString before = program_->Grid().CellText(1, kVoltageColumn);
+  program_->Enters(0, kVoltageColumn, "63");
+  program_->Enters(1, kVoltageColumn, "64");
+  const auto presses = [this] {
+    QTest::keyClick(&program_->Grid(), Qt::Key_Z, Qt::ControlModifier);
+    RunningProgram::Settle();
+  };
+  program_->Grid().SetCurrentCell(0, kVoltageColumn);
+  presses();
+  EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "");
+  EXPECT_EQ(program_->Grid().StateOf(0, kVoltageColumn), ui::CellState::kEdit);
+  presses();
+  EXPECT_EQ(program_->Grid().CellText(1, kVoltageColumn), before) << "then the last one made";
+  EXPECT_EQ(program_->Grid().Row(), 1) << "where it can be seen";
+  const int beeps = program_->Beeps();
+  presses();
+  EXPECT_EQ(program_->Beeps(), beeps + 1) << "nothing is left";
+  ASSERT_TRUE(program_->Quits());
+  EXPECT_EQ(Stored("tXrayBEdVolt"), "1") << "and nothing is locked";
+}
+
+TEST_F(Values, AValueIsEmptiedOnPurposeOnly) {
+  program_->Enters(0, kVoltageColumn, "63");
+  program_->AnswersWith(core::MessageAnswer::kNo);
+  program_->Enters(0, kVoltageColumn, "");
+  EXPECT_EQ(program_->TakeMessages().size(), 1);
+  EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "63");
+  program_->AnswersWith(core::MessageAnswer::kYes);
+  program_->Enters(0, kVoltageColumn, "");
+  EXPECT_EQ(Stored("tXraySVolt"), "");
+}
+
+TEST_F(Values, ARefusedEntryStaysInItsEditor) {
+  {
+    dao::DBEngine engine;
+    engine.SetSystemDB((installation_.program() / "system.mdw").string());
+    const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
+    const auto log = workspace->OpenDatabase(installation_.log().string(), false, false);
+    workspace->BeginTrans();
+    program_->Enters(0, kVoltageColumn, "65");
+    EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RS_ERR_RECORDEX"_key)));
+    workspace->Rollback();
+  }
+  ASSERT_TRUE(program_->Grid().IsEditing());
+  program_->Triggers(mnuViewLoad);
+  EXPECT_EQ(Stored("tXraySVolt"), "65");
+}
+
+TEST_F(Values, ALogThatCannotBeReadDoesNotClaimToBeEmpty) {
+  installation_.WithLog(false, [](dao::Database& log) { log.Execute("ALTER TABLE TXray RENAME TO Weg"); });
+  program_->Triggers(mnuViewLoad);
+  EXPECT_EQ(program_->Grid().EmptyText(), program_->Text("RS_UNREADABLE"_key));
+  installation_.WithLog(false, [](dao::Database& log) { log.Execute("ALTER TABLE Weg RENAME TO TXray"); });
+  program_->Triggers(mnuViewLoad);
+  EXPECT_EQ(program_->Grid().EmptyText(), program_->Text("RS_EMPTY"_key));
+}
+
+}  // namespace
+}  // namespace varnlog::app::test
