@@ -30,6 +30,9 @@ class Database {
 
   [[nodiscard]] std::string Name() const;  // path
   [[nodiscard]] bool IsReadOnly() const;
+  /// True when the open file was renamed or removed, or another one took its name: nothing can be read or
+  /// written here any more (kFileReplaced), and the path has to be opened again.
+  [[nodiscard]] bool WasReplaced() const;
 
   /// The tables' names as declared, the engine's own left out.
   [[nodiscard]] std::vector<std::string> TableNames() const;

@@ -53,6 +53,9 @@ std::string Database::Name() const {
 bool Database::IsReadOnly() const {
   return connection_->IsReadOnly();
 }
+bool Database::WasReplaced() const {
+  return connection_->WasReplaced();
+}
 std::vector<std::string> Database::TableNames() const {
   return ReadTableNames(*connection_);
 }

@@ -30,7 +30,7 @@ constexpr std::array kResultRules = {
     ResultRule{SQLITE_CORRUPT, ErrorNumber::kDamaged, "The file '%f' is damaged. Repair it or use a backup."},
     ResultRule{SQLITE_FULL, ErrorNumber::kNotEnoughDiskSpace,
                "There is not enough space on the disk for a change to the file '%f'."},
-    ResultRule{SQLITE_READONLY_DBMOVED, ErrorNumber::kObjectInvalid,
+    ResultRule{SQLITE_READONLY_DBMOVED, ErrorNumber::kFileReplaced,
                "The file '%f' was replaced since it was opened. Open it again."},
     ResultRule{SQLITE_READONLY_ROLLBACK, ErrorNumber::kNoPermission,
                "An interrupted change must be undone in the file '%f', but there is no permission to write."},

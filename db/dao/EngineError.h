@@ -18,6 +18,7 @@ enum class ErrorNumber : int {
   kBadAccount = 3029,
   kNoPermission = 3033,
   kInvalidTransaction = 3034,
+  kFileReplaced = 3043,  // the open file is no longer what stands under its name
   kInvalidPath = 3044,
   kFileInUse = 3045,
   kDamaged = 3049,

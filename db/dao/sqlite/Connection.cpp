@@ -195,6 +195,11 @@ void Connection::Execute(const std::string& storageSql) {
 
 int Connection::OnBusy(void* connection, int attempt) {
   static thread_local std::chrono::steady_clock::time_point since;
+bool Connection::WasReplaced() const {
+  int moved = 0;
+  return sqlite3_file_control(Handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+}
+
   const auto now = std::chrono::steady_clock::now();
   if (attempt == 0) since = now;
   const EngineOptions& options = static_cast<Connection*>(connection)->state_->options;

@@ -56,6 +56,10 @@ class Connection {
 
   /// Throws the engine error of a result code.
   [[noreturn]] void Throw(int result) const;
+  /// True when the file was renamed or removed, or another one took its name, since it was opened. Every use
+  /// of such a connection throws kFileReplaced.
+  [[nodiscard]] bool WasReplaced() const;
+
 
   /// Runs statements in the storage's SQL.
   void Execute(const std::string& storageSql);

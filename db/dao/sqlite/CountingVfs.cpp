@@ -12,6 +12,7 @@ FileCounters counters;
 struct CountedFile {
   sqlite3_file base;
   int lockLevel;
+  bool isDatabase;
 };
 
 sqlite3_vfs* SystemVfs(sqlite3_vfs* vfs) {
@@ -48,9 +49,22 @@ int FileSize(sqlite3_file* file, sqlite3_int64* size) {
   return InnerMethods(file).xFileSize(Inner(file), size);
 }
 
+// Journals are found by name. Through a file that no longer has its name another file's journal would be
+// taken for its own: rolled back, or removed while that file is being changed.
+bool HasMoved(sqlite3_file* file) {
+  int moved = 0;
+  const int result = InnerMethods(file).xFileControl(Inner(file), SQLITE_FCNTL_HAS_MOVED, &moved);
+  return result == SQLITE_OK && moved != 0;
+}
+
 int Lock(sqlite3_file* file, int level) {
-  const int result = InnerMethods(file).xLock(Inner(file), level);
   auto& counted = *reinterpret_cast<CountedFile*>(file);
+  const bool isFirst = counted.isDatabase && counted.lockLevel == SQLITE_LOCK_NONE;
+  const int result = InnerMethods(file).xLock(Inner(file), level);
+  if (result == SQLITE_OK && isFirst && HasMoved(file)) {
+    InnerMethods(file).xUnlock(Inner(file), SQLITE_LOCK_NONE);
+    return SQLITE_READONLY_DBMOVED;
+  }
   if (result == SQLITE_OK && level > counted.lockLevel) {
     ++counters.locksPlaced;
     counted.lockLevel = level;
@@ -106,7 +120,9 @@ int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int*
   file->pMethods = nullptr;
   const int result = system->xOpen(system, name, Inner(file), flags, outFlags);
   if (Inner(file)->pMethods != nullptr) file->pMethods = &kMethods;
-  reinterpret_cast<CountedFile*>(file)->lockLevel = SQLITE_LOCK_NONE;
+  auto& counted = *reinterpret_cast<CountedFile*>(file);
+  counted.lockLevel = SQLITE_LOCK_NONE;
+  counted.isDatabase = (flags & SQLITE_OPEN_MAIN_DB) != 0;
   return result;
 }
 

@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <sqlite3.h>
+
 #include "tests/db/dao/EngineFixture.h"
 
 namespace varnlog::dao {
@@ -151,6 +153,49 @@ TEST_F(OpenDatabaseTest, TakesAFileBackFromAnotherJournalMode) {
   EXPECT_EQ(Opening(path, true), ErrorNumber::kNoPermission);
   EXPECT_EQ(Open(path)->TableDefs("txray").Fields().size(), 25U);
   EXPECT_EQ(Opening(path, true), ErrorNumber::kNone) << "it is an ordinary file again";
+}
+
+// A log that was restored or exchanged while it was open: its name, and with it the journal, is another
+// file's.
+TEST_F(OpenDatabaseTest, LeavesAFileAloneThatLostItsNameToAnother) {
+  const std::string path = MakeLog();
+  const auto stale = Open(path);
+  FillLog(*workspace_, *stale, 3);
+  const auto rows = stale->OpenRecordset("SELECT * FROM TXray ORDER BY tXrayTs");
+  EXPECT_FALSE(stale->WasReplaced());
+  fs::copy_file(path, Path("backup.mdb"));
+  fs::rename(Path("backup.mdb"), path);
+  EXPECT_TRUE(stale->WasReplaced());
+  const auto other = AnotherStation();
+  const auto fresh = other.workspace->OpenDatabase(path, false, false);
+  other.workspace->BeginTrans();
+  AddExposure(*fresh->OpenRecordset("TXray"), {"New", "Row", Minute(0), Minute(9)});
+  ASSERT_TRUE(fs::exists(path + "-journal"));
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(ErrorOf([&] { rows->MoveLast(), static_cast<void>(rows->Fields(1).Text()); }),
+              ErrorNumber::kFileReplaced);
+    EXPECT_EQ(ErrorOf([&] {
+                AddExposure(*stale->OpenRecordset("TXray"), {"L", "o", Minute(0), Minute(0)});
+              }),
+              ErrorNumber::kFileReplaced);
+    EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kFileReplaced);
+  }
+  EXPECT_TRUE(fs::exists(path + "-journal"));
+  other.workspace->CommitTrans();
+  stale->Close();
+  EXPECT_EQ(Open(path)->OpenRecordset("SELECT * FROM TXray", RecordsetType::kSnapshot)->RecordCount(), 4);
+}
+
+TEST_F(OpenDatabaseTest, RefusesTablesOfForeignModules) {
+  const std::string path = MakeLog();
+  sqlite3* handle = nullptr;
+  ASSERT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(handle, "CREATE VIRTUAL TABLE words USING fts5(w); INSERT INTO words VALUES ('a')",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(handle);
+  EXPECT_EQ(Opening(path), ErrorNumber::kUnrecognisedFormat);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path); }), ErrorNumber::kUnrecognisedFormat);
 }
 
 TEST_F(OpenDatabaseTest, IgnoresAPasswordOfAFileThatHasNone) {
