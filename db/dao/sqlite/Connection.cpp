@@ -142,7 +142,17 @@ void Connection::Configure() {
 // The first look at the content tells a locked, damaged or foreign file.
 void Connection::Probe() {
   if (mode_.exclusive) TakeForever();
-  Statement(*this, "SELECT count(*) FROM sqlite_schema").Run();
+  RefuseVirtualTables();
+}
+
+// Their content is whatever a module of the storage makes of other tables, and some modules fail on what a
+// file from elsewhere gives them. A log has none.
+void Connection::RefuseVirtualTables() {
+  Statement find(*this, "SELECT count(*) FROM sqlite_schema WHERE sql LIKE '%virtual%using%'");
+  ResetAtEnd reset(find);
+  if (find.Step() && find.Number(0) > 0)
+    throw EngineError(ErrorNumber::kUnrecognisedFormat,
+                      FileText("The file ", path_, " has tables of a kind that is not known here."));
 }
 
 void Connection::TakeForever() {
@@ -175,7 +185,8 @@ void Connection::Close() noexcept {
   ordered_ = std::make_unique<OrderedIds>();
   tables_.clear();
   sqlite3* const handle = std::exchange(handle_, nullptr);
-  while (sqlite3_stmt* const statement = sqlite3_next_stmt(handle, nullptr)) sqlite3_finalize(statement);
+  for (sqlite3_stmt* const statement : statements_) sqlite3_finalize(statement);
+  statements_.clear();
   sqlite3_close_v2(handle);
 }
 

@@ -6,12 +6,14 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 #include "db/dao/EngineState.h"
 #include "db/dao/sqlite/Statement.h"
 #include "db/dao/sqlite/StorageError.h"
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace varnlog::dao {
 
@@ -54,12 +56,12 @@ class Connection {
   /// Throws kObjectInvalid after Close().
   [[nodiscard]] sqlite3* Handle() const;
 
-  /// Throws the engine error of a result code.
-  [[noreturn]] void Throw(int result) const;
   /// True when the file was renamed or removed, or another one took its name, since it was opened. Every use
   /// of such a connection throws kFileReplaced.
   [[nodiscard]] bool WasReplaced() const;
 
+  /// Throws the engine error of a result code.
+  [[noreturn]] void Throw(int result) const;
 
   /// Runs statements in the storage's SQL.
   void Execute(const std::string& storageSql);
@@ -124,6 +126,7 @@ class Connection {
 
  private:
   friend class ReadScope;
+  friend class Statement;
   friend class WriteScope;
 
   Connection(std::string path, Mode mode, std::shared_ptr<EngineState> state);
@@ -131,6 +134,7 @@ class Connection {
   void Configure();
   void CheckHeader();
   void Probe();
+  void RefuseVirtualTables();
   void TakeForever();
   void LeaveSharedMemoryJournal();
   void SetCache(bool writing);
@@ -147,6 +151,7 @@ class Connection {
   std::int64_t epoch_ = 0;
   std::uint32_t fileChanges_ = 0;
   std::chrono::steady_clock::time_point fileChangesRead_;
+  std::unordered_set<sqlite3_stmt*> statements_;  // of Statement objects; the storage has some of its own
   std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
   std::unique_ptr<SelectCache> selects_;
   std::unique_ptr<DistinctRows> distinct_;

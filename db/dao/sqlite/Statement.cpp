@@ -1,6 +1,7 @@
 #include "db/dao/sqlite/Statement.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include <sqlite3.h>
@@ -20,11 +21,23 @@ Statement::Statement(Connection& connection, std::string_view storageSql) : conn
     sqlite3_finalize(std::exchange(handle_, nullptr));
     throw EngineError(ErrorNumber::kSyntaxError, "Exactly one statement is expected.");
   }
+  Register();
 }
 
-// A closed connection has finished all its statements.
+// A closed connection has finished all its statements, so it has to know them.
+void Statement::Register() {
+  try {
+    connection_->statements_.insert(handle_);
+  } catch (const std::bad_alloc&) {
+    sqlite3_finalize(std::exchange(handle_, nullptr));
+    throw;
+  }
+}
+
 Statement::~Statement() {
-  if (handle_ != nullptr && connection_->IsOpen()) sqlite3_finalize(handle_);
+  if (handle_ == nullptr || !connection_->IsOpen()) return;
+  connection_->statements_.erase(handle_);
+  sqlite3_finalize(handle_);
 }
 
 Statement::Statement(Statement&& other) noexcept

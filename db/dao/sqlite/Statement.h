@@ -62,6 +62,7 @@ class Statement {
  private:
   void CheckBound(int result);
   void RequireOpen() const;
+  void Register();
 
   Connection* connection_ = nullptr;
   sqlite3_stmt* handle_ = nullptr;
