@@ -195,6 +195,11 @@ sqlite3* Connection::Handle() const {
   return handle_;
 }
 
+bool Connection::WasReplaced() const {
+  int moved = 0;
+  return sqlite3_file_control(Handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+}
+
 void Connection::Throw(int result) const {
   ThrowStorageError(result, path_, sqlite3_errmsg(handle_));
 }
@@ -206,11 +211,6 @@ void Connection::Execute(const std::string& storageSql) {
 
 int Connection::OnBusy(void* connection, int attempt) {
   static thread_local std::chrono::steady_clock::time_point since;
-bool Connection::WasReplaced() const {
-  int moved = 0;
-  return sqlite3_file_control(Handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
-}
-
   const auto now = std::chrono::steady_clock::now();
   if (attempt == 0) since = now;
   const EngineOptions& options = static_cast<Connection*>(connection)->state_->options;
@@ -291,7 +291,7 @@ void Connection::ForgoSafety() {
 
 void Connection::SetSync(bool sync) {
   if (!isSafe_) return;
-  Execute(sync ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+  Execute(sync ? "PRAGMA synchronous=EXTRA" : "PRAGMA synchronous=NORMAL");
 }
 
 void Connection::ApplyOptions() {
