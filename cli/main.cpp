@@ -73,10 +73,7 @@ ExitStatus Run(const Command& command, const Options& options) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  varnlog::platform::MakeBrokenPipesErrors();
+int Main(int argc, char** argv) {
   CLI::App app("The X-ray exposure log without a window.", "varnlogctl");
   app.set_version_flag("--version", "varnlogctl " VARNLOG_VERSION);
   app.require_subcommand(1);
@@ -95,4 +92,16 @@ int main(int argc, char** argv) {
     return app.exit(error) == 0 ? kDone : kWrongUsage;  // help and version are exits too
   }
   return Run(*chosen, options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  varnlog::platform::MakeBrokenPipesErrors();
+  try {
+    return Main(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "varnlogctl: %s\n", error.what());
+    return kFailed;
+  }
 }

@@ -1,3 +1,4 @@
+#include <exception>
 #include <utility>
 
 #include "db/dao/DBEngine.h"
@@ -48,7 +49,7 @@ void Workspace::BeginTrans() {
       connection->BeginWork();
       begun.push_back(std::move(connection));
     }
-  } catch (const EngineError&) {
+  } catch (const std::exception&) {
     for (const auto& connection : begun) connection->RollbackWork();
     throw;
   }
@@ -63,7 +64,7 @@ void Workspace::CommitTrans() {
   for (std::size_t i = 0; i < connections.size(); ++i) {
     try {
       if (connections[i]->InWork()) connections[i]->CommitWork();
-    } catch (const EngineError&) {
+    } catch (const std::exception&) {
       for (std::size_t rest = i + 1; rest < connections.size(); ++rest) connections[rest]->RollbackWork();
       throw;
     }

@@ -180,9 +180,6 @@ void Connection::RequireWritable() const {
 void Connection::Close() noexcept {
   if (handle_ == nullptr) return;
   state_->closedCacheReads += CacheReads();
-  selects_ = std::make_unique<SelectCache>();
-  distinct_ = std::make_unique<DistinctRows>();
-  ordered_ = std::make_unique<OrderedIds>();
   tables_.clear();
   sqlite3* const handle = std::exchange(handle_, nullptr);
   for (sqlite3_stmt* const statement : statements_) sqlite3_finalize(statement);

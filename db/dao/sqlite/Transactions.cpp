@@ -1,3 +1,5 @@
+#include <exception>
+
 #include <sqlite3.h>
 
 #include "db/dao/sqlite/Connection.h"
@@ -17,7 +19,7 @@ void Connection::BeginWork() {
       begin_.Run();
     else
       beginWrite_.Run();
-  } catch (const EngineError&) {
+  } catch (const std::exception&) {
     EndWork();
     throw;
   }
@@ -28,7 +30,7 @@ void Connection::CommitWork() {
   RequireIntactWork();
   try {
     commit_.Run();
-  } catch (const EngineError&) {
+  } catch (const std::exception&) {
     RollbackWork();
     throw;
   }
@@ -48,7 +50,7 @@ void Connection::EndWork() noexcept {
     SetCache(false);
     SetSync(state_->options.implicitCommitSync);
     ReleaseMemory();
-  } catch (const EngineError&) {
+  } catch (const std::exception&) {
     // The transaction is over either way; a larger cache does no harm.
     return;
   }
@@ -76,7 +78,7 @@ ReadScope::~ReadScope() {
   if (!began_ || !connection_.IsOpen() || !connection_.InTransaction()) return;
   try {
     connection_.commit_.Run();
-  } catch (const EngineError&) {
+  } catch (const std::exception&) {
     // Ending a read changes nothing; the next statement reports what is wrong.
     return;
   }
@@ -94,7 +96,7 @@ WriteScope::~WriteScope() {
   if (!began_ || !connection_.IsOpen() || !connection_.InTransaction()) return;
   try {
     connection_.rollback_.Run();
-  } catch (const EngineError&) {
+  } catch (const std::exception&) {
     // The storage undoes it when the file is next opened.
     return;
   }
