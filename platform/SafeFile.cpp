@@ -93,7 +93,7 @@ NewFile::NewFile(const fs::path& target, std::error_code& error, const fs::path&
   }
   // Where locks are not to be had nobody sweeps either.
   std::error_code ignored;
-  static_cast<void>(file_.TryLockRange(kBeyondAnyFile, 1, ignored));
+  static_cast<void>(TryHold(file_, ignored));
   file_.GiveAccessOf(AccessModel(target, model));
 }
 
@@ -109,6 +109,10 @@ std::error_code NewFile::TakePlace(IfTaken ifTaken) {
   if (error) return error;
   path_.clear();
   return FlushFolder(FolderOf(target_));
+}
+
+bool TryHold(File& file, std::error_code& error) {
+  return file.TryLockRange(kBeyondAnyFile, 1, error);
 }
 
 fs::path BehindLinks(const fs::path& path) {
@@ -194,7 +198,7 @@ void SweepUnfinished(const fs::path& target) {
     if (!FromPath(entry->path().filename()).starts_with(start)) continue;
     if (!fs::is_regular_file(entry->symlink_status(why))) continue;
     File left = File::Open(entry->path(), File::Mode::kReadWrite, why, File::Links::kRefuse);
-    if (!why && left.TryLockRange(kBeyondAnyFile, 1, why) && !why) {
+    if (!why && TryHold(left, why) && !why) {
       static_cast<void>(RemoveName(entry->path()));
     }
   }

@@ -50,6 +50,10 @@ class NewFile {
   File file_;
 };
 
+/// Holds a file that is being written, as NewFile does until its end; false when another program holds it. A
+/// crash gives it back.
+[[nodiscard]] bool TryHold(File& file, std::error_code& error);
+
 /// The file that a chain of links ends at, whether it is there or not; the path itself when it is no link.
 [[nodiscard]] std::filesystem::path BehindLinks(const std::filesystem::path& path);
 

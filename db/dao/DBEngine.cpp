@@ -11,20 +11,6 @@
 
 namespace varnlog::dao {
 
-namespace {
-
-// Writing is needed to undo an interrupted change, but a file on a read-only medium can be copied too.
-std::shared_ptr<Connection> OpenForCopy(const std::string& path, const std::shared_ptr<EngineState>& state) {
-  try {
-    return Connection::Open(path, {.exclusive = false, .readOnly = false}, state);
-  } catch (const EngineError& error) {
-    if (error.number() != ErrorNumber::kNoPermission) throw;
-    return Connection::Open(path, {.exclusive = false, .readOnly = true}, state);
-  }
-}
-
-}  // namespace
-
 DBEngine::DBEngine() : state_(std::make_shared<EngineState>()) {}
 DBEngine::~DBEngine() = default;
 
@@ -65,15 +51,13 @@ std::shared_ptr<Database> DBEngine::CreateDatabase(const std::string& path, std:
   return std::make_shared<Database>(Connection::Create(path, state_));
 }
 
-void DBEngine::CompactDatabase(const std::string& source, const std::string& target, int /*options*/,
-                               const MaintenanceProgress& progress) {
-  const auto connection = OpenForCopy(source, state_);
-  RequireFreePath(target);
-  CopyCompacted(*connection, target, progress, state_);
+RepairReport DBEngine::RepairDatabase(const std::string& path, const MaintenanceProgress& progress,
+                                      const FinishRepair& finish) {
+  return RepairFile(path, progress, finish, state_);
 }
 
-void DBEngine::RepairDatabase(const std::string& path, const MaintenanceProgress& progress) {
-  RepairFile(path, progress, state_);
+void DBEngine::PutJournalAside(const std::string& path) {
+  dao::PutJournalAside(path);
 }
 
 }  // namespace varnlog::dao

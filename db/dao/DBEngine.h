@@ -13,6 +13,7 @@
 #include "db/dao/EngineError.h"
 #include "db/dao/ForeignFormat.h"
 #include "db/dao/Recordset.h"
+#include "db/dao/RepairReport.h"
 #include "db/dao/TableDef.h"
 
 namespace varnlog::dao {
@@ -142,6 +143,10 @@ enum class EngineStatistic : int {
 /// kCancelled, leaving the source as it was.
 using MaintenanceProgress = std::function<bool(double)>;
 
+/// Is given what a repair has saved before it takes the damaged file's place, to add to it what the engine
+/// knows nothing of. What it throws stops the repair.
+using FinishRepair = std::function<void(Database& mended, const RepairReport& report)>;
+
 /// The engine: one for the process (Instance()), or one of its own for a test, which may also watch the calls
 /// in a class of its own. All calls come from one thread.
 class DBEngine {
@@ -179,16 +184,22 @@ class DBEngine {
   /// is left behind by a failure. kEncrypt and kDecrypt only compact: files are not encrypted.
   virtual void CompactDatabase(const std::string& source, const std::string& target, int options = kNoOption,
                                const MaintenanceProgress& progress = {});
-  /// Compacts by way of `temporary` (must not exist: kFileExists; gone afterwards) and puts the result in the
-  /// file's place, while nobody else can write to it. At every moment the file is whole, and a failure leaves
-  /// it as it was. Throws kFileInUse when another program is using it.
+  /// Compacts by way of `temporary` and puts the result back into the same file, which others may have open:
+  /// nobody else can use it meanwhile, and a failure or a power cut leaves its old content. `temporary` is
+  /// gone afterwards; one that a crash left is removed, any other file of that name is kFileExists. Throws
+  /// kFileInUse when another program is using the file or `temporary`.
   virtual void CompactInPlace(const std::string& path, const std::string& temporary, int options = kNoOption,
                               const MaintenanceProgress& progress = {});
-  /// Mends the file in place: a sound one is left alone; otherwise every readable row goes into a new file
-  /// that takes its place, and the damaged one stays beside it as NAME.damaged (NAME.damaged2, ... where
-  /// there is one already). Throws kUnrecognisedFormat when nothing can be read; the file then stays as it
-  /// was.
-  virtual void RepairDatabase(const std::string& path, const MaintenanceProgress& progress = {});
+  /// Mends the file in place: a sound one is left alone; otherwise every readable row is saved and put back
+  /// into the same file in one transaction, and a copy of the damaged one stays beside it as NAME.damaged
+  /// (NAME.damaged2, ... where there is one already). Triggers are kept. Throws kUnrecognisedFormat when
+  /// nothing can be read; the file then stays as it was.
+  virtual RepairReport RepairDatabase(const std::string& path, const MaintenanceProgress& progress = {},
+                                      const FinishRepair& finish = {});
+
+  /// To be called before any file gets the name of a log: renames a journal of that name, which an earlier
+  /// log has left and which would be applied to the new one, to NAME-journal.aside. Throws kNoPermission.
+  static void PutJournalAside(const std::string& path);
 
   /// dbRefreshCache: finishes pending writes and makes the next read look at the disk. Inside a transaction
   /// what has been changed so far is written out ahead of the commit, so that a full disk shows early.

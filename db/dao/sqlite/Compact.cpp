@@ -5,9 +5,11 @@
 
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/CopyBack.h"
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/Maintenance.h"
 #include "db/dao/sqlite/Schema.h"
+#include "db/dao/sqlite/TemporaryCopy.h"
 #include "platform/SafeFile.h"
 
 namespace varnlog::dao {
@@ -77,11 +79,19 @@ void VerifyCopy(Connection& source, const Connection::Stamp& before, const std::
   if (!isSound) ThrowStorageError(SQLITE_CORRUPT, source.Path(), {});
 }
 
-void FlushFile(const std::string& path) {
-  std::error_code error;
-  platform::File file = platform::File::Open(FilePath(path), platform::File::Mode::kReadWrite, error);
-  if (!error) file.Flush(error);
-  if (error) ThrowFileError(error, path);
+MaintenanceProgress PartOf(const MaintenanceProgress& whole, double begin, double end) {
+  if (!whole) return {};
+  return [&whole, begin, end](double part) { return whole(begin + (end - begin) * part); };
+}
+
+// Writing is needed to undo an interrupted change, but a file on a read-only medium can be copied too.
+std::shared_ptr<Connection> OpenForCopy(const std::string& path, const std::shared_ptr<EngineState>& state) {
+  try {
+    return Connection::Open(path, {.exclusive = false, .readOnly = false}, state);
+  } catch (const EngineError& error) {
+    if (error.number() != ErrorNumber::kNoPermission) throw;
+    return Connection::Open(path, {.exclusive = false, .readOnly = true}, state);
+  }
 }
 
 }  // namespace
@@ -94,61 +104,47 @@ void ThrowFileError(const std::error_code& error, const std::string& path) {
   ThrowStorageError(SQLITE_IOERR, path, error.message());
 }
 
-void ReplaceDatabaseFile(const std::string& made, const std::string& target) {
-  std::error_code error;
-  // A name that only points to the file goes on pointing to it.
-  const fs::path resolved = fs::weakly_canonical(FilePath(target), error);
-  const fs::path place = error ? FilePath(target) : resolved;
-  const fs::file_status old = fs::status(place, error);
-  error.clear();
-  // Who could use the old file can use the new one.
-  if (fs::exists(old)) fs::permissions(FilePath(made), old.permissions(), error);
-  if (!error) error = platform::RenameFile(FilePath(made), place, platform::IfTaken::kReplace);
-  if (error == std::errc::cross_device_link) {
-    error = platform::CopyWholeFile(FilePath(made), place, platform::IfTaken::kReplace, place);
-    if (!error) RemoveDatabaseFile(made);
-  }
-  if (error) ThrowFileError(error, target);
-}
-
-void RemoveDatabaseFile(const std::string& path) noexcept {
-  static_cast<void>(platform::RemoveFile(FilePath(path), {"-journal"}));
-}
-
-void CopyCompacted(Connection& source, const std::string& target, const MaintenanceProgress& progress,
+void CopyCompacted(Connection& source, const std::string& emptyFile, const MaintenanceProgress& progress,
                    const std::shared_ptr<EngineState>& state) {
-  // Nothing stands under the target's own name before it is complete.
-  const std::string unfinished = target + ".part";
-  RemoveDatabaseFile(unfinished);
-  try {
-    const std::string copyPath = StoragePath(unfinished);
-    Statement copy(source, "VACUUM INTO ?1");
-    copy.Bind(1, std::string_view(copyPath));
-    CopyProgress reporting(source, unfinished, progress);
-    const Connection::Stamp before = source.CurrentStamp();
-    copy.Run();
-    VerifyCopy(source, before, unfinished, state);
-    FlushFile(unfinished);
-    ReplaceDatabaseFile(unfinished, target);
-  } catch (const EngineError&) {
-    RemoveDatabaseFile(unfinished);
-    throw;
-  }
+  const std::string copyPath = StoragePath(emptyFile);
+  Statement copy(source, "VACUUM INTO ?1");
+  copy.Bind(1, std::string_view(copyPath));
+  const CopyProgress reporting(source, emptyFile, progress);
+  const Connection::Stamp before = source.CurrentStamp();
+  copy.Run();
+  VerifyCopy(source, before, emptyFile, state);
+}
+
+void DBEngine::CompactDatabase(const std::string& source, const std::string& target, int /*options*/,
+                               const MaintenanceProgress& progress) {
+  const auto connection = OpenForCopy(source, state_);
+  RequireFreePath(target);
+  std::error_code error;
+  platform::NewFile made(FilePath(target), error, FilePath(source));
+  if (error) ThrowFileError(error, target);
+  CopyCompacted(*connection, platform::FromPath(made.path()), progress, state_);
+  dao::PutJournalAside(target);
+  error = made.TakePlace(platform::IfTaken::kFail);
+  if (error) ThrowFileError(error, target);
   if (progress) progress(1.0);
 }
 
+// The steps are a copy, the removal of the source, and copying back. The last two are one here: other
+// workstations have the source open, so it stays the same file and gets its new content in one transaction.
 void DBEngine::CompactInPlace(const std::string& path, const std::string& temporary, int /*options*/,
                               const MaintenanceProgress& progress) {
-  const auto connection = Connection::Open(path, {.exclusive = true, .readOnly = false}, state_);
-  RequireFreePath(temporary);
-  try {
-    CopyCompacted(*connection, temporary, progress, state_);
-    // One step puts the new file in the old one's place, so that there is no moment without the file.
-    ReplaceDatabaseFile(temporary, path);
-  } catch (const EngineError&) {
-    RemoveDatabaseFile(temporary);
-    throw;
-  }
+  constexpr double kCopyingBack = 0.6;
+  const auto source = Connection::Open(path, {.exclusive = true, .readOnly = false}, state_);
+  TemporaryCopy copy(temporary, path);
+  CopyCompacted(*source, copy.WritePath(), PartOf(progress, 0, kCopyingBack), state_);
+  copy.TakeName();
+  const auto made = Connection::Open(temporary, {.exclusive = false, .readOnly = true}, state_);
+  if (made->WasReplaced() || !copy.IsOwn())
+    throw EngineError(ErrorNumber::kFileExists,
+                      FileText("Another file took the name ", temporary, " meanwhile."));
+  CopyBack(*made, *source, PartOf(progress, kCopyingBack, 1.0));
+  made->Close();
+  if (progress) progress(1.0);
 }
 
 }  // namespace varnlog::dao

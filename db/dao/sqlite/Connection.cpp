@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <utility>
 
 #include <sqlite3.h>
@@ -70,23 +71,28 @@ std::shared_ptr<Connection> Connection::Open(const std::string& path, Mode mode,
 std::shared_ptr<Connection> Connection::Create(const std::string& path,
                                                const std::shared_ptr<EngineState>& state) {
   RequireFreePath(path);
+  PutJournalAside(path);
   std::error_code error;
   // Claims the name: of two programs that make the same file one gets the error.
   static_cast<void>(
       platform::File::Open(platform::ToPath(StoragePath(path)), platform::File::Mode::kCreateNew, error));
   if (error) throw EngineError(ErrorNumber::kNoPermission, FileText("The file ", path, " cannot be made."));
-  std::shared_ptr<Connection> connection(new Connection(path, {}, state));
   try {
-    connection->OpenHandle(SQLITE_OPEN_READWRITE);
-    connection->Configure();
-    connection->Execute(
-        "PRAGMA page_size=16384; PRAGMA encoding='UTF-8'; PRAGMA auto_vacuum=NONE;"
-        "PRAGMA application_id=0x56524C47");  // "VRLG"
-  } catch (const EngineError&) {
-    connection->Close();
+    return CreateIn(path, state);
+  } catch (const std::exception&) {
     static_cast<void>(platform::RemoveFile(platform::ToPath(StoragePath(path))));
     throw;
   }
+}
+
+std::shared_ptr<Connection> Connection::CreateIn(const std::string& emptyFile,
+                                                 const std::shared_ptr<EngineState>& state) {
+  std::shared_ptr<Connection> connection(new Connection(emptyFile, {}, state));
+  connection->OpenHandle(SQLITE_OPEN_READWRITE);
+  connection->Configure();
+  connection->Execute(
+      "PRAGMA page_size=16384; PRAGMA encoding='UTF-8'; PRAGMA auto_vacuum=NONE;"
+      "PRAGMA application_id=0x56524C47");  // "VRLG"
   state->connections.push_back(connection);
   return connection;
 }

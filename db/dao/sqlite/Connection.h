@@ -36,6 +36,9 @@ class Connection {
   /// Makes an empty database; throws kFileExists.
   [[nodiscard]] static std::shared_ptr<Connection> Create(const std::string& path,
                                                           const std::shared_ptr<EngineState>& state);
+  /// The same in a file that the caller has made and that is empty.
+  [[nodiscard]] static std::shared_ptr<Connection> CreateIn(const std::string& emptyFile,
+                                                            const std::shared_ptr<EngineState>& state);
   /// An empty database in memory with the text functions, for what is computed from `source`.
   [[nodiscard]] static std::shared_ptr<Connection> InMemory(const Connection& source);
   /// The same for the content of the file `path`. `mode` restricts record sets and definitions only.

@@ -4,6 +4,7 @@
 
 #include "db/dao/sqlite/StorageError.h"
 #include "platform/Files.h"
+#include "platform/SafeFile.h"
 
 namespace varnlog::dao {
 
@@ -62,6 +63,15 @@ void RequireFreePath(const std::string& path) {
   if (!platform::IsWritable(file.parent_path()))
     throw EngineError(ErrorNumber::kNoPermission,
                       FileText("There is no permission to make the file ", path, "."));
+}
+
+void PutJournalAside(const std::string& path) {
+  const fs::path journal = platform::BehindLinks(Absolute(path)) += "-journal";
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(journal, error))) return;
+  if (!platform::KeepAside(journal, ".aside", platform::Keep::kMove, error))
+    throw EngineError(ErrorNumber::kNoPermission, FileText("The file ", platform::FromPath(journal),
+                                                           " of an earlier file cannot be put aside."));
 }
 
 void RequireDatabaseHeader(std::string_view header, const std::string& path) {

@@ -15,6 +15,9 @@ void RequireUsableFile(const std::string& path, bool forWriting);
 /// Throws kFileExists, kInvalidPath, kNoPermission.
 void RequireFreePath(const std::string& path);
 
+/// As DBEngine::PutJournalAside().
+void PutJournalAside(const std::string& path);
+
 /// Throws kUnrecognisedFormat unless these are the first bytes of a database file.
 void RequireDatabaseHeader(std::string_view header, const std::string& path);
 /// The header of a file that another program left in a journal mode that needs shared memory.

@@ -1,14 +1,15 @@
 #include <algorithm>
 #include <filesystem>
-#include <limits>
 #include <string>
 #include <vector>
 
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/Check.h"
 #include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/CopyBack.h"
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/Maintenance.h"
+#include "db/dao/sqlite/MissingRows.h"
 #include "db/dao/sqlite/Schema.h"
 #include "db/dao/sqlite/TableSalvage.h"
 #include "platform/SafeFile.h"
@@ -30,20 +31,20 @@ fs::path FilePath(const std::string& path) {
 struct Declaration {
   std::string name;
   std::string sql;
-  bool isTable = false;
+  std::string type;
 };
 
-// Only what makes tables and indexes is taken over from a file that cannot be trusted.
+// In the order in which they were made.
 std::vector<Declaration> ReadableDeclarations(Connection& damaged) {
   std::vector<Declaration> declarations;
   Statement schema(
       damaged,
-      "SELECT name, sql, type FROM sqlite_schema WHERE type IN ('table', 'index') AND sql LIKE 'CREATE %' "
-      "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\'");
+      "SELECT name, sql, type FROM sqlite_schema WHERE type IN ('table', 'index', 'trigger') AND "
+      "sql LIKE 'CREATE %' AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\'");
   try {
     while (schema.Step())
       declarations.push_back(
-          {std::string(schema.Text(0)), std::string(schema.Text(1)), schema.Text(2) == "table"});
+          {std::string(schema.Text(0)), std::string(schema.Text(1)), std::string(schema.Text(2))});
   } catch (const EngineError& error) {
     if (!IsDamage(error)) throw;
   }
@@ -60,68 +61,108 @@ std::shared_ptr<Connection> OpenDamaged(const std::string& path, const std::shar
   }
 }
 
-void Declare(Connection& mended, const std::vector<Declaration>& declarations, bool tables) {
+void Declare(Connection& mended, const std::vector<Declaration>& declarations, std::string_view type) {
   for (const Declaration& each : declarations)
-    if (each.isTable == tables) Statement(mended, each.sql).Run();
+    if (each.type == type) Statement(mended, each.sql).Run();
 }
 
-void CopyReadable(Connection& damaged, Connection& mended, const MaintenanceProgress& progress) {
+RepairReport::Table ReportOf(Connection& damaged, Connection& mended, const std::string& name) {
+  Statement count(mended, "SELECT count(*) FROM " + QuoteIdentifier(name));
+  ResetAtEnd reset(count);
+  const std::int64_t read = count.Step() ? count.Number(0) : 0;
+  return {.name = name, .read = read, .missing = MissingRows(damaged, mended, name)};
+}
+
+// Indexes and triggers come last: rows are taken as they were, whatever a trigger makes of changes.
+void CopyReadable(Connection& damaged, Connection& mended, RepairReport& report,
+                  const MaintenanceProgress& progress) {
   const std::vector<Declaration> declarations = ReadableDeclarations(damaged);
-  const auto tables =
-      std::count_if(declarations.begin(), declarations.end(), [](const auto& d) { return d.isTable; });
+  const auto tables = std::count_if(declarations.begin(), declarations.end(),
+                                    [](const auto& d) { return d.type == "table"; });
   if (tables == 0)
     throw EngineError(ErrorNumber::kUnrecognisedFormat,
                       FileText("No table can be read in the damaged file ", damaged.Path(), "."));
   mended.BeginWork();
-  Declare(mended, declarations, true);
+  Declare(mended, declarations, "table");
   double done = 0;
   for (const Declaration& each : declarations) {
-    if (!each.isTable) continue;
+    if (each.type != "table") continue;
     SalvageTable(damaged, mended, each.name, [&](double part) {
-      return !progress || progress(0.9 * (done + part) / static_cast<double>(tables));
+      return !progress || progress(0.8 * (done + part) / static_cast<double>(tables));
     });
+    report.tables.push_back(ReportOf(damaged, mended, each.name));
     done += 1;
   }
-  Declare(mended, declarations, false);
+  Declare(mended, declarations, "index");
+  Declare(mended, declarations, "trigger");
   mended.CommitWork();
 }
 
-// The damaged file keeps its place until the rename, which puts the mended one there in one step.
-void SwapIn(const std::string& mended, const std::string& path) {
+// Another file with the content of the damaged one, read through the connection that holds its lock: opening
+// the file once more and closing it again would give the lock away.
+void WriteContent(Connection& damaged, platform::File& copy) {
+  constexpr std::size_t kPortion = std::size_t{1} << 20U;
   std::error_code error;
-  const auto kept = platform::KeepAside(FilePath(path), ".damaged", platform::Keep::kSecondName, error);
-  if (!kept) ThrowFileError(error, path);
+  const std::int64_t length = damaged.FileLength();
+  for (std::int64_t offset = 0; offset < length && !error;) {
+    const std::string bytes = damaged.ReadBytes(offset, kPortion);
+    if (bytes.empty()) error = std::make_error_code(std::errc::io_error);
+    copy.WriteAt(static_cast<std::uint64_t>(offset), bytes, error);
+    offset += static_cast<std::int64_t>(bytes.size());
+  }
+  if (error) ThrowFileError(error, damaged.Path());
+}
+
+fs::path KeepCopy(Connection& damaged) {
+  const fs::path path = FilePath(damaged.Path());
+  for (int number = 1;; ++number) {
+    const fs::path kept = fs::path(path) += number == 1 ? ".damaged" : ".damaged" + std::to_string(number);
+    std::error_code error;
+    if (fs::exists(fs::symlink_status(kept, error))) continue;
+    platform::NewFile copy(kept, error, path);
+    if (error) ThrowFileError(error, platform::FromPath(kept));
+    WriteContent(damaged, copy.file());
+    error = copy.TakePlace(platform::IfTaken::kFail);
+    if (error == std::errc::file_exists) continue;
+    if (error) ThrowFileError(error, platform::FromPath(kept));
+    return kept;
+  }
+}
+
+void PutBack(Connection& mended, Connection& damaged, RepairReport& report,
+             const MaintenanceProgress& progress) {
+  const fs::path kept = KeepCopy(damaged);
   try {
-    ReplaceDatabaseFile(mended, path);
-  } catch (const EngineError&) {
-    static_cast<void>(platform::RemoveFile(*kept));
+    CopyBack(mended, damaged, [&](double part) { return !progress || progress(0.8 + 0.2 * part); });
+  } catch (const std::exception&) {
+    static_cast<void>(platform::RemoveFile(kept));
     throw;
   }
+  report.damagedFile = platform::FromPath(kept);
 }
 
 }  // namespace
 
-void RepairFile(const std::string& path, const MaintenanceProgress& progress,
-                const std::shared_ptr<EngineState>& state) {
+RepairReport RepairFile(const std::string& path, const MaintenanceProgress& progress,
+                        const FinishRepair& finish, const std::shared_ptr<EngineState>& state) {
+  RepairReport report;
   const auto damaged = OpenDamaged(path, state);
-  if (CheckStructure(*damaged).empty()) {
-    if (progress) progress(1.0);
-    return;
-  }
-  const std::string unfinished = path + ".repair";
-  RemoveDatabaseFile(unfinished);
-  try {
-    const auto mended = Connection::Create(unfinished, state);
-    CopyReadable(*damaged, *mended, progress);
+  report.findings = CheckStructure(*damaged);
+  if (report.WasDamaged()) {
+    std::error_code error;
+    const platform::NewFile work(FilePath(path), error, FilePath(path));
+    if (error) ThrowFileError(error, path);
+    const auto mended = Connection::CreateIn(platform::FromPath(work.path()), state);
+    CopyReadable(*damaged, *mended, report, progress);
+    Database content(mended);
+    if (finish) finish(content, report);
     if (!CheckStructure(*mended).empty())
       throw EngineError(ErrorNumber::kDamaged, FileText("The file ", path, " could not be mended."));
+    PutBack(*mended, *damaged, report, progress);
     mended->Close();
-    SwapIn(unfinished, path);
-  } catch (const EngineError&) {
-    RemoveDatabaseFile(unfinished);
-    throw;
   }
   if (progress) progress(1.0);
+  return report;
 }
 
 }  // namespace varnlog::dao

@@ -92,15 +92,88 @@ TEST_F(MaintenanceTest, CompactingNeverOverwritesAndLeavesNothingHalf) {
 }
 
 TEST_F(MaintenanceTest, CompactsInPlaceWhileNobodyElseWrites) {
+  Open(path_)->Execute("DELETE FROM TXray WHERE rowid > 1000");
   const auto ids = Ids(path_);
+  const auto before = fs::file_size(path_);
   const auto other = AnotherStation();
   const auto otherLog = other.workspace->OpenDatabase(path_, false, false);
   other.workspace->BeginTrans();
   EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(path_, Path("log.TMP")); }), ErrorNumber::kFileInUse);
   other.workspace->Rollback();
+  const auto rows = otherLog->OpenRecordset("SELECT * FROM TXray ORDER BY tXrayTs");
   engine_.CompactInPlace(path_, Path("log.TMP"));
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+  EXPECT_LT(fs::file_size(path_), before / 2);
   EXPECT_EQ(Ids(path_), ids);
+  // It is still the file that the other station has open.
+  EXPECT_FALSE(otherLog->WasReplaced());
+  rows->MoveLast();
+  EXPECT_EQ(rows->Fields("tXraySName").Text(), "P999");
+  AddExposure(*otherLog->OpenRecordset("TXray"), {"New", "Row", Minute(0), Minute(0)});
+  EXPECT_TRUE(Ids(path_).contains(kRows + 1));
+}
+
+TEST_F(MaintenanceTest, ACompactionThatIsCutOffCostsNothing) {
+  const auto ids = Ids(path_);
+  for (const double last : {0.0, 0.6, 0.8, 0.95}) {
+    const pid_t child = fork();
+    if (child == 0) {
+      DBEngine engine;
+      engine.SetOption(EngineOption::kMaxBufferSize, 16);  // pages go to the disk before the end
+      engine.CompactInPlace(path_, Path("log.TMP"), kNoOption, [last](double part) {
+        if (part >= last) _exit(0);
+        return true;
+      });
+      _exit(1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_EQ(status, 0) << last;
+    EXPECT_GT(FilesInFolder().size(), 2U) << last;
+    EXPECT_TRUE(Open(path_)->Check().empty()) << last;
+    EXPECT_EQ(Ids(path_), ids) << last;
+    engine_.CompactInPlace(path_, Path("log.TMP"));
+    EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"})) << last;
+  }
+  EXPECT_EQ(ErrorOf([&] {
+              engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption,
+                                     [](double part) { return part < 0.8; });
+            }),
+            ErrorNumber::kCancelled);
+  EXPECT_EQ(Ids(path_), ids);
+}
+
+// Logs whose names agree up to the first point have one temporary file.
+TEST_F(MaintenanceTest, TheTemporaryFileOfAnotherIsLeftAlone) {
+  bool wasInUse = false;
+  const std::string second = MakeLog("log.2024.mdb");
+  engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption, [&](double part) {
+    if (part <= 0.7 || std::exchange(wasInUse, true)) return true;
+    EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(second, Path("log.TMP")); }), ErrorNumber::kFileInUse);
+    return true;
+  });
+  EXPECT_TRUE(wasInUse);
+  const std::string log = MakeLog("log.TMP");
+  for (const fs::path& same : {fs::path(log), fs::path(second)})
+    EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(same.string(), log); }), ErrorNumber::kFileExists);
+  fs::remove(log);
+  fs::create_symlink(path_, log);
+  EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(second, log); }), ErrorNumber::kFileExists);
+  EXPECT_EQ(Ids(path_).size(), std::size_t{kRows});
+}
+
+// The journal of a log that was moved away would be applied to the one that gets its name.
+TEST_F(MaintenanceTest, AJournalOfTheSameNameIsPutAside) {
+  WriteFile("new.mdb-journal", "of an earlier log");
+  engine_.CompactDatabase(path_, Path("new.mdb"));
+  WriteFile("made.mdb-journal", "of another");
+  MakeLog("made.mdb");
+  EXPECT_EQ(ReadFile(Path("new.mdb-journal.aside")), "of an earlier log");
+  EXPECT_EQ(ReadFile(Path("made.mdb-journal.aside")), "of another");
+  WriteFile("made.mdb-journal", "once more");
+  DBEngine::PutJournalAside(Path("made.mdb"));
+  EXPECT_EQ(ReadFile(Path("made.mdb-journal.aside2")), "once more");
+  EXPECT_EQ(Ids(Path("new.mdb")), Ids(path_));
 }
 
 TEST_F(MaintenanceTest, TheNewFileHasTheNameAndPermissionsOfTheOld) {
@@ -139,19 +212,33 @@ TEST_F(MaintenanceTest, NoRoomForTheCopyLeavesTheSource) {
 
 TEST_F(MaintenanceTest, RepairLeavesASoundFileAlone) {
   const std::string before = ReadFile(path_);
-  engine_.RepairDatabase(path_);
+  EXPECT_FALSE(engine_.RepairDatabase(path_).WasDamaged());
   EXPECT_TRUE(ReadFile(path_) == before);
   EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
 }
 
 // A page of rows is lost: all other rows, their numbers and their order stay.
 TEST_F(MaintenanceTest, RepairKeepsEveryRowThatCanBeRead) {
+  const auto other = AnotherStation();
+  const auto otherLog = other.workspace->OpenDatabase(path_, false, false);
+  otherLog->Execute(
+      "CREATE TRIGGER keep BEFORE DELETE ON TXray BEGIN SELECT raise(ABORT, 'never'); END;"
+      "DELETE FROM TXray WHERE rowid = 7");
   const auto before = Ids(path_);
   Damage(path_, PageOfRow("P1500") * kPage, kPage);
   const std::string damaged = ReadFile(path_);
   EXPECT_FALSE(Open(path_)->Check().empty());
-  engine_.RepairDatabase(path_);
+  const RepairReport report = engine_.RepairDatabase(path_);
   const auto after = Ids(path_);
+  EXPECT_FALSE(otherLog->WasReplaced());
+  EXPECT_EQ(report.damagedFile, path_ + ".damaged");
+  ASSERT_EQ(report.tables.size(), 2U);
+  EXPECT_EQ(report.tables[1].name, "TXray");
+  EXPECT_EQ(report.tables[1].read, static_cast<std::int64_t>(after.size()));
+  ASSERT_EQ(report.tables[1].missing.size(), 1U) << "row 7 was missing before";
+  const IdRange missing = report.tables[1].missing[0];
+  EXPECT_EQ(static_cast<std::size_t>(CountOf(report.tables[1].missing)), before.size() - after.size());
+  EXPECT_TRUE(missing.first <= 1501 && missing.last >= 1501 && !after.contains(missing.first));
   EXPECT_GT(after.size(), before.size() - 400) << "no more than the rows of one page";
   EXPECT_LT(after.size(), before.size());
   EXPECT_TRUE(std::includes(before.begin(), before.end(), after.begin(), after.end()));
@@ -170,13 +257,25 @@ TEST_F(MaintenanceTest, RepairKeepsEveryRowThatCanBeRead) {
       "1.1");
 }
 
+// Without an index that tells which rows there were the counter does, up to the last row of all.
+TEST_F(MaintenanceTest, RepairNamesRowsThatNothingKnowsAnyMore) {
+  Damage(path_, PageWith("2024-03-01 08:00:00P0Anna") * kPage, kPage);
+  Damage(path_, PageOfRow("P2999") * kPage, kPage);
+  const RepairReport report = engine_.RepairDatabase(path_);
+  const auto after = Ids(path_);
+  ASSERT_EQ(report.tables[1].missing.size(), 1U);
+  EXPECT_EQ(report.tables[1].missing[0], (IdRange{*after.rbegin() + 1, kRows}));
+  EXPECT_FALSE(after.contains(kRows));
+}
+
 TEST_F(MaintenanceTest, RepairMakesDamagedIndexesAnew) {
   const auto before = Ids(path_);
   const std::uint64_t page = PageWith("2024-03-01 08:00:00P0Anna");  // the index by which exposures are known
   Damage(path_, page * kPage + 200, kPage - 300, '\x55');
   ASSERT_FALSE(Open(path_)->Check().empty());
-  engine_.RepairDatabase(path_);
+  const RepairReport report = engine_.RepairDatabase(path_);
   EXPECT_EQ(Ids(path_), before);
+  EXPECT_TRUE(report.tables[1].missing.empty());
   const auto table = Open(path_)->OpenRecordset("TXray");
   EXPECT_TRUE(FindExposure(*table, {"P0", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(0)}));
 }

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "db/dao/DBEngine.h"
+
+namespace varnlog::dao {
+
+/// Puts the pages of `made` in the place of those of `target`, which is open exclusively, in one transaction:
+/// afterwards the file has the new content or the old one, whatever happens, and it stays the file that other
+/// workstations have open. `progress` gets the part done and returns false to stop (kCancelled).
+void CopyBack(Connection& made, Connection& target, const MaintenanceProgress& progress);
+
+}  // namespace varnlog::dao
