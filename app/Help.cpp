@@ -23,7 +23,7 @@ Help::~Help() {
 
 bool Help::Open() {
   if (window_) return true;
-  const std::string file = HelpFile(globals_.ProgramFolderGl, globals_.LanguageGl);
+  const std::string file = HelpFile(globals_);
   collection_ = HelpCollection::Open(ui::ToQString(file));
   if (!collection_) {
     services_.Messages().Critical("MN_ERR_HELP"_key, {{"strFile", file}});

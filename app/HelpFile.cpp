@@ -4,17 +4,19 @@
 #include <iterator>
 #include <utility>
 
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "platform/Files.h"
 
 namespace varnlog::app {
 
-std::string HelpFile(std::string_view programFolder, std::string_view language) {
-  const auto file = [programFolder](std::string_view code) {
+std::string HelpFile(const core::Globals& globals) {
+  const auto folder = platform::ToPath(core::DeliveredFile(globals, core::kHelpFolder));
+  const auto file = [&folder](std::string_view code) {
     const std::string name = "varnlog-" + std::string(code) + ".qch";
-    return platform::FromPath(platform::ToPath(programFolder) / "help" / platform::ToPath(name));
+    return platform::FromPath(folder / platform::ToPath(name));
   };
-  std::string own = file(language);
+  std::string own = file(globals.LanguageGl);
   return db::FileExists(own) ? own : file("D");
 }
 

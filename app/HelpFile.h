@@ -3,11 +3,13 @@
 #include <string>
 #include <string_view>
 
+#include "core/Globals.h"
+
 namespace varnlog::app {
 
-/// The help file of the language, "help/varnlog-F.qch" in the program folder; the German one where there is
+/// The help file of the language, "help/varnlog-F.qch" as delivered; the German one where there is
 /// none of that language, whether that exists or not.
-[[nodiscard]] std::string HelpFile(std::string_view programFolder, std::string_view language);
+[[nodiscard]] std::string HelpFile(const core::Globals& globals);
 
 /// The help page about a dialog, by the dialog's object name: "patients" for "frmPatSearch". The page about
 /// messages for any other.

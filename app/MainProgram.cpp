@@ -1,6 +1,7 @@
 #include "app/MainProgram.h"
 
 #include "core/EngineMessages.h"
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "intake/UpdateRun.h"
 #include "logview/PendingEdits.h"
@@ -10,12 +11,11 @@ namespace varnlog::app {
 using core::literals::operator""_key;
 
 bool MainProgram::LoadBeforeShow() {
-  globals_.DataPathGl = start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
+  core::SetDataFolder(globals_, start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl));
   if (globals_.DataPathGl.empty()) {
     services_.Messages().Critical("MN_ERR_DBNOTFOUND"_key);
     return false;
   }
-  globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";
   start::ReadHostSettings(globals_, services_.ini);
   start::LoadSettings(globals_, services_.ini);
   start::InstallDataFile(globals_, services_);

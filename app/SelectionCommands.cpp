@@ -22,17 +22,11 @@ bool AskFor(SelectionKind kind, SelectionDialogs& dialogs) {
 }  // namespace
 
 bool ChooseSelection(core::Globals& globals, SelectionKind kind, SelectionDialogs& dialogs) {
-  const SelectionKind oldKind = globals.SortSelectionGl;
-  const std::string oldName = globals.strPatNameGl;
-  const std::string oldFirstName = globals.strPatFirstnameGl;
-  const platform::DateTime oldBirthday = globals.dPatBirthdayGl;
+  const core::Selection before = globals.CurrentSelection();
   // The period dialog looks at the kind to fill a missing date.
   globals.SortSelectionGl = kind;
   if (AskFor(kind, dialogs)) return true;
-  globals.SortSelectionGl = oldKind;
-  globals.strPatNameGl = oldName;
-  globals.strPatFirstnameGl = oldFirstName;
-  globals.dPatBirthdayGl = oldBirthday;
+  globals.CurrentSelection() = before;
   return false;
 }
 

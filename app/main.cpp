@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 
 #include <QApplication>
@@ -9,6 +8,7 @@
 
 #include "app/SingleInstance.h"
 #include "app/frmMDIMain.h"
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "platform/Files.h"
@@ -44,7 +44,8 @@ Arguments ParseArguments(int argc, char** argv) {
   parser.setApplicationDescription("The X-ray exposure log book of a dental practice.");
   const QCommandLineOption help = parser.addHelpOption();
   const QCommandLineOption version = parser.addVersionOption();
-  const QCommandLineOption folder("folder", "The program folder; the executable's own unless given.", "DIR");
+  const QCommandLineOption folder(
+      "folder", "The program folder; unless given that of VARNLOG_FOLDER, else the executable's own.", "DIR");
   const QCommandLineOption language(
       "language", "D, GB, E, I, F, NL or CYR for this run; the setting of varnlog.ini unless given.", "CODE");
   parser.addOptions({folder, language});
@@ -109,11 +110,7 @@ int main(int argc, char** argv) {
   const QApplication application(argc, argv);
 
   core::Globals globals;
-  globals.ProgramFolderGl = arguments.folder.isEmpty()
-                                ? platform::FromPath(platform::ExecutableFolder())
-                                : platform::FromPath(std::filesystem::absolute(
-                                      platform::ToPath(ui::FromQString(arguments.folder))));
-  globals.IniFileGl = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / "varnlog.ini");
+  core::SetProgramFolder(globals, ui::FromQString(arguments.folder));
   if (!db::ChangeToFolder(globals.ProgramFolderGl)) {
     std::fprintf(stderr, "varnlog: the program folder %s cannot be entered\n",
                  globals.ProgramFolderGl.c_str());

@@ -7,6 +7,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "core/LogLayout.h"
 #include "legacy/JetPages.h"
 #include "legacy/JetTable.h"
 #include "legacy/OldFile.h"
@@ -34,7 +35,7 @@ class Grower {
     const auto header = legacy::ReadHeader(AsBytes(small_));
     pageSize_ = header->pageSize;
     const legacy::JetPages pages(AsBytes(small_), *header);
-    const auto table = legacy::JetDatabase::Open(AsBytes(small_))->Table(legacy::kExposureTable);
+    const auto table = legacy::JetDatabase::Open(AsBytes(small_))->Table(core::kExposureTable);
     definitionAt_ = std::size_t{table->definitionPage} * pageSize_;
     rows_ = table->declaredRows;
     lastId_ = table->lastId;

@@ -1,15 +1,11 @@
 #include "cli/Command.h"
-#include "db/modCommon.h"
+#include "core/LogLayout.h"
 
 namespace varnlog::cli {
 
 namespace {
 
 using namespace core::literals;
-
-bool IsLog(const dao::Database& database) {
-  return db::TableExists(database, "TConfig") && db::TableExists(database, "TXray");
-}
 
 }  // namespace
 
@@ -22,7 +18,7 @@ void RunCheckCommand(Session& session, const Options& /*options*/, Output& outpu
   const auto findings = session.Log().Check();
   for (const std::string& finding : findings) output.Write(OneLine(finding) + "\n");
   if (!findings.empty()) session.Fail("VC_ERR_DAMAGED"_key, {{"strError", session.LogFile()}});
-  if (!IsLog(session.Log())) session.Fail("MN_ERR_DBNOTVALID"_key, {{"strFile", session.LogFile()}});
+  if (!core::IsLog(session.Log())) session.Fail("MN_ERR_DBNOTVALID"_key, {{"strFile", session.LogFile()}});
   output.Write("ok\n");
 }
 

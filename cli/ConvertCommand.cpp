@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "cli/Command.h"
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "legacy/Conversion.h"
 #include "platform/Files.h"
@@ -59,7 +60,7 @@ void RunConvertCommand(Session& session, const Options& options, Output& output)
   if (!db::FileExists(options.oldLog)) session.Fail("VC_ERR_NODATAFILE"_key, {{"strFile", options.oldLog}});
   const legacy::ConversionContext context{
       dao::DBEngine::Instance(), session.texts(),
-      platform::ToPath(session.globals().ProgramFolderGl) / "varnlog.md0"};
+      platform::ToPath(core::DeliveredFile(session.globals(), core::kEmptyLog))};
   const legacy::ConversionChoices choices{
       .damaged = options.partial ? legacy::DamagedLog::kTakeReadable : legacy::DamagedLog::kRefuse,
       .overwrite = options.overwrite};

@@ -51,15 +51,15 @@ SelectionKind KindOf(const Options& options) {
 
 /// "Surname, First name *birth date", the form in which patients are shown. A name may hold a '*' or a
 /// further comma; the last " *" and the first ", " divide.
-void SetPatient(core::Globals& globals, const std::string& patient, const ShortDate& shortDate) {
+void SetPatient(core::Selection& selection, const std::string& patient, const ShortDate& shortDate) {
   const auto comma = patient.find(", ");
   const auto star = patient.rfind(" *");
   if (comma == std::string::npos || star == std::string::npos || star < comma + 2) {
     throw UsageError("VC_ERR_PATIENT"_key, "strPatName", patient);
   }
-  globals.strPatNameGl = patient.substr(0, comma);
-  globals.strPatFirstnameGl = patient.substr(comma + 2, star - comma - 2);
-  globals.dPatBirthdayGl = ReadDate(std::string_view(patient).substr(star + 2), shortDate);
+  selection.strPatNameGl = patient.substr(0, comma);
+  selection.strPatFirstnameGl = patient.substr(comma + 2, star - comma - 2);
+  selection.dPatBirthdayGl = ReadDate(std::string_view(patient).substr(star + 2), shortDate);
 }
 
 }  // namespace
@@ -71,7 +71,8 @@ std::string FromCurrentFolder(const std::string& path) {
 }
 
 void AddCommonOptions(CLI::App& app, Options& options) {
-  app.add_option("--folder", options.folder, "program folder; the executable's own when not given");
+  app.add_option("--folder", options.folder,
+                 "program folder; that of VARNLOG_FOLDER when not given, else the executable's own");
   app.add_option("--file", options.file, "log file; the one of varnlog.ini when not given");
 }
 
@@ -82,13 +83,13 @@ void AddSelectionOptions(CLI::App& command, Options& options) {
   command.add_option("--patient", options.patient, "one patient: \"Surname, First name *birth date\"");
 }
 
-void SetSelection(core::Globals& globals, const Options& options, const ShortDate& shortDate) {
-  globals.SortSelectionGl = KindOf(options);
+void SetSelection(core::Selection& selection, const Options& options, const ShortDate& shortDate) {
+  selection.SortSelectionGl = KindOf(options);
   if (!options.from.empty()) {
-    globals.dBegGl = ReadDate(options.from, shortDate);
-    globals.dEndGl = ReadDate(options.to, shortDate);
+    selection.dBegGl = ReadDate(options.from, shortDate);
+    selection.dEndGl = ReadDate(options.to, shortDate);
   }
-  if (!options.patient.empty()) SetPatient(globals, options.patient, shortDate);
+  if (!options.patient.empty()) SetPatient(selection, options.patient, shortDate);
 }
 
 }  // namespace varnlog::cli

@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "core/Globals.h"
+#include "core/Selection.h"
 #include "core/TextLookup.h"
 #include "platform/ShortDate.h"
 
@@ -53,6 +53,6 @@ class UsageError : public std::runtime_error {
 
 /// Turns the selection options into one of the nine selections. Throws UsageError when they name none of
 /// them, and for a date or a patient that cannot be read.
-void SetSelection(core::Globals& globals, const Options& options, const platform::ShortDate& shortDate);
+void SetSelection(core::Selection& selection, const Options& options, const platform::ShortDate& shortDate);
 
 }  // namespace varnlog::cli

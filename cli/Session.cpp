@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "legacy/OldFile.h"
@@ -18,9 +19,7 @@ using namespace core::literals;
 
 Session::Session(const Options& options) {
   if (!options.file.empty()) fileGiven_ = FromCurrentFolder(options.file);
-  globals_.ProgramFolderGl = options.folder.empty() ? platform::FromPath(platform::ExecutableFolder())
-                                                    : FromCurrentFolder(options.folder);
-  globals_.IniFileGl = platform::FromPath(platform::ToPath(globals_.ProgramFolderGl) / "varnlog.ini");
+  core::SetProgramFolder(globals_, options.folder);
   EnterProgramFolder();
   legacy::InstallJetFormat();
   ChooseLanguage();
@@ -51,10 +50,9 @@ void Session::ChooseLanguage() {
 }
 
 void Session::Start() {
-  globals_.DataPathGl = start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl);
+  core::SetDataFolder(globals_, start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl));
   // A log that is named can be looked at where there is no imaging suite.
   if (globals_.DataPathGl.empty() && fileGiven_.empty()) Fail("MN_ERR_DBNOTFOUND"_key);
-  globals_.ExchangeFileGl = globals_.DataPathGl + "varnlog.sdx";
   start::ReadHostSettings(globals_, ini_);
   start::LoadSettings(globals_, ini_);
   if (!fileGiven_.empty()) globals_.strDataFileGl = fileGiven_;

@@ -4,26 +4,13 @@
 #include <memory>
 #include <string>
 
+#include "core/Selection.h"
 #include "db/CJetEngine.h"
-#include "platform/DateTime.h"
 
 namespace varnlog::core {
 
-/// The nine selections of the log view; the numbers are stored in the program's INI file.
-enum class SelectionKind : std::int16_t {
-  kAll = 0,
-  kPeriod = 1,
-  kPatient = 2,
-  kPatientPeriod = 3,
-  kPeriodXI = 4,
-  kPeriodXP = 5,
-  kPeriodXC = 6,
-  kPeriodXS = 7,
-  kPeriodXV = 8,
-};
-
 /// The program's state. Start-up owns the one instance and hands it on by reference; a test makes its own.
-struct Globals {
+struct Globals : Selection {
   std::string IniFileGl;        // full path of "varnlog.ini"
   std::string ProgramFolderGl;  // without a trailing separator
   std::string DataPathGl;       // the imaging suite's data folder, with its trailing separator
@@ -37,12 +24,8 @@ struct Globals {
   bool OptSbrVisible = true;
   bool UpdateOnActivation = true;
 
-  SelectionKind SortSelectionGl = SelectionKind::kAll;
-  platform::DateTime dBegGl;
-  platform::DateTime dEndGl;
-  std::string strPatNameGl;
-  std::string strPatFirstnameGl;
-  platform::DateTime dPatBirthdayGl;
+  /// What the log view shows now; its members carry names of this struct's own.
+  [[nodiscard]] Selection& CurrentSelection() { return *this; }
 
   std::string SiteGl;     // the practice's name as the suite knows it
   std::int16_t kVGl = 0;  // the suite's default tube voltage in kilovolts

@@ -83,9 +83,9 @@ Confirmation PatientSearch::Confirm(std::string_view selected, std::string_view 
   if (rows->IsEOF()) return Confirmation::kNotFound;
   rows->MoveLast();
   if (rows->RecordCount() >= 2) return Confirmation::kNotUnique;
-  globals_.strPatNameGl = rows->Fields("tXraySName").Text();
-  globals_.strPatFirstnameGl = rows->Fields("tXraySFirstname").Text();
-  globals_.dPatBirthdayGl = rows->Fields("tXrayDBirthday").Date();
+  selection_.strPatNameGl = rows->Fields("tXraySName").Text();
+  selection_.strPatFirstnameGl = rows->Fields("tXraySFirstname").Text();
+  selection_.dPatBirthdayGl = rows->Fields("tXrayDBirthday").Date();
   return Confirmation::kDone;
 }
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/Globals.h"
+#include "core/Selection.h"
 #include "core/TextLookup.h"
 #include "db/dao/DBEngine.h"
 #include "platform/ShortDate.h"
@@ -21,7 +21,7 @@ struct SearchResult {
 
 /// What became of OK.
 enum class Confirmation {
-  kDone,         // the globals hold the patient
+  kDone,         // the selection holds the patient
   kBeep,         // nothing to search for and nothing chosen
   kSearchAgain,  // nothing chosen: search with what is in the box
   kNotUnique,    // PS_ERR_NOTUNIQUE
@@ -32,8 +32,8 @@ enum class Confirmation {
 /// apostrophe makes it invalid: EngineError leaves Search and Confirm, and the window shows it.
 class PatientSearch {
  public:
-  PatientSearch(core::Globals& globals, dao::Database& log, const platform::ShortDate& shortDate)
-      : globals_(globals), log_(log), shortDate_(shortDate) {}
+  PatientSearch(core::Selection& selection, dao::Database& log, const platform::ShortDate& shortDate)
+      : selection_(selection), log_(log), shortDate_(shortDate) {}
 
   /// `text` may hold the engine's wildcards; blanks around it are ignored.
   [[nodiscard]] SearchResult Search(std::string_view text);
@@ -42,7 +42,7 @@ class PatientSearch {
   [[nodiscard]] Confirmation Confirm(std::string_view selected, std::string_view searchText);
 
  private:
-  core::Globals& globals_;
+  core::Selection& selection_;
   dao::Database& log_;
   const platform::ShortDate& shortDate_;
 };

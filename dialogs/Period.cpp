@@ -22,7 +22,7 @@ std::optional<PeriodProblem> Period::Validate(const PeriodBoxes& boxes, int box)
 }
 
 std::optional<PeriodProblem> Period::FillMissing(PeriodBoxes& boxes) const {
-  const SelectionKind kind = globals_.SortSelectionGl;
+  const SelectionKind kind = selection_.SortSelectionGl;
   if (kind == SelectionKind::kAll || kind == SelectionKind::kPatient) return std::nullopt;
   if (boxes[1].empty() && !boxes[0].empty()) {
     if (auto problem = Validate(boxes, 0)) return problem;
@@ -30,7 +30,7 @@ std::optional<PeriodProblem> Period::FillMissing(PeriodBoxes& boxes) const {
   } else if (boxes[0].empty() && !boxes[1].empty()) {
     if (auto problem = Validate(boxes, 1)) return problem;
     boxes[0] = kind == SelectionKind::kPatientPeriod
-                   ? shortDate_.Format(globals_.dPatBirthdayGl)
+                   ? shortDate_.Format(selection_.dPatBirthdayGl)
                    : shortDate_.FormatGeneral(platform::DateTime::FromSerial(1880, 1, 1));
   }
   return std::nullopt;
@@ -42,8 +42,8 @@ std::optional<PeriodProblem> Period::Confirm(PeriodBoxes& boxes) {
   for (const int box : {0, 1}) {
     if (auto problem = Validate(boxes, box)) return problem;
   }
-  globals_.dBegGl = shortDate_.Parse(boxes[0])->DatePart();
-  globals_.dEndGl = shortDate_.Parse(boxes[1])->DatePart();
+  selection_.dBegGl = shortDate_.Parse(boxes[0])->DatePart();
+  selection_.dEndGl = shortDate_.Parse(boxes[1])->DatePart();
   return std::nullopt;
 }
 

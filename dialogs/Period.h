@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "core/Globals.h"
+#include "core/Selection.h"
 #include "core/TextLookup.h"
 #include "platform/Clock.h"
 #include "platform/ShortDate.h"
@@ -21,11 +21,11 @@ struct PeriodProblem {
   int focus = 0;      // the box that gets the focus
 };
 
-/// What the period dialog decides. The selection kind in `globals` says how a missing date is filled.
+/// What the period dialog decides. The selection kind in `selection` says how a missing date is filled.
 class Period {
  public:
-  Period(core::Globals& globals, const platform::ShortDate& shortDate, const platform::Clock& clock)
-      : globals_(globals), shortDate_(shortDate), clock_(clock) {}
+  Period(core::Selection& selection, const platform::ShortDate& shortDate, const platform::Clock& clock)
+      : selection_(selection), shortDate_(shortDate), clock_(clock) {}
 
   /// 1 January of this year and today.
   [[nodiscard]] PeriodBoxes CurrentYear() const;
@@ -41,7 +41,7 @@ class Period {
   [[nodiscard]] std::optional<PeriodProblem> Validate(const PeriodBoxes& boxes, int box) const;
   [[nodiscard]] std::optional<PeriodProblem> FillMissing(PeriodBoxes& boxes) const;
 
-  core::Globals& globals_;
+  core::Selection& selection_;
   const platform::ShortDate& shortDate_;
   const platform::Clock& clock_;
 };

@@ -22,7 +22,7 @@ RowProgress ReportTo(ConversionView& view) {
 
 // Layouts of other programs' versions hold what a new log could not.
 bool IsKnownVersion(const LogExamination& found) {
-  return found.version.empty() || found.version == "1.0" || found.version == kConvertedVersion;
+  return found.version.empty() || found.version == core::kFirstVersion || found.version == core::kLogVersion;
 }
 
 std::string FirstFault(const LogExamination& found) {

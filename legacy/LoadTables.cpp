@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "core/LogConfig.h"
+#include "core/LogLayout.h"
 #include "db/dao/BulkRows.h"
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/Schema.h"
 #include "legacy/JetDatabase.h"
-#include "legacy/LogSchema.h"
 #include "legacy/OldFile.h"
 #include "platform/Files.h"
 
@@ -134,29 +135,16 @@ void LoadAll(const JetDatabase& source, dao::Database& target) {
   target.Execute("COMMIT");
 }
 
-bool IsFirstLayout(dao::Database& database) {
-  try {
-    static_cast<void>(database.TableDefs(kExposureTable));
-    const auto row = database.OpenRecordset("SELECT tCfgSSet FROM TConfig WHERE tCfgSKey='DBVersion'",
-                                            dao::RecordsetType::kSnapshot);
-    return !row->IsEOF() && row->Fields(std::size_t{0}).Text() == "1.0";
-  } catch (const EngineError&) {
-    return false;  // no log
-  }
-}
-
-FieldType TypeOf(const LogColumn& column) {
-  return column.type == ColumnType::kBoolean ? FieldType::kBoolean : FieldType::kText;
-}
-
+// Nobody else sees the copy in memory, which is not to be changed through record sets.
 void CompleteLayout(dao::Database& log) {
-  if (!IsFirstLayout(log)) return;
-  for (const LogColumn& column : ExposureColumns()) {
-    if (!column.since11) continue;
-    dao::FieldDef field{.name = std::string(column.name), .type = TypeOf(column), .size = column.size};
-    log.Execute("ALTER TABLE TXray ADD COLUMN " + field.name + " " + dao::DeclaredType(field));
+  if (!core::IsLog(log) || core::ReadLogConfig(log, core::kVersionKey) != core::kFirstVersion) return;
+  for (const core::LogField& field : core::ExposureFields()) {
+    if (field.since == core::kFirstVersion) continue;
+    log.Execute("ALTER TABLE TXray ADD COLUMN " + std::string(field.name) + " " +
+                dao::DeclaredType(field.Definition()));
   }
-  log.Execute("UPDATE TConfig SET tCfgSSet = '1.1' WHERE tCfgSKey = 'DBVersion'");
+  log.Execute("UPDATE TConfig SET tCfgSSet = '" + std::string(core::kLogVersion) +
+              "' WHERE tCfgSKey = 'DBVersion'");
 }
 
 }  // namespace

@@ -10,17 +10,17 @@
 
 namespace varnlog::legacy {
 
-// The exposure table of a new log, whose fields may stand in another order than ExposureColumns().
+// The exposure table of a new log, whose fields may stand in another order than core::ExposureFields().
 class LogRows {
  public:
   explicit LogRows(dao::Database& target)
-      : fields_(target.TableDefs(kExposureTable).Fields()),
-        rows_(target.OpenBulkRows(kExposureTable)),
+      : fields_(target.TableDefs(core::kExposureTable).Fields()),
+        rows_(target.OpenBulkRows(core::kExposureTable)),
         changed_(fields_.size()) {
-    const auto columns = ExposureColumns();
+    const auto columns = core::ExposureFields();
     isSameOrder_ = fields_.size() == columns.size();
     for (std::size_t i = 0; i < fields_.size(); ++i) {
-      const auto column = std::find_if(columns.begin(), columns.end(), [&](const LogColumn& each) {
+      const auto column = std::find_if(columns.begin(), columns.end(), [&](const core::LogField& each) {
         return SameName(each.name, fields_[i].name);
       });
       columns_.push_back(column == columns.end() ? -1 : static_cast<int>(column - columns.begin()));
@@ -81,7 +81,7 @@ class LogRows {
 
   std::vector<dao::FieldDef> fields_;
   std::unique_ptr<dao::BulkRows> rows_;
-  std::vector<int> columns_;  // which of ExposureColumns() each field is, -1 for none
+  std::vector<int> columns_;  // which of core::ExposureFields() each field is, -1 for none
   bool isSameOrder_ = false;
   std::vector<Value> changed_;
 };
@@ -100,7 +100,7 @@ bool HasKey(const std::vector<std::pair<Value, Value>>& settings, std::size_t co
 
 std::vector<std::pair<Value, Value>> StoredSettings(dao::Database& target) {
   std::vector<std::pair<Value, Value>> settings;
-  const auto table = target.OpenRecordset(kConfigTable, dao::RecordsetType::kSnapshot);
+  const auto table = target.OpenRecordset(core::kConfigTable, dao::RecordsetType::kSnapshot);
   for (; !table->IsEOF(); table->MoveNext()) {
     settings.emplace_back(table->Fields("tCfgSKey").Value(), table->Fields("tCfgSSet").Value());
   }
@@ -171,7 +171,7 @@ bool LogCopy::Compare(const OldLog& reread, dao::Database& target, const RowProg
     return isWanted && difference_.empty();
   };
   reread.ReadExposures(compare, ignored);
-  const std::int64_t found = target.OpenRecordset(kExposureTable)->RecordCount();
+  const std::int64_t found = target.OpenRecordset(core::kExposureTable)->RecordCount();
   if (isWanted && (ordinal != rows_ || found != rows_)) Differ("the number of exposures");
   return isWanted;
 }
@@ -179,7 +179,7 @@ bool LogCopy::Compare(const OldLog& reread, dao::Database& target, const RowProg
 // Version and origin are the new log's own; everything else is the old log's, and where that has nothing, the
 // template's.
 std::vector<LogCopy::Setting> LogCopy::Settings(const OldLog& source) const {
-  std::vector<Setting> settings{{std::string(kVersionKey), std::string(kConvertedVersion)},
+  std::vector<Setting> settings{{std::string(core::kVersionKey), std::string(core::kLogVersion)},
                                 {std::string(kOriginKey), origin_}};
   const auto addAll = [&settings](const std::vector<Setting>& more) {
     const auto known = settings.size();
@@ -196,7 +196,7 @@ std::vector<LogCopy::Setting> LogCopy::Settings(const OldLog& source) const {
 void LogCopy::FillSettings(dao::Database& target) {
   templateSettings_ = StoredSettings(target);
   target.Execute("DELETE FROM TConfig");
-  const auto rows = target.OpenBulkRows(kConfigTable);
+  const auto rows = target.OpenBulkRows(core::kConfigTable);
   for (const auto& [key, value] : Settings(source_)) rows->Insert(std::vector<Value>{key, value});
 }
 

@@ -15,7 +15,6 @@ namespace varnlog::legacy {
 /// The setting of a converted log that keeps the SHA-256 of the old file.
 inline constexpr const char* kOriginKey = "JetSHA256";
 /// The layout that every converted log has; the two fields that 1.0 lacks are empty in its rows.
-inline constexpr const char* kConvertedVersion = "1.1";
 
 /// Takes the rows of an old log into a new one, and compares the two afterwards. A row keeps its id. Rows of
 /// a damaged log that have none, or one that was there before, get ids behind all others; a text too long for

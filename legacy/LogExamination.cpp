@@ -18,7 +18,7 @@ class RowJudge {
   explicit RowJudge(LogExamination& result) : result_(result) {}
 
   void Judge(const JetRow& row) {
-    const auto columns = ExposureColumns();
+    const auto columns = core::ExposureFields();
     for (std::size_t i = 0; i < columns.size(); ++i) {
       if (const auto* text = std::get_if<std::string>(&row.values[i])) JudgeLength(row, columns[i], *text);
     }
@@ -42,7 +42,7 @@ class RowJudge {
   static constexpr std::size_t kId = 0;
   static constexpr std::size_t kTimestamp = 7;
 
-  void JudgeLength(const JetRow& row, const LogColumn& column, const std::string& text) {
+  void JudgeLength(const JetRow& row, const core::LogField& column, const std::string& text) {
     const auto most = static_cast<std::size_t>(column.size);
     if (text.size() > most && platform::CharacterCount(text) > most) {
       Report(FaultKind::kTooLong, row, column.name);
@@ -52,7 +52,7 @@ class RowJudge {
   void JudgeDate(const JetRow& row, DateTime taken) {
     const std::int64_t second = taken.SecondsSinceEpoch();
     if (second < kFirstExposure.SecondsSinceEpoch() || second >= kEndOfExposures.SecondsSinceEpoch()) {
-      return Report(FaultKind::kImplausibleDate, row, ExposureColumns()[kTimestamp].name);
+      return Report(FaultKind::kImplausibleDate, row, core::ExposureFields()[kTimestamp].name);
     }
     if (!result_.first.IsSet() || second < result_.first.SecondsSinceEpoch()) result_.first = taken;
     if (!result_.last.IsSet() || second > result_.last.SecondsSinceEpoch()) result_.last = taken;

@@ -23,16 +23,16 @@ Projection Present(const std::vector<int>& columns) {
 }
 
 // What a row shows in columns that its table lacks: yes/no is never NULL.
-std::vector<Value> EmptyRow(std::span<const LogColumn> columns) {
+std::vector<Value> EmptyRow(std::span<const core::LogField> columns) {
   std::vector<Value> row(columns.size());
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].type == ColumnType::kBoolean) row[i] = false;
+    if (columns[i].type == dao::FieldType::kBoolean) row[i] = false;
   }
   return row;
 }
 
 RowCount ReadProjected(const JetDatabase& database, const JetTable& table, const std::vector<int>& columns,
-                       std::span<const LogColumn> wanted, const RowVisitor& visitor, FaultList& faults) {
+                       std::span<const core::LogField> wanted, const RowVisitor& visitor, FaultList& faults) {
   const Projection present = Present(columns);
   if (present.columns.size() == columns.size()) return database.Read(table, columns, visitor, faults);
   std::vector<Value> row = EmptyRow(wanted);
@@ -48,7 +48,7 @@ RowCount ReadProjected(const JetDatabase& database, const JetTable& table, const
 Result<OldLog> OldLog::Open(Bytes file) {
   auto database = JetDatabase::Open(file);
   if (!database) return database.Why();
-  auto exposures = database->Table(kExposureTable);
+  auto exposures = database->Table(core::kExposureTable);
   if (!exposures) {
     // A table that a damaged catalogue does not list may well be there.
     const bool isSound = database->Faults().IsEmpty();
@@ -56,33 +56,33 @@ Result<OldLog> OldLog::Open(Bytes file) {
   }
   OldLog log(std::move(*database), std::move(*exposures));
   log.faults_ = log.database_.Faults();
-  log.columns_ = MatchColumns(log.exposures_, ExposureColumns(), log.faults_);
+  log.columns_ = MatchColumns(log.exposures_, core::ExposureFields(), log.faults_);
   log.ReadSettings();
   return log;
 }
 
 void OldLog::ReadSettings() {
-  const auto table = database_.Table(kConfigTable);
+  const auto table = database_.Table(core::kConfigTable);
   if (!table) return faults_.Add(table.Why());
-  const std::vector<int> columns = MatchColumns(*table, ConfigColumns(), faults_);
+  const std::vector<int> columns = MatchColumns(*table, core::ConfigFields(), faults_);
   const auto take = [this](const JetRow& row) {
     settings_.emplace_back(row.values[0], row.values[1]);
     return settings_.size() < kMostSettings;
   };
-  ReadProjected(database_, *table, columns, ConfigColumns(), take, faults_);
+  ReadProjected(database_, *table, columns, core::ConfigFields(), take, faults_);
 }
 
 std::string OldLog::Version() const {
   for (const auto& [key, value] : settings_) {
     const auto* name = std::get_if<std::string>(&key);
     const auto* version = std::get_if<std::string>(&value);
-    if (name != nullptr && version != nullptr && SameName(*name, kVersionKey)) return *version;
+    if (name != nullptr && version != nullptr && SameName(*name, core::kVersionKey)) return *version;
   }
   return {};
 }
 
 RowCount OldLog::ReadExposures(const RowVisitor& visitor, FaultList& faults) const {
-  return ReadProjected(database_, exposures_, columns_, ExposureColumns(), visitor, faults);
+  return ReadProjected(database_, exposures_, columns_, core::ExposureFields(), visitor, faults);
 }
 
 }  // namespace varnlog::legacy

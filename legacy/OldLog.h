@@ -10,7 +10,7 @@
 namespace varnlog::legacy {
 
 /// A log in an old file, its rows in the form of the current version: one value a column of
-/// ExposureColumns(), the id first. What a log of version 1.0 does not have yet reads as NULL or false.
+/// core::ExposureFields(), the id first. What a log of version 1.0 does not have yet reads as NULL or false.
 class OldLog {
  public:
   /// Looks at `file`, which must outlive the log. Fails as JetDatabase::Open() and Table() do:

@@ -9,7 +9,7 @@ namespace varnlog::logview {
 
 namespace {
 
-using core::Globals;
+using core::Selection;
 using core::TextKey;
 using platform::ShortDate;
 using namespace core::literals;
@@ -42,19 +42,20 @@ constexpr std::string_view kPatientOrder =
     "ORDER BY TXray.tXraySName DESC , TXray.tXraySFirstname DESC , TXray.tXrayTs DESC;";
 
 /// The bounds joined by `conjunction`; the upper one reaches to the end of its day.
-std::string Between(const Globals& globals, std::string_view conjunction) {
-  std::string upper = db::SqlDateLiteral(globals.dEndGl);
+std::string Between(const Selection& selection, std::string_view conjunction) {
+  std::string upper = db::SqlDateLiteral(selection.dEndGl);
   upper.pop_back();
-  return "Between " + db::SqlDateLiteral(globals.dBegGl) + std::string(conjunction) + upper + " 11:59:59 PM#";
+  return "Between " + db::SqlDateLiteral(selection.dBegGl) + std::string(conjunction) + upper +
+         " 11:59:59 PM#";
 }
 
-std::string PatientIs(const Globals& globals) {
-  return "(TXray.tXraySName)='" + globals.strPatNameGl + "') AND ((TXray.tXraySFirstname)='" +
-         globals.strPatFirstnameGl +
-         "') AND ((TXray.tXrayDBirthday)=" + db::SqlDateLiteral(globals.dPatBirthdayGl) + "))) ";
+std::string PatientIs(const Selection& selection) {
+  return "(TXray.tXraySName)='" + selection.strPatNameGl + "') AND ((TXray.tXraySFirstname)='" +
+         selection.strPatFirstnameGl +
+         "') AND ((TXray.tXrayDBirthday)=" + db::SqlDateLiteral(selection.dPatBirthdayGl) + "))) ";
 }
 
-std::string Sql(const SelectionRule& rule, const Globals& globals) {
+std::string Sql(const SelectionRule& rule, const Selection& selection) {
   const std::string all(kAllRows);
   const std::string newestFirst(kNewestFirst);
   const std::string inPeriod = all + "WHERE (((TXray.tXrayTs) ";
@@ -62,41 +63,41 @@ std::string Sql(const SelectionRule& rule, const Globals& globals) {
     case Where::kNothing:
       break;
     case Where::kPeriod:
-      return inPeriod + Between(globals, " And ") + ")) " + newestFirst;
+      return inPeriod + Between(selection, " And ") + ")) " + newestFirst;
     case Where::kPatient:
-      return all + "WHERE (((" + PatientIs(globals) + std::string(kPatientOrder);
+      return all + "WHERE (((" + PatientIs(selection) + std::string(kPatientOrder);
     case Where::kPatientPeriod:
-      return inPeriod + Between(globals, " And ") + " AND (" + PatientIs(globals) + newestFirst;
+      return inPeriod + Between(selection, " And ") + " AND (" + PatientIs(selection) + newestFirst;
     case Where::kPeriodAndType:
-      return inPeriod + Between(globals, " AND ") + ") AND TXray.tXraySType = '" + std::string(rule.type) +
+      return inPeriod + Between(selection, " AND ") + ") AND TXray.tXraySType = '" + std::string(rule.type) +
              "') " + newestFirst;
   }
   return all + newestFirst;
 }
 
-std::string Headline(const SelectionRule& rule, const Globals& globals, const core::TextLookup& texts,
+std::string Headline(const SelectionRule& rule, const Selection& selection, const core::TextLookup& texts,
                      const ShortDate& shortDate) {
   core::Placeholders values;
   if (rule.where == Where::kPatient || rule.where == Where::kPatientPeriod) {
-    values.push_back({"strPatName", FormatPatient(globals.strPatNameGl, globals.strPatFirstnameGl,
-                                                  globals.dPatBirthdayGl, shortDate)});
+    values.push_back({"strPatName", FormatPatient(selection.strPatNameGl, selection.strPatFirstnameGl,
+                                                  selection.dPatBirthdayGl, shortDate)});
   }
   if (rule.where != Where::kNothing && rule.where != Where::kPatient) {
-    values.push_back({"dBegGl", shortDate.Format(globals.dBegGl)});
-    values.push_back({"dEndGl", shortDate.Format(globals.dEndGl)});
+    values.push_back({"dBegGl", shortDate.Format(selection.dBegGl)});
+    values.push_back({"dEndGl", shortDate.Format(selection.dEndGl)});
   }
   return core::FilledText(texts, rule.headline, values);
 }
 
 }  // namespace
 
-SelectionView BuildSelection(const Globals& globals, const core::TextLookup& texts,
+SelectionView BuildSelection(const Selection& selection, const core::TextLookup& texts,
                              const ShortDate& shortDate) {
-  const auto kind = static_cast<std::size_t>(globals.SortSelectionGl);
+  const auto kind = static_cast<std::size_t>(selection.SortSelectionGl);
   if (kind >= kRules.size()) return {.sql = "TXray", .headline = {}, .icon = {}};
   const SelectionRule& rule = kRules[kind];
-  return {.sql = Sql(rule, globals),
-          .headline = Headline(rule, globals, texts, shortDate),
+  return {.sql = Sql(rule, selection),
+          .headline = Headline(rule, selection, texts, shortDate),
           .icon = std::string(rule.icon)};
 }
 

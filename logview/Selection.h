@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/Globals.h"
+#include "core/Selection.h"
 #include "core/TextLookup.h"
 #include "platform/ShortDate.h"
 
@@ -16,9 +16,9 @@ struct SelectionView {
   std::string icon;      // "DateAll", "PatAll" or "PatPeriod"
 };
 
-/// The query, headline and icon of the selection in `globals`. Names go into the SQL as they are: one with an
+/// The query, headline and icon of the selection. Names go into the SQL as they are: one with an
 /// apostrophe makes it invalid, which opening it reports.
-[[nodiscard]] SelectionView BuildSelection(const core::Globals& globals, const core::TextLookup& texts,
+[[nodiscard]] SelectionView BuildSelection(const core::Selection& selection, const core::TextLookup& texts,
                                            const platform::ShortDate& shortDate);
 
 /// The SQL after a click on the heading of `column`: ascending when the current SQL contains "DESC;", else

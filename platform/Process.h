@@ -22,4 +22,7 @@ class SystemLauncher final : public Launcher {
 /// True where the operating system has a registration program for components ("Regsvr32.exe").
 [[nodiscard]] bool HasComponentRegistration();
 
+/// The value of a variable of the environment; "" when it is not set.
+[[nodiscard]] std::string EnvironmentVariable(const char* name);
+
 }  // namespace varnlog::platform

@@ -2,17 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/Files.h"
+#include "core/Installation.h"
 
 namespace varnlog::start {
-
-namespace {
-
-std::string InProgramFolder(const core::Globals& globals, std::string_view name) {
-  return platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / platform::ToPath(name));
-}
-
-}  // namespace
 
 Language::Language(core::Globals& globals) : globals_(globals) {}
 
@@ -23,11 +15,11 @@ Language::~Language() {
 bool Language::InitLanguage() {
   globals_.LangEngineGl = std::make_unique<db::CJetEngine>();
   db::CJetEngine& engine = *globals_.LangEngineGl;
-  engine.SetWorkgroupPath(InProgramFolder(globals_, "system.mdw"));
+  engine.SetWorkgroupPath(core::DeliveredFile(globals_, core::kWorkgroupFile));
   engine.OpenWorkspace("LangWs", "Admin", "");
   bool opened = false;
   if (!engine.WorkspaceName().empty()) {
-    const std::string file = InProgramFolder(globals_, "verbalo.mdb");
+    const std::string file = core::DeliveredFile(globals_, core::kLanguageDatabase);
     // The texts are only read, so a program folder without write permission is good enough.
     opened =
         engine.OpenDBInWorkspace(file, false, false) == 0 || engine.OpenDBInWorkspace(file, false, true) == 0;

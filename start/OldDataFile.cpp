@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "core/Installation.h"
 #include "legacy/ChangePlaces.h"
 #include "legacy/LogExamination.h"
 #include "legacy/OldFile.h"
@@ -38,7 +39,7 @@ OpenAs PrepareDataFile(const core::Globals& globals, const Services& services, c
   if (!legacy::IsJetFile(log)) return OpenAs::kLog;
   if (!legacy::CanBeReplaced(log)) return PrepareProtected(services, file);
   const legacy::ConversionContext context{dao::DBEngine::Instance(), services.texts,
-                                          platform::ToPath(globals.ProgramFolderGl) / "varnlog.md0"};
+                                          platform::ToPath(core::DeliveredFile(globals, core::kEmptyLog))};
   using Outcome = ConversionResult::Outcome;
   Outcome outcome = Outcome::kCancelled;
   show([&](legacy::ConversionView& view) { outcome = ConvertInPlace(context, log, view).outcome; });

@@ -1,6 +1,7 @@
 #include <array>
 #include <charconv>
 
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "platform/Files.h"
 #include "platform/ShortDate.h"
@@ -23,10 +24,6 @@ constexpr std::array<Switch, 4> kSwitches = {{
     {"OptSbrVisible", &core::Globals::OptSbrVisible},
     {"UpdateOnActivation", &core::Globals::UpdateOnActivation},
 }};
-
-std::string InSuiteFolder(const core::Globals& globals, std::string_view name) {
-  return platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / ".." / platform::ToPath(name));
-}
 
 /// Not set when the key is missing or holds no date. The dates of older files have dots.
 platform::DateTime ReadDate(const core::SettingsStore& ini, const std::string& section, std::string_view key,
@@ -61,7 +58,7 @@ void LoadSettings(core::Globals& globals, const core::SettingsStore& ini) {
   if (!globals.strDataFileGl.empty()) {
     LoadSelection(globals, ini, globals.strDataFileGl);
   } else {
-    globals.strDataFileGl = globals.DataPathGl + "Varnlog.mdb";
+    globals.strDataFileGl = globals.DataPathGl + std::string(core::kDefaultLog);
     globals.SortSelectionGl = core::SelectionKind::kAll;
   }
 }
@@ -98,8 +95,8 @@ void SaveSettings(const core::Globals& globals, core::SettingsStore& ini) {
 }
 
 void ReadHostSettings(core::Globals& globals, const core::SettingsStore& ini) {
-  globals.SiteGl = ini.ReadString("INSTALL", "Site", InSuiteFolder(globals, "kalvero.ini"));
-  const std::string acquisition = InSuiteFolder(globals, "fotavex.ini");
+  globals.SiteGl = ini.ReadString("INSTALL", "Site", core::InSuiteFolder(globals, core::kSuiteSettings));
+  const std::string acquisition = core::InSuiteFolder(globals, core::kAcquisitionSettings);
   globals.kVGl = ini.ReadInteger("XRaysIO", "kV", acquisition);
   globals.mAGl = ini.ReadInteger("XRaysIO", "mA", acquisition);
 }

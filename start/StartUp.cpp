@@ -1,5 +1,6 @@
 #include "start/StartUp.h"
 
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "platform/SafeFile.h"
 
@@ -15,15 +16,14 @@ void RegisterReportComponents(platform::Launcher& launcher, bool hasRegistration
 
 bool OpenLogWorkspace(core::Globals& globals) {
   globals.LogEngineGl = std::make_unique<db::CJetEngine>();
-  globals.LogEngineGl->SetWorkgroupPath(
-      platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / "system.mdw"));
+  globals.LogEngineGl->SetWorkgroupPath(core::DeliveredFile(globals, core::kWorkgroupFile));
   globals.LogEngineGl->OpenWorkspace("MyWs", "Admin", "");
   return !globals.LogEngineGl->WorkspaceName().empty();
 }
 
 bool InstallDataFile(const core::Globals& globals, const Services& services) {
   if (db::FileExists(globals.strDataFileGl)) return true;
-  const std::filesystem::path emptyLog = platform::ToPath(globals.ProgramFolderGl) / "varnlog.md0";
+  const std::filesystem::path emptyLog = platform::ToPath(core::DeliveredFile(globals, core::kEmptyLog));
   // Never over a log that another workstation has put there meanwhile.
   const std::error_code error = platform::CopyWholeFile(emptyLog, platform::ToPath(globals.strDataFileGl),
                                                         platform::IfTaken::kFail, {});
@@ -32,21 +32,12 @@ bool InstallDataFile(const core::Globals& globals, const Services& services) {
   return false;
 }
 
-void CheckRememberedSelection(core::Globals& globals) {
-  using Kind = core::SelectionKind;
-  const bool hasPeriod = globals.dBegGl.IsSet() && globals.dEndGl.IsSet();
-  const bool hasPatient =
-      globals.dPatBirthdayGl.IsSet() && !globals.strPatNameGl.empty() && !globals.strPatFirstnameGl.empty();
-  bool complete = hasPeriod;
-  if (globals.SortSelectionGl == Kind::kAll) complete = true;
-  if (globals.SortSelectionGl == Kind::kPatient) complete = hasPatient;
-  if (globals.SortSelectionGl == Kind::kPatientPeriod) complete = hasPatient && hasPeriod;
-  if (!complete) globals.SortSelectionGl = Kind::kAll;
+void CheckRememberedSelection(core::Selection& selection) {
+  if (!selection.IsComplete()) selection.SortSelectionGl = core::SelectionKind::kAll;
 }
 
 bool HostToothScheme::SchemeUS() const {
-  const auto file = platform::ToPath(globals_.ProgramFolderGl) / platform::ToPath("..\\kalvero.ini");
-  return ini_.ReadInteger("Config", "SchemeUS", platform::FromPath(file)) != 0;
+  return ini_.ReadInteger("Config", "SchemeUS", core::InSuiteFolder(globals_, core::kSuiteSettings)) != 0;
 }
 
 }  // namespace varnlog::start

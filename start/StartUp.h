@@ -56,11 +56,9 @@ bool InstallDataFile(const core::Globals& globals, const Services& services);
 /// `file`; on failure the reason has been shown and the log is closed.
 [[nodiscard]] bool OpenAndCheckDataFile(core::Globals& globals, const Services& services,
                                         const std::string& file, bool readOnly = false);
-/// Version "1.0" to "1.1"; false when TConfig or TXray is missing. A log that cannot be changed stays "1.0".
-[[nodiscard]] bool UpgradeDataFile(core::Globals& globals, const std::string& file);
 
 /// Falls back to kAll when the remembered selection's values are incomplete.
-void CheckRememberedSelection(core::Globals& globals);
+void CheckRememberedSelection(core::Selection& selection);
 
 /// Section "Config", key "SchemeUS" of the imaging suite's INI file, read on every call.
 class HostToothScheme final : public intake::ToothScheme {

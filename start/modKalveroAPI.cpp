@@ -1,6 +1,7 @@
 #include <array>
 #include <filesystem>
 
+#include "core/Installation.h"
 #include "db/modCommon.h"
 #include "platform/CodePage.h"
 #include "platform/Files.h"
@@ -55,7 +56,7 @@ std::string AskLibrary(const fs::path& file) {
 std::string HostDataPath(std::string_view programFolder, std::string_view language) {
   try {
     const fs::path suite = fs::canonical(platform::ToPath(programFolder) / "..");
-    const fs::path file = suite / "KVFILEDB.DLL";
+    const fs::path file = suite / core::kSuiteLibrary;
     if (!fs::exists(file)) return {};
     const CurrentFolder inSuite(suite);
     const std::string bytes = AskLibrary(file);

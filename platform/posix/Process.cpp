@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -68,6 +69,11 @@ bool SystemLauncher::Start(const std::vector<std::string>& command) {
   const bool started = child > 0 && NothingReported(report[0]);
   close(report[0]);
   return started;
+}
+
+std::string EnvironmentVariable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
 }
 
 bool HasComponentRegistration() {

@@ -11,13 +11,13 @@ using platform::DateTime;
 class PeriodTest : public testing::Test {
  protected:
   std::optional<PeriodProblem> Confirms(SelectionKind kind, PeriodBoxes& boxes) {
-    globals.SortSelectionGl = kind;
-    globals.dPatBirthdayGl = *DateTime::FromCivil(1961, 3, 12);
-    return Period(globals, shortDate, clock).Confirm(boxes);
+    selection.SortSelectionGl = kind;
+    selection.dPatBirthdayGl = *DateTime::FromCivil(1961, 3, 12);
+    return Period(selection, shortDate, clock).Confirm(boxes);
   }
-  std::string Chosen() const { return globals.dBegGl.ToIso() + " to " + globals.dEndGl.ToIso(); }
+  std::string Chosen() const { return selection.dBegGl.ToIso() + " to " + selection.dEndGl.ToIso(); }
 
-  core::Globals globals;
+  core::Selection selection;
   platform::ShortDate shortDate;
   platform::FixedClock clock{*DateTime::FromCivil(2024, 5, 17, 13, 45, 0)};
 };
@@ -82,12 +82,12 @@ TEST_F(PeriodTest, StaysOpenAtTheBoxThatIsWrongAndKeepsTheOldPeriod) {
     EXPECT_EQ(problem->message.name(), row.message);
     EXPECT_EQ(problem->dData, row.dData);
     EXPECT_EQ(problem->focus, row.focus);
-    EXPECT_FALSE(globals.dBegGl.IsSet() || globals.dEndGl.IsSet());
+    EXPECT_FALSE(selection.dBegGl.IsSet() || selection.dEndGl.IsSet());
   }
 }
 
 TEST_F(PeriodTest, CurrentYearRunsFromNewYearToToday) {
-  EXPECT_EQ(Period(globals, shortDate, clock).CurrentYear(), (PeriodBoxes{"01.01.2024", "17.05.2024"}));
+  EXPECT_EQ(Period(selection, shortDate, clock).CurrentYear(), (PeriodBoxes{"01.01.2024", "17.05.2024"}));
 }
 
 }  // namespace

@@ -28,9 +28,9 @@ std::string Join(const std::vector<std::string>& fields) {
 // A row under the old heading, in the order of the new fields.
 std::string InNewOrder(const std::vector<std::string>& heading, const std::vector<std::string>& row) {
   std::vector<std::string> fields;
-  for (const LogColumn& column : ExposureColumns()) {
+  for (const core::LogField& column : core::ExposureFields()) {
     const auto found = std::find(heading.begin(), heading.end(), column.name);
-    const std::string missing = column.type == ColumnType::kBoolean ? "0" : "\\N";
+    const std::string missing = column.type == dao::FieldType::kBoolean ? "0" : "\\N";
     fields.push_back(found == heading.end() ? missing
                                             : row[static_cast<std::size_t>(found - heading.begin())]);
   }
@@ -50,8 +50,9 @@ std::vector<std::string> ConversionFixture::NewRows(const std::filesystem::path&
   std::vector<std::string> lines;
   for (; !rows->IsEOF(); rows->MoveNext()) {
     std::vector<std::string> fields;
-    for (const LogColumn& column : ExposureColumns()) {
-      fields.push_back(samples::Render(rows->Fields(column.name).Value(), column.type));
+    for (const core::LogField& column : core::ExposureFields()) {
+      fields.push_back(
+          samples::Render(rows->Fields(column.name).Value(), static_cast<ColumnType>(column.type)));
     }
     lines.push_back(Join(fields));
   }

@@ -7,7 +7,7 @@
 namespace varnlog::logview {
 namespace {
 
-using core::Globals;
+using core::Selection;
 using core::SelectionKind;
 using platform::DateTime;
 using platform::ShortDate;
@@ -19,22 +19,22 @@ DateTime Day(int year, int month, int day) {
 class SelectionTest : public testing::Test {
  protected:
   SelectionTest() {
-    globals_.dBegGl = Day(2004, 2, 9);
-    globals_.dEndGl = Day(2004, 11, 30);
-    globals_.strPatNameGl = "Müller";
-    globals_.strPatFirstnameGl = "Käthe";
-    globals_.dPatBirthdayGl = Day(1960, 2, 1);
+    selection_.dBegGl = Day(2004, 2, 9);
+    selection_.dEndGl = Day(2004, 11, 30);
+    selection_.strPatNameGl = "Müller";
+    selection_.strPatFirstnameGl = "Käthe";
+    selection_.dPatBirthdayGl = Day(1960, 2, 1);
     texts_.texts["RS_PERIOD"] = "Alle vom $dBegGl$ bis $dEndGl$";
     texts_.texts["RS_XRPROOF"] = "Nachweis: $strPatName$";
     texts_.texts["RS_XRPROOFPERIOD"] = "$strPatName$ vom $dBegGl$ bis $dEndGl$";
   }
 
   SelectionView Select(SelectionKind kind) {
-    globals_.SortSelectionGl = kind;
-    return BuildSelection(globals_, texts_, ShortDate());
+    selection_.SortSelectionGl = kind;
+    return BuildSelection(selection_, texts_, ShortDate());
   }
 
-  Globals globals_;
+  Selection selection_;
   FakeTexts texts_;
 };
 
@@ -99,12 +99,12 @@ TEST_F(SelectionTest, HeadlinesNamePeriodAndPatient) {
 }
 
 TEST_F(SelectionTest, ANameThatHoldsTheMarkerIsShownAsItIs) {
-  globals_.strPatNameGl = "$strPatName$";
+  selection_.strPatNameGl = "$strPatName$";
   EXPECT_EQ(Select(SelectionKind::kPatient).headline, "Nachweis: $strPatName$, Käthe *01.02.1960");
 }
 
 TEST_F(SelectionTest, PutsNamesIntoTheQueryAsTheyAre) {
-  globals_.strPatNameGl = "O'Brien";
+  selection_.strPatNameGl = "O'Brien";
   EXPECT_NE(Select(SelectionKind::kPatient).sql.find("(TXray.tXraySName)='O'Brien')"), std::string::npos);
 }
 

@@ -195,7 +195,9 @@ TEST_F(HelpWindow, IsClosedWithTheProgramKeepsItsPlaceAndWritesNothingIntoTheFol
 
 TEST_F(HelpWindow, AMissingOrForeignHelpFileIsTold) {
   Starts(false);
-  const std::string file = HelpFile(installation_.program().string(), "D");
+  core::Globals globals;
+  globals.ProgramFolderGl = installation_.program().string();
+  const std::string file = HelpFile(globals);
   program_->Triggers(mnuHelpContents);
   fs::create_directories(fs::path(file).parent_path());
   cli::Installation::Write(file, "no help file at all");
