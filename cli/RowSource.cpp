@@ -57,7 +57,7 @@ class DisplayedRows final : public RowSource {
     for (int i = 0; i < logview::kColumnCount; ++i) {
       Cell& cell = row[static_cast<std::size_t>(i)];
       cell.text = display_.Text(i);
-      cell.isNumber = i == logview::kNumberColumn;
+      cell.isNumber = logview::kColumns.at(static_cast<std::size_t>(i)).form == logview::Form::kRowNumber;
     }
   }
 

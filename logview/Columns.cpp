@@ -2,33 +2,102 @@
 
 namespace varnlog::logview {
 
+using namespace core::literals;
+
+namespace {
+
+constexpr core::TextKey kPregnancies[] = {"RC_PREGYES"_key, "RC_PREGNO"_key, "RC_PREGUNKNOWN"_key};
+constexpr core::TextKey kRetakes[] = {"RC_ND"_key, "RC_REPEAT"_key};
+
+}  // namespace
+
 const std::array<Column, kColumnCount> kColumns = {{
-    {"RS_NR", "RS_TIP_NR", "", "", "", "", ""},
-    {"RS_DATE", "RS_TIP_DATE", "", "", "", "ORDER BY TXray.tXrayTs;", "ORDER BY TXray.tXrayTs DESC;"},
-    {"RS_PATIENT", "RS_TIP_PATIENT", "", "", "",
-     "ORDER BY TXray.tXraySName , TXray.tXraySFirstname , TXray.tXrayDBirthday;",
-     "ORDER BY TXray.tXraySName DESC , TXray.tXraySFirstname DESC , TXray.tXrayDBirthday DESC;"},
-    {"RS_PREGNANCY", "RS_TIP_PREGNANCY", "", "tXraySPreg", "tXrayBEdPreg", "ORDER BY TXray.tXraySPreg;",
-     "ORDER BY TXray.tXraySPreg DESC;"},
-    {"RS_TYPE", "RS_TIP_TYPE", "", "tXraySType", "tXrayBEdType", "ORDER BY TXray.tXraySType;",
-     "ORDER BY TXray.tXraySType DESC;"},
-    {"RS_REGION", "RS_TIP_REGION", "", "tXraySRegio", "tXrayBEdRegio", "ORDER BY TXray.tXraySRegio;",
-     "ORDER BY TXray.tXraySRegio DESC;"},
-    {"RS_MS", "RS_TIP_MS", "", "tXraySRadDur", "tXrayBEdRadDur", "ORDER BY TXray.tXraySRadDur;",
-     "ORDER BY TXray.tXraySRadDur DESC;"},
-    {"RS_KV", "RS_TIP_KV", "", "tXraySVolt", "tXrayBEdVolt", "ORDER BY TXray.tXraySVolt;",
-     "ORDER BY TXray.tXraySVolt DESC;"},
-    {"RS_MA", "RS_TIP_MA", "", "tXraySCur", "tXrayBEdCur", "ORDER BY TXray.tXraySCur;",
-     "ORDER BY TXray.tXraySCur DESC;"},
-    {"", "RS_TIP_DOSE", "mGycm2", "tXraySDose", "tXrayBEdDose", "ORDER BY TXray.tXraySDose;",
-     "ORDER BY TXray.tXraySDose DESC;"},
-    {"RS_NOTDIAG", "RS_TIP_NOTDIAG", "", "tXraySDiagRetry", "tXrayBEdDiagRetry",
-     "ORDER BY TXray.tXraySDiagRetry;", "ORDER BY TXray.tXraySDiagRetry DESC;"},
-    {"RS_PERSCHARGE", "RS_TIP_PERSCHARGE", "", "tXraySDr", "tXrayBEdDr", "ORDER BY TXray.tXraySDr;",
-     "ORDER BY TXray.tXraySDr DESC;"},
-    {"RS_COMMENT", "RS_TIP_COMMENT", "", "tXraySComment", "", "ORDER BY TXray.tXraySComment;",
-     "ORDER BY TXray.tXraySComment DESC;"},
+    {.headingKey = "RS_NR", .tipKey = "RS_TIP_NR", .form = Form::kRowNumber, .digits = 7, .isNumber = true},
+    {.headingKey = "RS_DATE",
+     .tipKey = "RS_TIP_DATE",
+     .form = Form::kDate,
+     .digits = 11,
+     .sortFields = {"tXrayTs"}},
+    {.headingKey = "RS_PATIENT",
+     .tipKey = "RS_TIP_PATIENT",
+     .form = Form::kPatient,
+     .digits = 32,
+     .sortFields = {"tXraySName", "tXraySFirstname", "tXrayDBirthday"}},
+    // The field has room for the code only, not for the text that is chosen.
+    {.headingKey = "RS_PREGNANCY",
+     .tipKey = "RS_TIP_PREGNANCY",
+     .form = Form::kPregnancy,
+     .field = "tXraySPreg",
+     .editFlag = "tXrayBEdPreg",
+     .exceptForMen = true,
+     .limitsInput = false,
+     .choices = kPregnancies,
+     .digits = 11},
+    {.headingKey = "RS_TYPE",
+     .tipKey = "RS_TIP_TYPE",
+     .field = "tXraySType",
+     .editFlag = "tXrayBEdType",
+     .digits = 5},
+    {.headingKey = "RS_REGION",
+     .tipKey = "RS_TIP_REGION",
+     .form = Form::kRegion,
+     .field = "tXraySRegio",
+     .editFlag = "tXrayBEdRegio",
+     .digits = 6},
+    {.headingKey = "RS_MS",
+     .tipKey = "RS_TIP_MS",
+     .field = "tXraySRadDur",
+     .editFlag = "tXrayBEdRadDur",
+     .digits = 7,
+     .isNumber = true},
+    {.headingKey = "RS_KV",
+     .tipKey = "RS_TIP_KV",
+     .field = "tXraySVolt",
+     .editFlag = "tXrayBEdVolt",
+     .digits = 6,
+     .isNumber = true},
+    {.headingKey = "RS_MA",
+     .tipKey = "RS_TIP_MA",
+     .field = "tXraySCur",
+     .editFlag = "tXrayBEdCur",
+     .digits = 6,
+     .isNumber = true},
+    // A dose that is too long is reported when it is written.
+    {.heading = "mGycm2",
+     .tipKey = "RS_TIP_DOSE",
+     .field = "tXraySDose",
+     .editFlag = "tXrayBEdDose",
+     .limitsInput = false,
+     .digits = 9,
+     .isNumber = true},
+    {.headingKey = "RS_NOTDIAG",
+     .tipKey = "RS_TIP_NOTDIAG",
+     .form = Form::kRetake,
+     .field = "tXraySDiagRetry",
+     .editFlag = "tXrayBEdDiagRetry",
+     .choices = kRetakes,
+     .digits = 11},
+    {.headingKey = "RS_PERSCHARGE",
+     .tipKey = "RS_TIP_PERSCHARGE",
+     .field = "tXraySDr",
+     .editFlag = "tXrayBEdDr",
+     .digits = 13},
+    {.headingKey = "RS_COMMENT", .tipKey = "RS_TIP_COMMENT", .field = "tXraySComment", .digits = 24},
 }};
+
+std::string Column::SortClause(bool descending) const {
+  std::string fields;
+  const auto add = [&](std::string_view name) {
+    if (name.empty()) return;
+    fields.append(fields.empty() ? "" : " , ")
+        .append("TXray.")
+        .append(name)
+        .append(descending ? " DESC" : "");
+  };
+  for (const std::string_view name : sortFields) add(name);
+  if (fields.empty()) add(field);
+  return fields.empty() ? fields : "ORDER BY " + fields + ";";
+}
 
 std::string ColumnHeading(int column, const core::TextLookup& texts) {
   if (column < 0 || column >= kColumnCount) return {};

@@ -34,7 +34,7 @@ CellState CellStates::Of(int column) const {
   if (column < 0 || column >= kColumnCount) return CellState::kPlain;
   const auto at = static_cast<std::size_t>(column);
   if (kColumns[at].field.empty()) return CellState::kPlain;
-  if (column == kPregnancyColumn && sex_.Text() == "m") return CellState::kNoneEdit;
+  if (kColumns[at].exceptForMen && sex_.Text() == "m") return CellState::kNoneEdit;
   if (flags_[at] == nullptr) return CellState::kEdit;
   return flags_[at]->Boolean() ? CellState::kEdit : CellState::kLocked;
 }
@@ -44,10 +44,10 @@ CellState CellStateOf(dao::Recordset& rows, int column) {
 }
 
 std::optional<int> InputLimit(dao::Recordset& rows, int column) {
-  // The pregnancy is chosen from a list; its field has room for the code only, not for the text shown. A dose
-  // that is too long is reported when it is written.
-  if (column < kTypeColumn || column >= kColumnCount || column == kDoseColumn) return std::nullopt;
-  return rows.Fields(kColumns[static_cast<std::size_t>(column)].field).Size();
+  if (column < 0 || column >= kColumnCount) return std::nullopt;
+  const Column& limited = kColumns[static_cast<std::size_t>(column)];
+  if (!limited.IsWritten() || !limited.limitsInput) return std::nullopt;
+  return rows.Fields(limited.field).Size();
 }
 
 }  // namespace varnlog::logview

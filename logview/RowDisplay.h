@@ -34,7 +34,7 @@ class RowDisplay {
   };
 
   [[nodiscard]] std::string Patient() const;
-  [[nodiscard]] std::string Region() const;
+  [[nodiscard]] std::string Region(const dao::Field& region) const;
 
   dao::Recordset& rows_;
   const core::TextLookup& texts_;
@@ -44,6 +44,7 @@ class RowDisplay {
   dao::Field& name_;
   dao::Field& firstName_;
   dao::Field& birthday_;
+  dao::Field& type_;
   std::array<dao::Field*, kColumnCount> stored_{};  // nullptr where a column is not one stored text
 };
 

@@ -105,7 +105,7 @@ std::string SortByColumn(std::string_view sql, int column) {
   if (column < 0 || column >= kColumnCount) return std::string(sql);
   const Column& clicked = kColumns[static_cast<std::size_t>(column)];
   const bool isDescending = sql.find("DESC;") != std::string_view::npos;
-  return db::ReplaceSortClause(sql, isDescending ? clicked.ascending : clicked.descending);
+  return db::ReplaceSortClause(sql, clicked.SortClause(!isDescending));
 }
 
 std::string FormatPatient(std::string_view name, std::string_view firstName, platform::DateTime birth,

@@ -49,20 +49,20 @@ class RowWriter {
     dao::Field& field = rows_.Fields(target.field);
     CEdit edit{.ID = RowId(rows_), .Field = std::string(target.editFlag)};
     if (!field.IsNull()) edit.Before = field.Text();
-    field.SetText(Stored(column, text));
+    field.SetText(Stored(target.form, text));
     if (!target.editFlag.empty()) edits.push_back(std::move(edit));
     return true;
   }
 
   /// What is shown in this row, turned back into what is stored. A type entered in the same row is in place
   /// by now, because its column stands before the region's.
-  [[nodiscard]] std::string Stored(int column, const std::string& text) const {
-    switch (column) {
-      case kPregnancyColumn:
+  [[nodiscard]] std::string Stored(Form form, const std::string& text) const {
+    switch (form) {
+      case Form::kPregnancy:
         return intake::PregnancyTextToCode(text, texts_);
-      case kRegionColumn:
+      case Form::kRegion:
         return intake::ToothFromDisplay(text, rows_.Fields("tXraySType").Text(), scheme_);
-      case kRetakeColumn:
+      case Form::kRetake:
         return intake::RepeatTextToCode(text, texts_);
       default:
         return text;

@@ -25,9 +25,6 @@ namespace {
 // A slice takes a few milliseconds, so that keys and mouse are answered while a million rows are counted.
 constexpr std::int64_t kRowsPerSlice = 20'000;
 
-/// Widths until the user changes them, in digits of the view's font; never less than the heading needs.
-constexpr int kDefaultDigits[kColumnCount] = {7, 11, 32, 11, 5, 6, 7, 6, 6, 9, 11, 13, 24};
-
 // Margins, and the mark of the sorted column.
 constexpr int kHeadingExtra = 30;
 
@@ -172,22 +169,19 @@ void frmResults::BuildColumns() {
     ui::GridColumn shown;
     shown.heading = ui::ToQString(ColumnHeading(i, context_.texts));
     shown.tip = ui::Caption(context_.texts, core::TextKey(column.tipKey));
-    shown.width = std::max(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kDefaultDigits[i],
+    shown.width = std::max(fontMetrics().horizontalAdvance(QLatin1Char('0')) * column.digits,
                            fontMetrics().horizontalAdvance(shown.heading) + kHeadingExtra);
-    shown.editable = !column.field.empty();
-    const bool isNumber = i == kNumberColumn || (i > kRegionColumn && i <= kDoseColumn);
-    shown.alignment = isNumber ? Qt::AlignRight : Qt::AlignLeft;
-    columns.push_back(std::move(shown));
-  }
-  const auto entry = [this](core::TextKey key) { return ui::Caption(context_.texts, key); };
-  columns[kPregnancyColumn].list = {QString(), entry("RC_PREGYES"_key), entry("RC_PREGNO"_key),
-                                    entry("RC_PREGUNKNOWN"_key)};
-  columns[kCommentColumn].openText = entry("RS_STATE_ALWAYS"_key);
-  columns[kRetakeColumn].list = {QString(), entry("RC_ND"_key), entry("RC_REPEAT"_key)};
-  for (ui::GridColumn& column : columns) {
-    for (const QString& choice : column.list) {
-      column.width = std::max(column.width, fontMetrics().horizontalAdvance(choice) + kListExtra);
+    shown.editable = column.IsWritten();
+    shown.alignment = column.isNumber ? Qt::AlignRight : Qt::AlignLeft;
+    if (column.IsWritten() && column.editFlag.empty()) {
+      shown.openText = ui::Caption(context_.texts, "RS_STATE_ALWAYS"_key);
     }
+    if (column.IsList()) shown.list.append(QString());
+    for (const core::TextKey choice : column.choices) {
+      shown.list.append(ui::Caption(context_.texts, choice));
+      shown.width = std::max(shown.width, fontMetrics().horizontalAdvance(shown.list.back()) + kListExtra);
+    }
+    columns.push_back(std::move(shown));
   }
   grid_->SetColumns(std::move(columns));
   ApplyReadOnly();
@@ -384,10 +378,8 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
 bool frmResults::ConfirmEmptied(const ui::RowBuffer& entered) {
   for (int column = 0; column < kColumnCount; ++column) {
     const auto& value = entered.Value(0, column);
-    const bool isList = column == kPregnancyColumn || column == kRetakeColumn;
-    if (!value || !value->isEmpty() || isList ||
-        kColumns.at(static_cast<std::size_t>(column)).editFlag.empty())
-      continue;
+    const Column& emptied = kColumns.at(static_cast<std::size_t>(column));
+    if (!value || !value->isEmpty() || emptied.IsList() || emptied.editFlag.empty()) continue;
     return context_.Messages().Confirm("RS_ASK_EMPTY"_key,
                                        {{"strColumn", ColumnHeading(column, context_.texts)}});
   }
@@ -522,9 +514,10 @@ void frmResults::MarkSort() {
   Qt::SortOrder order = Qt::AscendingOrder;
   for (int i = 0; i < kColumnCount; ++i) {
     const Column& column = kColumns.at(static_cast<std::size_t>(i));
-    if (column.ascending.empty()) continue;
-    const bool descending = recordSource_.ends_with(column.descending);
-    if (!descending && !recordSource_.ends_with(column.ascending)) continue;
+    const std::string ascending = column.SortClause(false);
+    if (ascending.empty()) continue;
+    const bool descending = recordSource_.ends_with(column.SortClause(true));
+    if (!descending && !recordSource_.ends_with(ascending)) continue;
     sorted = i;
     order = descending ? Qt::DescendingOrder : Qt::AscendingOrder;
   }

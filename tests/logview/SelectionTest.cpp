@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/LogLayout.h"
 #include "logview/Columns.h"
 #include "logview/Selection.h"
 #include "tests/logview/LogviewFakes.h"
@@ -152,15 +153,20 @@ TEST_F(SelectionTest, SortingTheWholeTableLeavesNoQuery) {
   EXPECT_EQ(SortByColumn("TXray", kNumberColumn), "TXray");
 }
 
-TEST(Columns, EveryColumnButTheNumberSortsBothWaysByItsOwnField) {
-  EXPECT_TRUE(kColumns[kNumberColumn].ascending.empty());
-  for (std::size_t i = 1; i < kColumns.size(); ++i) {
-    const Column& column = kColumns[i];
-    EXPECT_EQ(column.ascending.find("DESC"), std::string_view::npos) << i;
-    EXPECT_TRUE(column.descending.ends_with(" DESC;")) << i;
-    if (column.field.empty()) continue;
-    EXPECT_EQ(column.ascending, "ORDER BY TXray." + std::string(column.field) + ";") << i;
-    EXPECT_EQ(column.descending, "ORDER BY TXray." + std::string(column.field) + " DESC;") << i;
+TEST(Columns, WriteAndSortByFieldsOfTheLog) {
+  const auto typeOf = [](std::string_view name) {
+    for (const core::LogField& field : core::ExposureFields()) {
+      if (field.name == name) return field.type;
+    }
+    return dao::FieldType::kMemo;
+  };
+  for (const Column& column : kColumns) {
+    for (const std::string_view name : column.sortFields) {
+      EXPECT_TRUE(name.empty() || typeOf(name) != dao::FieldType::kMemo) << name;
+    }
+    if (!column.IsWritten()) continue;
+    EXPECT_EQ(typeOf(column.field), dao::FieldType::kText) << column.field;
+    EXPECT_TRUE(column.editFlag.empty() || typeOf(column.editFlag) == dao::FieldType::kBoolean);
   }
 }
 
