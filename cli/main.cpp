@@ -1,5 +1,7 @@
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <new>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -14,6 +16,13 @@ using namespace varnlog::cli;
 using namespace varnlog::core::literals;
 
 enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+
+/// Without memory nothing can be done in good order, least of all in destructors. The next run carries on
+/// from here as after a power cut.
+[[noreturn]] void EndWithoutMemory() {
+  std::fputs("varnlogctl: out of memory\n", stderr);
+  std::_Exit(kFailed);
+}
 
 void WriteError(const std::string& text) {
   if (!text.empty()) std::fprintf(stderr, "varnlogctl: %s\n", text.c_str());
@@ -97,6 +106,7 @@ int Main(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::set_new_handler(EndWithoutMemory);
   varnlog::platform::MakeBrokenPipesErrors();
   try {
     return Main(argc, argv);

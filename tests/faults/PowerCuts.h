@@ -1,0 +1,14 @@
+#pragma once
+
+#include <vector>
+
+#include "tests/faults/Disk.h"
+#include "tests/faults/Sweep.h"
+
+namespace varnlog::faults {
+
+/// The power is cut behind changes of the recorded run; what is found then is judged by the next run. States
+/// that look the same are tried once. `cuts` in the order of the run.
+void CutPower(Scene& scene, const std::vector<PowerCut>& cuts, Disk::Flushing flushing, Findings& findings);
+
+}  // namespace varnlog::faults

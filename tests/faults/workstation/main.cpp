@@ -1,0 +1,81 @@
+// A workstation without a window, for what varnlogctl does not do. The log is Varnlog.mdb in the current
+// folder.
+//   workstation --folder PROGRAM correct COUNT [NUMBER]   writes a comment to the first COUNT rows
+//   workstation --folder PROGRAM adopt                    converts an old log in its place
+// A correction counts as acknowledged when the file "acknowledged" is looked for; the patient stands on the
+// output then.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <new>
+#include <string>
+#include <thread>
+
+#include "db/dao/DBEngine.h"
+#include "legacy/Conversion.h"
+#include "tests/faults/Scenario.h"
+
+namespace {
+
+using namespace varnlog;
+namespace fs = std::filesystem;
+
+const char* const kLog = "Varnlog.mdb";
+
+/// Texts are their keys, questions are answered with yes.
+class Agreeing final : public legacy::ConversionView, public core::TextLookup {
+ public:
+  core::MessageAnswer Show(const core::Message& message) override {
+    std::fprintf(stderr, "%s\n", message.text.c_str());
+    return core::MessageAnswer::kYes;
+  }
+  void Beep() override {}
+  void Begin(legacy::ConversionStep /*step*/, std::int64_t /*exposures*/) override {}
+  [[nodiscard]] bool Advance(std::int64_t /*done*/) override { return true; }
+  [[nodiscard]] std::string GetText(core::TextKey key) const override { return std::string(key.name()); }
+};
+
+int Adopt(dao::DBEngine& engine, const fs::path& program) {
+  using Outcome = legacy::ConversionResult::Outcome;
+  Agreeing user;
+  const Outcome outcome =
+      ConvertInPlace({engine, user, program / "varnlog.md0"}, fs::current_path() / kLog, user).outcome;
+  return outcome == Outcome::kDone || outcome == Outcome::kNotNeeded ? 0 : 1;
+}
+
+void Correct(dao::DBEngine& engine, const std::string& count, const std::string& comment) {
+  const auto workspace = engine.CreateWorkspace("Station", "Admin", "");
+  const auto log = workspace->OpenDatabase(fs::current_path() / kLog, false, false);
+  const auto rows = log->OpenRecordset("SELECT TXray.* FROM TXray WHERE tXrayCulIntIDPk <= " + count);
+  for (; !rows->IsEOF(); rows->MoveNext()) {
+    rows->Edit();
+    rows->Fields("tXraySComment").SetText(comment);
+    rows->Update();
+    static_cast<void>(fs::exists(fs::current_path() / faults::kAcknowledged));
+    std::printf("%s\n", std::string(rows->Fields("tXraySName").Text()).c_str());
+    std::fflush(stdout);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));  // a quick user
+  }
+  log->Close();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::set_new_handler([] {
+    std::fputs("workstation: out of memory\n", stderr);
+    std::_Exit(1);
+  });
+  if (argc < 4) return 2;
+  try {
+    dao::DBEngine engine;
+    engine.SetSystemDB(std::string(argv[2]) + "/system.mdw");
+    if (argv[3] == std::string("adopt")) return Adopt(engine, argv[2]);
+    Correct(engine, argv[4], std::string("corrected ") + (argc > 5 ? argv[5] : ""));
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
