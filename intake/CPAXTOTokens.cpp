@@ -49,7 +49,7 @@ bool CPAXTOTokens::OpenMailslot(std::string_view path) {
 
 bool CPAXTOTokens::OpenPiece(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end) {
   std::error_code error;
-  file_ = platform::File::Open(path, platform::File::Mode::kRead, error);
+  file_ = platform::File::Open(path, platform::File::Mode::kRead, error, platform::File::Links::kRefuse);
   lastErr_ = error ? OpenError(error) : kNoError;
   window_.Reset();
   begin_ = begin;

@@ -57,6 +57,8 @@ class CPAXTOTokens {
   /// the next run. 0 with LastErr 0 means that there is nothing to take.
   [[nodiscard]] std::int64_t ReadMailslot(std::int64_t maximum);
   void CloseMailslot();
+  /// The file that is being read; closed when none is.
+  [[nodiscard]] const platform::File& OpenFile() const { return file_; }
 
   /// Removes the first `count` bytes of the exchange file: see ExchangeRemoval.
   [[nodiscard]] bool DeleteReadMails(std::string_view path, std::int64_t count);

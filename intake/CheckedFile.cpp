@@ -70,14 +70,19 @@ std::optional<std::uint64_t> SumOf(const FilePiece& piece) {
   return sum.Value();
 }
 
-bool SameBytes(const FilePiece& a, const FilePiece& b) {
+std::optional<bool> SameBytes(const FilePiece& a, const FilePiece& b) {
+  if (a.length != b.length) return false;
   std::vector<char> other(std::min<std::uint64_t>(kPortion, b.length));
+  std::error_code error;
+  bool same = true;
   const auto compare = [&](std::string_view bytes, std::uint64_t done) {
-    std::error_code error;
     const std::size_t got = b.file->ReadAt(b.offset + done, std::span(other).first(bytes.size()), error);
-    return !error && bytes == std::string_view(other.data(), got);
+    same = !error && bytes == std::string_view(other.data(), got);
+    return same;
   };
-  return a.length == b.length && ReadPortions(a, compare);
+  const bool whole = ReadPortions(a, compare);
+  if (error || (!whole && same)) return std::nullopt;
+  return same;
 }
 
 std::error_code CopyBytes(const FilePiece& from, platform::File& to, std::uint64_t offset) {
@@ -116,10 +121,11 @@ std::error_code CheckedFileWriter::Publish() {
 
 CheckedFile OpenChecked(const std::filesystem::path& path) {
   CheckedFile checked;
+  if (!MayExist(path)) return checked;
   std::error_code error;
-  if (!std::filesystem::exists(std::filesystem::symlink_status(path, error))) return checked;
   checked.state = CheckedFile::State::kUnreadable;
-  checked.file = platform::File::Open(path, platform::File::Mode::kRead, error);
+  checked.file =
+      platform::File::Open(path, platform::File::Mode::kRead, error, platform::File::Links::kRefuse);
   if (error) return checked;
   const std::uint64_t size = checked.file.Size(error);
   if (error) return checked;
@@ -131,6 +137,11 @@ CheckedFile OpenChecked(const std::filesystem::path& path) {
   const bool holds = got == kNumberBytes && *sum == NumberAt(tail, 0);
   checked.state = holds ? CheckedFile::State::kSound : CheckedFile::State::kDamaged;
   return checked;
+}
+
+bool MayExist(const std::filesystem::path& path) {
+  std::error_code error;
+  return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found;
 }
 
 void AppendNumber(std::string& head, std::uint64_t number) {
@@ -149,9 +160,9 @@ std::uint64_t NumberAt(std::string_view bytes, std::size_t offset) {
   return number;
 }
 
-bool KeepAsDamaged(const std::filesystem::path& path) {
+std::optional<std::filesystem::path> KeepAsDamaged(const std::filesystem::path& path) {
   std::error_code error;
-  return platform::KeepAside(path, ".damaged", platform::Keep::kMove, error).has_value();
+  return platform::KeepAside(path, ".damaged", platform::Keep::kMove, error);
 }
 
 }  // namespace varnlog::intake

@@ -36,8 +36,8 @@ class Checksum {
 /// The sum of a piece; nothing when it cannot be read whole.
 [[nodiscard]] std::optional<std::uint64_t> SumOf(const FilePiece& piece);
 
-/// True when the piece holds exactly the bytes of the other.
-[[nodiscard]] bool SameBytes(const FilePiece& a, const FilePiece& b);
+/// Whether `b` holds exactly the bytes of `a`, and has them all; nothing when they cannot be read.
+[[nodiscard]] std::optional<bool> SameBytes(const FilePiece& a, const FilePiece& b);
 
 /// Writes bytes of one file into another in portions.
 [[nodiscard]] std::error_code CopyBytes(const FilePiece& from, platform::File& to, std::uint64_t offset);
@@ -73,11 +73,15 @@ struct CheckedFile {
 };
 [[nodiscard]] CheckedFile OpenChecked(const std::filesystem::path& path);
 
+/// False only when there is surely nothing of that name: what cannot be asked for counts as there.
+[[nodiscard]] bool MayExist(const std::filesystem::path& path);
+
 /// Numbers in the head of such a file: eight bytes, little-endian.
 void AppendNumber(std::string& head, std::uint64_t number);
 [[nodiscard]] std::uint64_t NumberAt(std::string_view bytes, std::size_t offset);
 
-/// Keeps a file that cannot be read, under a name at which nobody looks. False when it stays where it is.
-bool KeepAsDamaged(const std::filesystem::path& path);
+/// Keeps a file whose content is damaged under a name at which nobody looks. Nothing when it stays where it
+/// is.
+[[nodiscard]] std::optional<std::filesystem::path> KeepAsDamaged(const std::filesystem::path& path);
 
 }  // namespace varnlog::intake

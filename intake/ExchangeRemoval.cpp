@@ -34,7 +34,7 @@ class RangeLock {
 }  // namespace
 
 ExchangeRemoval::ExchangeRemoval(const std::filesystem::path& exchange, RunOptions options)
-    : exchange_(ExchangeLocation(exchange)), options_(std::move(options)), journal_(exchange_) {}
+    : exchange_(exchange), options_(std::move(options)), journal_(exchange_) {}
 
 ExchangeRemoval::Solitude ExchangeRemoval::WaitForSolitude(File& file) const {
   using std::chrono::steady_clock;
@@ -46,10 +46,25 @@ ExchangeRemoval::Solitude ExchangeRemoval::WaitForSolitude(File& file) const {
   }
 }
 
-RunTimeError ExchangeRemoval::TakeAside(std::uint64_t count) {
-  if (!MoveAside(exchange_, count)) return kPathAccess;
+/// `file` has been checked and is still open, so that nobody can have shifted its bytes since; but the name
+/// may have gone to another one. What has been moved can no longer be mistaken.
+RunTimeError ExchangeRemoval::TakeAside(const File& file, std::uint64_t count) {
+  const std::optional<TakenFile> taken = MoveAside(exchange_);
+  if (!taken) return kPathAccess;
   options_.Reached(RunStep::kMovedAside);
+  if (platform::IdentityOf(taken->path) != file.Identity()) return kInvalidCall;
+  if (!AccountFor(exchange_, *taken, count)) return kPathAccess;
+  options_.Reached(RunStep::kAccountedFor);
   return kNoError;
+}
+
+RunTimeError ExchangeRemoval::Check(const File& file, std::uint64_t count,
+                                    const std::optional<ReadBytes>& read) {
+  if (!read) return kNoError;
+  const auto identity = file.Identity();
+  const auto sum = SumOf({&file, 0, count});
+  if (!identity || !sum) return kDeviceError;
+  return *identity == read->file && *sum == read->sum ? kNoError : kInvalidCall;
 }
 
 RunTimeError ExchangeRemoval::RemoveAlone(File& file, std::uint64_t count) {
@@ -57,12 +72,14 @@ RunTimeError ExchangeRemoval::RemoveAlone(File& file, std::uint64_t count) {
   const std::uint64_t size = file.Size(error);
   if (error) return kDeviceError;
   if (size < count) return kInvalidCall;
-  if (size == count) return TakeAside(count);
+  if (size == count) return TakeAside(file, count);
+  // Whoever moved it away had it open, and nobody has now.
+  if (platform::IdentityOf(exchange_) != file.Identity()) return kInvalidCall;
   const RangeLock lock(file, size - count);
   if (!lock.IsHeld()) return kDeviceError;
   if (!journal_.Shift(file, count, options_)) return kNoError;
   // A full disk has no room for the journal, but a new name costs nothing.
-  return journal_.Exists() ? kDeviceError : TakeAside(count);
+  return journal_.Exists() ? kDeviceError : TakeAside(file, count);
 }
 
 RunTimeError ExchangeRemoval::RemoveInCompany(File& file, std::uint64_t count) {
@@ -70,23 +87,28 @@ RunTimeError ExchangeRemoval::RemoveInCompany(File& file, std::uint64_t count) {
   const std::uint64_t size = file.Size(error);
   if (error) return kDeviceError;
   if (size < count) return kInvalidCall;
-  if (size == count) return TakeAside(count);
+  if (size == count) return TakeAside(file, count);
   const RangeLock lock(file, size - count);
-  return lock.IsHeld() ? TakeAside(count) : kDeviceError;
+  return lock.IsHeld() ? TakeAside(file, count) : kDeviceError;
 }
 
-RunTimeError ExchangeRemoval::Remove(std::uint64_t count) {
+RunTimeError ExchangeRemoval::Remove(std::uint64_t count, const std::optional<ReadBytes>& read) {
   const auto size = platform::FileSize(exchange_);
   if (!size) return kFileNotFound;
   if (*size < count) return kInvalidCall;
   if (count == 0 && *size > 0) return kNoError;
   if (!Recover()) return kDeviceError;
   std::error_code error;
-  File file = File::Open(exchange_, File::Mode::kReadWrite, error);
-  if (error) return *size == count ? TakeAside(count) : kDeviceError;
+  File file = File::Open(exchange_, File::Mode::kReadWrite, error, File::Links::kRefuse);
+  if (error == std::errc::too_many_symbolic_link_levels) return kPathAccess;
+  // Who may not write the file may still be allowed to rename it.
+  if (error) file = File::Open(exchange_, File::Mode::kRead, error, File::Links::kRefuse);
+  if (error) return kDeviceError;
   const Solitude solitude = WaitForSolitude(file);
-  if (solitude != Solitude::kAlone) return RemoveInCompany(file, count);
-  const RunTimeError result = RemoveAlone(file, count);
+  RunTimeError result = Check(file, count, read);
+  if (result == kNoError) {
+    result = solitude == Solitude::kAlone ? RemoveAlone(file, count) : RemoveInCompany(file, count);
+  }
   file.EndSolitude();
   return result;
 }
@@ -94,11 +116,8 @@ RunTimeError ExchangeRemoval::Remove(std::uint64_t count) {
 bool ExchangeRemoval::Recover() {
   if (!journal_.Exists()) return true;
   std::error_code error;
-  File file = File::Open(exchange_, File::Mode::kReadWrite, error);
-  if (error == std::errc::no_such_file_or_directory) {
-    journal_.Discard();
-    return true;
-  }
+  File file = File::Open(exchange_, File::Mode::kReadWrite, error, File::Links::kRefuse);
+  if (error == std::errc::no_such_file_or_directory) return !journal_.FinishWithoutFile();
   if (error) return false;
   const Solitude solitude = WaitForSolitude(file);
   if (solitude == Solitude::kShared) return false;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 
 #include "intake/CPAXTOTokens.h"
 #include "intake/RunStep.h"
@@ -19,25 +20,36 @@ namespace varnlog::intake {
 ///   are locked.
 /// - More was appended, and somebody keeps the file open, or the file system cannot tell: the file is moved
 ///   aside as well. Whoever has it open goes on writing there, and the next run reads on at that place.
+///
+/// Nothing is removed from a file that is not the one that was read, or whose bytes are others by now:
+/// another log may be fed from the same exchange file, whose runs this one's lock does not hold off.
 class ExchangeRemoval {
  public:
   explicit ExchangeRemoval(const std::filesystem::path& exchange, RunOptions options = {});
 
+  /// What was read of the exchange file: which file it was, and the sum of the bytes from its beginning.
+  struct ReadBytes {
+    platform::FileIdentity file;
+    std::uint64_t sum = 0;
+  };
   /// Removes the first `count` bytes; none of a longer file stay as they are. kNoError; kFileNotFound;
-  /// kInvalidCall when the file is shorter; kDeviceError when it cannot be opened, locked or written to;
-  /// kPathAccess when it cannot be moved aside. After an error the bytes are still there.
-  [[nodiscard]] RunTimeError Remove(std::uint64_t count);
+  /// kInvalidCall when the file is shorter or not what was read; kDeviceError when it cannot be opened, read,
+  /// locked or written to; kPathAccess when it is a link or cannot be moved aside. After an error the bytes
+  /// are still there, or in a file moved aside in which they are pending.
+  [[nodiscard]] RunTimeError Remove(std::uint64_t count, const std::optional<ReadBytes>& read = {});
 
-  /// Finishes what an interruption left half done. False when somebody keeps the file open meanwhile, or the
-  /// disk fails: the file must not be read before this has succeeded.
+  /// Finishes what an interruption left half done. False when somebody keeps the file open meanwhile, the
+  /// disk fails or the journal is damaged: the file must not be read before this has succeeded.
   [[nodiscard]] bool Recover();
 
  private:
   using Solitude = platform::File::Solitude;
   [[nodiscard]] Solitude WaitForSolitude(platform::File& file) const;
+  [[nodiscard]] static RunTimeError Check(const platform::File& file, std::uint64_t count,
+                                          const std::optional<ReadBytes>& read);
   [[nodiscard]] RunTimeError RemoveAlone(platform::File& file, std::uint64_t count);
   [[nodiscard]] RunTimeError RemoveInCompany(platform::File& file, std::uint64_t count);
-  [[nodiscard]] RunTimeError TakeAside(std::uint64_t count);
+  [[nodiscard]] RunTimeError TakeAside(const platform::File& file, std::uint64_t count);
 
   std::filesystem::path exchange_;
   RunOptions options_;

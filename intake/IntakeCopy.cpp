@@ -19,10 +19,12 @@ std::filesystem::path CopyPath(std::filesystem::path logFile) {
   return logFile;
 }
 
-std::string ReadBytes(const platform::File& file, std::uint64_t offset, std::size_t length) {
+/// Nothing when the system does not give them out; fewer bytes only at the end of the file.
+std::optional<std::string> ReadBytes(const platform::File& file, std::uint64_t offset, std::size_t length) {
   std::string bytes(length, '\0');
   std::error_code error;
   bytes.resize(file.ReadAt(offset, bytes, error));
+  if (error) return std::nullopt;
   return bytes;
 }
 
@@ -48,17 +50,16 @@ RunId NewRunId() {
 IntakeCopy::IntakeCopy(const std::filesystem::path& logFile) : logFile_(logFile), path_(CopyPath(logFile)) {}
 
 bool IntakeCopy::Exists() const {
-  std::error_code error;
-  return std::filesystem::exists(path_, error);
+  return MayExist(path_);
 }
 
 RunId IntakeCopy::PeekId() const {
   std::error_code error;
   const platform::File file = platform::File::Open(path_, platform::File::Mode::kRead, error);
   if (error) return {};
-  const std::string head = ReadBytes(file, 0, kMagic.size() + kIdLength);
-  if (head.size() != kMagic.size() + kIdLength || !head.starts_with(kMagic)) return {};
-  return head.substr(kMagic.size());
+  const auto head = ReadBytes(file, 0, kMagic.size() + kIdLength);
+  if (!head || head->size() != kMagic.size() + kIdLength || !head->starts_with(kMagic)) return {};
+  return head->substr(kMagic.size());
 }
 
 void IntakeCopy::Load() {
@@ -76,23 +77,28 @@ void IntakeCopy::Load() {
       state_ = State::kDamaged;
       break;
     case CheckedFile::State::kSound:
-      state_ = Parse() ? State::kSound : State::kDamaged;
+      state_ = Parse();
       break;
   }
 }
 
-bool IntakeCopy::Parse() {
-  const std::string head = ReadBytes(stored_.file, 0, kHeadLength);
-  if (head.size() != kHeadLength || !head.starts_with(kMagic)) return false;
-  id_ = head.substr(kMagic.size(), kIdLength);
-  const std::uint64_t count = NumberAt(head, kMagic.size() + kIdLength);
-  if (count > kMostSections) return false;
+IntakeCopy::State IntakeCopy::Parse() {
+  const auto head = ReadBytes(stored_.file, 0, kHeadLength);
+  if (!head) return State::kUnreadable;
+  if (head->size() != kHeadLength || !head->starts_with(kMagic)) return State::kDamaged;
+  id_ = head->substr(kMagic.size(), kIdLength);
+  const std::uint64_t count = NumberAt(*head, kMagic.size() + kIdLength);
+  if (count > kMostSections) return State::kDamaged;
   const auto tableLength = static_cast<std::size_t>(count) * kSectionLength;
-  const std::string table = ReadBytes(stored_.file, kHeadLength, tableLength);
-  if (table.size() != tableLength) return false;
-  std::uint64_t place = kHeadLength + tableLength;
-  for (std::size_t at = 0; at < tableLength; at += kSectionLength) {
-    CopySection section = ParseSection(std::string_view(table).substr(at, kSectionLength));
+  const auto table = ReadBytes(stored_.file, kHeadLength, tableLength);
+  if (!table) return State::kUnreadable;
+  return table->size() == tableLength && ParseSections(*table) ? State::kSound : State::kDamaged;
+}
+
+bool IntakeCopy::ParseSections(std::string_view table) {
+  std::uint64_t place = kHeadLength + table.size();
+  for (std::size_t at = 0; at < table.size(); at += kSectionLength) {
+    CopySection section = ParseSection(table.substr(at, kSectionLength));
     if (section.source > CopySection::Source::kTaken) return false;
     if (place > stored_.length || section.bytes.length > stored_.length - place) return false;
     section.bytes.file = &stored_.file;

@@ -41,7 +41,7 @@ class IntakeCopy {
   [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
   [[nodiscard]] bool Exists() const;
 
-  /// The run that made the copy, without checking the rest; "" when it cannot be told.
+  /// The run that made the copy, without checking the rest; "" when it cannot be told or there is none.
   [[nodiscard]] RunId PeekId() const;
 
   /// Whatever the file holds, nothing is trusted before it has been checked.
@@ -58,7 +58,8 @@ class IntakeCopy {
   [[nodiscard]] bool Delete() const;
 
  private:
-  [[nodiscard]] bool Parse();
+  [[nodiscard]] State Parse();
+  [[nodiscard]] bool ParseSections(std::string_view table);
 
   std::filesystem::path logFile_;
   std::filesystem::path path_;

@@ -5,8 +5,6 @@
 #include <numeric>
 #include <utility>
 
-#include "intake/ExchangeRemoval.h"
-
 namespace varnlog::intake {
 
 using platform::File;
@@ -15,12 +13,6 @@ namespace {
 
 constexpr std::int64_t kAllRecords = std::numeric_limits<std::int64_t>::max();
 
-/// A folder of that name counts: opening it fails and is reported.
-bool IsThere(const std::filesystem::path& path) {
-  std::error_code error;
-  return std::filesystem::exists(path, error);
-}
-
 }  // namespace
 
 IntakeSources::Source::Source(CopySection::Source from, std::filesystem::path file, std::string_view language)
@@ -28,37 +20,54 @@ IntakeSources::Source::Source(CopySection::Source from, std::filesystem::path fi
 
 IntakeSources::IntakeSources(const std::filesystem::path& exchange, const std::filesystem::path& logFile,
                              std::string_view language, RunOptions options)
-    : exchange_(ExchangeLocation(exchange)),
+    : exchange_(exchange),
+      logFile_(logFile),
       options_(std::move(options)),
       language_(language),
       copy_(logFile) {}
 
 bool IntakeSources::AnythingThere() const {
-  return IsThere(exchange_) || ShiftJournal(exchange_).Exists() || copy_.Exists() ||
-         std::ranges::any_of(ListTakenFiles(exchange_), &TakenFile::IsPending);
+  std::error_code error;
+  const std::vector<TakenFile> taken = ListTakenFiles(exchange_, error);
+  return error || MayExist(exchange_) || ShiftJournal(exchange_).Exists() || copy_.Exists() ||
+         std::ranges::any_of(taken, &TakenFile::IsPending);
 }
 
+/// As long as there is a copy, what was moved aside stays: should the copy be damaged, the bytes are there.
 void IntakeSources::Sweep() const {
-  SweepTakenFiles(exchange_, options_.grace);
+  if (!copy_.Exists()) SweepTakenFiles(exchange_, options_.grace);
 }
 
 bool IntakeSources::IsPending(const std::function<RunId()>& committed) const {
   if (platform::FileSize(exchange_).value_or(0) > 0) return true;
-  if (std::ranges::any_of(ListTakenFiles(exchange_), &TakenFile::IsPending)) return true;
+  std::error_code ignored;
+  if (std::ranges::any_of(ListTakenFiles(exchange_, ignored), &TakenFile::IsPending)) return true;
+  if (ShiftJournal(exchange_).Exists()) return true;
   return copy_.Exists() && copy_.PeekId() != committed();
+}
+
+bool IntakeSources::ListTaken() {
+  std::error_code error;
+  takenFiles_ = ListTakenFiles(exchange_, error);
+  return !error;
 }
 
 IntakeSources::Opened IntakeSources::Open(const RunId& committed) {
   sources_.clear();
+  std::error_code error;
+  if (std::filesystem::is_symlink(exchange_, error)) return Opened::kIsLink;
+  const ShiftJournal journal(exchange_);
+  if (journal.IsDamaged() && !PutAway(journal.Path())) return Opened::kCannotRead;
   if (!ExchangeRemoval(exchange_, options_).Recover()) return Opened::kCannotOpen;
-  Sweep();
-  takenFiles_ = ListTakenFiles(exchange_);
+  if (!ListTaken()) return Opened::kCannotRead;
   const Opened copy = OpenCopy(committed);
   if (copy != Opened::kReady) return copy;
+  Sweep();
+  if (!ListTaken()) return Opened::kCannotRead;
   for (const TakenFile& taken : takenFiles_) {
     if (taken.IsPending() && !OpenTaken(taken)) return Opened::kCannotRead;
   }
-  return IsThere(exchange_) ? OpenExchange() : Opened::kReady;
+  return MayExist(exchange_) ? OpenExchange() : Opened::kReady;
 }
 
 IntakeSources::Opened IntakeSources::OpenCopy(const RunId& committed) {
@@ -69,35 +78,58 @@ IntakeSources::Opened IntakeSources::OpenCopy(const RunId& committed) {
     case IntakeCopy::State::kUnreadable:
       return Opened::kCannotRead;
     case IntakeCopy::State::kDamaged:
-      PutAway(copy_.Path());
-      return Opened::kReady;
+      return SetDamagedCopyAside(committed);
     case IntakeCopy::State::kSound:
       break;
   }
   // The run that made the copy reached its end and was interrupted just before deleting it.
   if (copy_.Id() == committed) return copy_.Delete() ? Opened::kReady : Opened::kCannotRead;
   for (const CopySection& section : copy_.Sections()) {
-    if (!IsStillThere(section) && !Carry(section)) return Opened::kCannotRead;
+    const std::optional<bool> isThere = IsStillThere(section);
+    if (!isThere || (!*isThere && !Carry(section))) return Opened::kCannotRead;
   }
   return Opened::kReady;
 }
 
-/// The same bytes in the exchange file are taken for the ones that the copy was made of. Should they be
-/// others that happen to be equal, then taking them once gives the same log as taking them twice.
-bool IntakeSources::IsStillThere(const CopySection& section) const {
-  switch (section.source) {
-    case CopySection::Source::kCarried:
-      return false;
-    case CopySection::Source::kTaken:
-      return std::ranges::any_of(takenFiles_, [&section](const TakenFile& taken) {
-        return taken.stamp == section.stamp && taken.from <= section.offset;
-      });
-    case CopySection::Source::kExchange:
-      break;
+/// What the copy held may have been removed already, and then it is left only in what was moved aside: that
+/// is read once more from its beginning. Exposures that are in the log are recognised.
+IntakeSources::Opened IntakeSources::SetDamagedCopyAside(const RunId& committed) {
+  if (!committed.empty() && copy_.PeekId() == committed) {
+    return copy_.Delete() ? Opened::kReady : Opened::kCannotRead;
   }
+  for (const TakenFile& taken : takenFiles_) {
+    if (!AccountFor(exchange_, taken, 0)) return Opened::kCannotRead;
+  }
+  return PutAway(copy_.Path()) ? Opened::kReady : Opened::kCannotRead;
+}
+
+std::optional<bool> IntakeSources::Holds(const std::filesystem::path& path,
+                                         const CopySection& section) const {
   std::error_code error;
-  const File exchange = File::Open(exchange_, File::Mode::kRead, error);
-  return !error && SameBytes({&exchange, section.offset, section.bytes.length}, section.bytes);
+  const File file = File::Open(path, File::Mode::kRead, error, File::Links::kRefuse);
+  if (error == std::errc::no_such_file_or_directory) return false;
+  if (error) return std::nullopt;
+  return SameBytes(section.bytes, {&file, section.offset, section.bytes.length});
+}
+
+/// The same bytes in the exchange file, or in one that was moved aside and not accounted for any more, are
+/// taken for the ones that the copy was made of. Should they be others that happen to be equal, then taking
+/// them once gives the same log as taking them twice.
+std::optional<bool> IntakeSources::IsStillThere(const CopySection& section) const {
+  if (section.source == CopySection::Source::kCarried) return false;
+  const bool isTaken = section.source == CopySection::Source::kTaken;
+  if (!isTaken) {
+    const std::optional<bool> holds = Holds(exchange_, section);
+    if (!holds || *holds) return holds;
+  }
+  for (const TakenFile& taken : takenFiles_) {
+    if (taken.from > section.offset) continue;
+    if (isTaken && taken.stamp == section.stamp) return true;
+    if (isTaken) continue;
+    const std::optional<bool> holds = Holds(taken.path, section);
+    if (!holds || *holds) return holds;
+  }
+  return false;
 }
 
 bool IntakeSources::Carry(const CopySection& section) {
@@ -124,8 +156,7 @@ bool IntakeSources::OpenTaken(const TakenFile& taken) {
   }
   // What is missing may still be on its way, unless nobody can write it any more.
   source.tokens.CloseMailslot();
-  if (IsOutOfReach(taken, options_.grace)) PutAway(taken.path);
-  return true;
+  return !IsOutOfReach(taken, options_.grace) || PutAway(taken.path);
 }
 
 IntakeSources::Opened IntakeSources::OpenExchange() {
@@ -137,9 +168,10 @@ IntakeSources::Opened IntakeSources::OpenExchange() {
   return Opened::kReady;
 }
 
-void IntakeSources::PutAway(const std::filesystem::path& path) {
-  foundDamage_ = true;
-  KeepAsDamaged(path);
+bool IntakeSources::PutAway(const std::filesystem::path& path) {
+  const auto keptAs = KeepAsDamaged(path);
+  if (keptAs) damaged_.push_back({path, *keptAs});
+  return keptAs.has_value();
 }
 
 std::int64_t IntakeSources::TokenCount() const {
@@ -163,21 +195,43 @@ bool IntakeSources::HasRead() const {
 }
 
 bool IntakeSources::Secure(const RunId& id) {
-  std::vector<File> files;
-  files.reserve(sources_.size());
-  std::vector<CopySection> sections;
-  for (Source& source : sources_) {
+  bool secured = id.empty() || MakeCopy(id);
+  for (std::size_t i = 0; i < sources_.size(); ++i) {
+    Source& source = sources_[i];
+    if (secured && source.kind == CopySection::Source::kExchange) secured = NoteWhatWasRead(source, id, i);
+    // What this run itself holds open can never be had alone.
     source.tokens.CloseMailslot();
+  }
+  return secured;
+}
+
+/// From the files that are still open: under their names there may be others by now.
+bool IntakeSources::MakeCopy(const RunId& id) const {
+  std::vector<CopySection> sections;
+  for (const Source& source : sources_) {
     CopySection section{source.kind, source.taken.stamp, source.begin, source.carried};
     if (source.kind != CopySection::Source::kCarried) {
-      std::error_code error;
-      files.push_back(File::Open(source.path, File::Mode::kRead, error));
-      if (error) return false;
-      section.bytes = {&files.back(), source.begin, source.reached - source.begin};
+      section.bytes = {&source.tokens.OpenFile(), source.begin, source.reached - source.begin};
     }
     sections.push_back(section);
   }
   return !copy_.Replace(id, sections, options_);
+}
+
+/// The sum is that of the safe copy as it stands on the disk, if there is one: only what it holds is removed.
+bool IntakeSources::NoteWhatWasRead(Source& source, const RunId& id, std::size_t section) const {
+  const File& file = source.tokens.OpenFile();
+  IntakeCopy made(logFile_);
+  if (!id.empty()) {
+    made.Load();
+    if (made.Id() != id || section >= made.Sections().size()) return false;
+  }
+  const auto identity = file.Identity();
+  const auto sum = SumOf(id.empty() ? FilePiece{&file, source.begin, source.reached - source.begin}
+                                    : made.Sections()[section].bytes);
+  if (!identity || !sum) return false;
+  source.read = {*identity, *sum};
+  return true;
 }
 
 RunId IntakeSources::CopiedRun() const {
@@ -190,17 +244,15 @@ bool IntakeSources::RemoveFrom(const Source& source) {
       return true;
     case CopySection::Source::kTaken:
       if (!AccountFor(exchange_, source.taken, source.reached)) return false;
-      options_.Reached(RunStep::kMovedAside);
+      options_.Reached(RunStep::kAccountedFor);
       return true;
     case CopySection::Source::kExchange:
       break;
   }
-  return ExchangeRemoval(exchange_, options_).Remove(source.reached) == kNoError;
+  return ExchangeRemoval(exchange_, options_).Remove(source.reached, source.read) == kNoError;
 }
 
 bool IntakeSources::RemoveRead() {
-  // What this run itself holds open can never be had alone.
-  for (Source& source : sources_) source.tokens.CloseMailslot();
   const bool done =
       std::ranges::all_of(sources_, [this](const Source& source) { return RemoveFrom(source); });
   if (done) options_.Reached(RunStep::kRemoved);

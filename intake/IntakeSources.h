@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "intake/CPAXTOTokens.h"
+#include "intake/ExchangeRemoval.h"
 #include "intake/IntakeCopy.h"
 #include "intake/RunStep.h"
 #include "intake/TakenFiles.h"
@@ -33,12 +34,17 @@ class IntakeSources {
   enum class Opened {
     kReady,
     kCannotOpen,  // the exchange file, perhaps only for the moment
-    kCannotRead,  // something is damaged or the disk fails; nothing is to be taken
+    kCannotRead,  // something is damaged or the disk fails; nothing is to be taken, and nothing was changed
+    kIsLink,      // the exchange file is a link: whoever put it there decides what is read and removed
   };
   /// Finds, opens and checks all records. `committed` is the last run that the log knows.
   [[nodiscard]] Opened Open(const RunId& committed);
-  /// True when Open() came upon a left-over that nobody can read any more, and put it out of the way.
-  [[nodiscard]] bool FoundDamage() const { return foundDamage_; }
+  /// A left-over that is damaged, and where Open() has put it out of the way.
+  struct Damaged {
+    std::filesystem::path path;
+    std::filesystem::path keptAs;
+  };
+  [[nodiscard]] const std::vector<Damaged>& FoundDamaged() const { return damaged_; }
 
   /// True when there was nothing to open.
   [[nodiscard]] bool IsEmpty() const { return sources_.empty(); }
@@ -48,11 +54,13 @@ class IntakeSources {
 
   /// True when records, or bytes that are none, were read.
   [[nodiscard]] bool HasRead() const;
-  /// Ends reading and makes the safe copy of what was read. False leaves everything as it was.
+  /// Ends reading and, when the run has a name, makes the safe copy of what was read. False leaves everything
+  /// as it was.
   [[nodiscard]] bool Secure(const RunId& id);
-  /// The run whose copy still holds what an interruption had removed: the one to be noted as committed when
-  /// Secure() has failed. "" when there is none.
+  /// The run whose copy Open() found to hold what an interruption had removed; "" when there is none.
   [[nodiscard]] RunId CopiedRun() const;
+  /// The run whose copy stands there now, after Secure() has failed: the one to be noted as committed.
+  [[nodiscard]] RunId StandingCopy() const { return copy_.PeekId(); }
   /// Removes what was read, stopping at the first failure.
   [[nodiscard]] bool RemoveRead();
 
@@ -65,23 +73,32 @@ class IntakeSources {
     std::uint64_t begin = 0;
     std::uint64_t reached = 0;
     FilePiece carried;
+    std::optional<ExchangeRemoval::ReadBytes> read;  // of the exchange file, once it is secured
     CPAXTOTokens tokens;
   };
   [[nodiscard]] Opened OpenCopy(const RunId& committed);
-  [[nodiscard]] bool IsStillThere(const CopySection& section) const;
+  [[nodiscard]] Opened SetDamagedCopyAside(const RunId& committed);
+  [[nodiscard]] bool ListTaken();
+  /// Nothing when it cannot be read whether it is.
+  [[nodiscard]] std::optional<bool> IsStillThere(const CopySection& section) const;
+  [[nodiscard]] std::optional<bool> Holds(const std::filesystem::path& path,
+                                          const CopySection& section) const;
   [[nodiscard]] bool Carry(const CopySection& section);
   [[nodiscard]] bool OpenTaken(const TakenFile& taken);
   [[nodiscard]] Opened OpenExchange();
+  [[nodiscard]] bool MakeCopy(const RunId& id) const;
+  [[nodiscard]] bool NoteWhatWasRead(Source& source, const RunId& id, std::size_t section) const;
   [[nodiscard]] bool RemoveFrom(const Source& source);
-  void PutAway(const std::filesystem::path& path);
+  [[nodiscard]] bool PutAway(const std::filesystem::path& path);
 
   std::filesystem::path exchange_;
+  std::filesystem::path logFile_;
   RunOptions options_;
   std::string language_;
   IntakeCopy copy_;
   std::vector<TakenFile> takenFiles_;
   std::vector<Source> sources_;
-  bool foundDamage_ = false;
+  std::vector<Damaged> damaged_;
 };
 
 }  // namespace varnlog::intake

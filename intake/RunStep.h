@@ -15,7 +15,8 @@ enum class RunStep {
   kShiftHalf,      // a part of the remainder has moved
   kShiftWritten,   // all of it has moved, the file is not yet cut
   kShiftCut,       // cut, the journal still there
-  kMovedAside,     // the exchange file, or one moved aside before under its new name
+  kMovedAside,     // the exchange file has another name, nothing in it is accounted for
+  kAccountedFor,   // a file that was moved aside has the name that says how far it was read
   kRemoved,        // everything that was read, everywhere
   kCommitted,
   kCopyGone,

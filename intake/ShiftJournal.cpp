@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "intake/TakenFiles.h"
+
 namespace varnlog::intake {
 namespace {
 
@@ -21,8 +23,11 @@ ShiftJournal::ShiftJournal(const std::filesystem::path& exchange)
     : exchange_(exchange), path_(JournalPath(exchange)) {}
 
 bool ShiftJournal::Exists() const {
-  std::error_code error;
-  return std::filesystem::exists(path_, error);
+  return MayExist(path_);
+}
+
+bool ShiftJournal::IsDamaged() const {
+  return Load().stored.state == CheckedFile::State::kDamaged;
 }
 
 FilePiece ShiftJournal::Content::Remainder() const {
@@ -45,16 +50,19 @@ std::error_code ShiftJournal::Write(const platform::File& file, std::span<const 
   return error ? error : writer.Publish();
 }
 
-std::optional<ShiftJournal::Content> ShiftJournal::Load() {
+ShiftJournal::Content ShiftJournal::Load() const {
+  using State = CheckedFile::State;
   Content content;
   content.stored = OpenChecked(path_);
-  if (content.stored.state != CheckedFile::State::kSound || content.stored.length < kHeadLength) {
-    return std::nullopt;
-  }
+  if (content.stored.state != State::kSound) return content;
   std::string head(kHeadLength, '\0');
   std::error_code error;
-  if (content.stored.file.ReadAt(0, head, error) != kHeadLength || !head.starts_with(kMagic)) {
-    return std::nullopt;
+  const bool whole = content.stored.file.ReadAt(0, head, error) == kHeadLength;
+  if (error) content.stored.state = State::kUnreadable;
+  if (error) return content;
+  if (!whole || content.stored.length < kHeadLength || !head.starts_with(kMagic)) {
+    content.stored.state = State::kDamaged;
+    return content;
   }
   content.oldSize = NumberAt(head, kMagic.size());
   content.tailSum = NumberAt(head, kMagic.size() + sizeof(std::uint64_t));
@@ -77,8 +85,7 @@ std::error_code ShiftJournal::Apply(platform::File& file, const FilePiece& remai
   if (!error) file.Flush(error);
   if (error) return error;
   options.Reached(RunStep::kShiftCut);
-  Discard();
-  return {};
+  return Discard();
 }
 
 std::error_code ShiftJournal::Shift(platform::File& file, std::uint64_t from, const RunOptions& options) {
@@ -89,42 +96,78 @@ std::error_code ShiftJournal::Shift(platform::File& file, std::uint64_t from, co
   error = Write(file, remainder, size);
   if (error) return error;
   options.Reached(RunStep::kShiftPrepared);
-  const std::optional<Content> content = Load();
-  if (!content) return std::make_error_code(std::errc::io_error);
-  return Apply(file, content->Remainder(), options);
+  const Content content = Load();
+  if (content.stored.state != CheckedFile::State::kSound) return std::make_error_code(std::errc::io_error);
+  return Apply(file, content.Remainder(), options);
 }
 
-bool ShiftJournal::StillUncut(const platform::File& file, const Content& content, std::uint64_t size) {
-  const std::uint64_t length = content.Remainder().length;
-  if (size < content.oldSize || length > content.oldSize) return false;
-  return SumOf({&file, length, content.oldSize - length}) == content.tailSum;
+std::optional<ShiftJournal::Left> ShiftJournal::WhatIsLeft(const platform::File& file, const Content& content,
+                                                           std::uint64_t size) {
+  const FilePiece remainder = content.Remainder();
+  if (size >= content.oldSize && remainder.length <= content.oldSize) {
+    const auto sum = SumOf({&file, remainder.length, content.oldSize - remainder.length});
+    if (!sum) return std::nullopt;
+    if (*sum == content.tailSum) return Left::kUncut;
+  }
+  if (size < remainder.length) return Left::kAnother;
+  const auto same = SameBytes(remainder, {&file, 0, remainder.length});
+  if (!same) return std::nullopt;
+  return *same ? Left::kShifted : Left::kAnother;
+}
+
+/// The remainder of an uncut file is moved once more, together with what was appended since.
+std::error_code ShiftJournal::Complete(platform::File& file, Content content, std::uint64_t size,
+                                       const RunOptions& options) {
+  if (size > content.oldSize) {
+    // The bytes to move are about to change, so the journal is replaced first.
+    const std::array<FilePiece, 2> remainder = {
+        {content.Remainder(), {&file, content.oldSize, size - content.oldSize}}};
+    const std::error_code error = Write(file, remainder, size);
+    if (error) return error;
+    content = Load();
+    if (content.stored.state != CheckedFile::State::kSound) return std::make_error_code(std::errc::io_error);
+  }
+  return Apply(file, content.Remainder(), options);
 }
 
 std::error_code ShiftJournal::Finish(platform::File& file, const RunOptions& options) {
-  std::optional<Content> content = Load();
-  if (!content) return KeepAsDamaged(path_) ? std::error_code() : std::make_error_code(std::errc::io_error);
+  Content content = Load();
+  if (content.stored.state == CheckedFile::State::kNone) return {};
+  if (content.stored.state != CheckedFile::State::kSound) return std::make_error_code(std::errc::io_error);
   std::error_code error;
   const std::uint64_t size = file.Size(error);
   if (error) return error;
-  if (!StillUncut(file, *content, size)) {
-    Discard();
-    return {};
+  const std::optional<Left> left = WhatIsLeft(file, content, size);
+  if (!left) return std::make_error_code(std::errc::io_error);
+  switch (*left) {
+    case Left::kUncut:
+      return Complete(file, std::move(content), size, options);
+    case Left::kShifted:
+      return Discard();
+    case Left::kAnother:
+      break;
   }
-  if (size > content->oldSize) {
-    // What was appended since belongs to the remainder. The bytes to move are about to change, so the journal
-    // is replaced first.
-    const std::array<FilePiece, 2> remainder = {
-        {content->Remainder(), {&file, content->oldSize, size - content->oldSize}}};
-    error = Write(file, remainder, size);
-    if (error) return error;
-    content = Load();
-    if (!content) return std::make_error_code(std::errc::io_error);
-  }
-  return Apply(file, content->Remainder(), options);
+  return SaveRemainder(content);
 }
 
-void ShiftJournal::Discard() {
-  static_cast<void>(platform::RemoveFile(path_));
+std::error_code ShiftJournal::FinishWithoutFile() {
+  const Content content = Load();
+  if (content.stored.state == CheckedFile::State::kNone) return {};
+  if (content.stored.state != CheckedFile::State::kSound) return std::make_error_code(std::errc::io_error);
+  return SaveRemainder(content);
+}
+
+/// Nobody else has these bytes any more. They came before everything that stands in the exchange file now. An
+/// interruption before the journal goes makes them come twice, which is recognised.
+std::error_code ShiftJournal::SaveRemainder(const Content& content) {
+  const std::error_code error = MakeTakenFile(exchange_, content.Remainder());
+  return error ? error : Discard();
+}
+
+/// Until it is gone nothing may be read: a journal that outlives the file it is about brings back old
+/// records.
+std::error_code ShiftJournal::Discard() {
+  return platform::RemoveFile(path_);
 }
 
 }  // namespace varnlog::intake

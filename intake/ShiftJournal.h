@@ -26,14 +26,21 @@ class ShiftJournal {
   /// puts it right later.
   [[nodiscard]] std::error_code Shift(platform::File& file, std::uint64_t from, const RunOptions& options);
 
-  /// Finishes an interrupted shift of `file`, keeping what was appended since, or finds that it had reached
-  /// its end.
-  [[nodiscard]] std::error_code Finish(platform::File& file, const RunOptions& options);
+  /// True when the journal is not what was written, so that nobody knows what was to be moved. An error of
+  /// reading is no damage.
+  [[nodiscard]] bool IsDamaged() const;
+  [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
 
-  /// The exchange file is gone, and with it what there was to finish.
-  void Discard();
+  /// Finishes an interrupted shift of `file`, keeping what was appended since, or finds that it had reached
+  /// its end. When `file` is another one that has taken the exchange file's name, the remainder becomes a
+  /// file moved aside.
+  [[nodiscard]] std::error_code Finish(platform::File& file, const RunOptions& options);
+  /// The same when there is no exchange file any more.
+  [[nodiscard]] std::error_code FinishWithoutFile();
 
  private:
+  /// What an interruption has left of the exchange file.
+  enum class Left { kUncut, kShifted, kAnother };
   struct Content {
     CheckedFile stored;
     std::uint64_t oldSize = 0;
@@ -42,11 +49,16 @@ class ShiftJournal {
   };
   [[nodiscard]] std::error_code Write(const platform::File& file, std::span<const FilePiece> remainder,
                                       std::uint64_t oldSize);
-  [[nodiscard]] std::optional<Content> Load();
+  [[nodiscard]] Content Load() const;
   [[nodiscard]] std::error_code Apply(platform::File& file, const FilePiece& remainder,
                                       const RunOptions& options);
-  [[nodiscard]] static bool StillUncut(const platform::File& file, const Content& content,
-                                       std::uint64_t size);
+  /// Nothing when the file cannot be read.
+  [[nodiscard]] static std::optional<Left> WhatIsLeft(const platform::File& file, const Content& content,
+                                                      std::uint64_t size);
+  [[nodiscard]] std::error_code Complete(platform::File& file, Content content, std::uint64_t size,
+                                         const RunOptions& options);
+  [[nodiscard]] std::error_code SaveRemainder(const Content& content);
+  [[nodiscard]] std::error_code Discard();
 
   std::filesystem::path exchange_;
   std::filesystem::path path_;

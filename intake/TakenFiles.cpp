@@ -51,6 +51,12 @@ std::filesystem::path TakenPath(const std::filesystem::path& exchange, std::uint
   return path;
 }
 
+std::uint64_t NextStamp(const std::filesystem::path& exchange) {
+  std::error_code ignored;
+  const std::vector<TakenFile> earlier = ListTakenFiles(exchange, ignored);
+  return earlier.empty() ? NowStamp() : std::max(NowStamp(), earlier.back().stamp + 1);
+}
+
 bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
   return !platform::RenameFile(from, to, platform::IfTaken::kFail);
 }
@@ -68,24 +74,12 @@ constexpr std::chrono::hours kGraceWithoutSolitude{24};
 
 }  // namespace
 
-std::filesystem::path ExchangeLocation(const std::filesystem::path& path) {
-  constexpr int kMostLinks = 40;
-  std::filesystem::path location = path;
-  std::error_code error;
-  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(location, error); ++i) {
-    const std::filesystem::path target = std::filesystem::read_symlink(location, error);
-    if (error) break;
-    location = location.parent_path() / target;
-  }
-  return location;
-}
-
-std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange) {
+std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange, std::error_code& error) {
   std::vector<TakenFile> found;
   const std::string exchangeName = exchange.filename().string();
-  std::error_code error;
   std::filesystem::path folder = exchange.parent_path();
   if (folder.empty()) folder = ".";
+  error.clear();
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
     std::optional<TakenFile> taken = ParseName(entry->path().filename().string(), exchangeName);
@@ -95,19 +89,34 @@ std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange) {
     taken->size = *size;
     found.push_back(std::move(*taken));
   }
+  if (error == std::errc::no_such_file_or_directory) error.clear();
   std::ranges::sort(found, {}, &TakenFile::stamp);
   return found;
 }
 
-bool MoveAside(const std::filesystem::path& exchange, std::uint64_t from) {
-  std::uint64_t stamp = NowStamp();
-  const std::vector<TakenFile> earlier = ListTakenFiles(exchange);
-  if (!earlier.empty()) stamp = std::max(stamp, earlier.back().stamp + 1);
-  return Rename(exchange, TakenPath(exchange, stamp, from));
+std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange) {
+  TakenFile taken;
+  taken.stamp = NextStamp(exchange);
+  taken.path = TakenPath(exchange, taken.stamp, taken.from);
+  if (!Rename(exchange, taken.path)) return std::nullopt;
+  taken.size = platform::FileSize(taken.path).value_or(0);
+  return taken;
+}
+
+std::error_code MakeTakenFile(const std::filesystem::path& exchange, const FilePiece& bytes) {
+  // First under a name that does not change, so that what a crash leaves of it is found and swept.
+  std::filesystem::path rest = exchange;
+  rest += ".rest";
+  std::error_code error;
+  platform::NewFile made(rest, error, exchange);
+  if (!error) error = CopyBytes(bytes, made.file(), 0);
+  if (!error) error = made.TakePlace(platform::IfTaken::kReplace);
+  if (error) return error;
+  return platform::RenameFile(rest, TakenPath(exchange, NextStamp(exchange), 0), platform::IfTaken::kFail);
 }
 
 bool AccountFor(const std::filesystem::path& exchange, const TakenFile& taken, std::uint64_t from) {
-  return Rename(taken.path, TakenPath(exchange, taken.stamp, from));
+  return taken.from == from || Rename(taken.path, TakenPath(exchange, taken.stamp, from));
 }
 
 bool IsOutOfReach(const TakenFile& taken, std::chrono::milliseconds grace) {
@@ -122,7 +131,8 @@ bool IsOutOfReach(const TakenFile& taken, std::chrono::milliseconds grace) {
 }
 
 void SweepTakenFiles(const std::filesystem::path& exchange, std::chrono::milliseconds grace) {
-  for (const TakenFile& taken : ListTakenFiles(exchange)) {
+  std::error_code ignored;
+  for (const TakenFile& taken : ListTakenFiles(exchange, ignored)) {
     if (taken.IsPending() || !IsOutOfReach(taken, grace)) continue;
     // Out of reach is for ever, but the size is of before: look once more.
     const auto size = platform::FileSize(taken.path);

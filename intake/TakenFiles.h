@@ -4,7 +4,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <system_error>
 #include <vector>
+
+#include "intake/CheckedFile.h"
 
 namespace varnlog::intake {
 
@@ -20,17 +23,17 @@ struct TakenFile {
   [[nodiscard]] bool IsPending() const { return size > from; }
 };
 
-/// Where the exchange file really stands: `path` with a symbolic link as its last part resolved, even when
-/// the link's target does not exist. Moving aside must move the file, not the link to it.
-[[nodiscard]] std::filesystem::path ExchangeLocation(const std::filesystem::path& path);
+/// In the order in which they were moved aside. After an error some may be missing.
+[[nodiscard]] std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange,
+                                                    std::error_code& error);
 
-/// In the order in which they were moved aside. `exchange` must come from ExchangeLocation().
-[[nodiscard]] std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange);
+/// Moves the exchange file aside with nothing accounted for yet, and tells where it is then.
+[[nodiscard]] std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange);
 
-/// Moves the exchange file aside: its first `from` bytes are accounted for.
-[[nodiscard]] bool MoveAside(const std::filesystem::path& exchange, std::uint64_t from);
+/// Makes a file of these bytes, all of them pending, as if it had been moved aside now.
+[[nodiscard]] std::error_code MakeTakenFile(const std::filesystem::path& exchange, const FilePiece& bytes);
 
-/// Notes that the bytes before `from` are accounted for, by renaming the file.
+/// Notes that the bytes before `from`, and no others, are accounted for, by renaming the file.
 [[nodiscard]] bool AccountFor(const std::filesystem::path& exchange, const TakenFile& taken,
                               std::uint64_t from);
 

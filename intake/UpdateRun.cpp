@@ -93,6 +93,9 @@ bool Run::OpenSources(const RunId& committed) {
       case IntakeSources::Opened::kCannotRead:
         Fail("RU_ERR_FILEREAD"_key);
         return false;
+      case IntakeSources::Opened::kIsLink:
+        Fail("RU_ERR_LINK"_key);
+        return false;
       case IntakeSources::Opened::kCannotOpen:
         break;
     }
@@ -127,20 +130,20 @@ void Run::TakeAll(dao::Database& log) {
 /// Rows, removal, commit: the order is the point. Until the commit, what is removed is in the safe copy.
 void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   dao::Database& log = *engine.Database();
-  bool removed = true;
   // Records that changed nothing stand in the log already, or it has no use for them: they need no safe copy.
   const bool isNeeded = result_.added + result_.changed > 0 || !sources_.CopiedRun().empty();
-  if (sources_.HasRead() && isNeeded) {
-    const RunId id = NewRunId();
+  const RunId id = sources_.HasRead() && isNeeded ? NewRunId() : RunId();
+  if (!id.empty()) {
     WriteRunMark(log, id);
     // A full disk must show now, while nothing is removed yet, and not at the commit.
     if (!engine.RefreshCache()) return Fail("RU_ERR_WRITE"_key, engine.LastError());
     options_.Reached(RunStep::kRowsWritten);
-    removed = sources_.Secure(id);
-    // The copy that stays is an earlier run's, and its records are in the log with this commit.
-    if (!removed && !sources_.CopiedRun().empty()) WriteRunMark(log, sources_.CopiedRun());
   }
-  if (removed) removed = sources_.RemoveRead();
+  const bool secured = sources_.Secure(id);
+  // Whichever run's copy stays, all that is in it is in the log with this commit.
+  const RunId stays = secured ? RunId() : sources_.StandingCopy();
+  if (!stays.empty()) WriteRunMark(log, stays);
+  const bool removed = secured && sources_.RemoveRead();
   if (!transaction.Commit()) return Fail("RU_ERR_WRITE"_key, engine.LastError());
   removalFailed_ = !removed;
   options_.Reached(RunStep::kCommitted);
@@ -165,9 +168,6 @@ void Run::TidyUp(db::CJetEngine& engine) const {
 
 bool Run::Prepare(db::CJetEngine& engine) {
   if (!OpenSources(ReadRunMark(*engine.Database()))) return false;
-  if (sources_.FoundDamage()) {
-    Say(texts_.GetText("RU_ERR_FILEREAD"_key), core::MessageIcon::kCritical, core::MessageButtons::kOk);
-  }
   if (sources_.IsEmpty()) result_.outcome = Outcome::kNothingPending;
   return !sources_.IsEmpty();
 }
@@ -193,6 +193,12 @@ void Run::Conclude() {
   }
   if (result_.outcome == Outcome::kFailed) {
     Say(result_.error, core::MessageIcon::kCritical, core::MessageButtons::kOk);
+  }
+  for (const IntakeSources::Damaged& damaged : sources_.FoundDamaged()) {
+    std::string text = texts_.GetText("RU_ERR_DAMAGED"_key);
+    text = core::ReplacePlaceholder(text, "strFile", platform::FromPath(damaged.path));
+    text = core::ReplacePlaceholder(text, "strKeptAs", platform::FromPath(damaged.keptAs));
+    Say(std::move(text), core::MessageIcon::kCritical, core::MessageButtons::kOk);
   }
   if (removalFailed_) {
     Say(texts_.GetText("RU_ERR_FILEDEL"_key), core::MessageIcon::kCritical, core::MessageButtons::kOk);

@@ -53,6 +53,24 @@ class RemovalTest : public testing::Test {
  protected:
   RunTimeError Removes(std::uint64_t count) { return ExchangeRemoval(file_, options_).Remove(count); }
 
+  [[nodiscard]] std::vector<TakenFile> Taken() const {
+    std::error_code error;
+    return ListTakenFiles(file_, error);
+  }
+  /// A process shortens the file by 500 bytes and ends at `step`.
+  void DiesAt(RunStep step) {
+    const pid_t run = fork();
+    if (run == 0) {
+      options_.onStep = [step](RunStep reached) {
+        if (reached == step) _exit(9);
+      };
+      _exit(Removes(500) == kNoError ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(run, &status, 0), run);
+    ASSERT_EQ(WEXITSTATUS(status), 9);
+  }
+
   test::TestFolder folder_;
   std::filesystem::path file_ = folder_ / "varnlog.sdx";
   RunOptions options_{.patience = milliseconds(30), .grace = milliseconds(0), .onStep = {}};
@@ -62,7 +80,7 @@ TEST_F(RemovalTest, DeletesAFileOfWhichAllWasRead) {
   WriteFile(file_, "all of it");
   EXPECT_EQ(Removes(9), kNoError);
   EXPECT_FALSE(std::filesystem::exists(file_));
-  const auto taken = ListTakenFiles(file_);
+  const auto taken = Taken();
   ASSERT_EQ(taken.size(), 1U);  // a late writer's bytes would be found there
   EXPECT_FALSE(taken.front().IsPending());
   SweepTakenFiles(file_, milliseconds(0));
@@ -139,19 +157,19 @@ TEST_F(RemovalTest, LeavesTheFileToAProgramThatKeepsItOpen) {
   EXPECT_FALSE(std::filesystem::exists(file_));
   ASSERT_EQ(write(held, "+late", 5), 5);
   AppendFile(file_, "another program's");
-  std::vector<TakenFile> taken = ListTakenFiles(file_);
+  std::vector<TakenFile> taken = Taken();
   ASSERT_EQ(taken.size(), 1U);
   EXPECT_EQ(ReadFile(taken[0].path).substr(taken[0].from), "rest+late");
   EXPECT_TRUE(AccountFor(file_, taken[0], taken[0].size));
   SweepTakenFiles(file_, milliseconds(0));
   ASSERT_EQ(write(held, "+later", 6), 6);  // it is still there for that
-  taken = ListTakenFiles(file_);
+  taken = Taken();
   ASSERT_EQ(taken.size(), 1U);
   EXPECT_EQ(ReadFile(taken[0].path).substr(taken[0].from), "+later");
   ASSERT_TRUE(AccountFor(file_, taken[0], taken[0].size));
   close(held);
   SweepTakenFiles(file_, milliseconds(0));
-  EXPECT_TRUE(ListTakenFiles(file_).empty());
+  EXPECT_TRUE(Taken().empty());
   EXPECT_EQ(ReadFile(file_), "another program's");
 }
 
@@ -159,20 +177,30 @@ TEST_F(RemovalTest, KeepsAFileThatWasMovedAsideJustNow) {
   WriteFile(file_, "read");
   ASSERT_EQ(Removes(4), kNoError);
   SweepTakenFiles(file_, milliseconds(60'000));
-  EXPECT_EQ(ListTakenFiles(file_).size(), 1U);
+  EXPECT_EQ(Taken().size(), 1U);
 }
 
-TEST_F(RemovalTest, MovesTheFileAndNotALinkToIt) {
-  std::filesystem::create_directory(folder_ / "data");
-  const std::filesystem::path real = folder_ / "data/varnlog.sdx";
-  WriteFile(real, "readrest");
-  std::filesystem::create_symlink("data/varnlog.sdx", file_);
-  EXPECT_EQ(Removes(4), kNoError);
-  EXPECT_EQ(ReadFile(real), "rest");
-  EXPECT_EQ(Removes(4), kNoError);
-  EXPECT_FALSE(std::filesystem::exists(real));
-  EXPECT_TRUE(std::filesystem::is_symlink(file_));
-  EXPECT_EQ(ListTakenFiles(ExchangeLocation(file_)).size(), 1U);
+TEST_F(RemovalTest, RemovesOnlyWhatWasRead) {
+  const std::filesystem::path other = folder_ / "other";
+  for (const bool isShift : {false, true}) {
+    WriteFile(other, "01234");
+    WriteFile(file_, isShift ? "01234567" : "01234");
+    Checksum sum;
+    sum.Add("01234");
+    ExchangeRemoval removal(file_, options_);
+    EXPECT_EQ(removal.Remove(5, ExchangeRemoval::ReadBytes{*platform::IdentityOf(other), sum.Value()}),
+              kInvalidCall)
+        << "another file with equal bytes";
+    const platform::FileIdentity identity = *platform::IdentityOf(file_);
+    EXPECT_EQ(removal.Remove(5, ExchangeRemoval::ReadBytes{identity, sum.Value() + 1}), kInvalidCall);
+    EXPECT_EQ(ReadFile(file_).substr(0, 5), "01234");
+    EXPECT_EQ(removal.Remove(5, ExchangeRemoval::ReadBytes{identity, sum.Value()}), kNoError);
+    EXPECT_EQ(ReadFile(file_), isShift ? "567" : "");
+  }
+  std::filesystem::remove(file_);
+  std::filesystem::create_symlink("other", file_);
+  EXPECT_EQ(Removes(5), kPathAccess) << "whoever put the link there decides what is removed";
+  EXPECT_EQ(ReadFile(other), "01234");
 }
 
 TEST_F(RemovalTest, LosesNoAppendWhileItShortensTheFile) {
@@ -196,7 +224,7 @@ TEST_F(RemovalTest, LosesNoAppendWhileItShortensTheFile) {
     const std::string bytes = ReadFile(file_);
     const std::size_t lines = bytes.rfind('\n') == std::string::npos ? 0 : bytes.rfind('\n') + 1;
     // What was moved aside comes before what is in the file now.
-    for (const TakenFile& taken : ListTakenFiles(file_)) {
+    for (const TakenFile& taken : Taken()) {
       if (!taken.IsPending()) continue;
       const std::string late = ReadFile(taken.path).substr(taken.from);
       ASSERT_TRUE(AccountFor(file_, taken, taken.from + late.size()));
@@ -206,7 +234,7 @@ TEST_F(RemovalTest, LosesNoAppendWhileItShortensTheFile) {
     ASSERT_EQ(Removes(lines), kNoError);
     all += bytes.substr(0, lines);
   }
-  for (const TakenFile& taken : ListTakenFiles(file_)) all += ReadFile(taken.path).substr(taken.from);
+  for (const TakenFile& taken : Taken()) all += ReadFile(taken.path).substr(taken.from);
   std::string expected;
   for (int i = 0; i < kAppends; ++i) expected += std::to_string(i) + "\n";
   EXPECT_EQ(all, expected);
@@ -220,16 +248,7 @@ TEST_F(RemovalTest, FinishesAnInterruptedShift) {
       for (const std::size_t appended : {3U, 600U}) {
         const std::string rest = std::string(appended - 1, 'n') + "!";
         WriteFile(file_, std::string(500, 'r') + rest);
-        const pid_t run = fork();
-        if (run == 0) {
-          options_.onStep = [step](RunStep reached) {
-            if (reached == step) _exit(9);
-          };
-          _exit(Removes(500) == kNoError ? 0 : 1);
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(run, &status, 0), run);
-        ASSERT_EQ(WEXITSTATUS(status), 9);
+        DiesAt(step);
         AppendFile(file_, late);
         EXPECT_TRUE(ExchangeRemoval(file_, options_).Recover());
         EXPECT_EQ(ReadFile(file_), rest + late) << "step " << static_cast<int>(step);
@@ -266,21 +285,50 @@ TEST_F(RemovalTest, RecoversTwiceWhenInterruptedAgain) {
 
 TEST_F(RemovalTest, DoesNotTouchAnInterruptedFileThatSomebodyKeepsOpen) {
   WriteFile(file_, std::string(500, 'r') + std::string(600, 'n'));
-  const pid_t run = fork();
-  if (run == 0) {
-    options_.onStep = [](RunStep reached) {
-      if (reached == RunStep::kShiftHalf) _exit(9);
-    };
-    static_cast<void>(Removes(500));
-    _exit(0);
-  }
-  ASSERT_EQ(waitpid(run, nullptr, 0), run);
+  DiesAt(RunStep::kShiftHalf);
   const int held = open(file_.c_str(), O_RDWR);
   EXPECT_FALSE(ExchangeRemoval(file_, options_).Recover());
   EXPECT_EQ(Removes(1), kDeviceError);
   close(held);
   EXPECT_TRUE(ExchangeRemoval(file_, options_).Recover());
   EXPECT_EQ(ReadFile(file_), std::string(600, 'n'));
+}
+
+TEST_F(RemovalTest, AnErrorDuringAnInterruptedShiftIsNoDamage) {
+  const std::string rest(600, 'n');
+  // What cannot be read is moved out of the way, with a folder in its place, and comes back later.
+  for (const char* suffix : {"", ".shift"}) {
+    WriteFile(file_, std::string(500, 'r') + rest);
+    DiesAt(RunStep::kShiftHalf);
+    const std::filesystem::path unreadable = file_.string() + suffix;
+    std::filesystem::rename(unreadable, folder_ / "away");
+    std::filesystem::create_directory(unreadable);
+    EXPECT_FALSE(ExchangeRemoval(file_, options_).Recover()) << suffix;
+    std::filesystem::remove(unreadable);
+    std::filesystem::rename(folder_ / "away", unreadable);
+    EXPECT_TRUE(ExchangeRemoval(file_, options_).Recover());
+    EXPECT_EQ(ReadFile(file_), rest) << suffix;
+    EXPECT_EQ(folder_.Count(""), 1) << suffix;
+  }
+}
+
+TEST_F(RemovalTest, TheRemainderOutlivesItsExchangeFile) {
+  const std::string rest(600, 'n');
+  for (const std::string& another : {std::string(), std::string(40, 'a'), std::string(2000, 'a')}) {
+    for (const RunStep step : {RunStep::kShiftPrepared, RunStep::kShiftHalf, RunStep::kShiftWritten}) {
+      WriteFile(file_, std::string(500, 'r') + rest);
+      DiesAt(step);
+      std::filesystem::remove(file_);
+      if (!another.empty()) WriteFile(file_, another);
+      EXPECT_TRUE(ExchangeRemoval(file_, options_).Recover());
+      EXPECT_EQ(ReadFile(file_), another);
+      const std::vector<TakenFile> taken = Taken();
+      ASSERT_EQ(taken.size(), 1U);
+      EXPECT_EQ(taken[0].from, 0U);
+      EXPECT_EQ(ReadFile(taken[0].path), rest) << static_cast<int>(step);
+      std::filesystem::remove(taken[0].path);
+    }
+  }
 }
 
 }  // namespace

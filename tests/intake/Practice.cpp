@@ -14,7 +14,7 @@ const RunOptions Practice::kHasty{.patience = milliseconds(500), .grace = millis
 std::string KeyTexts::GetText(core::TextKey key) const {
   std::string text(key.name());
   if (text.starts_with("RU_ERR_")) {
-    text += " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$";
+    text += " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$ $strKeptAs$";
   }
   return text;
 }

@@ -330,6 +330,42 @@ TEST_F(UpdateRunTest, FailsCleanlyWhenTheLogIsLocked) {
   EXPECT_EQ(practice_.Updates().added, 1);
 }
 
+TEST_F(UpdateRunTest, LeavesTheExchangeFileThatAnotherLogHasTakenMeanwhile) {
+  std::filesystem::create_directory(folder_ / "other");
+  test::Practice other(folder_ / "other");
+  other.globals.ExchangeFileGl = practice_.globals.ExchangeFileGl;
+  const std::string late = Exposure{.takeTime = "23:00:00"}.New() + Exposure{.takeTime = "23:00:01"}.New();
+  practice_.Reports(Exposure{}.New());
+  practice_.view.onAdvance = [&](std::int64_t) {
+    EXPECT_EQ(other.Updates().added, 1);
+    practice_.Reports(late);
+  };
+  EXPECT_EQ(practice_.Updates().added, 1);
+  EXPECT_EQ(ReadFile(practice_.exchange), late);
+  practice_.view.onAdvance = {};
+  EXPECT_EQ(practice_.Updates().added, 2);
+}
+
+TEST_F(UpdateRunTest, AnErrorIsNoDamage) {
+  // A folder stands where the file should be, as good as a disk that fails.
+  practice_.Reports(Exposure{}.New());
+  for (const char* name : {"Varnlog.mdb.intake", "varnlog.sdx.shift"}) {
+    std::filesystem::create_directories(folder_ / name);
+    const UpdateResult result = practice_.Updates();
+    EXPECT_NE(result.outcome, Outcome::kDone) << name;
+    EXPECT_TRUE(std::filesystem::is_directory(folder_ / name));
+    EXPECT_EQ(ReadFile(practice_.exchange), Exposure{}.New());
+    std::filesystem::remove(folder_ / name);
+  }
+  std::filesystem::rename(practice_.exchange, folder_ / "elsewhere");
+  std::filesystem::create_symlink("elsewhere", practice_.exchange);
+  EXPECT_EQ(practice_.Updates().outcome, Outcome::kFailed);
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_LINK"));
+  std::filesystem::remove(practice_.exchange);
+  std::filesystem::rename(folder_ / "elsewhere", practice_.exchange);
+  EXPECT_EQ(practice_.Updates().added, 1);
+}
+
 TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
   const std::string records = Exposure{}.New();
   practice_.Reports(records);
@@ -356,13 +392,14 @@ TEST_F(UpdateRunTest, PutsAwayLeftOversThatNobodyCanRead) {
   practice_.Reports(Exposure{.takeTime = "01:02:03"}.New());
   EXPECT_TRUE(practice_.ExchangePending());
   EXPECT_EQ(practice_.Updates().added, 2);
-  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEREAD", "RU_SUCCESS"));
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_DAMAGED", "RU_ERR_DAMAGED", "RU_ERR_DAMAGED", "RU_SUCCESS"));
+  EXPECT_THAT(practice_.view.messages[1].text, HasSubstr("Varnlog.mdb.intake.damaged"));
   EXPECT_EQ(ReadFile(folder_ / "Varnlog.mdb.intake.damaged"), "not a copy");
   EXPECT_EQ(folder_.Count(".taken.damaged"), 1);
   EXPECT_EQ(folder_.Count(".shift.damaged"), 1);
   // The record that was never finished: nobody has the file open, so nobody will.
   EXPECT_EQ(practice_.Updates().outcome, Outcome::kNothingPending);
-  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEREAD"));
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_DAMAGED"));
   EXPECT_FALSE(practice_.ExchangePending());
   EXPECT_EQ(folder_.Count(".taken.damaged"), 2);
 }
