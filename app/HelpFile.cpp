@@ -22,9 +22,10 @@ std::string HelpFile(const core::Globals& globals) {
 
 std::string_view HelpPageOf(std::string_view dialog) {
   static constexpr std::pair<std::string_view, std::string_view> kPages[] = {
-      {"frmPatSearch", "patients"},    {"frmBegEnd", "patients"},      {"frmRunUpdate", "update"},
-      {"frmCancelUpdate", "update"},   {"frmProperties", "datafiles"}, {"frmPrinter", "printing"},
-      {"frmPrinterSetup", "printing"}, {"frmConvert", "oldlogs"},      {"frmAbout", "overview"},
+      {"frmPatSearch", "patients"},  {"frmBegEnd", "patients"},       {"frmRunUpdate", "update"},
+      {"frmCancelUpdate", "update"}, {"frmUpdateNotices", "update"},  {"frmProperties", "datafiles"},
+      {"frmPrinter", "printing"},    {"frmPrinterSetup", "printing"}, {"frmConvert", "oldlogs"},
+      {"frmAbout", "overview"},
   };
   const auto* const page = std::find_if(std::begin(kPages), std::end(kPages),
                                         [&](const auto& row) { return row.first == dialog; });

@@ -105,6 +105,7 @@ void MainProgram::Select(core::SelectionKind kind) {
 }
 
 void MainProgram::OfferUpdate() {
+  intake::SweepExchange(globals_);
   if (globals_.ReadOnlyGl || !intake::ExchangeDataPending(globals_)) return;
   globals_.UpdateDeclinedGl = !services_.Messages().Confirm("RC_XRNOTUPDATED"_key, {}, "RU_XRUPDATE"_key);
   if (globals_.UpdateDeclinedGl) return;
@@ -151,6 +152,7 @@ void MainProgram::ReopenAfterMaintenance() {
 }
 
 void MainProgram::Unload() {
+  intake::SweepExchange(globals_);
   CloseVarnlogDB();
   if (globals_.LogEngineGl && !globals_.LogEngineGl->WorkspaceName().empty()) {
     globals_.LogEngineGl->CloseWorkspace();

@@ -279,6 +279,10 @@ void frmMDIMain::ShowUpdateRun() {
   intake::frmRunUpdate dialog(this, {context_.globals, context_.services.texts, context_.services.clock},
                               context_.services.user);
   dialog.exec();
+  // The exchange file that was moved aside holds the names of patients. By then nobody is opening it any
+  // more.
+  constexpr std::chrono::seconds kUntilOutOfReach{5};
+  QTimer::singleShot(kUntilOutOfReach, this, [this] { intake::SweepExchange(context_.globals); });
 }
 
 void frmMDIMain::ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) {

@@ -26,6 +26,7 @@ struct Command {
 /// All of them, in the order of the help text.
 [[nodiscard]] std::span<const Command> AllCommands();
 
+void AddUpdateOptions(CLI::App& command, Options& options);
 void RunUpdateCommand(Session& session, const Options& options, Output& output);
 void AddListOptions(CLI::App& command, Options& options);
 void ValidateSelection(const Options& options);

@@ -7,8 +7,8 @@ namespace varnlog::cli {
 namespace {
 
 constexpr std::array kCommands = {
-    Command{"update", "take the exposures that the imaging suite reported into the log", nullptr, nullptr,
-            RunUpdateCommand},
+    Command{"update", "take the exposures that the imaging suite reported into the log", AddUpdateOptions,
+            nullptr, RunUpdateCommand},
     Command{"list", "print rows of the log", AddListOptions, ValidateSelection, RunListCommand},
 #ifdef VARNLOG_HAS_REPORT  // not in a build without Qt
     Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,

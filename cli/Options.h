@@ -29,6 +29,7 @@ struct Options {
   std::string newLog;  //
   bool partial = false;
   bool overwrite = false;
+  bool despiteClock = false;
 };
 
 /// The full path, as long as the current folder is still the user's own.

@@ -52,9 +52,10 @@ TerminalDialog::~TerminalDialog() {
 
 MessageAnswer TerminalDialog::Show(const core::Message& message) {
   const std::string line = OneLine(message.text);
-  if (message.buttons == MessageButtons::kOk) {
+  // A message with choices of its own is no question here: the first is what goes on.
+  if (!message.choices.empty() || message.buttons == MessageButtons::kOk) {
     Count(line);
-    return MessageAnswer::kOk;
+    return message.choices.empty() ? MessageAnswer::kOk : message.choices.front().answer;
   }
   Flush();
   WriteLine(line);
@@ -77,6 +78,10 @@ void TerminalDialog::Advance(std::int64_t recordsDone) {
   if (now - lastDrawn_ < kRedraw) return;
   lastDrawn_ = now;
   DrawBar();
+}
+
+void TerminalDialog::ShowNotices(const std::vector<std::string>& notices) {
+  for (const std::string& notice : notices) Count(OneLine(notice));
 }
 
 void TerminalDialog::Flush() {

@@ -26,6 +26,7 @@ class TerminalDialog final : public intake::UpdateView {
 
   void SetRecordCount(std::int64_t records) override;
   void Advance(std::int64_t recordsDone) override;
+  void ShowNotices(const std::vector<std::string>& notices) override;
 
   /// Writes the messages that are still being counted. The destructor does it too.
   void Flush();

@@ -14,19 +14,28 @@ std::string Summary(const intake::UpdateResult& result) {
 
 }  // namespace
 
-void RunUpdateCommand(Session& session, const Options& /*options*/, Output& output) {
+void AddUpdateOptions(CLI::App& command, Options& options) {
+  command.add_flag("--despite-clock", options.despiteClock,
+                   "take exposures although the clock is more than a day behind the newest one in the log");
+}
+
+void RunUpdateCommand(Session& session, const Options& options, Output& output) {
   core::Globals& globals = session.globals();
   if (globals.DataPathGl.empty()) session.Fail("MN_ERR_DBNOTFOUND"_key);
   session.InstallLog();
   session.OpenLog(Session::Access::kWrite);
   if (globals.ReadOnlyGl) session.Fail("VC_ERR_READONLY"_key, {{"strFile", session.LogFile()}});
 
-  const auto result = intake::RunUpdate({globals, session.texts(), session.clock()}, session.user());
+  const auto result = intake::RunUpdate({globals, session.texts(), session.clock()}, session.user(),
+                                        {.despiteClock = options.despiteClock});
   session.user().Flush();
   using Outcome = intake::UpdateResult::Outcome;
+  if (result.clockDoubted) session.Fail("VC_ERR_CLOCK"_key);
   if (result.outcome == Outcome::kCancelled) session.Fail("VC_ERR_CANCELLED"_key);
   if (result.outcome == Outcome::kFailed) throw JobError("");
   output.Write(Summary(result));
+  // Said already. The next run would find these records again.
+  if (result.leftInFile) throw JobError("");
 }
 
 }  // namespace varnlog::cli

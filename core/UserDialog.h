@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "core/TextLookup.h"
 
@@ -8,13 +9,21 @@ namespace varnlog::core {
 
 enum class MessageIcon { kNone, kInformation, kQuestion, kCritical };
 enum class MessageButtons { kOk, kYesNo, kRetryCancel };
-enum class MessageAnswer { kOk, kYes, kNo, kRetry, kCancel };
+enum class MessageAnswer { kOk, kYes, kNo, kRetry, kCancel, kList };
+
+/// A button of a message that has others than the usual ones.
+struct MessageChoice {
+  MessageAnswer answer;
+  TextKey text;
+};
 
 struct Message {
   std::string text;
   std::string title;
   MessageIcon icon = MessageIcon::kNone;
   MessageButtons buttons = MessageButtons::kOk;
+  /// Instead of `buttons` when there are any: the first is the default, the last is what Escape means.
+  std::vector<MessageChoice> choices = {};
 };
 
 /// The one way in which logic speaks to the user. A window shows a box, varnlogctl writes to standard error,

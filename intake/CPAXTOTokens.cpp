@@ -75,7 +75,7 @@ CPAXTOTokens::Record CPAXTOTokens::RecordAt(std::uint64_t position, const Bounds
   if (length == 0) return {Kind::kEndOfData, {}};
   if (length < static_cast<std::int16_t>(kShortestRecord)) return {Kind::kDamaged, {}};
   const auto size = static_cast<std::size_t>(length);
-  if (size > bounds.longest) return {Kind::kDamaged, {}};
+  if (size > bounds.longest) return {Kind::kLongerThanFile, {}};
   if (size > bounds.end - position) return {Kind::kNotYet, {}};
   const auto record = window_.At(file_, position, size);
   if (!record) return {Kind::kUnreadable, {}};
@@ -105,6 +105,7 @@ std::int64_t CPAXTOTokens::Fail(std::int32_t error, std::size_t keep) {
 
 std::int64_t CPAXTOTokens::ReadMailslot(std::int64_t maximum) {
   lastErr_ = kNoError;
+  endsInsideRecord_ = false;
   const std::size_t before = places_.size();
   if (!file_.IsOpen()) return 0;
   Bounds bounds;
@@ -113,7 +114,8 @@ std::int64_t CPAXTOTokens::ReadMailslot(std::int64_t maximum) {
   for (std::int64_t counter = 0; position < bounds.end && counter < maximum; ++counter) {
     const Record record = RecordAt(position, bounds);
     if (record.kind == Record::Kind::kUnreadable) return Fail(kDeviceError, before);
-    if (record.kind == Record::Kind::kDamaged) return Fail(kBadRecordLength, before);
+    endsInsideRecord_ = record.kind == Record::Kind::kLongerThanFile;
+    if (endsInsideRecord_ || record.kind == Record::Kind::kDamaged) return Fail(kBadRecordLength, before);
     if (record.kind == Record::Kind::kEndOfData) position += kLengthBytes;
     if (record.kind != Record::Kind::kComplete) break;
     if (IsKnownKind(record.bytes[kLengthBytes])) {

@@ -39,6 +39,10 @@ class CPAXTOTokens {
   /// Reads the token at `index` (0-based, in file order) into `token`, reusing its memory. Reading in order
   /// is one pass over the file. False when the file is closed or can no longer be read there.
   [[nodiscard]] bool Item(std::int64_t index, CToken& token);
+  /// Where the token stands in the file.
+  [[nodiscard]] std::uint64_t Place(std::int64_t index) const {
+    return places_[static_cast<std::size_t>(index)];
+  }
   void Remove(std::int64_t index);
   void Clear();
 
@@ -56,6 +60,9 @@ class CPAXTOTokens {
   /// and with LastErr 57 for one that cannot be read. A record whose end is not in the file yet is left for
   /// the next run. 0 with LastErr 0 means that there is nothing to take.
   [[nodiscard]] std::int64_t ReadMailslot(std::int64_t maximum);
+  /// True when the damage that ReadMailslot() found may be none: a record that claims to be longer than the
+  /// file, as the first one does while it is being written.
+  [[nodiscard]] bool EndsInsideRecord() const { return endsInsideRecord_; }
   void CloseMailslot();
   /// The file that is being read; closed when none is.
   [[nodiscard]] const platform::File& OpenFile() const { return file_; }
@@ -68,7 +75,7 @@ class CPAXTOTokens {
  private:
   /// What stands at one position.
   struct Record {
-    enum class Kind { kComplete, kNotYet, kEndOfData, kDamaged, kUnreadable };
+    enum class Kind { kComplete, kNotYet, kEndOfData, kLongerThanFile, kDamaged, kUnreadable };
     Kind kind = Kind::kUnreadable;
     std::string_view bytes;  // the whole record, for kComplete
   };
@@ -86,6 +93,7 @@ class CPAXTOTokens {
   std::uint64_t begin_ = 0;
   std::uint64_t end_ = 0;
   bool isPiece_ = false;
+  bool endsInsideRecord_ = false;
   std::vector<std::uint64_t> places_;
   std::int32_t lastErr_ = kNoError;
 };

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/Sha256.h"
+
 namespace varnlog::intake {
 namespace {
 
@@ -68,6 +70,16 @@ std::optional<std::uint64_t> SumOf(const FilePiece& piece) {
   };
   if (!ReadPortions(piece, add)) return std::nullopt;
   return sum.Value();
+}
+
+std::optional<std::string> DigestOf(const FilePiece& piece) {
+  platform::Sha256 digest;
+  const auto add = [&digest](std::string_view bytes, std::uint64_t) {
+    digest.Add(bytes);
+    return true;
+  };
+  if (!ReadPortions(piece, add)) return std::nullopt;
+  return digest.Hex();
 }
 
 std::optional<bool> SameBytes(const FilePiece& a, const FilePiece& b) {

@@ -36,6 +36,9 @@ class Checksum {
 /// The sum of a piece; nothing when it cannot be read whole.
 [[nodiscard]] std::optional<std::uint64_t> SumOf(const FilePiece& piece);
 
+/// The SHA-256 digest of a piece; nothing when it cannot be read whole.
+[[nodiscard]] std::optional<std::string> DigestOf(const FilePiece& piece);
+
 /// Whether `b` holds exactly the bytes of `a`, and has them all; nothing when they cannot be read.
 [[nodiscard]] std::optional<bool> SameBytes(const FilePiece& a, const FilePiece& b);
 

@@ -1,6 +1,5 @@
 #include "intake/ExchangeRemoval.h"
 
-#include <thread>
 #include <utility>
 
 #include "intake/TakenFiles.h"
@@ -42,7 +41,7 @@ ExchangeRemoval::Solitude ExchangeRemoval::WaitForSolitude(File& file) const {
   for (;;) {
     const Solitude solitude = file.TrySolitude();
     if (solitude != Solitude::kShared || steady_clock::now() >= end) return solitude;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    options_.Wait();
   }
 }
 

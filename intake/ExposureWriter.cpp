@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "core/Messages.h"
-#include "db/modCommon.h"
 #include "platform/CodePage.h"
 
 namespace varnlog::intake {
@@ -95,32 +93,30 @@ void WriteOpenFlag(dao::Field& flag, bool isEmpty, bool isNew) {
 
 }  // namespace
 
-ExposureWriter::ExposureWriter(dao::Database& log, TubeDefaults defaults, const core::TextLookup& texts,
-                               core::UserDialog& user, const platform::Clock& clock)
-    : texts_(texts),
-      user_(user),
-      clock_(clock),
-      defaults_(std::move(defaults)),
+ExposureWriter::ExposureWriter(dao::Database& log, TubeDefaults defaults, const platform::Clock& clock)
+    : defaults_(std::move(defaults)),
       rows_(log.OpenRecordset("TXray", dao::RecordsetType::kTable)),
-      fields_(std::make_unique<Fields>(*rows_)) {
+      fields_(std::make_unique<Fields>(*rows_)),
+      dates_(clock) {
   rows_->SetIndex("iXRayIdent");
 }
 
 ExposureWriter::~ExposureWriter() = default;
 
 ExposureWriter::Done ExposureWriter::Take(CToken& token) {
-  if (token.TypeCode().empty() || token.TypeCode().front() != 'X') return Done::kSkipped;
   cut_.clear();
-  birthday_ = ReadDate(token, CToken::kBirthday, "RU_ERR_BIRTHDATE"_key, knownBirthday_);
-  const platform::DateTime day = ReadDate(token, CToken::kTakeDate, "RU_ERR_TAKEDATE"_key, knownTakeDate_);
-  taken_ = day.AtTimeOf(ReadTime(token));
+  if (!IsExposure(token)) return Done::kNoExposure;
+  dates_.Read(token);
   // Before the look-up: a name that was cut when it was stored must be found again.
   Fit(token, CToken::kLastName, fields_->name, "RU_FIELD_NAME"_key);
   Fit(token, CToken::kFirstName, fields_->firstName, "RU_FIELD_FIRSTNAME"_key);
-  rows_->Seek("=",
-              {std::string_view(token.LastName()), std::string_view(token.FirstName()), birthday_, taken_});
+  rows_->Seek("=", {std::string_view(token.LastName()), std::string_view(token.FirstName()),
+                    dates_.Birthday(), dates_.Taken()});
   const bool isNew = rows_->NoMatch();
-  if ((token.Kind() == "I") == isNew) return Done::kSkipped;
+  if ((token.Kind() == "I") == isNew) {
+    cut_.clear();
+    return isNew ? Done::kUnknown : Done::kKnown;
+  }
   if (isNew) {
     rows_->AddNew();
   } else {
@@ -131,42 +127,7 @@ ExposureWriter::Done ExposureWriter::Take(CToken& token) {
   WriteRegion(token, isNew);
   WriteDeviceValues(token, isNew);
   rows_->Update();
-  if (!cut_.empty()) ReportCutValues(token);
   return isNew ? Done::kAdded : Done::kChanged;
-}
-
-platform::DateTime ExposureWriter::ReadDate(CToken& token, CToken::Property property, core::TextKey message,
-                                            KnownDate& known) {
-  std::string& text = token.Mutable(property);
-  if (known.date.IsSet() && text == known.text) return known.date;
-  std::string written = text;
-  const platform::DateTime date = db::ReadDottedDate(text, clock_);
-  if (!date.IsSet()) {
-    ReportDefault(token, message, db::kDefaultDateText);
-    text = db::kDefaultDateText;
-    return db::DottedTextToDate(text, clock_);
-  }
-  known = {std::move(written), date};
-  return date;
-}
-
-platform::DateTime ExposureWriter::ReadTime(CToken& token) {
-  std::string& text = token.Mutable(CToken::kTakeTime);
-  if (!db::IsColonTime(text)) {
-    ReportDefault(token, "RU_ERR_TAKETIME"_key, db::kDefaultTimeText);
-    text = db::kDefaultTimeText;
-  }
-  return db::ColonTextToTime(text);
-}
-
-void ExposureWriter::ReportDefault(const CToken& token, core::TextKey message,
-                                   std::string_view shownDefault) {
-  core::Messages(user_, texts_)
-      .Show({.key = message,
-             .values = {{"strLastName", token.LastName()},
-                        {"str1stName", token.FirstName()},
-                        {"dDefault", std::string(shownDefault)}},
-             .title = "RU_XRUPDATE"_key});
 }
 
 void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Field& field,
@@ -178,25 +139,14 @@ void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Fi
   cut_.push_back(caption);
 }
 
-void ExposureWriter::ReportCutValues(const CToken& token) {
-  for (const core::TextKey caption : cut_) {
-    core::Messages(user_, texts_)
-        .Show({.key = "RU_ERR_FIELDLEN"_key,
-               .values = {{"strLastName", token.LastName()},
-                          {"str1stName", token.FirstName()},
-                          {"strField", texts_.GetText(caption)}},
-               .title = "RU_XRUPDATE"_key});
-  }
-}
-
 void ExposureWriter::WritePatient(const CToken& token, bool isNew) {
   fields_->name.SetText(token.LastName());
   fields_->firstName.SetText(token.FirstName());
-  fields_->birthday.SetDate(birthday_);
+  fields_->birthday.SetDate(dates_.Birthday());
   if (isNew && !token.Sex().empty()) fields_->sex.SetText(SexOf(token.Sex()));
   if (!token.PregCode().empty()) fields_->pregnancy.SetText(PregnancyOf(token.PregCode()));
   fields_->pregnancyOpen.SetBoolean(token.Sex() != "M");
-  fields_->taken.SetDate(taken_);
+  fields_->taken.SetDate(dates_.Taken());
 }
 
 void ExposureWriter::WriteResponsible(CToken& token) {

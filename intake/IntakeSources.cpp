@@ -1,6 +1,7 @@
 #include "intake/IntakeSources.h"
 
 #include <algorithm>
+#include <chrono>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -35,15 +36,38 @@ bool IntakeSources::AnythingThere() const {
 
 /// As long as there is a copy, what was moved aside stays: should the copy be damaged, the bytes are there.
 void IntakeSources::Sweep() const {
+  platform::SweepUnfinished(copy_.Path());
+  platform::SweepUnfinished(ShiftJournal(exchange_).Path());
+  platform::SweepUnfinished(RestPath(exchange_));
   if (!copy_.Exists()) SweepTakenFiles(exchange_, options_.grace);
 }
 
 bool IntakeSources::IsPending(const std::function<RunId()>& committed) const {
-  if (platform::FileSize(exchange_).value_or(0) > 0) return true;
+  if (platform::FileSize(exchange_).value_or(0) > 0 && !IsBeingWritten()) return true;
   std::error_code ignored;
   if (std::ranges::any_of(ListTakenFiles(exchange_, ignored), &TakenFile::IsPending)) return true;
   if (ShiftJournal(exchange_).Exists()) return true;
   return copy_.Exists() && copy_.PeekId() != committed();
+}
+
+/// In either direction: the clock of a server may be ahead.
+bool IntakeSources::HasChangedJustNow() const {
+  std::error_code error;
+  const auto changed = std::filesystem::last_write_time(exchange_, error);
+  return !error && std::chrono::abs(std::filesystem::file_time_type::clock::now() - changed) < options_.quiet;
+}
+
+bool IntakeSources::IsBeingWritten() const {
+  // No record is longer than this.
+  if (platform::FileSize(exchange_).value_or(0) > std::numeric_limits<std::int16_t>::max()) return false;
+  CPAXTOTokens tokens(platform::CodePage::Oem(language_));
+  if (!tokens.OpenMailslot(platform::FromPath(exchange_))) return false;
+  return tokens.ReadMailslot(kAllRecords) == 0 && tokens.EndsInsideRecord() && HasChangedJustNow();
+}
+
+void IntakeSources::AwaitWhatIsBeingWritten() const {
+  const auto end = std::chrono::steady_clock::now() + options_.patience;
+  while (IsBeingWritten() && std::chrono::steady_clock::now() < end) options_.Wait();
 }
 
 bool IntakeSources::ListTaken() {
@@ -52,8 +76,9 @@ bool IntakeSources::ListTaken() {
   return !error;
 }
 
-IntakeSources::Opened IntakeSources::Open(const RunId& committed) {
+IntakeSources::Opened IntakeSources::Open(const RunId& committed, const std::vector<AppliedBytes>& applied) {
   sources_.clear();
+  made_.reset();
   std::error_code error;
   if (std::filesystem::is_symlink(exchange_, error)) return Opened::kIsLink;
   const ShiftJournal journal(exchange_);
@@ -65,9 +90,33 @@ IntakeSources::Opened IntakeSources::Open(const RunId& committed) {
   Sweep();
   if (!ListTaken()) return Opened::kCannotRead;
   for (const TakenFile& taken : takenFiles_) {
-    if (taken.IsPending() && !OpenTaken(taken)) return Opened::kCannotRead;
+    if (taken.IsPending() && !OpenTaken(taken, true)) return Opened::kCannotRead;
   }
-  return MayExist(exchange_) ? OpenExchange() : Opened::kReady;
+  const Opened exchange = MayExist(exchange_) ? OpenExchange() : Opened::kReady;
+  if (exchange == Opened::kReady) Recognise(applied);
+  return exchange;
+}
+
+/// Records that stand at the beginning of a source as they stood there when they were applied.
+void IntakeSources::Recognise(const std::vector<AppliedBytes>& applied) {
+  for (const AppliedBytes& bytes : applied) {
+    for (Source& source : sources_) {
+      if (source.reached - source.begin < bytes.length) continue;
+      if (DigestOf({&source.tokens.OpenFile(), source.begin, bytes.length}) != bytes.digest) continue;
+      source.appliedTo = std::max(source.appliedTo, source.begin + bytes.length);
+    }
+  }
+}
+
+void IntakeSources::OpenToLook() {
+  sources_.clear();
+  std::error_code error;
+  if (ShiftJournal(exchange_).Exists() || std::filesystem::is_symlink(exchange_, error) || !ListTaken())
+    return;
+  for (const TakenFile& taken : takenFiles_) {
+    if (taken.IsPending()) static_cast<void>(OpenTaken(taken, false));
+  }
+  if (MayExist(exchange_)) static_cast<void>(OpenExchange());
 }
 
 IntakeSources::Opened IntakeSources::OpenCopy(const RunId& committed) {
@@ -143,7 +192,7 @@ bool IntakeSources::Carry(const CopySection& section) {
   return true;
 }
 
-bool IntakeSources::OpenTaken(const TakenFile& taken) {
+bool IntakeSources::OpenTaken(const TakenFile& taken, bool mayPutAway) {
   Source source(CopySection::Source::kTaken, taken.path, language_);
   source.taken = taken;
   source.begin = taken.from;
@@ -156,13 +205,14 @@ bool IntakeSources::OpenTaken(const TakenFile& taken) {
   }
   // What is missing may still be on its way, unless nobody can write it any more.
   source.tokens.CloseMailslot();
-  return !IsOutOfReach(taken, options_.grace) || PutAway(taken.path);
+  return !mayPutAway || !IsOutOfReach(taken, options_.grace) || PutAway(taken.path);
 }
 
 IntakeSources::Opened IntakeSources::OpenExchange() {
   Source source(CopySection::Source::kExchange, exchange_, language_);
   if (!source.tokens.OpenMailslot(platform::FromPath(exchange_))) return Opened::kCannotOpen;
   source.reached = static_cast<std::uint64_t>(source.tokens.ReadMailslot(kAllRecords));
+  if (source.tokens.EndsInsideRecord() && HasChangedJustNow()) return Opened::kReady;
   if (source.tokens.LastErr() != kNoError) return Opened::kCannotRead;
   sources_.push_back(std::move(source));
   return Opened::kReady;
@@ -179,12 +229,12 @@ std::int64_t IntakeSources::TokenCount() const {
                          [](std::int64_t sum, const Source& source) { return sum + source.tokens.Count(); });
 }
 
-bool IntakeSources::ForEachToken(const std::function<bool(CToken&)>& take) {
+bool IntakeSources::ForEachToken(const std::function<bool(CToken&, bool)>& take) {
   CToken token;
   for (Source& source : sources_) {
     for (std::int64_t index = 0; index < source.tokens.Count(); ++index) {
       if (!source.tokens.Item(index, token)) return false;
-      if (!take(token)) return true;
+      if (!take(token, source.tokens.Place(index) < source.appliedTo)) return true;
     }
   }
   return true;
@@ -198,7 +248,7 @@ bool IntakeSources::Secure(const RunId& id) {
   bool secured = id.empty() || MakeCopy(id);
   for (std::size_t i = 0; i < sources_.size(); ++i) {
     Source& source = sources_[i];
-    if (secured && source.kind == CopySection::Source::kExchange) secured = NoteWhatWasRead(source, id, i);
+    if (secured && source.kind == CopySection::Source::kExchange) secured = NoteWhatWasRead(source, i);
     // What this run itself holds open can never be had alone.
     source.tokens.CloseMailslot();
   }
@@ -206,7 +256,7 @@ bool IntakeSources::Secure(const RunId& id) {
 }
 
 /// From the files that are still open: under their names there may be others by now.
-bool IntakeSources::MakeCopy(const RunId& id) const {
+bool IntakeSources::MakeCopy(const RunId& id) {
   std::vector<CopySection> sections;
   for (const Source& source : sources_) {
     CopySection section{source.kind, source.taken.stamp, source.begin, source.carried};
@@ -215,20 +265,28 @@ bool IntakeSources::MakeCopy(const RunId& id) const {
     }
     sections.push_back(section);
   }
-  return !copy_.Replace(id, sections, options_);
+  if (copy_.Replace(id, sections, options_)) return false;
+  made_.emplace(logFile_);
+  made_->Load();
+  if (made_->Id() == id && made_->Sections().size() == sources_.size()) return true;
+  made_.reset();
+  return false;
+}
+
+/// In the safe copy if there is one, else in the source itself.
+FilePiece IntakeSources::WhatWasRead(const Source& source, std::size_t section, File& opened) const {
+  if (made_) return made_->Sections()[section].bytes;
+  std::error_code error;
+  opened = File::Open(source.path, File::Mode::kRead, error, File::Links::kRefuse);
+  return {&opened, source.begin, error ? 0 : source.reached - source.begin};
 }
 
 /// The sum is that of the safe copy as it stands on the disk, if there is one: only what it holds is removed.
-bool IntakeSources::NoteWhatWasRead(Source& source, const RunId& id, std::size_t section) const {
+bool IntakeSources::NoteWhatWasRead(Source& source, std::size_t section) const {
   const File& file = source.tokens.OpenFile();
-  IntakeCopy made(logFile_);
-  if (!id.empty()) {
-    made.Load();
-    if (made.Id() != id || section >= made.Sections().size()) return false;
-  }
   const auto identity = file.Identity();
-  const auto sum = SumOf(id.empty() ? FilePiece{&file, source.begin, source.reached - source.begin}
-                                    : made.Sections()[section].bytes);
+  const auto sum = SumOf(made_ ? made_->Sections()[section].bytes
+                               : FilePiece{&file, source.begin, source.reached - source.begin});
   if (!identity || !sum) return false;
   source.read = {*identity, *sum};
   return true;
@@ -253,10 +311,25 @@ bool IntakeSources::RemoveFrom(const Source& source) {
 }
 
 bool IntakeSources::RemoveRead() {
-  const bool done =
-      std::ranges::all_of(sources_, [this](const Source& source) { return RemoveFrom(source); });
-  if (done) options_.Reached(RunStep::kRemoved);
-  return done;
+  for (Source& source : sources_) {
+    source.isRemoved = RemoveFrom(source);
+    if (!source.isRemoved) return false;
+  }
+  options_.Reached(RunStep::kRemoved);
+  return true;
+}
+
+std::vector<AppliedBytes> IntakeSources::ReadButNotRemoved() const {
+  std::vector<AppliedBytes> left;
+  for (std::size_t i = 0; i < sources_.size(); ++i) {
+    const Source& source = sources_[i];
+    if (source.isRemoved || source.kind == CopySection::Source::kCarried) continue;
+    File opened;
+    const FilePiece bytes = WhatWasRead(source, i, opened);
+    const auto digest = bytes.length > 0 ? DigestOf(bytes) : std::nullopt;
+    if (digest) left.push_back({bytes.length, *digest});
+  }
+  return left;
 }
 
 }  // namespace varnlog::intake

@@ -10,6 +10,7 @@
 #include "intake/CPAXTOTokens.h"
 #include "intake/ExchangeRemoval.h"
 #include "intake/IntakeCopy.h"
+#include "intake/RunMark.h"
 #include "intake/RunStep.h"
 #include "intake/TakenFiles.h"
 
@@ -28,6 +29,9 @@ class IntakeSources {
   [[nodiscard]] bool AnythingThere() const;
   /// Deletes what earlier runs moved aside and nobody needs any more. Needs no lock.
   void Sweep() const;
+  /// Waits as long as the exchange file holds nothing but what the suite is still writing, for as long as the
+  /// run's patience goes.
+  void AwaitWhatIsBeingWritten() const;
   /// True when there is data to take, or a copy of a run other than `committed`.
   [[nodiscard]] bool IsPending(const std::function<RunId()>& committed) const;
 
@@ -37,8 +41,11 @@ class IntakeSources {
     kCannotRead,  // something is damaged or the disk fails; nothing is to be taken, and nothing was changed
     kIsLink,      // the exchange file is a link: whoever put it there decides what is read and removed
   };
-  /// Finds, opens and checks all records. `committed` is the last run that the log knows.
-  [[nodiscard]] Opened Open(const RunId& committed);
+  /// Finds, opens and checks all records. `committed` is the last run that the log knows, `applied` what it
+  /// has of the records although they could not be removed.
+  [[nodiscard]] Opened Open(const RunId& committed, const std::vector<AppliedBytes>& applied);
+  /// Opens what can be read without a lock and without changing anything: other runs may be at work.
+  void OpenToLook();
   /// A left-over that is damaged, and where Open() has put it out of the way.
   struct Damaged {
     std::filesystem::path path;
@@ -49,8 +56,9 @@ class IntakeSources {
   /// True when there was nothing to open.
   [[nodiscard]] bool IsEmpty() const { return sources_.empty(); }
   [[nodiscard]] std::int64_t TokenCount() const;
-  /// Hands every record on; `take` returns false to stop. False when one can no longer be read.
-  [[nodiscard]] bool ForEachToken(const std::function<bool(CToken&)>& take);
+  /// Hands every record on, and whether it is one of those that are applied already; `take` returns false to
+  /// stop. False when one can no longer be read.
+  [[nodiscard]] bool ForEachToken(const std::function<bool(CToken& token, bool isApplied)>& take);
 
   /// True when records, or bytes that are none, were read.
   [[nodiscard]] bool HasRead() const;
@@ -63,6 +71,8 @@ class IntakeSources {
   [[nodiscard]] RunId StandingCopy() const { return copy_.PeekId(); }
   /// Removes what was read, stopping at the first failure.
   [[nodiscard]] bool RemoveRead();
+  /// What was read but is still there.
+  [[nodiscard]] std::vector<AppliedBytes> ReadButNotRemoved() const;
 
  private:
   struct Source {
@@ -72,6 +82,8 @@ class IntakeSources {
     TakenFile taken;
     std::uint64_t begin = 0;
     std::uint64_t reached = 0;
+    std::uint64_t appliedTo = 0;  // what lies before is in the log
+    bool isRemoved = false;
     FilePiece carried;
     std::optional<ExchangeRemoval::ReadBytes> read;  // of the exchange file, once it is secured
     CPAXTOTokens tokens;
@@ -84,10 +96,15 @@ class IntakeSources {
   [[nodiscard]] std::optional<bool> Holds(const std::filesystem::path& path,
                                           const CopySection& section) const;
   [[nodiscard]] bool Carry(const CopySection& section);
-  [[nodiscard]] bool OpenTaken(const TakenFile& taken);
+  [[nodiscard]] bool OpenTaken(const TakenFile& taken, bool mayPutAway);
   [[nodiscard]] Opened OpenExchange();
-  [[nodiscard]] bool MakeCopy(const RunId& id) const;
-  [[nodiscard]] bool NoteWhatWasRead(Source& source, const RunId& id, std::size_t section) const;
+  void Recognise(const std::vector<AppliedBytes>& applied);
+  [[nodiscard]] bool IsBeingWritten() const;
+  [[nodiscard]] bool HasChangedJustNow() const;
+  [[nodiscard]] FilePiece WhatWasRead(const Source& source, std::size_t section,
+                                      platform::File& opened) const;
+  [[nodiscard]] bool MakeCopy(const RunId& id);
+  [[nodiscard]] bool NoteWhatWasRead(Source& source, std::size_t section) const;
   [[nodiscard]] bool RemoveFrom(const Source& source);
   [[nodiscard]] bool PutAway(const std::filesystem::path& path);
 
@@ -96,6 +113,7 @@ class IntakeSources {
   RunOptions options_;
   std::string language_;
   IntakeCopy copy_;
+  std::optional<IntakeCopy> made_;  // this run's, as it stands on the disk
   std::vector<TakenFile> takenFiles_;
   std::vector<Source> sources_;
   std::vector<Damaged> damaged_;

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "db/dao/DBEngine.h"
 #include "intake/IntakeCopy.h"
 
@@ -11,5 +15,17 @@ namespace varnlog::intake {
 /// "" when the log knows of none. Both throw EngineError.
 [[nodiscard]] RunId ReadRunMark(dao::Database& log);
 void WriteRunMark(dao::Database& log, const RunId& id);
+
+/// Bytes of records that are in the log although they could not be removed, kept in TConfig under
+/// "IntakeApplied1" and so on. Information in them is not applied again: in between, the user may have
+/// entered and locked another value.
+struct AppliedBytes {
+  std::uint64_t length = 0;
+  std::string digest;  // SHA-256
+  bool operator==(const AppliedBytes&) const = default;
+};
+/// Both throw EngineError. Writing what stands there already changes nothing.
+[[nodiscard]] std::vector<AppliedBytes> ReadAppliedBytes(dao::Database& log);
+void WriteAppliedBytes(dao::Database& log, const std::vector<AppliedBytes>& applied);
 
 }  // namespace varnlog::intake

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <thread>
 
 namespace varnlog::intake {
 
@@ -30,10 +31,21 @@ struct RunOptions {
   /// How long a file that was moved aside stays at least: a program that was just opening it under its old
   /// name has opened it by then.
   std::chrono::milliseconds grace{2000};
-  std::function<void(RunStep)> onStep;
+  /// How long an exchange file that ends inside a record must not have changed to be called damaged.
+  std::chrono::milliseconds quiet{10'000};
+  /// The user knows that the clock shows an earlier day than the newest exposure.
+  bool despiteClock = false;
+  std::function<void(RunStep)> onStep = {};
+  /// Called every few milliseconds while the run waits for another program.
+  std::function<void()> onWait = {};
 
   void Reached(RunStep step) const {
     if (onStep) onStep(step);
+  }
+  /// A moment of waiting.
+  void Wait() const {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (onWait) onWait();
   }
 };
 

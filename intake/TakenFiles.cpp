@@ -103,10 +103,14 @@ std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange) {
   return taken;
 }
 
+std::filesystem::path RestPath(std::filesystem::path exchange) {
+  exchange += ".rest";
+  return exchange;
+}
+
 std::error_code MakeTakenFile(const std::filesystem::path& exchange, const FilePiece& bytes) {
   // First under a name that does not change, so that what a crash leaves of it is found and swept.
-  std::filesystem::path rest = exchange;
-  rest += ".rest";
+  const std::filesystem::path rest = RestPath(exchange);
   std::error_code error;
   platform::NewFile made(rest, error, exchange);
   if (!error) error = CopyBytes(bytes, made.file(), 0);

@@ -30,6 +30,9 @@ struct TakenFile {
 /// Moves the exchange file aside with nothing accounted for yet, and tells where it is then.
 [[nodiscard]] std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange);
 
+/// Where such a file is made before it gets the name of one that was moved aside.
+[[nodiscard]] std::filesystem::path RestPath(std::filesystem::path exchange);
+
 /// Makes a file of these bytes, all of them pending, as if it had been moved aside now.
 [[nodiscard]] std::error_code MakeTakenFile(const std::filesystem::path& exchange, const FilePiece& bytes);
 

@@ -5,6 +5,7 @@
 #include "core/Messages.h"
 #include "intake/ExposureWriter.h"
 #include "intake/IntakeSources.h"
+#include "intake/RecordNotices.h"
 #include "intake/RunMark.h"
 
 namespace varnlog::intake {
@@ -42,6 +43,23 @@ IntakeSources SourcesOf(const core::Globals& globals, const RunOptions& options)
           globals.LanguageGl, options};
 }
 
+RunOptions WithWaiting(RunOptions options, UpdateView& view) {
+  options.onWait = [&view] { view.Wait(); };
+  return options;
+}
+
+/// Not set when the log is empty.
+platform::DateTime NewestExposure(dao::Database& log) {
+  const auto rows = log.OpenRecordset("SELECT TXray.tXrayTs FROM TXray ORDER BY TXray.tXrayTs DESC;",
+                                      dao::RecordsetType::kDynaset);
+  return rows->IsEOF() ? platform::DateTime() : rows->Fields("tXrayTs").Date();
+}
+
+std::string Dotted(platform::DateTime date) {
+  const std::string iso = date.ToIso();
+  return iso.substr(8, 2) + '.' + iso.substr(5, 2) + '.' + iso.substr(0, 4);
+}
+
 class Run {
  public:
   Run(const UpdateContext& context, UpdateView& view, const RunOptions& options)
@@ -49,35 +67,40 @@ class Run {
         texts_(context.texts),
         now_(context.clock.Now()),
         view_(view),
-        options_(options),
-        sources_(SourcesOf(context.globals, options)) {}
+        messages_(view, context.texts),
+        options_(WithWaiting(options, view)),
+        sources_(SourcesOf(context.globals, options_)),
+        notices_(context.texts) {}
 
   UpdateResult Execute();
 
  private:
-  [[nodiscard]] bool Prepare(db::CJetEngine& engine);
-  void Work(db::CJetEngine& engine);
-  void TakeAll(dao::Database& log);
+  /// What the user is to be asked when the transaction is over.
+  enum class Question { kNone, kRetryOpening, kCancel };
+
+  void Take(db::CJetEngine& engine);
+  [[nodiscard]] bool ClockIsBelieved(db::CJetEngine& engine);
+  [[nodiscard]] bool DatesAreAccepted();
+  [[nodiscard]] bool GoesOnAfter(Question question);
+  [[nodiscard]] Question Attempt(db::CJetEngine& engine);
+  [[nodiscard]] Question TakeAll(dao::Database& log);
+  [[nodiscard]] ExposureWriter::Done TakeOne(ExposureWriter& writer, CToken& token, bool isApplied);
   void Finish(db::CJetEngine& engine, Transaction& transaction);
   void TidyUp(db::CJetEngine& engine) const;
-  [[nodiscard]] bool OpenSources(const RunId& committed);
+  void Decline();
   void Fail(core::TextKey key, std::string_view reason = {});
   void Conclude();
-  core::MessageAnswer Say(std::string text, core::MessageIcon icon, core::MessageButtons buttons);
 
   core::Globals& globals_;
   const core::TextLookup& texts_;
   const platform::FixedClock now_;  // one moment for all records: what day it is need not be asked each time
   UpdateView& view_;
-  const RunOptions& options_;
+  const core::Messages messages_;
+  const RunOptions options_;
   IntakeSources sources_;
+  RecordNotices notices_;
   UpdateResult result_;
-  bool removalFailed_ = false;
 };
-
-core::MessageAnswer Run::Say(std::string text, core::MessageIcon icon, core::MessageButtons buttons) {
-  return core::Messages(view_, texts_).ShowText(std::move(text), icon, buttons, "RU_XRUPDATE"_key);
-}
 
 /// Shown by Conclude(), when the transaction is over.
 void Run::Fail(core::TextKey key, std::string_view reason) {
@@ -85,46 +108,87 @@ void Run::Fail(core::TextKey key, std::string_view reason) {
   result_.error = core::FilledText(texts_, key, {{"strError", std::string(reason)}});
 }
 
-bool Run::OpenSources(const RunId& committed) {
-  for (;;) {
-    switch (sources_.Open(committed)) {
-      case IntakeSources::Opened::kReady:
-        return true;
-      case IntakeSources::Opened::kCannotRead:
-        Fail("RU_ERR_FILEREAD"_key);
-        return false;
-      case IntakeSources::Opened::kIsLink:
-        Fail("RU_ERR_LINK"_key);
-        return false;
-      case IntakeSources::Opened::kCannotOpen:
-        break;
-    }
-    const auto answer = Say(texts_.GetText("RU_ERR_XRUPDATE"_key), core::MessageIcon::kNone,
-                            core::MessageButtons::kRetryCancel);
-    if (answer == core::MessageAnswer::kRetry) continue;
-    globals_.UpdateDeclinedGl = true;
-    result_.outcome = Outcome::kCancelled;
-    return false;
-  }
+void Run::Decline() {
+  globals_.UpdateDeclinedGl = true;
+  result_.outcome = Outcome::kCancelled;
 }
 
-void Run::TakeAll(dao::Database& log) {
-  ExposureWriter writer(log, {std::to_string(globals_.kVGl), std::to_string(globals_.mAGl)}, texts_, view_,
-                        now_);
+/// A clock that was set back makes days of today lie in the future, and their exposures become ones of 1880.
+bool Run::ClockIsBelieved(db::CJetEngine& engine) {
+  constexpr std::int64_t kDay = 24 * 60 * 60;
+  if (options_.despiteClock) return true;
+  const platform::DateTime newest = NewestExposure(*engine.Database());
+  const platform::DateTime now = now_.Now();
+  if (!newest.IsSet() || newest.SecondsSinceEpoch() - now.SecondsSinceEpoch() <= kDay) return true;
+  if (messages_.Confirm("RU_CLOCK"_key, {{"dNow", Dotted(now)}, {"dNewest", Dotted(newest)}},
+                        "RU_XRUPDATE"_key)) {
+    return true;
+  }
+  result_.clockDoubted = true;
+  Decline();
+  return false;
+}
+
+/// Before the transaction, so that no other workstation waits while the user reads. Other runs may take these
+/// records first, and more may come; what was not said here is said at the end.
+bool Run::DatesAreAccepted() {
+  IntakeSources ahead = SourcesOf(globals_, options_);
+  ahead.OpenToLook();
+  RecordDates dates(now_);
+  auto answer = core::MessageAnswer::kOk;
+  std::int64_t looked = 0;
+  static_cast<void>(ahead.ForEachToken([&](CToken& token, bool) {
+    constexpr std::int64_t kBetweenEvents = 4096;
+    if (++looked % kBetweenEvents == 0) view_.Wait();
+    if (!IsExposure(token)) return true;
+    dates.Read(token);
+    for (const DefaultTaken& taken : dates.Defaults()) {
+      std::string text = TextOf(texts_, token, taken);
+      notices_.Said(text);
+      answer = view_.Show({.text = std::move(text),
+                           .title = texts_.GetText("RU_XRUPDATE"_key),
+                           .icon = core::MessageIcon::kCritical,
+                           .choices = {{core::MessageAnswer::kOk, "GL_OK"_key},
+                                       {core::MessageAnswer::kList, "RU_LISTREST"_key},
+                                       {core::MessageAnswer::kCancel, "RU_CANCELRUN"_key}}});
+      if (answer == core::MessageAnswer::kList || answer == core::MessageAnswer::kCancel) return false;
+    }
+    return true;
+  }));
+  if (answer == core::MessageAnswer::kCancel) Decline();
+  return answer != core::MessageAnswer::kCancel;
+}
+
+ExposureWriter::Done Run::TakeOne(ExposureWriter& writer, CToken& token, bool isApplied) {
+  using Done = ExposureWriter::Done;
+  if (isApplied && token.Kind() == "I") return Done::kKnown;
+  const Done done = writer.Take(token);
+  if (done == Done::kNoExposure) return done;
+  for (const DefaultTaken& taken : writer.Defaults()) notices_.AddDefault(token, taken);
+  for (const core::TextKey field : writer.CutFields()) notices_.AddCut(token, field);
+  if (done == Done::kKnown && !isApplied && !writer.Defaults().empty()) notices_.AddSkipped(token);
+  return done;
+}
+
+Run::Question Run::TakeAll(dao::Database& log) {
+  ExposureWriter writer(log, {std::to_string(globals_.kVGl), std::to_string(globals_.mAGl)}, now_);
   view_.SetRecordCount(sources_.TokenCount());
-  const bool whole = sources_.ForEachToken([&](CToken& token) {
-    const ExposureWriter::Done done = writer.Take(token);
+  bool isCancelWanted = false;
+  const bool whole = sources_.ForEachToken([&](CToken& token, bool isApplied) {
+    const ExposureWriter::Done done = TakeOne(writer, token, isApplied);
     if (done == ExposureWriter::Done::kAdded) ++result_.added;
     if (done == ExposureWriter::Done::kChanged) ++result_.changed;
     view_.Advance(++result_.read);
-    return !globals_.UpdateDeclinedGl;
+    isCancelWanted = view_.CancelIsWanted();
+    return !globals_.UpdateDeclinedGl && !isCancelWanted;
   });
   result_.skipped = result_.read - result_.added - result_.changed;
-  if (globals_.UpdateDeclinedGl && result_.read > 0) {
+  if (result_.read > 0 && (globals_.UpdateDeclinedGl || isCancelWanted)) {
     result_.outcome = Outcome::kCancelled;
   } else if (!whole) {
     Fail("RU_ERR_FILEREAD"_key);
   }
+  return isCancelWanted ? Question::kCancel : Question::kNone;
 }
 
 /// Rows, removal, commit: the order is the point. Until the commit, what is removed is in the safe copy.
@@ -144,8 +208,9 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   const RunId stays = secured ? RunId() : sources_.StandingCopy();
   if (!stays.empty()) WriteRunMark(log, stays);
   const bool removed = secured && sources_.RemoveRead();
+  WriteAppliedBytes(log, removed ? std::vector<AppliedBytes>() : sources_.ReadButNotRemoved());
   if (!transaction.Commit()) return Fail("RU_ERR_WRITE"_key, engine.LastError());
-  removalFailed_ = !removed;
+  result_.leftInFile = !removed;
   options_.Reached(RunStep::kCommitted);
   TidyUp(engine);
 }
@@ -166,45 +231,97 @@ void Run::TidyUp(db::CJetEngine& engine) const {
   }
 }
 
-bool Run::Prepare(db::CJetEngine& engine) {
-  if (!OpenSources(ReadRunMark(*engine.Database()))) return false;
-  if (sources_.IsEmpty()) result_.outcome = Outcome::kNothingPending;
-  return !sources_.IsEmpty();
-}
-
-void Run::Work(db::CJetEngine& engine) {
+/// One transaction, committed or rolled back.
+Run::Question Run::Attempt(db::CJetEngine& engine) {
+  result_ = {};
+  notices_.Restart();
   try {
     Transaction transaction(engine);
-    if (!transaction.IsOpen()) return Fail("RU_ERR_WRITE"_key, engine.LastError());
+    if (!transaction.IsOpen()) {
+      Fail("RU_ERR_WRITE"_key, engine.LastError());
+      return Question::kNone;
+    }
+    dao::Database& log = *engine.Database();
+    switch (sources_.Open(ReadRunMark(log), ReadAppliedBytes(log))) {
+      case IntakeSources::Opened::kReady:
+        break;
+      case IntakeSources::Opened::kCannotOpen:
+        return Question::kRetryOpening;
+      case IntakeSources::Opened::kCannotRead:
+        Fail("RU_ERR_FILEREAD"_key);
+        return Question::kNone;
+      case IntakeSources::Opened::kIsLink:
+        Fail("RU_ERR_LINK"_key);
+        return Question::kNone;
+    }
+    if (sources_.IsEmpty()) return Question::kNone;
     result_.outcome = Outcome::kDone;
-    if (Prepare(engine)) TakeAll(*engine.Database());
+    const Question question = TakeAll(log);
     if (result_.outcome == Outcome::kDone) Finish(engine, transaction);
+    return question;
   } catch (const dao::EngineError& error) {
     Fail("RU_ERR_WRITE"_key, error.what());
+    return Question::kNone;
+  }
+}
+
+bool Run::GoesOnAfter(Question question) {
+  switch (question) {
+    case Question::kNone:
+      return false;
+    case Question::kCancel:
+      view_.AskCancel();
+      return !globals_.UpdateDeclinedGl;
+    case Question::kRetryOpening:
+      break;
+  }
+  const auto answer = messages_.Show({.key = "RU_ERR_XRUPDATE"_key,
+                                      .icon = core::MessageIcon::kNone,
+                                      .buttons = core::MessageButtons::kRetryCancel,
+                                      .title = "RU_XRUPDATE"_key});
+  if (answer != core::MessageAnswer::kRetry) Decline();
+  return answer == core::MessageAnswer::kRetry;
+}
+
+void Run::Take(db::CJetEngine& engine) {
+  try {
+    if (!ClockIsBelieved(engine)) return;
+  } catch (const dao::EngineError& error) {
+    return Fail("RU_ERR_WRITE"_key, error.what());
+  }
+  sources_.AwaitWhatIsBeingWritten();
+  if (!DatesAreAccepted()) return;
+  while (GoesOnAfter(Attempt(engine))) {
   }
 }
 
 /// Messages about the whole run are shown when nobody waits for the log any more.
 void Run::Conclude() {
-  if (result_.outcome != Outcome::kDone) {
+  const bool done = result_.outcome == Outcome::kDone;
+  if (!done) {
     result_.added = 0;
     result_.changed = 0;
     result_.skipped = 0;
   }
+  const auto say = [this](core::TextKey key, const core::Placeholders& values) {
+    messages_.Show({.key = key, .values = values, .title = "RU_XRUPDATE"_key});
+  };
   if (result_.outcome == Outcome::kFailed) {
-    Say(result_.error, core::MessageIcon::kCritical, core::MessageButtons::kOk);
+    messages_.ShowText(result_.error, core::MessageIcon::kCritical, core::MessageButtons::kOk,
+                       "RU_XRUPDATE"_key);
   }
   for (const IntakeSources::Damaged& damaged : sources_.FoundDamaged()) {
-    std::string text = texts_.GetText("RU_ERR_DAMAGED"_key);
-    text = core::ReplacePlaceholder(text, "strFile", platform::FromPath(damaged.path));
-    text = core::ReplacePlaceholder(text, "strKeptAs", platform::FromPath(damaged.keptAs));
-    Say(std::move(text), core::MessageIcon::kCritical, core::MessageButtons::kOk);
+    say("RU_ERR_DAMAGED"_key,
+        {{"strFile", platform::FromPath(damaged.path)}, {"strKeptAs", platform::FromPath(damaged.keptAs)}});
   }
-  if (removalFailed_) {
-    Say(texts_.GetText("RU_ERR_FILEDEL"_key), core::MessageIcon::kCritical, core::MessageButtons::kOk);
-  }
-  if (result_.outcome == Outcome::kDone && result_.read > 0) {
-    core::Messages(view_, texts_).Inform("RU_SUCCESS"_key);
+  if (result_.leftInFile) say("RU_ERR_FILEDEL"_key, {});
+  if (done && !notices_.Unsaid().empty()) view_.ShowNotices(notices_.Unsaid());
+  if (done && result_.read > 0) {
+    const std::string counts = core::FilledText(texts_, "RU_COUNTS"_key,
+                                                {{"lngAdded", view_.NumberText(result_.added)},
+                                                 {"lngChanged", view_.NumberText(result_.changed)},
+                                                 {"lngSkipped", view_.NumberText(result_.skipped)}});
+    messages_.ShowText(texts_.GetText("RU_SUCCESS"_key) + counts, core::MessageIcon::kInformation);
   }
 }
 
@@ -217,7 +334,7 @@ UpdateResult Run::Execute() {
   if (engine == nullptr || engine->Database() == nullptr) {
     Fail("RU_ERR_WRITE"_key, engine == nullptr ? std::string() : engine->LastError());
   } else {
-    Work(*engine);
+    Take(*engine);
   }
   Conclude();
   return result_;
@@ -241,6 +358,10 @@ bool ExchangeDataPending(const core::Globals& globals) {
     }
     return RunId();
   });
+}
+
+void SweepExchange(const core::Globals& globals) {
+  SourcesOf(globals, {}).Sweep();
 }
 
 }  // namespace varnlog::intake

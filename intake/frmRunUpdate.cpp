@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "intake/frmCancelUpdate.h"
+#include "intake/frmUpdateNotices.h"
 #include "ui/QtText.h"
 
 namespace varnlog::intake {
@@ -21,13 +22,6 @@ namespace {
 // Often enough that the button answers at once, seldom enough that a long run does not wait for the screen.
 constexpr qint64 kMillisecondsBetweenEvents = 30;
 constexpr int kProgressSteps = 10'000;
-
-QString ProgressText(const core::TextLookup& texts, std::int64_t done, std::int64_t count) {
-  const auto number = [](std::int64_t value) {
-    return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
-  };
-  return Caption(texts, "RU_PROGRESS"_key, {{"lngDone", number(done)}, {"lngCount", number(count)}});
-}
 
 }  // namespace
 
@@ -65,15 +59,16 @@ void frmRunUpdate::showEvent(QShowEvent* event) {
 
 void frmRunUpdate::Run() {
   running_ = true;
-  sinceEvents_.start();
   result_ = RunUpdate(context_, *this);
   running_ = false;
+  EndWait();
   done(result_.outcome == UpdateResult::Outcome::kDone ? QDialog::Accepted : QDialog::Rejected);
 }
 
 void frmRunUpdate::reject() {
   if (running_) {
-    AskCancel();
+    // Asked when the run has let go of the log.
+    cancelWanted_ = true;
   } else {
     // Before the first record: nothing was begun, and activating the program must not begin it either.
     context_.globals.UpdateDeclinedGl = true;
@@ -82,28 +77,56 @@ void frmRunUpdate::reject() {
 }
 
 void frmRunUpdate::AskCancel() {
-  // Events run while the question stands; a second click must not ask again.
-  if (cancelAsked_) return;
-  cancelAsked_ = true;
+  EndWait();
   frmCancelUpdate dialog(parentWidget() != nullptr ? parentWidget() : this, context_.texts);
   context_.globals.UpdateDeclinedGl = dialog.exec() != QDialog::Accepted;
-  cancelAsked_ = false;
+  cancelWanted_ = false;
 }
 
 void frmRunUpdate::SetRecordCount(std::int64_t records) {
+  EndWait();
   prgBar_->setRange(0, records > 0 ? kProgressSteps : 0);
   records_ = records;
+  // The first record is shown at once.
+  sinceEvents_.invalidate();
 }
 
 void frmRunUpdate::Advance(std::int64_t recordsDone) {
-  if (!sinceEvents_.hasExpired(kMillisecondsBetweenEvents)) return;
+  if (sinceEvents_.isValid() && !sinceEvents_.hasExpired(kMillisecondsBetweenEvents)) return;
   if (records_ > 0) prgBar_->setValue(static_cast<int>(recordsDone * kProgressSteps / records_));
-  lblProgress_->setText(ProgressText(context_.texts, recordsDone, records_));
+  lblProgress_->setText(Caption(context_.texts, "RU_PROGRESS"_key,
+                                {{"lngDone", NumberText(recordsDone)}, {"lngCount", NumberText(records_)}}));
+  HandleEvents();
+}
+
+void frmRunUpdate::HandleEvents() {
   QApplication::processEvents();
-  sinceEvents_.restart();
+  sinceEvents_.start();
+}
+
+void frmRunUpdate::Wait() {
+  if (!waits_) QApplication::setOverrideCursor(Qt::WaitCursor);
+  waits_ = true;
+  if (!sinceEvents_.isValid() || sinceEvents_.hasExpired(kMillisecondsBetweenEvents)) HandleEvents();
+}
+
+/// A message box takes the hourglass away by itself.
+void frmRunUpdate::EndWait() {
+  if (waits_ && QApplication::overrideCursor() != nullptr) QApplication::restoreOverrideCursor();
+  waits_ = false;
+}
+
+std::string frmRunUpdate::NumberText(std::int64_t number) const {
+  return ui::FromQString(QLocale().toString(static_cast<qlonglong>(number)));
+}
+
+void frmRunUpdate::ShowNotices(const std::vector<std::string>& notices) {
+  EndWait();
+  frmUpdateNotices(this, context_.texts, user_, notices).exec();
 }
 
 core::MessageAnswer frmRunUpdate::Show(const core::Message& message) {
+  EndWait();
   return user_.Show(message);
 }
 

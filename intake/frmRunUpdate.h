@@ -25,9 +25,15 @@ class frmRunUpdate final : public QDialog, private UpdateView {
 
  private:
   void Run();
-  void AskCancel();
+  void HandleEvents();
+  void EndWait();
   void SetRecordCount(std::int64_t records) override;
   void Advance(std::int64_t recordsDone) override;
+  [[nodiscard]] bool CancelIsWanted() const override { return cancelWanted_; }
+  void AskCancel() override;
+  void Wait() override;
+  [[nodiscard]] std::string NumberText(std::int64_t number) const override;
+  void ShowNotices(const std::vector<std::string>& notices) override;
   core::MessageAnswer Show(const core::Message& message) override;
   void Beep() override;
 
@@ -40,7 +46,8 @@ class frmRunUpdate final : public QDialog, private UpdateView {
   UpdateResult result_;
   bool started_ = false;
   bool running_ = false;
-  bool cancelAsked_ = false;
+  bool cancelWanted_ = false;
+  bool waits_ = false;
 };
 
 }  // namespace varnlog::intake

@@ -1,18 +1,32 @@
 #include "platform/Sha256.h"
 
-#include <array>
 #include <cstdint>
 #include <nettle/sha2.h>
 #include <nettle/version.h>
+#include <new>
 
 namespace varnlog::platform {
 
-std::string Sha256Hex(std::string_view bytes) {
-  sha256_ctx context;
-  sha256_init(&context);
-  sha256_update(&context, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
+namespace {
+
+sha256_ctx& Context(std::array<std::byte, 128>& state) {
+  static_assert(sizeof(sha256_ctx) <= sizeof state && alignof(sha256_ctx) <= 8);
+  return *std::launder(reinterpret_cast<sha256_ctx*>(state.data()));
+}
+
+}  // namespace
+
+Sha256::Sha256() {
+  sha256_init(new (state_.data()) sha256_ctx);
+}
+
+void Sha256::Add(std::string_view bytes) {
+  sha256_update(&Context(state_), bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
+}
+
+std::string Sha256::Hex() {
   std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
-  sha256_digest(&context, digest.size(), digest.data());
+  sha256_digest(&Context(state_), digest.size(), digest.data());
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::string hex;
   for (const std::uint8_t byte : digest) {
@@ -20,6 +34,12 @@ std::string Sha256Hex(std::string_view bytes) {
     hex += kDigits[byte & 15U];
   }
   return hex;
+}
+
+std::string Sha256Hex(std::string_view bytes) {
+  Sha256 digest;
+  digest.Add(bytes);
+  return digest.Hex();
 }
 
 std::string Sha256LibraryVersion() {

@@ -1,6 +1,7 @@
 #include "ui/MessageBox.h"
 
 #include <span>
+#include <vector>
 
 #include <QApplication>
 #include <QLabel>
@@ -65,16 +66,49 @@ void ShowPicture(QMessageBox& box, core::MessageIcon icon) {
   label->setPixmap(MessagePicture(QLatin1String(name), box));
 }
 
-void AddButtons(QMessageBox& box, std::span<const Button> buttons, const core::TextLookup& texts) {
+/// Adds a button for each choice and returns them in the same order.
+std::vector<QPushButton*> AddButtons(QMessageBox& box, std::span<const Button> buttons,
+                                     const core::TextLookup& texts) {
+  std::vector<QPushButton*> added;
   for (const Button& button : buttons) {
-    QPushButton* added = box.addButton(button.standard);
+    const bool isStandard = button.standard != QMessageBox::NoButton;
+    added.push_back(isStandard ? box.addButton(button.standard)
+                               : box.addButton(QString(), QMessageBox::ActionRole));
     // The language database may be what the message is about.
-    if (const QString text = Caption(texts, button.text); !text.isEmpty()) added->setText(text);
+    if (const QString text = Caption(texts, button.text); !text.isEmpty()) added.back()->setText(text);
     // Some desktops put signs on standard buttons; the program's other buttons have none.
-    added->setIcon(QIcon());
+    added.back()->setIcon(QIcon());
   }
-  box.setDefaultButton(buttons.front().standard);
-  box.setEscapeButton(buttons.back().standard);
+  box.setDefaultButton(added.front());
+  box.setEscapeButton(added.back());
+  return added;
+}
+
+QMessageBox::StandardButton StandardOf(core::MessageAnswer answer) {
+  switch (answer) {
+    case core::MessageAnswer::kOk:
+      return QMessageBox::Ok;
+    case core::MessageAnswer::kYes:
+      return QMessageBox::Yes;
+    case core::MessageAnswer::kNo:
+      return QMessageBox::No;
+    case core::MessageAnswer::kRetry:
+      return QMessageBox::Retry;
+    case core::MessageAnswer::kCancel:
+      return QMessageBox::Cancel;
+    default:
+      return QMessageBox::NoButton;
+  }
+}
+
+std::vector<Button> ButtonsOf(const core::Message& message) {
+  std::vector<Button> buttons;
+  for (const core::MessageChoice& choice : message.choices) {
+    buttons.push_back({choice.answer, StandardOf(choice.answer), choice.text});
+  }
+  if (!buttons.empty()) return buttons;
+  const std::span<const Button> usual = ButtonsOf(message.buttons);
+  return {usual.begin(), usual.end()};
 }
 
 }  // namespace
@@ -91,11 +125,11 @@ core::MessageAnswer MessageBox::Show(const core::Message& message) {
   box.setWindowTitle(ToQString(message.title));
   box.setTextFormat(Qt::PlainText);
   box.setText(ToQString(message.text));
-  const std::span<const Button> buttons = ButtonsOf(message.buttons);
-  AddButtons(box, buttons, texts_);
-  const int pressed = box.exec();
-  for (const Button& button : buttons) {
-    if (button.standard == pressed) return button.answer;
+  const std::vector<Button> buttons = ButtonsOf(message);
+  const std::vector<QPushButton*> added = AddButtons(box, buttons, texts_);
+  box.exec();
+  for (std::size_t i = 0; i < buttons.size(); ++i) {
+    if (box.clickedButton() == added[i]) return buttons[i].answer;
   }
   return buttons.back().answer;
 }

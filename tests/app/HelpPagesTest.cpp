@@ -78,8 +78,9 @@ TEST(HelpPages, TheKeyboardPageNamesEveryShortcut) {
 }
 
 TEST(HelpPages, EveryDialogHasAPageThatExists) {
-  for (const char* dialog : {"frmPatSearch", "frmBegEnd", "frmRunUpdate", "frmCancelUpdate", "frmProperties",
-                             "frmPrinter", "frmPrinterSetup", "frmConvert", "frmAbout", "MessageBox", ""}) {
+  for (const char* dialog :
+       {"frmPatSearch", "frmBegEnd", "frmRunUpdate", "frmCancelUpdate", "frmUpdateNotices", "frmProperties",
+        "frmPrinter", "frmPrinterSetup", "frmConvert", "frmAbout", "MessageBox", ""}) {
     EXPECT_THAT(PageNames(), testing::Contains(HelpPageOf(dialog))) << dialog;
   }
 }

@@ -130,5 +130,22 @@ TEST_F(UpdateCommandTest, TheProgramFolderWorksWhereverItIsCopiedTo) {
   EXPECT_EQ(run.out, "read 1, added 1, changed 0, skipped 0\n") << run.err;
 }
 
+TEST_F(UpdateCommandTest, AClockBehindTheLogNeedsAnOption) {
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  EXPECT_EQ(installation_.Ctl("update").status, 0);
+  installation_.WithLog(false, [](dao::Database& log) {
+    const auto rows = log.OpenRecordset("SELECT TXray.* From TXray;");
+    rows->Edit();
+    rows->Fields("tXrayTs").SetDate(*platform::DateTime::FromCivil(2199, 12, 31));
+    rows->Update();
+  });
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "09:00:01")});
+  const Ended run = installation_.Ctl("update");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("--despite-clock"));
+  EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
+  EXPECT_EQ(installation_.Ctl("update --despite-clock").out, "read 1, added 1, changed 0, skipped 0\n");
+}
+
 }  // namespace
 }  // namespace varnlog::cli

@@ -73,7 +73,7 @@ class RemovalTest : public testing::Test {
 
   test::TestFolder folder_;
   std::filesystem::path file_ = folder_ / "varnlog.sdx";
-  RunOptions options_{.patience = milliseconds(30), .grace = milliseconds(0), .onStep = {}};
+  RunOptions options_{.patience = milliseconds(30), .grace = milliseconds(0)};
 };
 
 TEST_F(RemovalTest, DeletesAFileOfWhichAllWasRead) {

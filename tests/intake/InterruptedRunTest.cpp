@@ -121,6 +121,9 @@ TEST_P(InterruptedRunTest, ADamagedCopyCostsNothingThatIsLeftElsewhere) {
   EXPECT_EQ(folder_.Count(".intake.damaged"), hasCopy && !IsCommitted() ? 1 : 0);
   practice.Updates();
   EXPECT_EQ(folder_.Count(".taken"), 0);
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
+    EXPECT_EQ(entry.path().string().find(".new-"), std::string::npos) << entry.path();
+  }
 }
 
 TEST(AppenderTest, WhoKeepsTheFileOpenLosesNothing) {

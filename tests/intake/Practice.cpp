@@ -9,20 +9,25 @@ namespace varnlog::intake::test {
 
 using std::chrono::milliseconds;
 
-const RunOptions Practice::kHasty{.patience = milliseconds(500), .grace = milliseconds(0), .onStep = {}};
+const RunOptions Practice::kHasty{
+    .patience = milliseconds(500), .grace = milliseconds(0), .quiet = milliseconds(0)};
 
 std::string KeyTexts::GetText(core::TextKey key) const {
   std::string text(key.name());
   if (text.starts_with("RU_ERR_")) {
-    text += " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$ $strKeptAs$";
+    text += " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$ $strKeptAs$ $dTaken$";
   }
+  if (text == "RU_COUNTS") text = " $lngAdded$ $lngChanged$ $lngSkipped$";
+  if (text == "RU_CLOCK") text += " $dNow$ $dNewest$";
   return text;
 }
 
 core::MessageAnswer ScriptedView::Show(const core::Message& message) {
   messages.push_back(message);
   if (onMessage) onMessage();
-  if (answers.empty()) return core::MessageAnswer::kCancel;
+  if (answers.empty()) {
+    return message.choices.empty() ? core::MessageAnswer::kCancel : core::MessageAnswer::kOk;
+  }
   const core::MessageAnswer answer = answers.front();
   answers.pop_front();
   return answer;
@@ -69,6 +74,7 @@ void Practice::Reports(const std::string& records) const {
 
 UpdateResult Practice::Updates(const RunOptions& options) {
   view.messages.clear();
+  view.notices.clear();
   globals.UpdateDeclinedGl = false;
   return RunUpdate({globals, texts_, clock_}, view, options);
 }

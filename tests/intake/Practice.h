@@ -27,6 +27,13 @@ class ScriptedView final : public UpdateView {
   void Beep() override {}
   void SetRecordCount(std::int64_t records) override { recordCount = records; }
   void Advance(std::int64_t recordsDone) override;
+  [[nodiscard]] bool CancelIsWanted() const override { return cancelWanted; }
+  void AskCancel() override {
+    cancelWanted = false;
+    if (onAskCancel) onAskCancel();
+  }
+  void Wait() override { ++waits; }
+  void ShowNotices(const std::vector<std::string>& lines) override { notices = lines; }
 
   /// The first words of the messages: their keys.
   [[nodiscard]] std::vector<std::string> Keys() const;
@@ -34,7 +41,11 @@ class ScriptedView final : public UpdateView {
   std::deque<core::MessageAnswer> answers;
   std::function<void()> onMessage;
   std::function<void(std::int64_t)> onAdvance;
+  std::function<void()> onAskCancel;
   std::vector<core::Message> messages;
+  std::vector<std::string> notices;
+  bool cancelWanted = false;
+  int waits = 0;
   std::int64_t recordCount = -1;
   std::int64_t done = 0;
 };

@@ -54,6 +54,7 @@ TEST_F(UpdateRunTest, WritesEveryFieldOfANewExposure) {
   EXPECT_EQ(row, expected);
   EXPECT_THAT(Messages(), ElementsAre("RU_SUCCESS"));
   EXPECT_EQ(practice_.view.messages.front().title, "GL_TITLE");
+  EXPECT_EQ(practice_.view.messages.front().text, "RU_SUCCESS 1 0 0");
   EXPECT_FALSE(std::filesystem::exists(practice_.exchange));
   EXPECT_FALSE(practice_.ExchangePending());
 }
@@ -225,11 +226,65 @@ TEST_F(UpdateRunTest, CutsAndReportsWhatIsTooLong) {
   EXPECT_EQ(row.at("tXraySName"), expected + std::string(12, 'x'));
   EXPECT_EQ(row.at("tXraySDr"), "Dr. Wagner-B");
   EXPECT_EQ(row.at("tXraySRadDur"), "12345678");
-  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FIELDLEN", "RU_ERR_FIELDLEN", "RU_ERR_FIELDLEN", "RU_SUCCESS"));
-  EXPECT_THAT(practice_.view.messages[1].text, HasSubstr("Max $dDefault$ RU_FIELD_DR"));
+  EXPECT_THAT(Messages(), ElementsAre("RU_SUCCESS"));
+  ASSERT_THAT(practice_.view.notices, SizeIs(3));
+  EXPECT_THAT(practice_.view.notices[1], HasSubstr("RU_ERR_FIELDLEN"));
+  EXPECT_THAT(practice_.view.notices[1], HasSubstr("Max $dDefault$ RU_FIELD_DR"));
   practice_.Reports(exposure.New());
   EXPECT_EQ(practice_.Updates().skipped, 1);
-  EXPECT_THAT(Messages(), ElementsAre("RU_SUCCESS"));
+  EXPECT_THAT(practice_.view.notices, SizeIs(0));
+}
+
+TEST_F(UpdateRunTest, ABadDateCanBeListedAtTheEndOrEndTheRun) {
+  using core::MessageAnswer;
+  std::string records;
+  for (const char* name : {"Auer", "Berg", "Cohn"}) {
+    records += Exposure{.lastName = name, .birthday = "?", .takeTime = "?"}.New();
+  }
+  practice_.Reports(records + Exposure{.lastName = "Cohn", .birthday = "!", .takeTime = "!"}.New());
+  test::Practice other(folder_.Path());
+  other.globals.LogEngineGl->TuneLockRetry(1);
+  practice_.view.onMessage = [&] {
+    EXPECT_TRUE(other.globals.LogEngineGl->TransactionStart()) << "others wait for the answer";
+    other.globals.LogEngineGl->TransactionRollback();
+  };
+  practice_.view.answers = {MessageAnswer::kOk, MessageAnswer::kCancel};
+  EXPECT_EQ(practice_.Updates().outcome, Outcome::kCancelled);
+  EXPECT_THAT(Messages(), ElementsAre("RU_ERR_BIRTHDATE", "RU_ERR_TAKETIME"));
+  EXPECT_THAT(practice_.Log(), SizeIs(0));
+  EXPECT_TRUE(practice_.globals.UpdateDeclinedGl);
+
+  practice_.view.answers = {MessageAnswer::kOk, MessageAnswer::kOk, MessageAnswer::kList};
+  EXPECT_EQ(practice_.Updates().added, 3);
+  EXPECT_THAT(Messages(),
+              ElementsAre("RU_ERR_BIRTHDATE", "RU_ERR_TAKETIME", "RU_ERR_BIRTHDATE", "RU_SUCCESS"));
+  // Two of Auer and one of Berg were said already. The last is taken for the one before it, and is named.
+  const std::vector<std::string>& listed = practice_.view.notices;
+  ASSERT_THAT(listed, SizeIs(6));
+  EXPECT_THAT(listed[0], HasSubstr("RU_ERR_TAKETIME Berg"));
+  EXPECT_THAT(listed[1], HasSubstr("RU_ERR_BIRTHDATE Cohn"));
+  EXPECT_THAT(listed[5], HasSubstr("RU_ERR_SKIPPED Cohn Max"));
+  EXPECT_THAT(listed[5], HasSubstr("03.04.2020 00:00:00"));
+}
+
+TEST_F(UpdateRunTest, AsksFirstWhenTheClockIsBehindTheLog) {
+  practice_.Reports(Exposure{.takeDate = "01.07.2024", .takeTime = "11:00:00"}.New());
+  EXPECT_EQ(practice_.Updates().added, 1);
+  practice_.Reports(Exposure{.takeDate = "01.07.2024", .takeTime = "12:00:01"}.New());
+  EXPECT_EQ(practice_.Updates().added, 1) << "less than a day";
+  practice_.Reports(Exposure{}.New());
+  practice_.view.answers = {core::MessageAnswer::kNo};
+  const UpdateResult refused = practice_.Updates();
+  EXPECT_EQ(refused.outcome, Outcome::kCancelled);
+  EXPECT_TRUE(refused.clockDoubted);
+  EXPECT_EQ(practice_.view.messages.front().text, "RU_CLOCK 30.06.2024 01.07.2024");
+  EXPECT_EQ(ReadFile(practice_.exchange), Exposure{}.New());
+  RunOptions options = test::Practice::kHasty;
+  options.despiteClock = true;
+  EXPECT_EQ(practice_.Updates(options).added, 1);
+  practice_.Reports(Exposure{.takeTime = "10:11:13"}.New());
+  practice_.view.answers = {core::MessageAnswer::kYes};
+  EXPECT_EQ(practice_.Updates().added, 1);
 }
 
 TEST_F(UpdateRunTest, EndsAtOnceWithoutAnExchangeFile) {
@@ -259,7 +314,26 @@ TEST_F(UpdateRunTest, CancelledLeavesEverythingAsItWas) {
   EXPECT_EQ(ReadFile(practice_.exchange), records);
   EXPECT_EQ(folder_.Count(".intake"), 0);
   practice_.view.onAdvance = {};
-  EXPECT_EQ(practice_.Updates().added, 10);
+
+  // The user is asked when the log is free again; who thinks better of it misses nothing.
+  test::Practice other(folder_.Path());
+  other.globals.LogEngineGl->TuneLockRetry(1);
+  bool isStopping = true;
+  practice_.view.onAdvance = [&](std::int64_t done) {
+    practice_.view.cancelWanted = done == 4 && practice_.view.onAskCancel;
+  };
+  practice_.view.onAskCancel = [&] {
+    EXPECT_TRUE(other.globals.LogEngineGl->TransactionStart());
+    other.globals.LogEngineGl->TransactionRollback();
+    practice_.globals.UpdateDeclinedGl = isStopping;
+    if (!isStopping) practice_.view.onAskCancel = {};
+  };
+  EXPECT_EQ(practice_.Updates().outcome, Outcome::kCancelled);
+  EXPECT_THAT(practice_.Log(), SizeIs(0));
+  isStopping = false;
+  const UpdateResult resumed = practice_.Updates();
+  EXPECT_EQ(resumed.read, 10);
+  EXPECT_EQ(resumed.added, 10);
 }
 
 TEST_F(UpdateRunTest, AsksAgainWhenTheExchangeFileCannotBeOpened) {
@@ -298,6 +372,16 @@ TEST_F(UpdateRunTest, LeavesWhatIsStillBeingWritten) {
   const std::string second = Exposure{.takeTime = "09:00:00"}.New();
   practice_.Reports(first + second.substr(0, 50));
   EXPECT_EQ(practice_.Updates().added, 1);
+  EXPECT_EQ(ReadFile(practice_.exchange), second.substr(0, 50));
+  // Alone it looks like a damaged file, and is one only if nothing happens to it any more.
+  RunOptions options = test::Practice::kHasty;
+  options.quiet = std::chrono::milliseconds(60'000);
+  options.patience = std::chrono::milliseconds(20);
+  EXPECT_FALSE(practice_.ExchangePending());
+  EXPECT_EQ(practice_.Updates(options).outcome, Outcome::kNothingPending);
+  EXPECT_THAT(Messages(), SizeIs(0));
+  EXPECT_GT(practice_.view.waits, 0);
+  EXPECT_EQ(practice_.Updates().outcome, Outcome::kFailed);
   EXPECT_EQ(ReadFile(practice_.exchange), second.substr(0, 50));
   practice_.Reports(second.substr(50));
   EXPECT_EQ(practice_.Updates().added, 1);
@@ -367,7 +451,7 @@ TEST_F(UpdateRunTest, AnErrorIsNoDamage) {
 }
 
 TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
-  const std::string records = Exposure{}.New();
+  const std::string records = Exposure{}.New() + Exposure{.responsible = "suite"}.Information();
   practice_.Reports(records);
   // A folder comes to stand where the safe copy is to be.
   RunOptions options = test::Practice::kHasty;
@@ -377,10 +461,25 @@ TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
   const UpdateResult result = practice_.Updates(options);
   EXPECT_EQ(result.outcome, Outcome::kDone);
   EXPECT_EQ(result.added, 1);
+  EXPECT_TRUE(result.leftInFile);
   EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEDEL", "RU_SUCCESS"));
   EXPECT_EQ(ReadFile(practice_.exchange), records);
   std::filesystem::remove(folder_ / "Varnlog.mdb.intake");
-  EXPECT_EQ(practice_.Updates().skipped, 1);
+  // What the user enters meanwhile is not taken back by information that was applied already.
+  {
+    const auto row = practice_.globals.LogEngineGl->Database()->OpenRecordset("SELECT TXray.* FROM TXray");
+    row->Edit();
+    row->Fields("tXraySDr").SetText("user");
+    row->Update();
+  }
+  practice_.Reports(Exposure{.type = "12XI", .responsible = "user"}.Information());
+  const UpdateResult next = practice_.Updates();
+  EXPECT_EQ(next.skipped, 2);
+  EXPECT_EQ(next.changed, 1);
+  EXPECT_FALSE(next.leftInFile);
+  EXPECT_EQ(practice_.Log().front()["tXraySDr"], "user");
+  practice_.Reports(records);
+  EXPECT_EQ(practice_.Updates().changed, 1) << "reported again, after the file was emptied";
   EXPECT_FALSE(std::filesystem::exists(practice_.exchange));
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <set>
 
 #include <QCheckBox>
@@ -381,14 +382,31 @@ TEST_F(Commands, TheAboutBoxNamesVersionAndLibraries) {
   EXPECT_TRUE(program_->DialogsDone());
 }
 
-/// The suite reports so many exposures that there is time to cancel.
+/// The user presses the button as soon as the run shows that it is on its way: before that, it would only
+/// close the dialog. To be there in time, it waits for the dialog to be shown.
+class CancelsAtOnce final : public QObject {
+ public:
+  CancelsAtOnce() { QApplication::instance()->installEventFilter(this); }
+
+ private:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    auto* dialog = qobject_cast<QDialog*>(object);
+    if (event->type() != QEvent::Show || dialog == nullptr || dialog->objectName() != "frmRunUpdate")
+      return false;
+    QObject::connect(
+        &Child<QProgressBar>(*dialog, "prgBar"), &QProgressBar::valueChanged, dialog,
+        [dialog] { Child<QPushButton>(*dialog, "cmdCancel").click(); }, Qt::SingleShotConnection);
+    return false;
+  }
+};
+
 class LongUpdate : public Commands {
  protected:
   void SetUp() override {
     qputenv("CUPS_SERVER", "/nonexistent/cups");
     Starts(core::MessageAnswer::kYes);
     tools::GeneratorOptions options;
-    options.count = 20'000;
+    options.count = kExposures;
     options.invalidPercent = 0;
     options.informationPercent = 0;
     options.repeatedPercent = 0;
@@ -398,16 +416,9 @@ class LongUpdate : public Commands {
     installation_.Reports(exposures);
     reported_ = fs::file_size(installation_.exchangeFile());
   }
-  /// Presses the button once the run is on its way: before that, it would only close the dialog.
-  static void PressesCancelWhileItRuns(QDialog& dialog) {
-    QTimer::singleShot(1, &dialog, [&dialog] {
-      if (Child<QProgressBar>(dialog, "prgBar").maximum() == 0) return PressesCancelWhileItRuns(dialog);
-      Child<QPushButton>(dialog, "cmdCancel").click();
-    });
-  }
   /// Cancels, is asked, comes back from another program, and presses `button`.
   void Cancels(const char* button) {
-    program_->InDialog("frmRunUpdate", PressesCancelWhileItRuns);
+    const CancelsAtOnce user;
     program_->InDialog("frmCancelUpdate", [this, button](QDialog& dialog) {
       Activates();
       EXPECT_EQ(QApplication::activeModalWidget(), &dialog) << "a second update in the first";
@@ -416,6 +427,7 @@ class LongUpdate : public Commands {
     program_->Triggers(mnuEditUpdate);
     EXPECT_TRUE(program_->DialogsDone());
   }
+  static constexpr std::int64_t kExposures = 50;
   std::uintmax_t reported_ = 0;
 };
 
@@ -430,9 +442,17 @@ TEST_F(LongUpdate, CancelledInTheMiddleLeavesLogAndExchangeFileAsTheyWere) {
 
   Cancels("cmdUpdate");
   EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Window().Results()->IsPopulated(); }, 10'000));
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 20'000) << "thought better of it";
+  EXPECT_EQ(program_->Grid().ApproximateCount(), kExposures) << "thought better of it";
   EXPECT_FALSE(fs::exists(installation_.exchangeFile()));
   EXPECT_FALSE(program_->Globals().UpdateDeclinedGl);
+  const fs::path folder = installation_.exchangeFile().parent_path();
+  const auto isMovedAside = [](const fs::directory_entry& entry) {
+    return entry.path().extension() == ".taken";
+  };
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return std::none_of(fs::directory_iterator(folder), fs::directory_iterator(), isMovedAside); },
+      15'000))
+      << "what was moved aside holds the names of patients";
 }
 
 }  // namespace

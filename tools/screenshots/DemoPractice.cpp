@@ -15,7 +15,7 @@ namespace {
 // Enough that the update's window can be seen at work.
 constexpr std::int64_t kExposures = 20'000;
 
-/// What texts need room for: the longest names that the log takes, and a birth date that is none.
+/// What texts need room for: the longest names that the log takes, and a birth date and a time that are none.
 std::vector<Exposure> Extremes(const std::string& language) {
   Exposure longNames;
   const bool cyrillic = language == "CYR";
@@ -40,7 +40,10 @@ std::vector<Exposure> Extremes(const std::string& language) {
   noBirthday.pregCode.clear();
   noBirthday.takeDate = "02.05.2022";
   noBirthday.takeTime = "18:20:00";
-  return {longNames, noBirthday};
+  Exposure noTime = longNames;
+  noTime.takeDate = "03.05.2022";
+  noTime.takeTime = "?";
+  return {longNames, noBirthday, noTime};
 }
 
 void Write(const fs::path& file, const std::string& content) {

@@ -147,6 +147,14 @@ void WindowTour::Start() {
     const auto* bar = window.findChild<QProgressBar*>();
     return bar->maximum() > 0 && bar->value() > bar->maximum() * kPartOfUpdateShown;
   };
+  // The dates are looked at before the run begins: one is said, the other is listed at the end.
+  user_.Expect("MessageBox", [this](QDialog& window) {
+    Visit("message-birth-date", window);
+    auto& box = dynamic_cast<QMessageBox&>(window);
+    for (QAbstractButton* button : box.buttons()) {
+      if (box.buttonRole(button) == QMessageBox::ActionRole) return button->click();
+    }
+  });
   user_.Expect(
       "frmRunUpdate",
       [this](QDialog& window) {
@@ -155,7 +163,7 @@ void WindowTour::Start() {
       },
       halfWay);
   ExpectAndPress("frmCancelUpdate", "cancel-update", "cmdUpdate");
-  ExpectMessage("message-birth-date");
+  ExpectAndPress("frmUpdateNotices", "update-notices", "cmdClose");
   ExpectMessage("message-updated");
   if (!window_->Load()) throw std::runtime_error("the program did not start");
   window_->showNormal();
