@@ -63,7 +63,7 @@ struct Seed {
   [[nodiscard]] std::string Text() const { return "chain " + std::to_string(value); }
 };
 
-TEST(DISABLED_ChainTest, SeveralFaultsInARowLoseNothing) {
+TEST(ChainTest, SeveralFaultsInARowLoseNothing) {
   std::vector<Seed> seeds;
   for (std::uint64_t i = 1; i <= 1200; ++i) seeds.push_back({i});
   Scene scene(ScenarioNamed("update_new"));

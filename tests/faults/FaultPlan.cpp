@@ -1,5 +1,6 @@
 #include "tests/faults/FaultPlan.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 
@@ -38,6 +39,12 @@ std::vector<FaultPlan> EveryAllocation(std::uint64_t count) {
 
 bool IsLong() {
   return std::getenv("VARNLOG_SLOW") != nullptr;
+}
+
+std::size_t PointCount(std::size_t all, std::size_t few) {
+  const char* const wanted = std::getenv("VARNLOG_POINTS");
+  if (wanted != nullptr) return std::min<std::size_t>(all, std::strtoul(wanted, nullptr, 10));
+  return IsLong() ? all : std::min(all, few);
 }
 
 std::string OnlyPoint() {

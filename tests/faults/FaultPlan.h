@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -50,13 +49,15 @@ class FaultPlan {
 [[nodiscard]] bool IsLong();
 /// VARNLOG_FAULT, the one point to try; empty for all.
 [[nodiscard]] std::string OnlyPoint();
+/// How many points of `all`: VARNLOG_POINTS, all in a long run, else `few`.
+[[nodiscard]] std::size_t PointCount(std::size_t all, std::size_t few);
 
-/// All points in a long run; in a short one `few`, evenly spread. With OnlyPoint() that one.
+/// As many of the points, evenly spread. With OnlyPoint() that one.
 template <typename Point>
 [[nodiscard]] std::vector<Point> Chosen(const std::vector<Point>& points, std::size_t few) {
   std::vector<Point> chosen;
   const std::string only = OnlyPoint();
-  const std::size_t count = IsLong() || !only.empty() ? points.size() : std::min(few, points.size());
+  const std::size_t count = only.empty() ? PointCount(points.size(), few) : points.size();
   for (std::size_t i = 0; i < count; ++i) {
     const Point& point = points[i * points.size() / count];
     if (only.empty() || point.Text() == only) chosen.push_back(point);

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <cstdlib>
-
 #include <gtest/gtest.h>
 
 #include "tests/faults/PowerCuts.h"
@@ -8,17 +5,6 @@
 
 namespace varnlog::faults {
 namespace {
-
-/// What is known to fail and being mended.
-bool IsOwed(const std::string& method, const std::string& scenario) {
-  const auto isOneOf = [&scenario](std::initializer_list<const char*> names) {
-    return std::ranges::find(names, scenario) != names.end();
-  };
-  if (std::getenv("VARNLOG_OWED") != nullptr) return false;
-  if (method == "file calls") return scenario.starts_with("update") || scenario == "correct";
-  if (method == "allocations") return scenario.starts_with("convert");
-  return isOneOf({"update_arriving", "update_held_arriving"});
-}
 
 /// Every method over every scenario; Findings says how many points were tried.
 class SweepTest : public testing::TestWithParam<Scenario> {
@@ -29,7 +15,6 @@ class SweepTest : public testing::TestWithParam<Scenario> {
     EXPECT_TRUE(findings.Tried() > 0 || !OnlyPoint().empty());
   }
   void Tries(const std::string& method, const std::vector<FaultPlan>& plans) {
-    if (IsOwed(method, GetParam().name)) GTEST_SKIP() << "being mended";
     Findings findings(method + " " + GetParam().name);
     Try(scene_, plans, findings);
     Expect(findings);
@@ -66,7 +51,6 @@ TEST_P(ChangingSweepTest, Kills) {
 
 TEST_P(ChangingSweepTest, PowerCuts) {
   constexpr int kVariants = 12;
-  if (IsOwed("power cuts", GetParam().name)) GTEST_SKIP() << "being mended";
   Findings findings("power cuts " + GetParam().name);
   CutPower(scene_, Chosen(EveryPowerCut(scene_.Recorded(), kVariants), 40), Disk::Flushing::kWorks, findings);
   Expect(findings);
@@ -78,8 +62,7 @@ TEST(MethodTest, PowerCutsSeeThatFlushingIsMissing) {
   Scene scene(ScenarioNamed("update_new"));
   Findings findings("power cuts without flushing");
   CutPower(scene, EveryPowerCut(scene.Recorded(), 8), Disk::Flushing::kIsIgnored, findings);
-  std::puts(findings.Text().c_str());
-  EXPECT_GT(findings.Failed(), 0U);
+  EXPECT_GT(findings.Failed(), findings.Tried() / 10) << findings.Text();
 }
 
 }  // namespace

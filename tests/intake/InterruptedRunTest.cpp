@@ -51,48 +51,11 @@ class InterruptedRunTest : public testing::TestWithParam<RunStep> {
   [[nodiscard]] static bool IsShift(RunStep step) {
     return step >= RunStep::kShiftPrepared && step <= RunStep::kShiftCut;
   }
-  [[nodiscard]] static bool IsMovingAside(RunStep step) {
-    return step == RunStep::kMovedAside || step == RunStep::kAccountedFor;
-  }
   test::TestFolder folder_;
 };
 
 INSTANTIATE_TEST_SUITE_P(EveryStep, InterruptedRunTest, testing::ValuesIn(AllSteps()),
                          [](const auto& step) { return std::to_string(static_cast<int>(step.param)); });
-
-TEST_P(InterruptedRunTest, LosesAndDoublesNothing) {
-  // With and without records that arrive meanwhile: the file is shortened, or moved aside.
-  for (const int arriving : {0, 2, 7}) {
-    if ((arriving == 0 && IsShift(GetParam())) || (arriving > 0 && IsMovingAside(GetParam()))) continue;
-    test::TestFolder folder;
-    test::AppendFile(folder / "varnlog.sdx", Exposures(0, 4));
-    ASSERT_TRUE(DiesAt(folder.Path(), GetParam(), Exposures(4, arriving)));
-    test::AppendFile(folder / "varnlog.sdx", Exposures(4 + arriving, 3));
-    test::Practice practice(folder.Path());
-    EXPECT_EQ(practice.Log().size(), IsCommitted() ? 4U : 0U);
-    EXPECT_TRUE(practice.ExchangePending());
-    EXPECT_EQ(practice.Updates().added, IsCommitted() ? arriving + 3 : arriving + 7);
-    EXPECT_EQ(practice.Differences(arriving + 7), "");
-    EXPECT_FALSE(practice.ExchangePending());
-    EXPECT_EQ(practice.Updates().outcome, UpdateResult::Outcome::kNothingPending);
-    EXPECT_EQ(folder.Count(""), 1) << "only the log is left";
-  }
-}
-
-TEST_P(InterruptedRunTest, CarriesOnAfterASecondInterruption) {
-  // Every second step, after a first interruption at the moment in which the records are nowhere but in the
-  // copy.
-  test::AppendFile(folder_ / "varnlog.sdx", Exposures(0, 3));
-  ASSERT_TRUE(DiesAt(folder_.Path(), RunStep::kRemoved, ""));
-  ASSERT_FALSE(std::filesystem::exists(folder_ / "varnlog.sdx"));
-  test::AppendFile(folder_ / "varnlog.sdx", Exposures(3, 3));
-  const int arriving = IsShift(GetParam()) ? 2 : 0;
-  ASSERT_TRUE(DiesAt(folder_.Path(), GetParam(), Exposures(6, arriving)));
-  test::Practice practice(folder_.Path());
-  EXPECT_NE(practice.Updates().outcome, UpdateResult::Outcome::kFailed);
-  EXPECT_EQ(practice.Differences(6 + arriving), "");
-  EXPECT_EQ(practice.Log().size(), 6U + static_cast<unsigned>(arriving));
-}
 
 TEST_P(InterruptedRunTest, TakesInformationOnceAndInOrder) {
   // Information that came before its exposure was known belongs to nothing, also when it is read twice.

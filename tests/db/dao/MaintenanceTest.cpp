@@ -1,10 +1,6 @@
 #include <algorithm>
 #include <random>
 #include <set>
-#include <signal.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "tests/db/dao/EngineFixture.h"
 
@@ -113,28 +109,8 @@ TEST_F(MaintenanceTest, CompactsInPlaceWhileNobodyElseWrites) {
   EXPECT_TRUE(Ids(path_).contains(kRows + 1));
 }
 
-TEST_F(MaintenanceTest, ACompactionThatIsCutOffCostsNothing) {
+TEST_F(MaintenanceTest, ACancelledCompactionCostsNothing) {
   const auto ids = Ids(path_);
-  for (const double last : {0.0, 0.6, 0.8, 0.95}) {
-    const pid_t child = fork();
-    if (child == 0) {
-      DBEngine engine;
-      engine.SetOption(EngineOption::kMaxBufferSize, 16);  // pages go to the disk before the end
-      engine.CompactInPlace(path_, Path("log.TMP"), kNoOption, [last](double part) {
-        if (part >= last) _exit(0);
-        return true;
-      });
-      _exit(1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_EQ(status, 0) << last;
-    EXPECT_GT(FilesInFolder().size(), 2U) << last;
-    EXPECT_TRUE(Open(path_)->Check().empty()) << last;
-    EXPECT_EQ(Ids(path_), ids) << last;
-    engine_.CompactInPlace(path_, Path("log.TMP"));
-    EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"})) << last;
-  }
   EXPECT_EQ(ErrorOf([&] {
               engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption,
                                      [](double part) { return part < 0.8; });
@@ -189,25 +165,6 @@ TEST_F(MaintenanceTest, TheNewFileHasTheNameAndPermissionsOfTheOld) {
   EXPECT_EQ(Ids((folder_ / "share" / "real.mdb").string()).size(), 10U);
   EXPECT_LT(fs::file_size(path_), 10 * kPage);
   EXPECT_EQ(fs::status(path_).permissions(), group);
-}
-
-TEST_F(MaintenanceTest, NoRoomForTheCopyLeavesTheSource) {
-  const std::string before = ReadFile(path_);
-  const pid_t child = fork();
-  if (child == 0) {
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit most{before.size() / 2, before.size() / 2};
-    if (setrlimit(RLIMIT_FSIZE, &most) != 0) _exit(99);
-    DBEngine engine;
-    const ErrorNumber inPlace = ErrorOf([&] { engine.CompactInPlace(path_, Path("log.TMP")); });
-    const ErrorNumber toNew = ErrorOf([&] { engine.CompactDatabase(path_, Path("new.mdb")); });
-    _exit(inPlace != ErrorNumber::kNone && toNew == inPlace ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
-  EXPECT_TRUE(ReadFile(path_) == before);
 }
 
 TEST_F(MaintenanceTest, RepairLeavesASoundFileAlone) {

@@ -1,9 +1,5 @@
 #include <algorithm>
-#include <signal.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 #include <sqlite3.h>
 
@@ -135,65 +131,6 @@ TEST_F(TransactionTest, AFullDiskUndoesAllAndWritesNothingMore) {
   log->Close();
   EXPECT_EQ(RowCount(), 10);
   EXPECT_TRUE(Findings().empty());
-}
-
-// The child may not write more than this to a file; that is how a full disk looks to it.
-int RunWithFileLimit(std::uint64_t limit, const std::function<int()>& run) {
-  const pid_t child = fork();
-  if (child == 0) {
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit most{limit, limit};
-    if (setrlimit(RLIMIT_FSIZE, &most) != 0) _exit(99);
-    _exit(run());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 98;
-}
-
-TEST_F(TransactionTest, AFailingWriteLeavesTheLogAsItWas) {
-  FillLog(*workspace_, *Open(path_), 50);
-  const std::uint64_t size = std::filesystem::file_size(path_);
-  const int result = RunWithFileLimit(size + 20000, [&] {
-    auto station = AnotherStation();
-    const auto log = station.workspace->OpenDatabase(path_, false, false);
-    const ErrorNumber failure = ErrorOf([&] {
-      station.workspace->BeginTrans();
-      const auto table = log->OpenRecordset("TXray");
-      for (int i = 0; i < 20000; ++i)
-        AddExposure(*table, {"P", std::to_string(i), Minute(0), Minute(100 + i)});
-      station.engine->Idle(true);  // shows now what the commit would meet
-      station.workspace->CommitTrans();
-    });
-    return failure == ErrorNumber::kNotEnoughDiskSpace || failure == ErrorNumber::kDiskError ? 0 : 1;
-  });
-  EXPECT_EQ(result, 0);
-  EXPECT_EQ(RowCount(), 50);
-  EXPECT_TRUE(Findings().empty());
-}
-
-TEST_F(TransactionTest, AProcessKilledInTheMiddleLeavesTheLogAsItWas) {
-  FillLog(*workspace_, *Open(path_), 50);
-  for (int moment = 0; moment < 8; ++moment) {
-    const pid_t child = fork();
-    if (child == 0) {
-      auto station = AnotherStation();
-      const auto log = station.workspace->OpenDatabase(path_, false, false);
-      station.workspace->BeginTrans();
-      log->Execute("UPDATE TXray SET tXraySDr = 'half'");
-      const auto table = log->OpenRecordset("TXray");
-      for (int i = 0;; ++i) {
-        AddExposure(*table, {"P", std::to_string(i), Minute(0), Minute(100 + i)});
-        if (i % 50 == 0) station.engine->Idle(true);  // half of it is in the file already
-      }
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(5 + 13 * moment));
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    ASSERT_EQ(Open(path_)->OpenRecordset("SELECT * FROM TXray WHERE tXraySDr = 'half'")->RecordCount(), 0);
-    ASSERT_EQ(RowCount(), 50);
-    ASSERT_TRUE(Findings().empty());
-  }
 }
 
 TEST_F(TransactionTest, AReadOnlyDatabaseDoesNotHinderATransaction) {

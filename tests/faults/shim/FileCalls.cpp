@@ -187,21 +187,7 @@ int open(const char* path, int flags, ...) {
   va_end(list);
   return OpenFile(AT_FDCWD, path, flags, mode);
 }
-int open64(const char* path, int flags, ...) {
-  va_list list;
-  va_start(list, flags);
-  const mode_t mode = ModeOf(flags, list);
-  va_end(list);
-  return OpenFile(AT_FDCWD, path, flags, mode);
-}
 int openat(int folder, const char* path, int flags, ...) {
-  va_list list;
-  va_start(list, flags);
-  const mode_t mode = ModeOf(flags, list);
-  va_end(list);
-  return OpenFile(folder, path, flags, mode);
-}
-int openat64(int folder, const char* path, int flags, ...) {
   va_list list;
   va_start(list, flags);
   const mode_t mode = ModeOf(flags, list);
@@ -232,9 +218,6 @@ ssize_t read(int descriptor, void* buffer, size_t size) {
 ssize_t pread(int descriptor, void* buffer, size_t size, off_t offset) {
   return Reading(descriptor, [&] { return syscall(SYS_pread64, descriptor, buffer, size, offset); });
 }
-ssize_t pread64(int descriptor, void* buffer, size_t size, off64_t offset) {
-  return pread(descriptor, buffer, size, offset);
-}
 ssize_t write(int descriptor, const void* data, size_t size) {
   return Writing(descriptor, data, size, -1,
                  [&](size_t part) { return syscall(SYS_write, descriptor, data, part); });
@@ -242,9 +225,6 @@ ssize_t write(int descriptor, const void* data, size_t size) {
 ssize_t pwrite(int descriptor, const void* data, size_t size, off_t offset) {
   return Writing(descriptor, data, size, offset,
                  [&](size_t part) { return syscall(SYS_pwrite64, descriptor, data, part, offset); });
-}
-ssize_t pwrite64(int descriptor, const void* data, size_t size, off64_t offset) {
-  return pwrite(descriptor, data, size, offset);
 }
 // A stream writes what it has gathered and what it is given in one call; the first part is enough for it.
 ssize_t writev(int descriptor, const iovec* parts, int count) {
@@ -255,18 +235,12 @@ ssize_t writev(int descriptor, const iovec* parts, int count) {
 ssize_t sendfile(int, int, off_t*, size_t) noexcept {
   return Fail(EINVAL);
 }
-ssize_t sendfile64(int, int, off64_t*, size_t) noexcept {
-  return Fail(EINVAL);
-}
 ssize_t copy_file_range(int, off64_t*, int, off64_t*, size_t, unsigned) {
   return Fail(ENOSYS);
 }
 
 int ftruncate(int descriptor, off_t size) noexcept {
   return OnFile(Call::kTruncate, descriptor, size, [&] { return syscall(SYS_ftruncate, descriptor, size); });
-}
-int ftruncate64(int descriptor, off64_t size) noexcept {
-  return ftruncate(descriptor, size);
 }
 int fsync(int descriptor) {
   return OnFile(Call::kSync, descriptor, 0, [&] { return syscall(SYS_fsync, descriptor); });
@@ -364,11 +338,12 @@ int fcntl(int descriptor, int command, ...) {
   va_end(list);
   return Lock(descriptor, command, argument);
 }
-int fcntl64(int descriptor, int command, ...) {
-  va_list list;
-  va_start(list, command);
-  void* const argument = va_arg(list, void*);
-  va_end(list);
-  return Lock(descriptor, command, argument);
-}
+
+int open64(const char*, int, ...) __attribute__((alias("open")));
+int openat64(int, const char*, int, ...) __attribute__((alias("openat")));
+ssize_t pread64(int, void*, size_t, off64_t) __attribute__((alias("pread")));
+ssize_t pwrite64(int, const void*, size_t, off64_t) __attribute__((alias("pwrite")));
+int ftruncate64(int, off64_t) noexcept __attribute__((alias("ftruncate")));
+int fcntl64(int, int, ...) __attribute__((alias("fcntl")));
+ssize_t sendfile64(int, int, off64_t*, size_t) noexcept __attribute__((alias("sendfile")));
 }
