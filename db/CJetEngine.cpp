@@ -59,16 +59,17 @@ CJetEngine::~CJetEngine() {
 
 template <typename Operation>
 std::int32_t CJetEngine::Trap(const Operation& operation) {
+  lastNumber_ = 0;
   try {
     operation();
-    return 0;
   } catch (const dao::EngineError& error) {
     lastError_ = error.what();
-    return static_cast<std::int32_t>(error.number());
+    lastNumber_ = static_cast<std::int32_t>(error.number());
   } catch (const std::exception& error) {
     lastError_ = error.what();
-    return static_cast<std::int32_t>(dao::ErrorNumber::kUnexpected);
+    lastNumber_ = static_cast<std::int32_t>(dao::ErrorNumber::kUnexpected);
   }
+  return lastNumber_;
 }
 
 dao::Workspace& CJetEngine::RequireWorkspace() const {
@@ -255,7 +256,7 @@ std::int32_t CJetEngine::CreateDatabase(const std::string& path, std::int32_t op
 }
 
 std::int32_t CJetEngine::RepairDatabase(const std::string& path) {
-  Trap([&] { engine_.RepairDatabase(path, progress_); });
+  Trap([&] { repaired_ = engine_.RepairDatabase(path, progress_, finishRepair_); });
   return 0;
 }
 

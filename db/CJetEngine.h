@@ -77,8 +77,12 @@ class CJetEngine {
   /// False when pending changes cannot be written. Inside a transaction they are written ahead of the commit,
   /// so that a full disk shows before anything is done that relies on it.
   bool RefreshCache();
-  /// Always 0.
+  /// Always 0; LastNumber() tells whether it was done and Repaired() what was found.
   std::int32_t RepairDatabase(const std::string& path);
+  /// What the last repair that was done found and saved.
+  [[nodiscard]] const dao::RepairReport& Repaired() const { return repaired_; }
+  /// Is given what RepairDatabase has saved before it takes the damaged file's place.
+  void SetFinishRepair(dao::FinishRepair finish) { finishRepair_ = std::move(finish); }
 
   /// True when done. After a failed commit the transaction is over and nothing of it was kept.
   bool TransactionCommit();
@@ -89,6 +93,8 @@ class CJetEngine {
   bool AddBooleanFieldToTable(const std::string& table, const std::string& field);
 
   [[nodiscard]] const std::string& LastError() const { return lastError_; }
+  /// 0 when the operation called last succeeded, otherwise the number of the error that stopped it.
+  [[nodiscard]] std::int32_t LastNumber() const { return lastNumber_; }
 
   /// Hears how far CompactDatabase and RepairDatabase are.
   void SetMaintenanceProgress(dao::MaintenanceProgress progress) { progress_ = std::move(progress); }
@@ -109,10 +115,13 @@ class CJetEngine {
   std::shared_ptr<dao::Database> database_;
   std::string workspaceName_;
   std::string lastError_;
+  std::int32_t lastNumber_ = 0;
   bool exclusive_ = false;
   bool readOnly_ = false;
   std::optional<std::string> password_;
   dao::MaintenanceProgress progress_;
+  dao::FinishRepair finishRepair_;
+  dao::RepairReport repaired_;
 };
 
 }  // namespace varnlog::db

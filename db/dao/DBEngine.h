@@ -58,6 +58,10 @@ class Database {
   /// For converting a database into this one; see BulkRows.h. Throws kTableNotFound.
   [[nodiscard]] std::unique_ptr<BulkRows> OpenBulkRows(std::string_view table);
 
+  /// Numbers that the counter of a table gave out and that no row has, in ascending order; none for a table
+  /// without a counter. Throws kTableNotFound.
+  [[nodiscard]] std::vector<IdRange> UnusedIds(std::string_view table);
+
   /// Everything that is wrong with the file, one finding an entry; empty when it is sound.
   [[nodiscard]] std::vector<std::string> Check();
 

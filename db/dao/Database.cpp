@@ -7,6 +7,7 @@
 #include "db/dao/rows/TableRecordset.h"
 #include "db/dao/sqlite/Check.h"
 #include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/MissingRows.h"
 
 namespace varnlog::dao {
 
@@ -92,6 +93,10 @@ void Database::Execute(std::string_view storageSql) {
 
 void Database::ForgoSafety() {
   connection_->ForgoSafety();
+}
+
+std::vector<IdRange> Database::UnusedIds(std::string_view table) {
+  return dao::UnusedIds(*connection_, std::string(table));
 }
 
 std::vector<std::string> Database::Check() {

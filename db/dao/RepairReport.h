@@ -24,8 +24,7 @@ struct RepairReport {
     std::string name;
     /// Rows that could be read.
     std::int64_t read = 0;
-    /// Numbers of rows that the file had and that could not be read. Known for tables with a counter: from an
-    /// index that was whole, else from the counter, whose numbers are consecutive.
+    /// Numbers that no row has although the table's counter gave them out, one after the other.
     std::vector<IdRange> missing;
   };
 

@@ -66,11 +66,11 @@ void Declare(Connection& mended, const std::vector<Declaration>& declarations, s
     if (each.type == type) Statement(mended, each.sql).Run();
 }
 
-RepairReport::Table ReportOf(Connection& damaged, Connection& mended, const std::string& name) {
+RepairReport::Table ReportOf(Connection& mended, const std::string& name) {
   Statement count(mended, "SELECT count(*) FROM " + QuoteIdentifier(name));
   ResetAtEnd reset(count);
   const std::int64_t read = count.Step() ? count.Number(0) : 0;
-  return {.name = name, .read = read, .missing = MissingRows(damaged, mended, name)};
+  return {.name = name, .read = read, .missing = UnusedIds(mended, name)};
 }
 
 // Indexes and triggers come last: rows are taken as they were, whatever a trigger makes of changes.
@@ -90,7 +90,7 @@ void CopyReadable(Connection& damaged, Connection& mended, RepairReport& report,
     SalvageTable(damaged, mended, each.name, [&](double part) {
       return !progress || progress(0.8 * (done + part) / static_cast<double>(tables));
     });
-    report.tables.push_back(ReportOf(damaged, mended, each.name));
+    report.tables.push_back(ReportOf(mended, each.name));
     done += 1;
   }
   Declare(mended, declarations, "index");

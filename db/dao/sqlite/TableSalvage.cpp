@@ -97,7 +97,8 @@ std::int64_t Salvage::HighestKnownId() const {
     if (!index.isPrimary)
       highest = std::max(highest, OneNumber(damaged_, "SELECT max(rowid) FROM " + Quoted() + " INDEXED BY " +
                                                           QuoteIdentifier(index.name)));
-  return std::max(highest, Sequence());
+  // A damaged number is not to make the counter run out.
+  return std::min<std::int64_t>(std::max(highest, Sequence()), std::numeric_limits<std::int32_t>::max());
 }
 
 std::int64_t Salvage::Sequence() const {
