@@ -6,6 +6,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "core/LogConfig.h"
 #include "platform/Files.h"
 #include "ui/QtText.h"
 
@@ -151,32 +152,33 @@ void frmProperties::ShowFacts() {
 }
 
 void frmProperties::SetReadOnly(bool readOnly) {
-  if (start::SetConfigValue(globals_, "ReadOnly", readOnly ? "1" : "0")) {
+  try {
+    core::WriteLogConfig(*globals_.LogEngineGl->Database(), core::kReadOnlyKey, readOnly ? "1" : "0");
     globals_.ReadOnlyGl = readOnly;
-  } else {
-    services_.Messages().Critical("PP_ERR_READONLY"_key, {{"strError", globals_.LogEngineGl->LastError()}});
+  } catch (const dao::EngineError& error) {
+    services_.Messages().Critical("PP_ERR_READONLY"_key, {{"strError", error.what()}});
   }
   ShowFacts();
 }
 
-std::string frmProperties::RunJob(Job job) {
-  // An engine object of its own: its LastError tells this job's failure and nothing older.
+std::function<void()> frmProperties::RunJob(Job job) {
+  const auto before = platform::FileSize(platform::ToPath(globals_.strDataFileGl)).value_or(0);
   db::CJetEngine engine;
   engine.SetMaintenanceProgress([this](double part) {
     progress_->setValue(static_cast<int>(part * kProgressSteps));
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     return true;
   });
-  if (job == Job::kCompact) {
-    (void)engine.CompactDatabase(globals_.strDataFileGl);
-  } else {
-    (void)engine.RepairDatabase(globals_.strDataFileGl);
-  }
-  return engine.LastError();
+  if (job == Job::kRepair)
+    return [this, repair = start::RepairLog(engine, globals_.strDataFileGl, services_.clock)] {
+      ReportRepair(repair);
+    };
+  engine.CompactDatabase(globals_.strDataFileGl);
+  const std::string error = engine.LastNumber() == 0 ? std::string() : engine.LastError();
+  return [this, error, before] { ReportCompaction(error, before); };
 }
 
 void frmProperties::Work(Job job) {
-  const auto before = platform::FileSize(platform::ToPath(globals_.strDataFileGl)).value_or(0);
   if (!host_.closeLog()) return;
   running_->setText(
       Caption(services_.texts, job == Job::kCompact ? "PP_COMPACT_RUNNING"_key : "PP_REPAIR_RUNNING"_key));
@@ -185,27 +187,31 @@ void frmProperties::Work(Job job) {
   progress_->show();
   setEnabled(false);
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  const std::string error = RunJob(job);
+  const std::function<void()> report = RunJob(job);
   QApplication::restoreOverrideCursor();
   setEnabled(true);
   running_->hide();
   progress_->hide();
   host_.reopenLog();
   ShowFacts();
-  Report(job, error, before);
+  report();
 }
 
-void frmProperties::Report(Job job, const std::string& error, std::uint64_t before) {
+void frmProperties::ReportCompaction(const std::string& error, std::uint64_t before) {
   const core::Messages messages = services_.Messages();
-  if (!error.empty()) {
-    messages.Critical(job == Job::kCompact ? "PP_ERR_COMPACT"_key : "PP_ERR_REPAIR"_key,
-                      {{"strError", error}});
-  } else if (job == Job::kCompact) {
+  if (error.empty())
     messages.Inform("PP_COMPACT_DONE"_key, {{"strBefore", ui::FromQString(SizeText(before))},
                                             {"strAfter", ui::FromQString(size_->text())}});
-  } else {
-    messages.Inform("PP_REPAIR_DONE"_key, {{"lngCount", ui::FromQString(rows_->text())}});
-  }
+  else
+    messages.Critical("PP_ERR_COMPACT"_key, {{"strError", error}});
+}
+
+void frmProperties::ReportRepair(const start::LogRepair& repair) {
+  using core::MessageIcon;
+  const MessageIcon icon = !repair.IsDone()   ? MessageIcon::kCritical
+                           : repair.IsWhole() ? MessageIcon::kInformation
+                                              : MessageIcon::kWarning;
+  services_.Messages().ShowText(start::RepairText(services_.texts, repair), icon);
 }
 
 }  // namespace varnlog::app

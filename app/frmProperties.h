@@ -10,6 +10,7 @@
 #include <QPushButton>
 
 #include "core/Globals.h"
+#include "start/RepairLog.h"
 #include "start/StartUp.h"
 
 namespace varnlog::app {
@@ -37,8 +38,10 @@ class frmProperties final : public QDialog {
   void ShowFacts();
   void SetReadOnly(bool readOnly);
   void Work(Job job);
-  [[nodiscard]] std::string RunJob(Job job);
-  void Report(Job job, const std::string& error, std::uint64_t before);
+  /// Compacts or repairs and returns how the result is told once the log is open again.
+  [[nodiscard]] std::function<void()> RunJob(Job job);
+  void ReportCompaction(const std::string& error, std::uint64_t before);
+  void ReportRepair(const start::LogRepair& repair);
   [[nodiscard]] QString SizeText(std::uint64_t bytes) const;
 
   core::Globals& globals_;

@@ -29,6 +29,13 @@ constexpr LogField kConfigFields[] = {
     {"tCfgSSet", kText, 255},
 };
 
+constexpr LogIndex kExposureIndexes[] = {
+    {"iXRayIdent", 4,
+     "CREATE INDEX iXRayIdent ON TXray (\n  tXrayTs, tXraySName, tXraySFirstname, tXrayDBirthday\n"
+     "  /* seek: tXraySName, tXraySFirstname, tXrayDBirthday, tXrayTs */\n)"},
+    {"iXRayTs", 1, "CREATE INDEX iXRayTs ON TXray (tXrayTs)"},
+};
+
 }  // namespace
 
 dao::FieldDef LogField::Definition() const {
@@ -41,6 +48,14 @@ std::span<const LogField> ExposureFields() {
 
 std::span<const LogField> ConfigFields() {
   return kConfigFields;
+}
+
+std::span<const LogIndex> ExposureIndexes() {
+  return kExposureIndexes;
+}
+
+std::string_view ConfigDeclaration() {
+  return "CREATE TABLE TConfig (\n  tCfgSKey TEXT(32) COLLATE JET,\n  tCfgSSet TEXT(255) COLLATE JET\n)";
 }
 
 bool IsLog(const dao::Database& database) {

@@ -30,6 +30,17 @@ struct LogField {
 /// TConfig: key, value.
 [[nodiscard]] std::span<const LogField> ConfigFields();
 
+/// An index of TXray.
+struct LogIndex {
+  std::string_view name;
+  std::size_t fields;            // how many it has
+  std::string_view declaration;  // as in the empty log
+};
+[[nodiscard]] std::span<const LogIndex> ExposureIndexes();
+
+/// How the empty log declares TConfig.
+[[nodiscard]] std::string_view ConfigDeclaration();
+
 /// Whether a database has the tables of a log.
 [[nodiscard]] bool IsLog(const dao::Database& database);
 

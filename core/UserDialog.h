@@ -7,7 +7,7 @@
 
 namespace varnlog::core {
 
-enum class MessageIcon { kNone, kInformation, kQuestion, kCritical };
+enum class MessageIcon { kNone, kInformation, kQuestion, kWarning, kCritical };
 enum class MessageButtons { kOk, kYesNo, kRetryCancel };
 enum class MessageAnswer { kOk, kYes, kNo, kRetry, kCancel, kList };
 

@@ -77,10 +77,21 @@ void TellOfSuccess(ConversionRun& run) {
   TellOfLostProtection(run);
 }
 
+// A journal of the new log's name is some earlier file's and would be applied to the new one.
+bool PutJournalAside(ConversionRun& run, const fs::path& log) {
+  try {
+    dao::DBEngine::PutJournalAside(platform::FromPath(log));
+    return true;
+  } catch (const dao::EngineError& error) {
+    return run.Fail(run.Text("CV_ERR_WRITE"_key, error.what()));
+  }
+}
+
 bool Swap(ConversionRun& run, const ConversionPaths& paths) {
   const auto lockFile = LockFileOf(paths.log);
   if (lockFile && MayBeOpen(*lockFile) && !run.WaitForOthers()) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
+  if (!PutJournalAside(run, paths.log)) return false;
   TakeOverPermissions(paths.log, paths.growing);
   const std::error_code error = ChangePlaces(paths);
   return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
@@ -118,7 +129,7 @@ bool RunTo(ConversionRun& run, const ConversionContext& context, const fs::path&
   const GrowingFile growing(fs::path(newLog) += ".converting");
   if (!run.Build(growing.Path())) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
-  if (!SettleReplaced(run, context, newLog)) return false;
+  if (!SettleReplaced(run, context, newLog) || !PutJournalAside(run, newLog)) return false;
   std::error_code error = platform::RenameFile(
       growing.Path(), newLog, choices.overwrite ? platform::IfTaken::kReplace : platform::IfTaken::kFail);
   return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/LogCheck.h"
 #include "core/Messages.h"
 #include "legacy/OldFile.h"
 #include "platform/SafeFile.h"
@@ -189,6 +190,17 @@ bool ConversionRun::Compare(const fs::path& growing, LogCopy& copy) {
   return copy.Difference().empty() || Fail(Text("CV_ERR_COMPARE"_key, copy.Difference()));
 }
 
+// Numbers that the old program gave out and did not use are no loss.
+void ConversionRun::NoteUnusedIds(const fs::path& growing) {
+  const auto workspace = OpenWorkspace();
+  const auto target = workspace->OpenDatabase(platform::FromPath(growing), true, false);
+  target->ForgoSafety();
+  workspace->BeginTrans();
+  core::NoteMissingExposures(*target, core::MissingExposures(*target));
+  workspace->CommitTrans();
+  workspace->Close();
+}
+
 bool ConversionRun::Finish(const fs::path& growing) {
   std::error_code error;
   auto file = platform::File::Open(growing, platform::File::Mode::kReadWrite, error);
@@ -206,6 +218,7 @@ bool ConversionRun::Build(const fs::path& growing) {
     if (!source) return Fail(Text("CV_ERR_UNREADABLE"_key, Describe(source.Why())));
     LogCopy copy(*source, result_.origin);
     if (!Fill(growing, copy) || !ReadAgain() || !Compare(growing, copy)) return false;
+    NoteUnusedIds(growing);
   } catch (const dao::EngineError& failure) {
     if (failure.number() == dao::ErrorNumber::kCancelled) return Cancel();
     return Fail(Text("CV_ERR_WRITE"_key, failure.what()));

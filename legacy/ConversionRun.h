@@ -54,6 +54,7 @@ class ConversionRun {
   [[nodiscard]] bool ReadAgain();
   [[nodiscard]] bool Fill(const std::filesystem::path& growing, LogCopy& copy);
   [[nodiscard]] bool Compare(const std::filesystem::path& growing, LogCopy& copy);
+  void NoteUnusedIds(const std::filesystem::path& growing);
   [[nodiscard]] bool Finish(const std::filesystem::path& growing);
   [[nodiscard]] std::shared_ptr<dao::Workspace> OpenWorkspace();
   [[nodiscard]] bool Cancel();

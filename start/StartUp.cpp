@@ -24,6 +24,12 @@ bool OpenLogWorkspace(core::Globals& globals) {
 bool InstallDataFile(const core::Globals& globals, const Services& services) {
   if (db::FileExists(globals.strDataFileGl)) return true;
   const std::filesystem::path emptyLog = platform::ToPath(core::DeliveredFile(globals, core::kEmptyLog));
+  try {
+    dao::DBEngine::PutJournalAside(globals.strDataFileGl);
+  } catch (const dao::EngineError& error) {
+    services.Messages().ShowText(error.what());
+    return false;
+  }
   // Never over a log that another workstation has put there meanwhile.
   const std::error_code error = platform::CopyWholeFile(emptyLog, platform::ToPath(globals.strDataFileGl),
                                                         platform::IfTaken::kFail, {});

@@ -48,6 +48,8 @@ QMessageBox::Icon IconOf(core::MessageIcon icon) {
       return QMessageBox::Information;
     case core::MessageIcon::kQuestion:
       return QMessageBox::Question;
+    case core::MessageIcon::kWarning:
+      return QMessageBox::Warning;
     case core::MessageIcon::kCritical:
       return QMessageBox::Critical;
     case core::MessageIcon::kNone:
@@ -61,6 +63,7 @@ void ShowPicture(QMessageBox& box, core::MessageIcon icon) {
   auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgboxex_icon_label"));
   if (label == nullptr || icon == core::MessageIcon::kNone) return;
   const char* name = icon == core::MessageIcon::kQuestion   ? "Question"
+                     : icon == core::MessageIcon::kWarning  ? "Warning"
                      : icon == core::MessageIcon::kCritical ? "Critical"
                                                             : "Information";
   label->setPixmap(MessagePicture(QLatin1String(name), box));

@@ -25,10 +25,17 @@ class MaintenanceCommandsTest : public testing::Test {
 
   std::string Rows() { return installation_.Ctl("list --format csv").out; }
 
-  void Damage(std::streamoff offset) {
+  // The page with the row of a patient; in an index a name stands behind the digits of a time.
+  void DamagePageOf(const std::string& name) {
+    constexpr std::size_t kPage = 16384;
     std::fstream file(installation_.log(), std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(offset);
-    file << std::string(3000, '\x55');
+    const std::string content{std::istreambuf_iterator<char>(file), {}};
+    std::size_t at = content.find(name);
+    while (at != std::string::npos && content[at - 1] >= '0' && content[at - 1] <= '9')
+      at = content.find(name, at + 1);
+    ASSERT_NE(at, std::string::npos);
+    file.seekp(static_cast<std::streamoff>(at / kPage * kPage));
+    file << std::string(kPage, '\x55');
   }
 
   Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
@@ -52,13 +59,30 @@ TEST_F(MaintenanceCommandsTest, CompactingGivesRoomBack) {
   EXPECT_EQ(run.out, "before " + std::to_string(before) + ", after " + std::to_string(after) + "\n");
 }
 
-TEST_F(MaintenanceCommandsTest, ADamagedPageIsFoundAndRepaired) {
-  Damage(static_cast<std::streamoff>(fs::file_size(installation_.log()) / 2));
+TEST_F(MaintenanceCommandsTest, ADamagedPageIsFoundAndWhatItCostIsSaid) {
+  DamagePageOf("Müller 250");
   const Ended check = installation_.Ctl("check");
   EXPECT_EQ(check.status, 1);
   EXPECT_NE(check.out + check.err, "");
   EXPECT_THAT(check.out, testing::Not(HasSubstr("ok\n")));
-  EXPECT_EQ(installation_.Ctl("repair").status, 0);
+  const Ended repair = installation_.Ctl("repair");
+  EXPECT_EQ(repair.status, 1);
+  EXPECT_THAT(repair.out,
+              testing::ContainsRegex("damaged: .+\n(.+\n)*read: [0-9]+ exposures\nmissing: [0-9]+ "
+                                     "exposures, numbers .*[0-9]+-[0-9]+\ndamaged file: .+damaged\n"));
+  EXPECT_THAT(repair.err, HasSubstr("Es fehlen Aufnahmen!"));
+  EXPECT_EQ(installation_.Ctl("check").out, "ok\n") << "the missing numbers are noted";
+  EXPECT_EQ(installation_.Ctl("repair").out, "ok\n");
+}
+
+TEST_F(MaintenanceCommandsTest, ALogWithoutItsVersionIsNotOk) {
+  installation_.WithLog(false, [](dao::Database& log) {
+    log.Execute("DELETE FROM TConfig WHERE tCfgSKey = 'DBVersion'; DROP INDEX iXRayTs");
+  });
+  const Ended check = installation_.Ctl("check");
+  EXPECT_EQ(check.status, 1);
+  EXPECT_THAT(check.out, testing::AllOf(HasSubstr("DBVersion"), HasSubstr("iXRayTs")));
+  EXPECT_EQ(installation_.Ctl("repair").out, "restored: DBVersion\nrestored: iXRayTs\nok\n");
   EXPECT_EQ(installation_.Ctl("check").out, "ok\n");
 }
 
