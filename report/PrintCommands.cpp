@@ -51,7 +51,7 @@ class AbortingProgress final : public ReportProgress {
 PrintCommands::PrintCommands(PrintContext context, std::unique_ptr<Printers> printers)
     : context_(std::move(context)),
       printers_(printers ? std::move(printers) : std::make_unique<SystemPrinters>()),
-      page_(DefaultPageLayout(ReadReportDesign(StoredDesignText()))) {}
+      page_(DefaultPageLayout(StoredDesign())) {}
 
 PrintCommands::~PrintCommands() = default;
 

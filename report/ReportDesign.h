@@ -1,18 +1,14 @@
 #pragma once
 
 #include <optional>
-#include <stdexcept>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace varnlog::report {
+#include "core/TextLookup.h"
 
-/// A design that cannot be read; the text names the line and what is wrong there.
-class DesignError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace varnlog::report {
 
 // The stored layout of the report. All lengths are points (1/72 inch).
 
@@ -41,12 +37,12 @@ struct FormulaDesign {
 struct ObjectDesign {
   enum class Kind { kText, kField, kFormula, kNumber, kSummary };
   Kind kind = Kind::kText;
-  std::string name;
-  std::string value;  // field, formula field or formula text
-  std::string caption;
-  std::string label;          // the text object that a summary begins with
-  std::optional<int> column;  // index; without one `from` and `to` hold
-  double from = 0;            // percent of the width
+  std::string name = {};
+  std::string value = {};  // field, formula field or formula text
+  std::string caption = {};
+  std::string label = {};          // the text object that a summary begins with
+  std::optional<int> column = {};  // index; without one `from` and `to` hold
+  double from = 0;                 // percent of the width
   double to = 100;
   int font = 0;  // index
   Align align = Align::kLeft;
@@ -63,31 +59,47 @@ struct BandDesign {
   double ruleBelow = 0;
   double columnRules = 0;
   BandWhen when = BandWhen::kAlways;
-  std::vector<ObjectDesign> objects;
+  std::vector<ObjectDesign> objects = {};
 };
 
 enum class SectionKind { kReportHeader, kPageHeader, kDetails, kPageFooter, kReportFooter };
 inline constexpr int kSectionCount = 5;
 
 struct ReportDesign {
-  std::string paper;
+  std::string paper = {};
   double margin = 0;
   double padding = 0;  // between a column's edge and its texts
-  std::vector<FontDesign> fonts;
-  std::vector<ColumnDesign> columns;
-  std::vector<FormulaDesign> formulas;
-  std::vector<std::vector<BandDesign>> sections{kSectionCount};
+  std::vector<FontDesign> fonts = {};
+  std::vector<ColumnDesign> columns = {};
+  std::vector<FormulaDesign> formulas = {};
+  std::vector<std::vector<BandDesign>> sections = std::vector<std::vector<BandDesign>>(kSectionCount);
 
+  [[nodiscard]] std::vector<BandDesign>& Section(SectionKind kind) {
+    return sections[static_cast<std::size_t>(kind)];
+  }
   [[nodiscard]] const std::vector<BandDesign>& Section(SectionKind kind) const {
     return sections[static_cast<std::size_t>(kind)];
   }
 };
 
-/// Reads a design; resources/report/dsrResults.design describes the format. Throws DesignError.
-[[nodiscard]] ReportDesign ReadReportDesign(std::string_view text);
+/// A column of the report: its place, the text object above it and what stands in each line.
+struct ReportColumn {
+  std::string_view name;
+  double width = 0;
+  double stretch = 0;
+  Align align = Align::kLeft;
+  std::string_view heading = {};          // the text object's name
+  std::optional<core::TextKey> key = {};  // its text in the user's language; without one `caption` stays
+  std::string_view caption = {};          // as designed
+  std::string_view object = {};           // what stands in each line
+  ObjectDesign::Kind kind = ObjectDesign::Kind::kField;
+  std::string_view value = {};
+  int lines = 1;
+};
 
-/// The design that is stored with the program.
-[[nodiscard]] std::string_view StoredDesignText();
-inline constexpr std::string_view kStoredDesignName = "dsrResults.design";
+[[nodiscard]] std::span<const ReportColumn> ReportColumns();
+
+/// The design of the log's report.
+[[nodiscard]] ReportDesign StoredDesign();
 
 }  // namespace varnlog::report

@@ -1,7 +1,6 @@
 #include "report/ReportErrors.h"
 
 #include "report/BandLayout.h"
-#include "report/ReportDesign.h"
 
 namespace varnlog::report {
 
@@ -14,9 +13,6 @@ std::string ReportErrorText(const core::TextLookup& texts, const std::exception&
   if (const auto* formula = dynamic_cast<const NamedFormulaError*>(&error))
     return FilledText(texts, "DRS_ERR_FORMULA"_key,
                       {{"strFormula", formula->name()}, {"strError", error.what()}});
-  if (dynamic_cast<const DesignError*>(&error) != nullptr)
-    return FilledText(texts, "DRS_ERR_DESIGN"_key,
-                      {{"strFile", std::string(kStoredDesignName)}, {"strError", error.what()}});
   if (dynamic_cast<const PrintError*>(&error) != nullptr)
     return FilledText(texts, "DRS_ERR_PRINT"_key, {{"strError", error.what()}});
   return error.what();

@@ -6,7 +6,7 @@ ReportJob BeginReport(const core::TextLookup& texts, const std::string& site, st
                       platform::DateTime today, const platform::ShortDate& shortDate, dao::Recordset& rows) {
   dsrResults report(texts, site, today, shortDate);
   report.SetTitle(headline);
-  return {ReadReportDesign(StoredDesignText()), std::move(report), rows, shortDate};
+  return {StoredDesign(), std::move(report), rows, shortDate};
 }
 
 }  // namespace varnlog::report

@@ -19,7 +19,7 @@ struct ReportJob {
 };
 
 /// A report begun now: the stored design, headings in the user's language, the title from the headline of the
-/// selection. Throws DesignError.
+/// selection.
 [[nodiscard]] ReportJob BeginReport(const core::TextLookup& texts, const std::string& site,
                                     std::string_view headline, platform::DateTime today,
                                     const platform::ShortDate& shortDate, dao::Recordset& rows);

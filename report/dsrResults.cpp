@@ -3,6 +3,7 @@
 #include <cctype>
 
 #include "report/Formula.h"
+#include "report/ReportDesign.h"
 
 namespace varnlog::report {
 
@@ -12,24 +13,13 @@ using Order = platform::ShortDate::Order;
 
 namespace {
 
+/// Text objects beside the headings of the columns.
 struct Heading {
   std::string_view object;
   TextKey key;
 };
 
 constexpr Heading kHeadings[] = {
-    {"txtNr", "RS_NR"_key},
-    {"txtDate", "RS_DATE"_key},
-    {"txtPatient", "RS_PATIENT"_key},
-    {"txtPregnancy", "DRS_PREGNANCY"_key},
-    {"txtPersCharge", "RS_PERSCHARGE"_key},
-    {"txtType", "RS_TYPE"_key},
-    {"txtRegion", "DRS_REGION"_key},
-    {"txtMs", "RS_MS"_key},
-    {"txtKv", "RS_KV"_key},
-    {"txtMa", "RS_MA"_key},
-    {"txtNotDiag", "DRS_NOTDIAG"_key},
-    {"txtComment", "RS_COMMENT"_key},
     {"txtEmpty", "DRS_EMPTY"_key},
     {"txtCount", "DRS_COUNT"_key},
     {"txtProduct", "DRS_PRODUCT"_key},
@@ -96,6 +86,9 @@ std::string BirthDatePicture(const DateOrder& order) {
 dsrResults::dsrResults(const core::TextLookup& texts, const std::string& site, platform::DateTime today,
                        const platform::ShortDate& shortDate)
     : printDate_(today), captions_{{"fldTitle", {}}, {"txtPraxis", site}} {
+  for (const ReportColumn& column : ReportColumns()) {
+    if (column.key) captions_.push_back({column.heading, texts.GetText(*column.key)});
+  }
   for (const Heading& heading : kHeadings) captions_.push_back({heading.object, texts.GetText(heading.key)});
 
   // A quote inside a text of the language database must not end the constant it stands in.

@@ -1,6 +1,4 @@
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -8,7 +6,8 @@
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
 #include "platform/Files.h"
-#include "tests/Paths.h"
+#include "tests/support/Databases.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::core {
 namespace {
@@ -33,22 +32,9 @@ std::vector<std::string> Described(std::span<const LogField> fields) {
 
 class EmptyLog : public testing::Test {
  protected:
-  EmptyLog() {
-    std::string pattern = (fs::temp_directory_path() / "Leeres Buch für XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-    std::ostringstream schema;
-    schema << std::ifstream(fs::path(VARNLOG_SOURCE_DIR) / "resources" / "log.sql").rdbuf();
-    log_ = engine_.CreateDatabase((folder_ / "log.mdb").string(), "", 0);
-    log_->Execute(schema.str());
-  }
-  ~EmptyLog() override {
-    log_.reset();
-    fs::remove_all(folder_);
-  }
-
-  fs::path folder_;
+  test::TestFolder folder_;
   dao::DBEngine engine_;
-  std::shared_ptr<dao::Database> log_;
+  std::shared_ptr<dao::Database> log_ = test::MakeDatabase(engine_, folder_ / "log.mdb", "log.sql");
 };
 
 TEST_F(EmptyLog, HasTheLayoutThatTheProgramKnows) {
@@ -72,9 +58,9 @@ TEST_F(EmptyLog, ProgramFolderIsGivenElseNamedElseTheExecutables) {
   Globals globals;
   SetProgramFolder(globals, "");
   EXPECT_EQ(globals.ProgramFolderGl, platform::FromPath(platform::ExecutableFolder()));
-  ::setenv("VARNLOG_FOLDER", folder_.c_str(), 1);
+  ::setenv("VARNLOG_FOLDER", folder_.Path().c_str(), 1);
   SetProgramFolder(globals, "");
-  EXPECT_EQ(globals.ProgramFolderGl, folder_.string());
+  EXPECT_EQ(globals.ProgramFolderGl, folder_.Path().string());
   EXPECT_EQ(globals.IniFileGl, (folder_ / "varnlog.ini").string());
   SetProgramFolder(globals, "anderswo");
   EXPECT_EQ(globals.ProgramFolderGl, (fs::current_path() / "anderswo").string());
@@ -83,7 +69,7 @@ TEST_F(EmptyLog, ProgramFolderIsGivenElseNamedElseTheExecutables) {
 
 TEST_F(EmptyLog, WhatIsDeliveredLiesInTheProgramFolderElseBesideTheExecutable) {
   Globals globals;
-  globals.ProgramFolderGl = folder_.string();
+  globals.ProgramFolderGl = folder_.Path().string();
   EXPECT_EQ(DeliveredFile(globals, "log.mdb"), (folder_ / "log.mdb").string());
   EXPECT_EQ(DeliveredFile(globals, "test_core"),
             platform::FromPath(platform::ExecutableFolder() / "test_core"));

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/Messages.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::core {
 namespace {
@@ -49,11 +50,6 @@ TEST(Placeholder, ValuesAreNeverSearchedAgain) {
   }
 }
 
-class KeyTexts final : public TextLookup {
- public:
-  [[nodiscard]] std::string GetText(TextKey key) const override { return std::string(key.name()); }
-};
-
 class Listener final : public UserDialog {
  public:
   MessageAnswer Show(const Message& message) override {
@@ -66,7 +62,7 @@ class Listener final : public UserDialog {
 
 TEST(Messages, HaveTheProgramsTitleUnlessOneIsGiven) {
   Listener user;
-  const KeyTexts texts;
+  const test::FakeTexts texts;
   const Messages messages(user, texts);
   EXPECT_FALSE(messages.Confirm("RC_QUIT"_key));
   EXPECT_EQ(user.shown.text, "RC_QUIT");

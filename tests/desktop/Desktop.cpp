@@ -95,10 +95,6 @@ void Desktop::MakeEnvironment(const QString& display) {
   }
 }
 
-void Desktop::SetEnvironment(const char* name, const std::string& value) {
-  environment_.insert(name, QString::fromStdString(value));
-}
-
 void Desktop::Starts(const QStringList& options) {
   ::unlink(socket_.toUtf8().constData());
   program_.setProcessEnvironment(environment_);

@@ -59,8 +59,6 @@ class Desktop {
 
   /// `options` besides the folder.
   void Starts(const QStringList& options = {});
-  /// For the program, from its next start on.
-  void SetEnvironment(const char* name, const std::string& value);
   /// The exit status of the program, which must end by itself.
   [[nodiscard]] int Ends();
   /// The exit status of another copy started on the same folder.

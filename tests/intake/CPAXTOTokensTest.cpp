@@ -4,7 +4,7 @@
 
 #include "intake/CPAXTOTokens.h"
 #include "tests/intake/ExchangeRecords.h"
-#include "tests/intake/TestFolder.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::intake {
 namespace {

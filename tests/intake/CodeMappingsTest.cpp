@@ -4,28 +4,18 @@
 #include <gtest/gtest.h>
 
 #include "intake/CodeMappings.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::intake {
 namespace {
 
-class Texts final : public core::TextLookup {
- public:
-  explicit Texts(std::map<std::string_view, std::string> texts) : texts_(std::move(texts)) {}
-  [[nodiscard]] std::string GetText(core::TextKey key) const override {
-    const auto found = texts_.find(key.name());
-    return found == texts_.end() ? std::string() : found->second;
-  }
-
- private:
-  std::map<std::string_view, std::string> texts_;
-};
-
-const Texts kGerman({{"RC_PREGYES", "Ja"},
-                     {"RC_PREGNO", "Nein"},
-                     {"RC_PREGUNKNOWN", "Unbek."},
-                     {"RC_REPEAT", "Wiederholung"},
-                     {"RC_ND", "Nicht diagn."}});
-const Texts kNoTexts({});
+const varnlog::test::FakeTexts kGerman({{"RC_PREGYES", "Ja"},
+                                        {"RC_PREGNO", "Nein"},
+                                        {"RC_PREGUNKNOWN", "Unbek."},
+                                        {"RC_REPEAT", "Wiederholung"},
+                                        {"RC_ND", "Nicht diagn."}});
+const varnlog::test::FakeTexts kNoTexts(
+    {{"RC_PREGYES", ""}, {"RC_PREGNO", ""}, {"RC_PREGUNKNOWN", ""}, {"RC_REPEAT", ""}, {"RC_ND", ""}});
 
 class Scheme final : public ToothScheme {
  public:

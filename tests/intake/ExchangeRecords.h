@@ -8,7 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/TestFolder.h"
+
 namespace varnlog::intake::test {
+
+using varnlog::test::TestFolder;
 
 /// A record as the imaging suite writes it.
 inline std::string Record(char kind, const std::vector<std::string>& strings) {

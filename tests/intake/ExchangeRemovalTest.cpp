@@ -9,7 +9,7 @@
 #include "intake/ExchangeRemoval.h"
 #include "intake/TakenFiles.h"
 #include "tests/intake/ExchangeRecords.h"
-#include "tests/intake/TestFolder.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::intake {
 namespace {

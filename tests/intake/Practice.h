@@ -10,7 +10,7 @@
 #include "core/Globals.h"
 #include "intake/UpdateRun.h"
 #include "platform/Clock.h"
-#include "tests/intake/TestFolder.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::intake::test {
 

@@ -162,12 +162,18 @@ TEST_F(UpdateRunTest, KeepsARepeatMarkAgainstInformation) {
     const char* stored;
     const char* type;
     const char* then;
-  } rows[] = {{"Wdh.", "~~XI", "Wdh."}, {"Wdh.", "11XI", "Wdh."}, {"", "~~XI", "N.d."}, {"N.d.", "11XI", ""}};
+    const char* open;
+  } rows[] = {{"Wdh.", "~~XI", "Wdh.", "0"},
+              {"Wdh.", "11XI", "Wdh.", "1"},
+              {"", "~~XI", "N.d.", "0"},
+              {"N.d.", "11XI", "", "1"}};
   for (const auto& row : rows) {
     mark(row.stored);
     practice_.Reports(Exposure{.type = row.type}.Information());
     ASSERT_EQ(practice_.Updates().changed, 1);
-    EXPECT_EQ(practice_.Log().front()["tXraySDiagRetry"], row.then) << row.stored << " " << row.type;
+    Row changed = practice_.Log().front();
+    EXPECT_EQ(changed["tXraySDiagRetry"], row.then) << row.stored << " " << row.type;
+    EXPECT_EQ(changed["tXrayBEdDiagRetry"], row.open) << row.stored << " " << row.type;
   }
 }
 

@@ -12,18 +12,11 @@
 #include <gtest/gtest.h>
 
 #include "legacy/Conversion.h"
-#include "tests/Paths.h"
 #include "tests/legacy/Samples.h"
+#include "tests/support/Databases.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::legacy {
-
-/// Texts that are their keys and placeholders, so that a test sees which one was shown with what.
-class KeyTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey key) const override {
-    return std::string(key.name()) + "|$strFile$|$lngReadable$/$lngCount$|$strError$";
-  }
-};
 
 /// Answers by script, by default "Yes" and "Cancel", and remembers what was shown.
 class ScriptedView : public ConversionView {
@@ -71,8 +64,8 @@ class ConversionFixture : public testing::Test {
     folder_ = std::filesystem::temp_directory_path() /
               ("Röntgen Bücher " + std::to_string(getpid()) + " " + test->name());
     std::filesystem::create_directories(folder_);
-    MakeDatabase("varnlog.md0", "log.sql");
-    MakeDatabase("system.mdw", "workgroup.sql");
+    test::MakeDatabase(engine_, folder_ / "varnlog.md0", "log.sql")->Close();
+    test::MakeDatabase(engine_, folder_ / "system.mdw", "workgroup.sql")->Close();
     engine_.SetSystemDB((folder_ / "system.mdw").string());
   }
   void TearDown() override { std::filesystem::remove_all(folder_); }
@@ -110,16 +103,9 @@ class ConversionFixture : public testing::Test {
   std::filesystem::path folder_;
   std::string original_;
   dao::DBEngine engine_;
-  KeyTexts texts_;
+  test::FakeTexts texts_{{}, "|$strFile$|$lngReadable$/$lngCount$|$strError$"};
   ScriptedView view_;
   std::shared_ptr<dao::Workspace> workspace_;
-
- private:
-  void MakeDatabase(const std::string& name, const std::string& source) {
-    const auto database = engine_.CreateDatabase((folder_ / name).string(), "", 0);
-    database->Execute(samples::Read(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / source));
-    database->Close();
-  }
 };
 
 }  // namespace varnlog::legacy

@@ -5,25 +5,20 @@
 #include <utility>
 
 #include "core/SettingsStore.h"
-#include "core/TextLookup.h"
 #include "core/UserDialog.h"
 #include "intake/CodeMappings.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::logview {
 
-/// Texts that say which key they stand for; a few are given.
-class FakeTexts final : public core::TextLookup {
- public:
-  std::map<std::string, std::string> texts = {{"RC_PREGYES", "ja"},
-                                              {"RC_PREGNO", "nein"},
-                                              {"RC_PREGUNKNOWN", "unbekannt"},
-                                              {"RC_REPEAT", "Wiederholung"},
-                                              {"RC_ND", "nicht diagnostisch"}};
-
-  [[nodiscard]] std::string GetText(core::TextKey key) const override {
-    const auto text = texts.find(std::string(key.name()));
-    return text == texts.end() ? std::string(key.name()) : text->second;
-  }
+/// The words of the codes; any other text is its key.
+struct FakeTexts : test::FakeTexts {
+  FakeTexts()
+      : test::FakeTexts({{"RC_PREGYES", "ja"},
+                         {"RC_PREGNO", "nein"},
+                         {"RC_PREGUNKNOWN", "unbekannt"},
+                         {"RC_REPEAT", "Wiederholung"},
+                         {"RC_ND", "nicht diagnostisch"}}) {}
 };
 
 class FakeToothScheme final : public intake::ToothScheme {

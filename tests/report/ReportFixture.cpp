@@ -1,41 +1,19 @@
 #include "tests/report/ReportFixture.h"
 
-#include <fstream>
-#include <iterator>
-#include <unistd.h>
-
-#include "tests/Paths.h"
+#include "tests/support/Databases.h"
 
 namespace varnlog::report {
 
-namespace fs = std::filesystem;
-
-namespace {
-
-std::string MakeDatabase(dao::DBEngine& engine, const fs::path& file, const char* sqlFile) {
-  const auto database = engine.CreateDatabase(file.string(), "", dao::kNoOption);
-  std::ifstream sql(fs::path(VARNLOG_SOURCE_DIR) / "resources" / sqlFile);
-  database->Execute(std::string(std::istreambuf_iterator<char>(sql), {}));
-  database->Close();
-  return file.string();
-}
-
-}  // namespace
-
 LogFile::LogFile() {
-  static int made = 0;
-  folder_ = fs::temp_directory_path() /
-            ("varnlog bericht ä " + std::to_string(getpid()) + " " + std::to_string(made++));
-  fs::create_directories(folder_);
-  engine_.SetSystemDB(MakeDatabase(engine_, folder_ / "system.mdw", "workgroup.sql"));
+  test::MakeDatabase(engine_, folder_ / "system.mdw", "workgroup.sql")->Close();
+  test::MakeDatabase(engine_, folder_ / "log.mdb", "log.sql")->Close();
+  engine_.SetSystemDB((folder_ / "system.mdw").string());
   workspace_ = engine_.CreateWorkspace("Reports", "Admin", "");
-  database_ = workspace_->OpenDatabase(MakeDatabase(engine_, folder_ / "log.mdb", "log.sql"), false, false);
+  database_ = workspace_->OpenDatabase((folder_ / "log.mdb").string(), false, false);
 }
 
 LogFile::~LogFile() {
   workspace_->Close();
-  std::error_code ignored;
-  fs::remove_all(folder_, ignored);
 }
 
 void LogFile::Add(const LoggedRow& row, int times) {
@@ -64,11 +42,6 @@ void LogFile::Add(const LoggedRow& row, int times) {
 
 std::unique_ptr<dao::Recordset> LogFile::Rows() {
   return database_->OpenRecordset("SELECT TXray.* FROM TXray ORDER BY TXray.tXrayCulIntIDPk;");
-}
-
-std::string GivenTexts::GetText(core::TextKey key) const {
-  const auto found = texts_.find(std::string(key.name()));
-  return found == texts_.end() ? std::string(key.name()) : found->second;
 }
 
 bool Drawing::Has(std::string_view text) const {

@@ -10,6 +10,8 @@
 #include "platform/CodePage.h"
 #include "report/ReportJob.h"
 #include "report/ReportLayout.h"
+#include "tests/support/FakeTexts.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::report {
 
@@ -39,25 +41,16 @@ class LogFile {
   [[nodiscard]] dao::Database& Database() { return *database_; }
   /// All rows in the order in which they were added.
   [[nodiscard]] std::unique_ptr<dao::Recordset> Rows();
-  [[nodiscard]] const std::filesystem::path& Folder() const { return folder_; }
+  [[nodiscard]] const std::filesystem::path& Folder() const { return folder_.Path(); }
 
  private:
-  std::filesystem::path folder_;
+  test::TestFolder folder_;
   dao::DBEngine engine_;
   std::shared_ptr<dao::Workspace> workspace_;
   std::shared_ptr<dao::Database> database_;
 };
 
-/// Texts as in the language database, or a key's own name where the test gives none.
-class GivenTexts final : public core::TextLookup {
- public:
-  GivenTexts() = default;
-  explicit GivenTexts(std::map<std::string, std::string> texts) : texts_(std::move(texts)) {}
-  [[nodiscard]] std::string GetText(core::TextKey key) const override;
-
- private:
-  std::map<std::string, std::string> texts_;
-};
+using GivenTexts = test::FakeTexts;
 
 /// Never in the way unless told after how many calls to stop.
 class CountedProgress final : public ReportProgress {

@@ -20,8 +20,8 @@ class ReportLayoutTest : public testing::Test {
   /// A report of the rows that the log holds now.
   void Begin(PageArea area = kA4) {
     rows_ = log.Rows();
-    job_.emplace(BeginReport(texts, "Praxis Dr. Süß", "Alle Patienten - [Kontrollbuch]",
-                             *DateTime::FromCivil(2024, 2, 9), ShortDate(), *rows_));
+    job_.emplace(BeginReport(texts, "Praxis Dr. Süß", "Alle Patienten", *DateTime::FromCivil(2024, 2, 9),
+                             ShortDate(), *rows_));
     metrics_.emplace(job_->design);
     area_ = area;
     layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, area);

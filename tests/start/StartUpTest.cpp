@@ -5,6 +5,7 @@
 #include "start/modINIFile.h"
 #include "tests/Paths.h"
 #include "tests/start/AppFixture.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::start {
 namespace {
@@ -45,7 +46,7 @@ class StartUp : public testing::Test {
 
   test::SuiteFolder folder_;
   modINIFile ini_;
-  test::KeyTexts texts_;
+  varnlog::test::FakeTexts texts_{{}, " $strFile$ $strDataFileGl$"};
   test::Listener user_;
   platform::SystemClock clock_;
   core::Globals globals_ = folder_.NewGlobals();

@@ -5,20 +5,13 @@
 #include <sstream>
 #include <unistd.h>
 
-#include "tests/Paths.h"
+#include "tests/support/Databases.h"
 
 namespace varnlog::dao {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Resource(const std::string& name) {
-  std::ifstream file(fs::path(VARNLOG_SOURCE_DIR) / "resources" / name, std::ios::binary);
-  std::ostringstream content;
-  content << file.rdbuf();
-  return content.str();
-}
 
 fs::path FreshFolder() {
   static int number = 0;
@@ -35,9 +28,7 @@ fs::path FreshFolder() {
 }  // namespace
 
 EngineTest::EngineTest() : folder_(FreshFolder()) {
-  const auto workgroup = engine_.CreateDatabase(Path("system.mdw"), "", kNoOption);
-  workgroup->Execute(Resource("workgroup.sql"));
-  workgroup->Close();
+  test::MakeDatabase(engine_, Path("system.mdw"), "workgroup.sql")->Close();
   engine_.SetSystemDB(Path("system.mdw"));
   engine_.SetOption(EngineOption::kLockDelay, 5);  // a test does not wait for a lock that stays
   workspace_ = engine_.CreateWorkspace("Test", "Admin", "");
@@ -50,9 +41,7 @@ EngineTest::~EngineTest() {
 }
 
 std::string EngineTest::MakeLog(const std::string& name) {
-  const auto log = engine_.CreateDatabase(Path(name), "", kNoOption);
-  log->Execute(Resource("log.sql"));
-  log->Close();
+  test::MakeDatabase(engine_, Path(name), "log.sql")->Close();
   return Path(name);
 }
 

@@ -37,7 +37,7 @@ class PaintedReportTest : public testing::Test {
 };
 
 TEST_F(PaintedReportTest, WidthsAddUpForTextsThatAreNotJoined) {
-  const std::vector<QFont> fonts = MakeFonts(ReadReportDesign(StoredDesignText()));
+  const std::vector<QFont> fonts = MakeFonts(StoredDesign());
   const QtTextMetrics metrics(fonts);
   for (const char* text : {"AVAWA Tefl Offizier", "Müller-Lüdenscheidt, Zoë *05.07.1961", "Ёлка Щукин",
                            "Ωµέγα", "e\u0301 o\u0308", "\u05D0\u05D1\u05D2 12", "漢字", "a\U0001F642b"}) {

@@ -4,7 +4,7 @@
 #include <random>
 #include <string>
 
-namespace varnlog::intake::test {
+namespace varnlog::test {
 
 /// A folder of its own for each test, with a name that careless code stumbles over.
 class TestFolder {
@@ -38,4 +38,4 @@ class TestFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace varnlog::intake::test
+}  // namespace varnlog::test
