@@ -35,8 +35,4 @@ class UserDialog {
   virtual void Beep() = 0;
 };
 
-/// The program's message box: an empty title becomes the text of GL_TITLE.
-MessageAnswer MsgBox(UserDialog& user, const TextLookup& texts, std::string prompt, MessageIcon icon,
-                     MessageButtons buttons = MessageButtons::kOk, std::string title = {});
-
 }  // namespace varnlog::core
