@@ -8,6 +8,7 @@
 #include "start/RepairLog.h"
 #include "start/StartUp.h"
 #include "tests/start/AppFixture.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::start {
 namespace {
@@ -88,7 +89,7 @@ TEST_F(RepairLogTest, MissingNumbersAreToldOnceAndNoted) {
   EXPECT_THAT(repair.missing, ElementsAre(dao::IdRange{2, 2}, dao::IdRange{4, 5}, dao::IdRange{9, 9}));
   EXPECT_EQ(repair.exposures, 5);
   EXPECT_FALSE(repair.IsWhole());
-  EXPECT_THAT(RepairText(test::KeyTexts(), repair), HasSubstr("PP_REPAIR_LOST"));
+  EXPECT_THAT(RepairText(varnlog::test::FakeTexts(), repair), HasSubstr("PP_REPAIR_LOST"));
   EXPECT_TRUE(Repair().IsWhole());
   Open()->Execute("DELETE FROM TXray WHERE tXrayCulIntIDPk IN (6, 3)");
   EXPECT_THAT(Check(), ElementsAre("2 exposures are missing, numbers 3, 6"));
