@@ -92,10 +92,24 @@ void RowWriter::BindForInsert(const CopyBuffer& buffer) {
   }
 }
 
+// The storage calls it a full disk.
+bool RowWriter::IsCounterUsedUp() {
+  Statement find(*connection_, "SELECT count(*) FROM " + QuoteIdentifier(table_->name) +
+                                   " WHERE rowid = 9223372036854775807");
+  ResetAtEnd reset(find);
+  return find.Step() && find.Number(0) > 0;
+}
+
 std::int64_t RowWriter::Add(CopyBuffer& buffer) {
   connection_->RequireIntactWork();
   BindForInsert(buffer);
-  insert_.Run();
+  try {
+    insert_.Run();
+  } catch (const EngineError& error) {
+    if (error.number() != ErrorNumber::kNotEnoughDiskSpace || !IsCounterUsedUp()) throw;
+    throw EngineError(ErrorNumber::kRuleViolated,
+                      "The counter of the table '" + table_->name + "' is used up by a wrong number.");
+  }
   buffer.Close();
   return sqlite3_last_insert_rowid(connection_->Handle());
 }

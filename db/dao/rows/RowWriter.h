@@ -38,6 +38,7 @@ class RowWriter {
   [[nodiscard]] std::string FieldNamed(std::size_t ordinal) const;
   [[nodiscard]] std::string FieldList() const;
   Statement& InsertStatement();
+  [[nodiscard]] bool IsCounterUsedUp();
   void BindForInsert(const CopyBuffer& buffer);
   Statement& UpdateStatement(const CopyBuffer& buffer);
   void RequireUnchanged(const CopyBuffer& buffer);

@@ -121,8 +121,7 @@ bool FitsText(std::string_view text, std::size_t most) {
 }
 
 bool FitsNumber(std::int64_t number, const FieldDef& field) {
-  return number >= (field.isCounter ? 1 : std::numeric_limits<std::int32_t>::min()) &&
-         number <= std::numeric_limits<std::int32_t>::max();
+  return number >= (field.isCounter ? 1 : std::numeric_limits<std::int32_t>::min()) && number <= kMostCounter;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "db/dao/sqlite/MissingRows.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/Connection.h"
@@ -27,13 +26,15 @@ std::int64_t OneNumber(Connection& connection, const std::string& sql) {
 }
 
 std::int64_t LastGivenOut(Connection& connection, const std::string& table) {
-  std::int64_t last = OneNumber(connection, "SELECT max(rowid) FROM " + QuoteIdentifier(table));
+  std::int64_t last = OneNumber(connection, "SELECT max(rowid) FROM " + QuoteIdentifier(table) +
+                                                " WHERE rowid <= " + std::to_string(kMostCounter));
   if (OneNumber(connection, "SELECT count(*) FROM sqlite_schema WHERE name = 'sqlite_sequence'") > 0) {
     Statement find(connection, "SELECT seq FROM sqlite_sequence WHERE name = ?1");
     find.Bind(1, std::string_view(table));
-    last = std::max(last, OneNumber(find));
+    const std::int64_t counter = OneNumber(find);
+    if (counter <= kMostCounter) last = std::max(last, counter);
   }
-  return std::clamp<std::int64_t>(last, 0, std::numeric_limits<std::int32_t>::max());
+  return std::max<std::int64_t>(last, 0);
 }
 
 }  // namespace

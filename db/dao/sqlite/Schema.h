@@ -12,6 +12,9 @@ namespace varnlog::dao {
 
 class Connection;
 
+/// Counters have 32 bits: a greater number in a file is damaged, and must not use the counter up.
+inline constexpr std::int64_t kMostCounter = 0x7fffffff;
+
 /// What the engine knows of one table.
 struct TableSchema {
   std::string name;  // as declared

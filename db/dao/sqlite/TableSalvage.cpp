@@ -60,6 +60,7 @@ class Salvage {
       ReadBackward();
       ReadBetween();
     }
+    Renumber();
     KeepSequence();
   }
 
@@ -74,6 +75,7 @@ class Salvage {
   void ProbeIds();
   bool ReadRows(Statement& rows);
   void Write(std::int64_t rowId, const std::vector<CellView>& values);
+  void Renumber();
   void KeepSequence();
   void Report(double part);
 
@@ -92,13 +94,13 @@ class Salvage {
 
 // The highest row id that the table itself, an index or the counter knows of.
 std::int64_t Salvage::HighestKnownId() const {
-  std::int64_t highest = OneNumber(damaged_, "SELECT max(rowid) FROM " + Quoted() + " NOT INDEXED");
+  const std::string known = " WHERE rowid <= " + std::to_string(kMostCounter);
+  std::int64_t highest = OneNumber(damaged_, "SELECT max(rowid) FROM " + Quoted() + " NOT INDEXED" + known);
   for (const Index& index : table_.indexes)
     if (!index.isPrimary)
       highest = std::max(highest, OneNumber(damaged_, "SELECT max(rowid) FROM " + Quoted() + " INDEXED BY " +
-                                                          QuoteIdentifier(index.name)));
-  // A damaged number is not to make the counter run out.
-  return std::min<std::int64_t>(std::max(highest, Sequence()), std::numeric_limits<std::int32_t>::max());
+                                                          QuoteIdentifier(index.name) + known));
+  return std::max(highest, Sequence());
 }
 
 std::int64_t Salvage::Sequence() const {
@@ -110,7 +112,7 @@ std::int64_t Salvage::Sequence() const {
     find.Bind(1, std::string_view(table_.name));
     if (find.Step()) sequence = find.Number(0);
   });
-  return sequence;
+  return sequence <= kMostCounter ? sequence : 0;
 }
 
 void Salvage::PrepareWriting() {
@@ -146,7 +148,7 @@ bool Salvage::ReadForward() {
   Report(0);
   Statement rows(damaged_, "SELECT " + fields_ + " FROM " + Quoted() + " NOT INDEXED ORDER BY rowid");
   const bool isWhole = ReadRows(rows);
-  if (steps_ > 0) lowestUnread_ = lastId_ + 1;
+  if (steps_ > 0) lowestUnread_ = lastId_ < std::numeric_limits<std::int64_t>::max() ? lastId_ + 1 : lastId_;
   return isWhole;
 }
 
@@ -198,6 +200,22 @@ void Salvage::ProbeIds() {
 
 void Salvage::Report(double part) {
   if (!progress_(part)) throw EngineError(ErrorNumber::kCancelled, "The operation was cancelled.");
+}
+
+// A row whose number cannot be a counter's is kept under the next free one.
+void Salvage::Renumber() {
+  const std::string range = " BETWEEN 1 AND " + std::to_string(kMostCounter);
+  Statement find(mended_, "SELECT rowid FROM " + Quoted() + " WHERE rowid NOT" + range + " LIMIT 1");
+  Statement move(mended_, "UPDATE " + Quoted() +
+                              " SET rowid = 1 + max(?1, (SELECT ifnull(max(rowid), 0) FROM " + Quoted() +
+                              " WHERE rowid" + range + ")) WHERE rowid = ?2");
+  while (find.Step()) {
+    const std::int64_t wrong = find.Number(0);
+    find.Reset();
+    move.Bind(1, highest_);
+    move.Bind(2, wrong);
+    move.Run();
+  }
 }
 
 // The number of a row that was lost is never given out again.

@@ -238,6 +238,25 @@ TEST_F(MaintenanceTest, RepairMakesDamagedIndexesAnew) {
   EXPECT_TRUE(FindExposure(*table, {"P0", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(0)}));
 }
 
+TEST_F(MaintenanceTest, ANumberThatNoCounterGivesOutDoesNotUseItUp) {
+  const auto log = Open(path_);
+  log->Execute("UPDATE TXray SET tXrayCulIntIDPk = 9223372036854775807 WHERE rowid = 5");
+  const auto findings = log->Check();
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_NE(findings[0].find("tXrayCulIntIDPk: 1"), std::string::npos) << findings[0];
+  const Exposure exposure{"New", "Row", Minute(0), Minute(9999)};
+  EXPECT_EQ(ErrorOf([&] { AddExposure(*log->OpenRecordset("TXray"), exposure); }),
+            ErrorNumber::kRuleViolated);
+  log->Close();
+  Damage(path_, PageOfRow("P1500") * kPage, kPage);
+  engine_.RepairDatabase(path_);
+  const auto table = Open(path_)->OpenRecordset("TXray");
+  ASSERT_TRUE(FindExposure(*table, {"P4", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(4)}));
+  EXPECT_LE(table->Fields(0).Number(), 2 * kRows) << "kept under another number";
+  AddExposure(*table, exposure);
+  EXPECT_TRUE(FindExposure(*table, exposure));
+}
+
 TEST_F(MaintenanceTest, RepairGoesOnAfterSeveralDamagedPages) {
   const auto before = Ids(path_);
   for (const char* name : {"P300Anna", "P1200Anna", "P2990Anna"})
