@@ -68,7 +68,7 @@ TEST(ChainTest, SeveralFaultsInARowLoseNothing) {
   for (std::uint64_t i = 1; i <= 1200; ++i) seeds.push_back({i});
   Scene scene(ScenarioNamed("update_new"));
   Findings findings("chains");
-  for (const Seed& seed : Chosen(seeds, 40)) {
+  for (const Seed& seed : Chosen(seeds, 25)) {
     scene.BeginAnew();
     findings.Add(seed.Text(), Chain(scene, seed.value).Goes());
   }

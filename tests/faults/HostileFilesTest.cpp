@@ -86,7 +86,7 @@ TEST_P(HostileFilesTest, HarmNoCommand) {
   std::vector<Seed> seeds;
   for (std::uint64_t i = 1; i <= 600; ++i) seeds.push_back({i});
   Findings findings(std::string("hostile files ") + GetParam());
-  for (const Seed& seed : Chosen(seeds, 12)) findings.Add(seed.Text(), Suffers(scene, seed.value));
+  for (const Seed& seed : Chosen(seeds, 8)) findings.Add(seed.Text(), Suffers(scene, seed.value));
   std::puts(findings.Text().c_str());
   EXPECT_EQ(findings.Failed(), 0U) << findings.Text();
 }

@@ -30,7 +30,7 @@ std::string NameOf(const testing::TestParamInfo<Scenario>& scenario) {
 INSTANTIATE_TEST_SUITE_P(Faults, SweepTest, testing::ValuesIn(AllScenarios()), NameOf);
 
 TEST_P(SweepTest, FileCallsFail) {
-  Tries("file calls", Chosen(EveryFileFault(scene_.Recorded()), 60));
+  Tries("file calls", Chosen(EveryFileFault(scene_.Recorded()), 45));
 }
 
 TEST_P(SweepTest, AllocationsFail) {
@@ -38,7 +38,7 @@ TEST_P(SweepTest, AllocationsFail) {
   GTEST_SKIP() << "the sanitizers bring their own allocation";
 #endif
   if (GetParam().name == "report") GTEST_SKIP() << "the libraries that find fonts do not survive it";
-  Tries("allocations", Chosen(EveryAllocation(scene_.Allocations()), 40));
+  Tries("allocations", Chosen(EveryAllocation(scene_.Allocations()), 25));
 }
 
 class ChangingSweepTest : public SweepTest {};
@@ -46,13 +46,13 @@ class ChangingSweepTest : public SweepTest {};
 INSTANTIATE_TEST_SUITE_P(Faults, ChangingSweepTest, testing::ValuesIn(ChangingScenarios()), NameOf);
 
 TEST_P(ChangingSweepTest, Kills) {
-  Tries("kills", Chosen(EveryKill(scene_.Recorded()), 15));
+  Tries("kills", Chosen(EveryKill(scene_.Recorded()), 12));
 }
 
 TEST_P(ChangingSweepTest, PowerCuts) {
   constexpr int kVariants = 12;
   Findings findings("power cuts " + GetParam().name);
-  CutPower(scene_, Chosen(EveryPowerCut(scene_.Recorded(), kVariants), 40), Disk::Flushing::kWorks, findings);
+  CutPower(scene_, Chosen(EveryPowerCut(scene_.Recorded(), kVariants), 25), Disk::Flushing::kWorks, findings);
   Expect(findings);
 }
 
@@ -61,7 +61,7 @@ TEST_P(ChangingSweepTest, PowerCuts) {
 TEST(MethodTest, PowerCutsSeeThatFlushingIsMissing) {
   Scene scene(ScenarioNamed("update_new"));
   Findings findings("power cuts without flushing");
-  CutPower(scene, EveryPowerCut(scene.Recorded(), 8), Disk::Flushing::kIsIgnored, findings);
+  CutPower(scene, EveryPowerCut(scene.Recorded(), 5), Disk::Flushing::kIsIgnored, findings);
   EXPECT_GT(findings.Failed(), findings.Tried() / 10) << findings.Text();
 }
 

@@ -147,6 +147,8 @@ RepairReport RepairFile(const std::string& path, const MaintenanceProgress& prog
                         const FinishRepair& finish, const std::shared_ptr<EngineState>& state) {
   RepairReport report;
   const auto damaged = OpenDamaged(path, state);
+  // What a repair that was cut off has left goes, whether or not there is anything to mend this time.
+  platform::SweepUnfinished(FilePath(path));
   report.findings = CheckStructure(*damaged);
   if (report.WasDamaged()) {
     std::error_code error;
