@@ -76,13 +76,13 @@ constexpr std::chrono::hours kGraceWithoutSolitude{24};
 
 std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange, std::error_code& error) {
   std::vector<TakenFile> found;
-  const std::string exchangeName = exchange.filename().string();
+  const std::string exchangeName = platform::FromPath(exchange.filename());
   std::filesystem::path folder = exchange.parent_path();
   if (folder.empty()) folder = ".";
   error.clear();
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
-    std::optional<TakenFile> taken = ParseName(entry->path().filename().string(), exchangeName);
+    std::optional<TakenFile> taken = ParseName(platform::FromPath(entry->path().filename()), exchangeName);
     const auto size = taken ? platform::FileSize(entry->path()) : std::nullopt;
     if (!size) continue;
     taken->path = entry->path();
