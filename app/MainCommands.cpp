@@ -83,6 +83,7 @@ report::PrintContext frmMDIMain::PrintContext() {
           .clock = context_.services.clock,
           .shortDate = context_.shortDate,
           .site = [this] { return context_.globals.SiteGl; },
+          .log = [this] { return context_.globals.strDataFileGl; },
           .open = open};
 }
 

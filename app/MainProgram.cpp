@@ -11,11 +11,7 @@ namespace varnlog::app {
 using core::literals::operator""_key;
 
 bool MainProgram::LoadBeforeShow() {
-  core::SetDataFolder(globals_, start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl));
-  if (globals_.DataPathGl.empty()) {
-    services_.Messages().Critical("MN_ERR_DBNOTFOUND"_key);
-    return false;
-  }
+  if (!start::FindHostData(globals_, services_)) return false;
   start::ReadHostSettings(globals_, services_.ini);
   start::LoadSettings(globals_, services_.ini);
   start::InstallDataFile(globals_, services_);

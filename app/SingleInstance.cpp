@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLocalSocket>
+#include <QStandardPaths>
 #include <QThread>
 
 #include "ui/QtText.h"
@@ -30,14 +31,16 @@ bool Reach(const QString& name) {
 QString NameFor(const std::string& programFolder) {
   const QString folder = QFileInfo(ui::ToQString(programFolder)).canonicalFilePath();
   const QByteArray owner = (QDir::homePath() + QLatin1Char('|') + folder).toUtf8();
-  return QStringLiteral("varnlog-") +
-         QString::fromLatin1(QCryptographicHash::hash(owner, QCryptographicHash::Sha256).toHex().left(24));
+  const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+  return QDir(runtime).filePath(
+      QStringLiteral("varnlog-") +
+      QString::fromLatin1(QCryptographicHash::hash(owner, QCryptographicHash::Sha256).toHex().left(24)));
 }
 
 }  // namespace
 
 SingleInstance::SingleInstance(const std::string& programFolder)
-    : name_(NameFor(programFolder)), lock_(QDir::temp().filePath(name_ + QStringLiteral(".lock"))) {
+    : name_(NameFor(programFolder)), lock_(name_ + QStringLiteral(".lock")) {
   // However long the program runs; the lock of a copy that crashed is taken over at once.
   lock_.setStaleLockTime(0);
 }
@@ -60,9 +63,13 @@ void SingleInstance::Hear() {
   });
 }
 
-void SingleInstance::ActivateOther() const {
+bool SingleInstance::ActivateOther() const {
   const QDeadlineTimer patience(kMillisecondsToAnswer);
-  while (!Reach(name_) && !patience.hasExpired()) QThread::msleep(kMillisecondsBetweenTries);
+  while (!Reach(name_)) {
+    if (patience.hasExpired()) return false;
+    QThread::msleep(kMillisecondsBetweenTries);
+  }
+  return true;
 }
 
 }  // namespace varnlog::app

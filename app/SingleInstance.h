@@ -8,7 +8,8 @@
 
 namespace varnlog::app {
 
-/// Lets one copy of the program run for each user and program folder.
+/// Lets one copy of the program run for each user and program folder. What it keeps for that lies in the
+/// user's runtime folder, where nobody else can put anything in its way.
 class SingleInstance {
  public:
   explicit SingleInstance(const std::string& programFolder);
@@ -17,8 +18,11 @@ class SingleInstance {
   /// over.
   [[nodiscard]] bool Claim();
 
-  /// Asks the running copy to come to the front.
-  void ActivateOther() const;
+  /// Asks the running copy to come to the front; false when there is nobody who answers.
+  [[nodiscard]] bool ActivateOther() const;
+
+  /// Where the copy that runs is noted.
+  [[nodiscard]] QString LockFile() const { return lock_.fileName(); }
 
   /// Called in the first copy when another one was started.
   void OnActivation(std::function<void()> handler) { handler_ = std::move(handler); }
@@ -26,7 +30,7 @@ class SingleInstance {
  private:
   void Hear();
 
-  QString name_;
+  QString name_;  // the whole path
   QLockFile lock_;
   QLocalServer server_;
   std::function<void()> handler_;

@@ -36,6 +36,7 @@ core::TextKey TextOf(ConversionStep step) {
 frmConvert::frmConvert(QWidget* parent, const core::TextLookup& texts, core::UserDialog& user)
     : QDialog(parent), texts_(texts), user_(user), label_(new QLabel), prgBar_(new QProgressBar) {
   setObjectName("frmConvert");
+  label_->setTextFormat(Qt::PlainText);
   setWindowTitle(Caption(texts, "CV_CAPTION"_key));
   setWindowModality(Qt::ApplicationModal);
   prgBar_->setObjectName("prgBar");

@@ -189,6 +189,7 @@ void frmMDIMain::BuildStatusBar() {
   statusBar()->setAccessibleName(Caption(context_.services.texts, "MN_STATUSBAR"_key));
   filePanel_ = new QLabel;
   filePanel_->setObjectName("pnlFile");
+  filePanel_->setTextFormat(Qt::PlainText);
   filePanel_->setMargin(kPanelMargin);
   // A long path is cut by the window rather than keeping the window from getting narrower.
   filePanel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -225,7 +226,7 @@ void frmMDIMain::ShowStatus() {
   const CommandState state = program_.State();
   filePanel_->setText(state.dataFileOpen ? QView(context_.globals.strDataFileGl)
                                          : Caption(texts, "MN_STATUS_NOFILE"_key));
-  filePanel_->setToolTip(filePanel_->text());
+  filePanel_->setToolTip(ui::PlainToolTip(filePanel_->text()));
   readOnlyPanel_->setVisible(state.dataFileOpen && state.readOnly);
   const std::size_t pending = program_.Edits().Count();
   pendingPanel_->setVisible(pending > 0);

@@ -53,6 +53,7 @@ frmProperties::frmProperties(QWidget* parent, core::Globals& globals, const star
 
 QLabel* frmProperties::AddFact(QFormLayout* form, TextKey label, const char* name) {
   auto* fact = new QLabel;
+  fact->setTextFormat(Qt::PlainText);
   fact->setObjectName(name);
   fact->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   fact->setWordWrap(true);

@@ -1,9 +1,11 @@
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QMessageBox>
 #include <QTranslator>
 
 #include "app/SingleInstance.h"
@@ -58,6 +60,37 @@ Arguments ParseArguments(int argc, char** argv) {
   return {parser.value(folder), parser.value(language)};
 }
 
+/// What no window has caught, a failing allocation above all, ends in a message and not in the program's end.
+class Application final : public QApplication {
+ public:
+  using QApplication::QApplication;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    try {
+      return QApplication::notify(receiver, event);
+    } catch (const std::exception& error) {
+      std::fprintf(stderr, "varnlog: %s\n", error.what());
+      if (!telling_) Tell(error.what());
+      return false;
+    }
+  }
+
+ private:
+  void Tell(const char* reason) {
+    telling_ = true;
+    try {
+      QMessageBox box(QMessageBox::Critical, {}, QString::fromUtf8(reason));
+      box.setTextFormat(Qt::PlainText);
+      box.exec();
+    } catch (const std::exception&) {
+      std::fputs("varnlog: nothing more can be shown\n", stderr);
+    }
+    telling_ = false;
+  }
+
+  bool telling_ = false;
+};
+
 /// The one text that cannot come from the language database.
 void ShowFatal(ui::MessageBox& user) {
   user.Show({"Couldn't access language ressources. Application is terminating now.", "Error",
@@ -77,8 +110,11 @@ int RunProgram(core::Globals& globals, const std::string& givenLanguage) {
   }
   const bool hasTexts = texts.InitLanguage();
   if (!first) {
-    if (hasTexts) instance.ActivateOther();
-    return kDone;
+    if (!hasTexts || instance.ActivateOther()) return kDone;
+    texts.SetLanguage(ini.ReadString("App", "Language", globals.IniFileGl));
+    core::Messages(user, texts)
+        .Critical("MN_ERR_RUNNING"_key, {{"strFile", ui::FromQString(instance.LockFile())}});
+    return kFailed;
   }
   if (!hasTexts) {
     ShowFatal(user);
@@ -103,11 +139,9 @@ int RunProgram(core::Globals& globals, const std::string& givenLanguage) {
   return window.Load() ? QApplication::exec() : kFailed;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   const Arguments arguments = ParseArguments(argc, argv);
-  const QApplication application(argc, argv);
+  const Application application(argc, argv);
 
   core::Globals globals;
   core::SetProgramFolder(globals, ui::FromQString(arguments.folder));
@@ -117,4 +151,15 @@ int main(int argc, char** argv) {
     return kFailed;
   }
   return RunProgram(globals, ui::FromQString(arguments.language));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "varnlog: %s\n", error.what());
+    return kFailed;
+  }
 }

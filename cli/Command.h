@@ -19,8 +19,8 @@ struct Command {
   void (*validate)(const Options& options);
   /// Results go to `output`. Throws JobError, OutputError or dao::EngineError.
   void (*run)(Session& session, const Options& options, Output& output);
-  /// Whether it works on the log of an imaging suite.
-  bool needsSuite = true;
+  /// What it works on.
+  enum class Works { kOnFiles, kOnTheLog, kOnLogAndSuite } works = Works::kOnTheLog;
 };
 
 /// All of them, in the order of the help text.

@@ -8,14 +8,14 @@ namespace {
 
 constexpr std::array kCommands = {
     Command{"update", "take the exposures that the imaging suite reported into the log", AddUpdateOptions,
-            nullptr, RunUpdateCommand},
+            nullptr, RunUpdateCommand, Command::Works::kOnLogAndSuite},
     Command{"list", "print rows of the log", AddListOptions, ValidateSelection, RunListCommand},
 #ifdef VARNLOG_HAS_REPORT  // not in a build without Qt
     Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,
             RunReportCommand},
 #endif
     Command{"convert", "take the rows of a log of the earlier program into a new log", AddConvertOptions,
-            nullptr, RunConvertCommand, false},
+            nullptr, RunConvertCommand, Command::Works::kOnFiles},
     Command{"check", "verify the log file", nullptr, nullptr, RunCheckCommand},
     Command{"compact", "rewrite the log file without the room that it no longer needs", nullptr, nullptr,
             RunCompactCommand},

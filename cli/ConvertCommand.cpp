@@ -1,5 +1,7 @@
 #include <filesystem>
 
+#include <CLI/CLI.hpp>
+
 #include "cli/Command.h"
 #include "core/Installation.h"
 #include "db/modCommon.h"
@@ -42,7 +44,11 @@ std::string Summary(const Session& session, const ConversionResult& result) {
                                                            {"dLast", date(result.found.last)}});
   const std::string compared =
       session.Text("CV_COMPARED"_key, {{"lngValues", std::to_string(result.comparedValues)}});
-  return rows + "\n" + compared + "\n";
+  std::string summary = rows + "\n" + compared + "\n";
+  if (!result.keptFile.empty()) {
+    summary += session.Text("CV_REPLACED"_key, {{"strFile", platform::FromPath(result.keptFile)}}) + "\n";
+  }
+  return summary;
 }
 
 }  // namespace
@@ -53,7 +59,8 @@ void AddConvertOptions(CLI::App& command, Options& options) {
       ->transform(FromCurrentFolder);
   command.add_option("NEW.mdb", options.newLog, "the new log")->required()->transform(FromCurrentFolder);
   command.add_flag("--partial", options.partial, "take over what can be read of a damaged log");
-  command.add_flag("--overwrite", options.overwrite, "replace NEW.mdb if it exists");
+  command.add_flag("--overwrite", options.overwrite,
+                   "replace NEW.mdb if it exists; the replaced file is kept beside it");
 }
 
 void RunConvertCommand(Session& session, const Options& options, Output& output) {

@@ -1,8 +1,14 @@
 #include "cli/RowWriter.h"
+#include "platform/Terminal.h"
 
 namespace varnlog::cli {
 
 namespace {
+
+/// Spreadsheets run a cell that begins so, whoever typed the name or comment that is in it.
+bool LooksLikeFormula(std::string_view text) {
+  return !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
+}
 
 bool NeedsQuotes(std::string_view text) {
   return text.find_first_of(",\"\r\n") != std::string_view::npos ||
@@ -11,22 +17,28 @@ bool NeedsQuotes(std::string_view text) {
 
 class CsvWriter final : public RowWriter {
  public:
-  explicit CsvWriter(Output& output) : output_(output) {}
+  CsvWriter(Output& output, Values values) : output_(output), values_(values) {}
 
   void Begin(const std::vector<std::string>& headings) override {
-    for (const std::string& heading : headings) Append(heading);
+    for (const std::string& heading : headings) AppendCell(heading);
     EndLine();
   }
 
   void Add(const Row& row) override {
-    for (const Cell& cell : row) Append(cell.text);
+    for (const Cell& cell : row) {
+      if (values_ == Values::kRaw || cell.isNumber) {
+        AppendCell(cell.text);
+      } else {
+        AppendCell((LooksLikeFormula(cell.text) ? "'" : "") + platform::PrintableText(cell.text, "\t\r\n"));
+      }
+    }
     EndLine();
   }
 
   void End() override {}
 
  private:
-  void Append(std::string_view text) {
+  void AppendCell(std::string_view text) {
     if (!isFirst_) line_ += ',';
     isFirst_ = false;
     if (!NeedsQuotes(text)) {
@@ -49,26 +61,27 @@ class CsvWriter final : public RowWriter {
   }
 
   Output& output_;
+  Values values_;
   std::string line_;
   bool isFirst_ = true;
 };
 
 }  // namespace
 
-std::unique_ptr<RowWriter> MakeCsvWriter(Output& output) {
-  return std::make_unique<CsvWriter>(output);
+std::unique_ptr<RowWriter> MakeCsvWriter(Output& output, Values values) {
+  return std::make_unique<CsvWriter>(output, values);
 }
 
-std::unique_ptr<RowWriter> MakeRowWriter(ListFormat format, Output& output) {
+std::unique_ptr<RowWriter> MakeRowWriter(ListFormat format, Values values, Output& output) {
   switch (format) {
     case ListFormat::kCsv:
-      return MakeCsvWriter(output);
+      return MakeCsvWriter(output, values);
     case ListFormat::kJson:
       return MakeJsonWriter(output);
     case ListFormat::kTable:
       break;
   }
-  return MakeTableWriter(output);
+  return MakeTableWriter(output, values);
 }
 
 }  // namespace varnlog::cli

@@ -1,6 +1,8 @@
 #include <map>
 #include <memory>
 
+#include <CLI/CLI.hpp>
+
 #include "cli/Command.h"
 #include "cli/RowSource.h"
 #include "cli/RowWriter.h"
@@ -47,6 +49,9 @@ void AddListOptions(CLI::App& command, Options& options) {
       ->option_text("table|csv|json");
   command.add_flag("--display", options.display,
                    "the columns of the program's log view instead of the stored fields");
+  command.add_flag(
+      "--raw", options.raw,
+      "table and csv: texts exactly as they are stored, even what a terminal or a spreadsheet obeys");
 }
 
 void ValidateSelection(const Options& options) {
@@ -56,12 +61,12 @@ void ValidateSelection(const Options& options) {
 
 void RunListCommand(Session& session, const Options& options, Output& output) {
   SetSelection(session.globals(), options, session.shortDate());
-  session.InstallLog();
   session.OpenLog(Session::Access::kRead);
   const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
   const auto rows = session.Log().OpenRecordset(selection.sql);
   const auto source = options.display ? MakeDisplayedRows(*rows, session) : MakeStoredRows(*rows);
-  WriteRows(*rows, *source, *MakeRowWriter(options.format, output));
+  WriteRows(*rows, *source,
+            *MakeRowWriter(options.format, options.raw ? Values::kRaw : Values::kHarmless, output));
 }
 
 }  // namespace varnlog::cli

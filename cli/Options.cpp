@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+#include <CLI/CLI.hpp>
+
 #include "platform/Files.h"
 
 namespace varnlog::cli {

@@ -4,11 +4,13 @@
 #include <string>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "core/Selection.h"
 #include "core/TextLookup.h"
 #include "platform/ShortDate.h"
+
+namespace CLI {
+class App;
+}
 
 namespace varnlog::cli {
 
@@ -24,12 +26,14 @@ struct Options {
   std::string patient;
   ListFormat format = ListFormat::kTable;
   bool display = false;
+  bool raw = false;
   std::string output;  // the report's file
   std::string oldLog;  // to convert
   std::string newLog;  //
   bool partial = false;
   bool overwrite = false;
   bool despiteClock = false;
+  bool otherLog = false;
 };
 
 /// The full path, as long as the current folder is still the user's own.

@@ -1,5 +1,7 @@
 #include <filesystem>
 
+#include <CLI/CLI.hpp>
+
 #include "cli/Command.h"
 #include "logview/Selection.h"
 #include "platform/Files.h"
@@ -34,7 +36,7 @@ void SaveReport(Session& session, dao::Recordset& rows, const std::string& headl
   PageProgress progress(session.user());
   const report::ReportJob job = report::BeginReport(session.texts(), session.globals().SiteGl, headline,
                                                     session.clock().Today(), session.shortDate(), rows);
-  if (!report::SaveReportAsPdf(job, file, progress)) throw JobError("");
+  if (!report::SaveReportAsPdf(job, {.file = file, .log = session.LogFile()}, progress)) throw JobError("");
 }
 
 }  // namespace
@@ -49,7 +51,6 @@ void AddReportOptions(CLI::App& command, Options& options) {
 
 void RunReportCommand(Session& session, const Options& options, Output& /*output*/) {
   SetSelection(session.globals(), options, session.shortDate());
-  session.InstallLog();
   session.OpenLog(Session::Access::kRead);
   const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
   const auto rows = session.Log().OpenRecordset(selection.sql);

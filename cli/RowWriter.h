@@ -33,13 +33,18 @@ class RowWriter {
   virtual void Measure(const Row& /*row*/) {}
 };
 
-/// Comma-separated values: a heading line, CRLF line ends, quotes where a value needs them. NULL is empty.
-[[nodiscard]] std::unique_ptr<RowWriter> MakeCsvWriter(Output& output);
+/// Whether values are written as they are stored, or so that what reads them cannot be made to obey them.
+enum class Values { kHarmless, kRaw };
+
+/// Comma-separated values: a heading line, CRLF line ends, quotes where a value needs them. NULL is empty. A
+/// harmless text that a spreadsheet would take for a formula has an apostrophe before it; control characters
+/// other than tabs and line breaks become blanks.
+[[nodiscard]] std::unique_ptr<RowWriter> MakeCsvWriter(Output& output, Values values);
 /// An array of objects, one row a line. NULL is null, numbers stand without quotes.
 [[nodiscard]] std::unique_ptr<RowWriter> MakeJsonWriter(Output& output);
-/// Columns aligned for a terminal. Control characters in values become blanks.
-[[nodiscard]] std::unique_ptr<RowWriter> MakeTableWriter(Output& output);
+/// Columns aligned for a terminal. In harmless values control characters become blanks.
+[[nodiscard]] std::unique_ptr<RowWriter> MakeTableWriter(Output& output, Values values);
 
-[[nodiscard]] std::unique_ptr<RowWriter> MakeRowWriter(ListFormat format, Output& output);
+[[nodiscard]] std::unique_ptr<RowWriter> MakeRowWriter(ListFormat format, Values values, Output& output);
 
 }  // namespace varnlog::cli

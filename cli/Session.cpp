@@ -49,13 +49,17 @@ void Session::ChooseLanguage() {
   ini_ = start::modINIFile(globals_.LanguageGl);
 }
 
-void Session::Start() {
-  core::SetDataFolder(globals_, start::HostDataPath(globals_.ProgramFolderGl, globals_.LanguageGl));
-  // A log that is named can be looked at where there is no imaging suite.
-  if (globals_.DataPathGl.empty() && fileGiven_.empty()) Fail("MN_ERR_DBNOTFOUND"_key);
+void Session::Start(Suite suite) {
+  configured_ = start::ConfiguredDataFile(globals_, ini_);
+  // The suite's library runs in this process: it is not loaded for a log that is named without it.
+  const bool logIsNamed = !fileGiven_.empty() || !configured_.empty();
+  if (suite == Suite::kAlways || !logIsNamed) {
+    if (!start::FindHostData(globals_, services_)) throw JobError("");
+  }
   start::ReadHostSettings(globals_, ini_);
   start::LoadSettings(globals_, ini_);
-  if (!fileGiven_.empty()) globals_.strDataFileGl = fileGiven_;
+  ownLog_ = configured_.empty() ? globals_.strDataFileGl : configured_;
+  globals_.strDataFileGl = fileGiven_.empty() ? ownLog_ : fileGiven_;
   OpenWorkspace();
 }
 
@@ -63,12 +67,24 @@ void Session::OpenWorkspace() {
   if (!start::OpenLogWorkspace(globals_)) Fail("MN_ERR_DBACCESS"_key);
 }
 
-void Session::InstallLog() {
-  if (fileGiven_.empty() && !start::InstallDataFile(globals_, services_)) throw JobError("");
+void Session::InstallDefaultLog() {
+  if (!fileGiven_.empty() || !configured_.empty()) return;
+  const bool wasThere = db::FileExists(LogFile());
+  if (!start::InstallDataFile(globals_, services_)) throw JobError("");
+  if (!wasThere) services_.Messages().Inform("VC_NEWLOG"_key, {{"strFile", LogFile()}});
 }
 
 void Session::RequireLogFile() {
-  if (!db::FileExists(LogFile())) Fail("VC_ERR_NODATAFILE"_key, {{"strFile", LogFile()}});
+  if (db::FileExists(LogFile())) return;
+  const bool isConfigured = fileGiven_.empty() && !configured_.empty();
+  Fail(isConfigured ? "VC_ERR_LOGGONE"_key : "VC_ERR_NODATAFILE"_key, {{"strFile", LogFile()}});
+}
+
+void Session::RequireOwnLog() {
+  if (fileGiven_.empty() || platform::SameFile(platform::ToPath(fileGiven_), platform::ToPath(ownLog_))) {
+    return;
+  }
+  Fail("VC_ERR_OTHERLOG"_key, {{"strFile", fileGiven_}, {"strDataFile", ownLog_}});
 }
 
 bool Session::LogIsWritable() const {

@@ -35,15 +35,21 @@ class Session {
     kWrite,
   };
 
+  /// Whether a job needs the imaging suite, besides for finding a log that nobody named.
+  enum class Suite { kForTheLog, kAlways };
+
   // Each of these throws JobError when it fails.
 
   /// Finds the files, reads the settings and opens the log workspace.
-  void Start();
+  void Start(Suite suite);
   /// The log workspace alone, for a job that needs neither imaging suite nor settings.
   void OpenWorkspace();
-  /// Makes an empty log from the template when the INI file's log does not exist.
-  void InstallLog();
+  /// Makes an empty default log, and says so, when there is none and neither the settings nor the user name
+  /// another. A log that is named and not there is never replaced by an empty one.
+  void InstallDefaultLog();
   void RequireLogFile();
+  /// Fails for a log other than the one that the suite's exposures belong in.
+  void RequireOwnLog();
   /// Says that the log has to be converted first, if it is one of the earlier program.
   void RefuseOldLog();
   /// Opens and checks the log; an old layout is brought up to date where the file can be written.
@@ -88,6 +94,8 @@ class Session {
   platform::ShortDate shortDate_ = platform::ShortDate::FromSystem();
   start::Services services_{ini_, texts_, user_, clock_};
   std::string fileGiven_;
+  std::string configured_;  // the log that the settings name
+  std::string ownLog_;      // that one, else the default log
 };
 
 }  // namespace varnlog::cli

@@ -9,18 +9,9 @@ namespace {
 
 constexpr std::string_view kGap = "  ";
 
-/// A stored line break or escape sequence must not reach the terminal.
-std::string Printable(std::string_view text) {
-  std::string out(text);
-  for (char& c : out) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return out;
-}
-
 class TableWriter final : public RowWriter {
  public:
-  explicit TableWriter(Output& output) : output_(output) {}
+  TableWriter(Output& output, Values values) : output_(output), values_(values) {}
 
   void Begin(const std::vector<std::string>& headings) override {
     for (const std::string& heading : headings) headings_.push_back({.text = heading});
@@ -32,7 +23,7 @@ class TableWriter final : public RowWriter {
 
   void Measure(const Row& row) override {
     for (std::size_t i = 0; i < row.size(); ++i) {
-      widths_[i] = std::max(widths_[i], platform::DisplayWidth(Printable(row[i].text)));
+      widths_[i] = std::max(widths_[i], platform::DisplayWidth(Shown(row[i].text)));
     }
   }
 
@@ -51,6 +42,10 @@ class TableWriter final : public RowWriter {
   void End() override { BeginTable(); }
 
  private:
+  [[nodiscard]] std::string Shown(const std::string& text) const {
+    return values_ == Values::kRaw ? text : platform::PrintableText(text);
+  }
+
   /// The headings wait until every row has been measured.
   void BeginTable() {
     if (hasBegun_) return;
@@ -65,13 +60,14 @@ class TableWriter final : public RowWriter {
   }
 
   void AppendCell(const Cell& cell, std::size_t width) {
-    const std::string text = Printable(cell.text);
+    const std::string text = Shown(cell.text);
     const std::size_t used = platform::DisplayWidth(text);
     const std::string padding(width > used ? width - used : 0, ' ');
     line_ += cell.isNumber ? padding + text : text + padding;
   }
 
   Output& output_;
+  Values values_;
   Row headings_;
   std::vector<std::size_t> widths_;
   std::string line_;
@@ -80,8 +76,8 @@ class TableWriter final : public RowWriter {
 
 }  // namespace
 
-std::unique_ptr<RowWriter> MakeTableWriter(Output& output) {
-  return std::make_unique<TableWriter>(output);
+std::unique_ptr<RowWriter> MakeTableWriter(Output& output, Values values) {
+  return std::make_unique<TableWriter>(output, values);
 }
 
 }  // namespace varnlog::cli

@@ -31,13 +31,8 @@ std::string WithoutAccelerator(std::string text) {
 
 std::string OneLine(std::string_view text) {
   std::string line;
-  for (const char c : text) {
-    const bool isControl = static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-    if (!isControl) {
-      line += c;
-    } else if (!line.empty() && line.back() != ' ') {
-      line += ' ';
-    }
+  for (const char c : platform::PrintableText(text)) {
+    if (c != ' ' || (!line.empty() && line.back() != ' ')) line += c;
   }
   line.erase(line.find_last_not_of(' ') + 1);
   return line;

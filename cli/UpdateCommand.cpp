@@ -1,3 +1,5 @@
+#include <CLI/CLI.hpp>
+
 #include "cli/Command.h"
 #include "intake/UpdateRun.h"
 
@@ -17,12 +19,14 @@ std::string Summary(const intake::UpdateResult& result) {
 void AddUpdateOptions(CLI::App& command, Options& options) {
   command.add_flag("--despite-clock", options.despiteClock,
                    "take exposures although the clock is more than a day behind the newest one in the log");
+  command.add_flag("--other-log", options.otherLog,
+                   "take the exposures into the log of --file although it is not this practice's log");
 }
 
 void RunUpdateCommand(Session& session, const Options& options, Output& output) {
   core::Globals& globals = session.globals();
-  if (globals.DataPathGl.empty()) session.Fail("MN_ERR_DBNOTFOUND"_key);
-  session.InstallLog();
+  if (!options.otherLog) session.RequireOwnLog();
+  session.InstallDefaultLog();
   session.OpenLog(Session::Access::kWrite);
   if (globals.ReadOnlyGl) session.Fail("VC_ERR_READONLY"_key, {{"strFile", session.LogFile()}});
 

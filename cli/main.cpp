@@ -25,7 +25,7 @@ enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 }
 
 void WriteError(const std::string& text) {
-  if (!text.empty()) std::fprintf(stderr, "varnlogctl: %s\n", text.c_str());
+  if (!text.empty()) std::fprintf(stderr, "varnlogctl: %s\n", OneLine(text).c_str());
 }
 
 /// What a command found out before it failed is written all the same.
@@ -44,10 +44,15 @@ void RunCommand(const Command& command, Session& session, const Options& options
 
 void RunJob(const Command& command, Session& session, const Options& options) {
   try {
-    if (command.needsSuite) {
-      session.Start();
-    } else {
-      session.OpenWorkspace();
+    switch (command.works) {
+      case Command::Works::kOnFiles:
+        session.OpenWorkspace();
+        break;
+      case Command::Works::kOnTheLog:
+        session.Start(Session::Suite::kForTheLog);
+        break;
+      case Command::Works::kOnLogAndSuite:
+        session.Start(Session::Suite::kAlways);
     }
     RunCommand(command, session, options);
   } catch (const OutputError& error) {

@@ -1,6 +1,7 @@
 #include "core/TextLookup.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace varnlog::core {
 namespace {
@@ -41,16 +42,31 @@ std::string RememberedTexts::GetText(TextKey key) const {
 std::string ReplacePlaceholder(std::string_view text, std::string_view name, std::string_view value) {
   const std::string marker = Marker(name);
   // A value that holds the marker (a file may be called so) must not be searched again: there would be no
-  // end.
-  const std::size_t step = Find(value, marker, 0) == std::string_view::npos ? 0 : value.size();
-  std::string result(text);
-  std::size_t from = 0;
-  for (;;) {
-    const std::size_t place = Find(result, marker, from);
-    if (place == std::string::npos) return result;
-    result.replace(place, marker.size(), value);
-    from = step == 0 ? 0 : place + step;
+  // end. Any other may make a marker together with what stands beside it.
+  const bool isSearched = Find(value, marker, 0) == std::string_view::npos;
+  std::string result;
+  std::size_t searchedFrom = 0;
+  std::vector<std::string_view> pending = {text};
+  while (!pending.empty()) {
+    std::string_view& next = pending.back();
+    if (next.empty()) {
+      pending.pop_back();
+      continue;
+    }
+    result += next.front();
+    next.remove_prefix(1);
+    if (result.back() != '$' || result.size() - searchedFrom < marker.size()) continue;
+    const std::size_t place = result.size() - marker.size();
+    if (Find(result, marker, place) != place) continue;
+    result.resize(place);
+    if (isSearched) {
+      pending.push_back(value);
+    } else {
+      result += value;
+      searchedFrom = result.size();
+    }
   }
+  return result;
 }
 
 std::string ReplaceFirstPlaceholder(std::string_view text, std::string_view name, std::string_view value) {

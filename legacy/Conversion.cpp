@@ -52,13 +52,6 @@ fs::path Resolved(const fs::path& path) {
   return error ? fs::absolute(path) : resolved;
 }
 
-// The new log is open to the same people as the old one.
-void TakeOverPermissions(const fs::path& from, const fs::path& to) {
-  std::error_code error;
-  const auto status = fs::status(from, error);
-  if (!error) fs::permissions(to, status.permissions() | fs::perms::owner_write, error);
-}
-
 bool AgreesToConversion(ConversionRun& run) {
   if (run.Result().found.verdict == LogExamination::Verdict::kDamaged)
     return run.AgreeToLoss(DamagedLog::kAsk);
@@ -77,13 +70,13 @@ void TellOfSuccess(ConversionRun& run) {
   TellOfLostProtection(run);
 }
 
-// A journal of the new log's name is some earlier file's and would be applied to the new one.
+// What an earlier file of that name left of a transaction would be applied to the new log.
 bool PutJournalAside(ConversionRun& run, const fs::path& log) {
   try {
     dao::DBEngine::PutJournalAside(platform::FromPath(log));
     return true;
-  } catch (const dao::EngineError& error) {
-    return run.Fail(run.Text("CV_ERR_WRITE"_key, error.what()));
+  } catch (const dao::EngineError& failure) {
+    return run.Fail(run.Text("CV_ERR_WRITE"_key, failure.what()));
   }
 }
 
@@ -92,7 +85,6 @@ bool Swap(ConversionRun& run, const ConversionPaths& paths) {
   if (lockFile && MayBeOpen(*lockFile) && !run.WaitForOthers()) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
   if (!PutJournalAside(run, paths.log)) return false;
-  TakeOverPermissions(paths.log, paths.growing);
   const std::error_code error = ChangePlaces(paths);
   return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
 }
@@ -123,6 +115,23 @@ bool SettleReplaced(ConversionRun& run, const ConversionContext& context, const 
   }
 }
 
+// What is replaced may be the only record of a year: it keeps a name of its own.
+std::error_code TakeName(ConversionRun& run, const fs::path& made, const fs::path& newLog, bool overwrite) {
+  std::error_code error;
+  if (!overwrite || !fs::exists(newLog, error)) {
+    return platform::RenameFile(made, newLog, platform::IfTaken::kFail);
+  }
+  const auto kept = platform::KeepAside(newLog, ".replaced", platform::Keep::kSecondName, error);
+  if (!kept) return error;
+  error = platform::RenameFile(made, newLog, platform::IfTaken::kReplace);
+  if (!error) {
+    run.Result().keptFile = *kept;
+  } else {
+    static_cast<void>(platform::RemoveFile(*kept));
+  }
+  return error;
+}
+
 bool RunTo(ConversionRun& run, const ConversionContext& context, const fs::path& newLog,
            const ConversionChoices& choices) {
   if (!run.WaitForOthers() || !run.Examine() || !run.AgreeToLoss(choices.damaged)) return false;
@@ -130,8 +139,7 @@ bool RunTo(ConversionRun& run, const ConversionContext& context, const fs::path&
   if (!run.Build(growing.Path())) return false;
   if (!run.IsUnchanged()) return run.Fail(run.Text("CV_ERR_INUSE"_key));
   if (!SettleReplaced(run, context, newLog) || !PutJournalAside(run, newLog)) return false;
-  std::error_code error = platform::RenameFile(
-      growing.Path(), newLog, choices.overwrite ? platform::IfTaken::kReplace : platform::IfTaken::kFail);
+  const std::error_code error = TakeName(run, growing.Path(), newLog, choices.overwrite);
   return !error || run.Fail(run.Text("CV_ERR_WRITE"_key, error.message()));
 }
 

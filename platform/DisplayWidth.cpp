@@ -3,6 +3,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
+#include "platform/CodePage.h"
 #include "platform/Terminal.h"
 
 namespace varnlog::platform {
@@ -16,7 +17,33 @@ std::size_t WidthOf(UChar32 character) {
   return width == U_EA_FULLWIDTH || width == U_EA_WIDE ? 2 : 1;
 }
 
+bool IsControl(char32_t character) {
+  constexpr char32_t kFirstPrintable = 0x20;
+  constexpr char32_t kDelete = 0x7F;
+  constexpr char32_t kLastEightBitControl = 0x9F;
+  if (character < kFirstPrintable) return true;
+  if (character >= kDelete && character <= kLastEightBitControl) return true;
+  return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_BIDI_CONTROL) != 0 ||
+         character == U'\u2028' || character == U'\u2029';
+}
+
 }  // namespace
+
+std::string PrintableText(std::string_view text, std::string_view kept) {
+  std::string printable;
+  printable.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view before = text;
+    const auto character = NextCharacter(text);
+    const bool isKept = kept.find(before.front()) != std::string_view::npos;
+    if (!isKept && (!character || IsControl(*character))) {
+      printable += ' ';
+    } else {
+      printable.append(before.substr(0, before.size() - text.size()));
+    }
+  }
+  return printable;
+}
 
 std::size_t DisplayWidth(std::string_view text) {
   const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };

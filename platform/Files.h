@@ -31,6 +31,10 @@ namespace varnlog::platform {
 /// counts as protected even for a user whom the system would let through.
 [[nodiscard]] bool IsWritable(const std::filesystem::path& path);
 
+/// Whether others than its owner, this user and the system's administrator may change the file, or exchange
+/// the files in the folder. True as well when that cannot be found out.
+[[nodiscard]] bool MayBeChangedByOthers(const std::filesystem::path& path);
+
 /// The whole file. Fails with std::errc::file_too_large beyond `limit` bytes.
 [[nodiscard]] std::optional<std::string> ReadWholeFile(const std::filesystem::path& path,
                                                        std::error_code& error,

@@ -1,9 +1,12 @@
 #include "report/PdfFile.h"
 
-#include <QFileInfo>
-#include <QPdfWriter>
-#include <QSaveFile>
+#include <filesystem>
+#include <system_error>
 
+#include <QIODevice>
+#include <QPdfWriter>
+
+#include "platform/SafeFile.h"
 #include "report/PaintedReport.h"
 
 namespace varnlog::report {
@@ -14,22 +17,48 @@ QString FromUtf8(const std::string& text) {
   return QString::fromStdString(text);
 }
 
+/// A new file for the writer, which writes in small pieces.
+class FileDevice final : public QIODevice {
+ public:
+  explicit FileDevice(platform::File& file) : file_(file) { open(QIODevice::WriteOnly); }
+
+  [[nodiscard]] const std::error_code& error() const { return error_; }
+  void Drain() {
+    if (!error_) file_.WriteAt(written_, pending_, error_);
+    written_ += pending_.size();
+    pending_.clear();
+  }
+
+ protected:
+  qint64 readData(char* /*data*/, qint64 /*size*/) override { return -1; }
+  qint64 writeData(const char* data, qint64 size) override {
+    constexpr std::size_t kPortion = std::size_t{1} << 18U;
+    pending_.append(data, static_cast<std::size_t>(size));
+    if (pending_.size() >= kPortion) Drain();
+    return error_ ? -1 : size;
+  }
+
+ private:
+  platform::File& file_;
+  std::string pending_;
+  std::uint64_t written_ = 0;
+  std::error_code error_;
+};
+
 /// The writer never says that its file is full: asked after each page, a report of a thousand pages need not
 /// be drawn to the end first.
 class WatchedProgress final : public ReportProgress {
  public:
-  WatchedProgress(ReportProgress& progress, const QFileDevice& file) : progress_(progress), file_(file) {}
+  WatchedProgress(ReportProgress& progress, const FileDevice& file) : progress_(progress), file_(file) {}
 
   bool Counting(std::int64_t rowsDone, std::int64_t rows) override {
     return progress_.Counting(rowsDone, rows);
   }
-  bool Painting(int page, int pages) override {
-    return file_.error() == QFileDevice::NoError && progress_.Painting(page, pages);
-  }
+  bool Painting(int page, int pages) override { return !file_.error() && progress_.Painting(page, pages); }
 
  private:
   ReportProgress& progress_;
-  const QFileDevice& file_;
+  const FileDevice& file_;
 };
 
 void SetUp(QPdfWriter& writer, const ReportJob& job, const QPageLayout& page) {
@@ -40,31 +69,40 @@ void SetUp(QPdfWriter& writer, const ReportJob& job, const QPageLayout& page) {
   writer.setCreator(FromUtf8(*job.report.Caption("txtProduct")));
 }
 
-[[noreturn]] void Fail(const std::string& path, const QFileDevice& file) {
-  throw SaveError(path, file.errorString().toStdString());
+/// A rename would put a plain file in the place of a device, a pipe or a link.
+void RequirePlainFile(const std::string& file) {
+  std::error_code error;
+  const auto status = std::filesystem::symlink_status(platform::ToPath(file), error);
+  const bool isOther = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+  if (isOther) throw SaveError(file, "not a plain file");
+}
+
+void RequireDone(const std::string& file, const std::error_code& error) {
+  if (error) throw SaveError(file, error.message());
 }
 
 }  // namespace
 
-bool SavePdf(const ReportJob& job, const QPageLayout& page, const std::string& path,
+bool SavePdf(const ReportJob& job, const QPageLayout& page, const PdfTarget& target,
              ReportProgress& progress) {
-  const QString name = FromUtf8(path);
-  // A rename would put a plain file in the place of a device or a pipe.
-  if (const QFileInfo old(name); old.exists() && !old.isFile()) throw SaveError(path, "not a plain file");
+  RequirePlainFile(target.file);
   PaintedReport report(job, page);
   if (!report.Paginate(progress)) return false;
-  QSaveFile file(name);
-  if (!file.open(QIODevice::WriteOnly)) Fail(path, file);
-  WatchedProgress watched(progress, file);
+  std::error_code error;
+  platform::NewFile made(platform::ToPath(target.file), error, platform::ToPath(target.log));
+  RequireDone(target.file, error);
+  FileDevice device(made.file());
+  WatchedProgress watched(progress, device);
   bool complete = false;
   {
-    QPdfWriter writer(&file);
+    QPdfWriter writer(&device);
     SetUp(writer, job, page);
     complete = report.Paint(writer, {}, watched);
   }
-  if (file.error() != QFileDevice::NoError) Fail(path, file);
+  device.Drain();
+  RequireDone(target.file, device.error());
   if (!complete) return false;
-  if (!file.commit()) Fail(path, file);
+  RequireDone(target.file, made.TakePlace(platform::IfTaken::kReplace));
   return true;
 }
 

@@ -38,8 +38,8 @@ DrawingWithoutDisplay::~DrawingWithoutDisplay() {
   qInstallMessageHandler(nullptr);
 }
 
-bool SaveReportAsPdf(const ReportJob& job, const std::string& path, ReportProgress& progress) {
-  return SavePdf(job, DefaultPageLayout(job.design), path, progress);
+bool SaveReportAsPdf(const ReportJob& job, const PdfTarget& target, ReportProgress& progress) {
+  return SavePdf(job, DefaultPageLayout(job.design), target, progress);
 }
 
 }  // namespace varnlog::report

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "report/PdfFile.h"
 #include "report/ReportErrors.h"
 #include "report/ReportJob.h"
 #include "report/ReportLayout.h"
@@ -24,6 +25,6 @@ class DrawingWithoutDisplay {
 };
 
 /// Writes the report as a PDF file on the paper of the user's country; as SavePdf in all else.
-[[nodiscard]] bool SaveReportAsPdf(const ReportJob& job, const std::string& path, ReportProgress& progress);
+[[nodiscard]] bool SaveReportAsPdf(const ReportJob& job, const PdfTarget& target, ReportProgress& progress);
 
 }  // namespace varnlog::report

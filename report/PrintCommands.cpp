@@ -159,7 +159,7 @@ void PrintCommands::SaveReport(QWidget* parent, const ReportJob& job) {
   if (!file) return;
   Guard([&] {
     ProgressWindow progress(parent, context_.texts);
-    if (SavePdf(job, page_, *file, progress)) {
+    if (SavePdf(job, page_, {.file = *file, .log = context_.log()}, progress)) {
       context_.Messages().Inform("DRS_SAVED"_key, {{"strFile", *file}});
     }
   });

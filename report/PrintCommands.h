@@ -32,6 +32,8 @@ struct PrintContext {
   const platform::ShortDate& shortDate;
   /// The practice's name, asked each time a report is begun.
   std::function<std::string()> site;
+  /// The log's file.
+  std::function<std::string()> log;
   /// May throw dao::EngineError.
   std::function<PrintSource()> open;
 

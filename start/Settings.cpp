@@ -34,28 +34,27 @@ platform::DateTime ReadDate(const core::SettingsStore& ini, const std::string& s
   return platform::ShortDate().Parse(text).value_or(platform::DateTime());
 }
 
-/// The log that the settings name; "" when they name none or one that does not exist.
-std::string NamedDataFile(const core::Globals& globals, const core::SettingsStore& ini) {
-  std::string file = ini.ReadString(kUser, "DataFile", globals.IniFileGl);
-  if (file.empty()) return {};
-  const std::filesystem::path path = platform::ToPath(file);
-  if (path.is_relative()) file = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / path);
-  return db::FileExists(file) ? file : std::string();
-}
-
 std::string DateText(platform::DateTime date) {
   return date.IsSet() ? db::DateToCompactText(date) : std::string();
 }
 
 }  // namespace
 
+std::string ConfiguredDataFile(const core::Globals& globals, const core::SettingsStore& ini) {
+  std::string file = ini.ReadString(kUser, "DataFile", globals.IniFileGl);
+  if (file.empty()) return {};
+  const std::filesystem::path path = platform::ToPath(file);
+  if (path.is_relative()) file = platform::FromPath(platform::ToPath(globals.ProgramFolderGl) / path);
+  return file;
+}
+
 void LoadSettings(core::Globals& globals, const core::SettingsStore& ini) {
   const bool hasFile = db::FileExists(globals.IniFileGl);
   for (const Switch& option : kSwitches) {
     globals.*option.member = !hasFile || ini.ReadString(kUser, option.key, globals.IniFileGl) == "1";
   }
-  globals.strDataFileGl = NamedDataFile(globals, ini);
-  if (!globals.strDataFileGl.empty()) {
+  globals.strDataFileGl = ConfiguredDataFile(globals, ini);
+  if (db::FileExists(globals.strDataFileGl)) {
     LoadSelection(globals, ini, globals.strDataFileGl);
   } else {
     globals.strDataFileGl = globals.DataPathGl + std::string(core::kDefaultLog);

@@ -1,5 +1,6 @@
 #include "start/StartUp.h"
 
+#include "core/EngineMessages.h"
 #include "core/Installation.h"
 #include "db/modCommon.h"
 #include "platform/SafeFile.h"
@@ -22,12 +23,14 @@ bool OpenLogWorkspace(core::Globals& globals) {
 }
 
 bool InstallDataFile(const core::Globals& globals, const Services& services) {
+  platform::SweepUnfinished(platform::ToPath(globals.strDataFileGl));
   if (db::FileExists(globals.strDataFileGl)) return true;
   const std::filesystem::path emptyLog = platform::ToPath(core::DeliveredFile(globals, core::kEmptyLog));
+  // A journal of a log that was moved away would be applied to the new one.
   try {
     dao::DBEngine::PutJournalAside(globals.strDataFileGl);
-  } catch (const dao::EngineError& error) {
-    services.Messages().ShowText(error.what());
+  } catch (const dao::EngineError& failure) {
+    services.Messages().ShowText(core::EngineErrorText(failure));
     return false;
   }
   // Never over a log that another workstation has put there meanwhile.

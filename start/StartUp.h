@@ -28,14 +28,23 @@ void RegisterReportComponents(platform::Launcher& launcher,
                               bool hasRegistration = platform::HasComponentRegistration());
 
 /// The imaging suite's data folder with its trailing separator, asked of the suite's library "KVFILEDB.DLL"
-/// one folder above the program; "" on any failure. `language` chooses the code page of the library's answer.
+/// one folder above the program; "" on any failure, and when the library is not to be trusted. `language`
+/// chooses the code page of the library's answer.
 [[nodiscard]] std::string HostDataPath(std::string_view programFolder, std::string_view language);
+
+/// The suite's library, or its folder, if others than its owner and this user may change it; "" if not.
+[[nodiscard]] std::string UntrustedHostLibrary(std::string_view programFolder);
+
+/// Fills DataPathGl and ExchangeFileGl from HostDataPath(); false, with DataPathGl empty, after saying why.
+[[nodiscard]] bool FindHostData(core::Globals& globals, const Services& services);
 
 /// Makes LogEngineGl and opens the workspace "MyWs".
 [[nodiscard]] bool OpenLogWorkspace(core::Globals& globals);
 
 /// The program's own INI file; nothing in it can stop the start-up.
 void LoadSettings(core::Globals& globals, const core::SettingsStore& ini);
+/// The log that the settings name, as a full path, whether it is there or not; "" when they name none.
+[[nodiscard]] std::string ConfiguredDataFile(const core::Globals& globals, const core::SettingsStore& ini);
 void SaveSettings(const core::Globals& globals, core::SettingsStore& ini);
 /// Each log remembers its own last selection, in the section named by its path.
 void LoadSelection(core::Globals& globals, const core::SettingsStore& ini, const std::string& dataFile);

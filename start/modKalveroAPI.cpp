@@ -51,14 +51,32 @@ std::string AskLibrary(const fs::path& file) {
   return answered ? std::string(buffer.data()) : std::string();
 }
 
+fs::path HostLibrary(std::string_view programFolder) {
+  return fs::canonical(platform::ToPath(programFolder) / "..") / core::kSuiteLibrary;
+}
+
 }  // namespace
+
+std::string UntrustedHostLibrary(std::string_view programFolder) {
+  try {
+    const fs::path named = HostLibrary(programFolder);
+    if (!fs::exists(named)) return {};
+    const fs::path file = fs::canonical(named);
+    // Who can exchange it decides what runs here, with the rights of whoever starts this program.
+    for (const fs::path& each : {file, file.parent_path(), named.parent_path()}) {
+      if (platform::MayBeChangedByOthers(each)) return platform::FromPath(each);
+    }
+  } catch (const fs::filesystem_error&) {
+    return {};
+  }
+  return {};
+}
 
 std::string HostDataPath(std::string_view programFolder, std::string_view language) {
   try {
-    const fs::path suite = fs::canonical(platform::ToPath(programFolder) / "..");
-    const fs::path file = suite / core::kSuiteLibrary;
-    if (!fs::exists(file)) return {};
-    const CurrentFolder inSuite(suite);
+    const fs::path file = HostLibrary(programFolder);
+    if (!fs::exists(file) || !UntrustedHostLibrary(programFolder).empty()) return {};
+    const CurrentFolder inSuite(file.parent_path());
     const std::string bytes = AskLibrary(file);
     if (bytes.empty()) return {};
     std::string path = platform::DecodeTextFile(bytes, platform::CodePage::Ansi(language));
@@ -67,6 +85,19 @@ std::string HostDataPath(std::string_view programFolder, std::string_view langua
   } catch (const std::exception&) {
     return {};
   }
+}
+
+bool FindHostData(core::Globals& globals, const Services& services) {
+  using namespace core::literals;
+  core::SetDataFolder(globals, HostDataPath(globals.ProgramFolderGl, globals.LanguageGl));
+  if (!globals.DataPathGl.empty()) return true;
+  const std::string untrusted = UntrustedHostLibrary(globals.ProgramFolderGl);
+  if (untrusted.empty()) {
+    services.Messages().Critical("MN_ERR_DBNOTFOUND"_key);
+  } else {
+    services.Messages().Critical("MN_ERR_UNTRUSTED"_key, {{"strFile", untrusted}});
+  }
+  return false;
 }
 
 }  // namespace varnlog::start

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include <QString>
+#include <QTextDocument>
 
 #include "core/TextLookup.h"
 
@@ -38,6 +39,11 @@ namespace varnlog::ui {
   text.remove(QLatin1Char('&'));
   while (text.endsWith(QLatin1Char('.')) || text.endsWith(QLatin1Char(':'))) text.chop(1);
   return text;
+}
+
+/// For tooltips with names, comments or paths in them: what looks like mark-up is shown, not obeyed.
+[[nodiscard]] inline QString PlainToolTip(const QString& text) {
+  return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
 }  // namespace varnlog::ui

@@ -1,4 +1,10 @@
+#include <algorithm>
+#include <grp.h>
+#include <pwd.h>
+#include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 #include "platform/Files.h"
 
@@ -9,6 +15,22 @@ namespace {
 std::filesystem::path Executable() {
   std::error_code error;
   return std::filesystem::read_symlink("/proc/self/exe", error);
+}
+
+std::string UserName(uid_t user) {
+  const passwd* entry = getpwuid(user);
+  return entry == nullptr ? std::string() : entry->pw_name;
+}
+
+/// Many systems give each user a group of the same name that nobody else is in.
+bool HasOthers(gid_t group, uid_t owner) {
+  const std::vector<std::string> own = {UserName(owner), UserName(geteuid()), UserName(0)};
+  const ::group* entry = getgrgid(group);
+  if (entry == nullptr || std::ranges::find(own, entry->gr_name) == own.end()) return true;
+  for (char** member = entry->gr_mem; *member != nullptr; ++member) {
+    if (std::ranges::find(own, *member) == own.end()) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -27,6 +49,13 @@ bool IsWritable(const std::filesystem::path& path) {
   const perms permissions = std::filesystem::status(path, error).permissions();
   const perms anyWrite = perms::owner_write | perms::group_write | perms::others_write;
   return !error && (permissions & anyWrite) != perms::none && access(path.c_str(), R_OK | W_OK) == 0;
+}
+
+bool MayBeChangedByOthers(const std::filesystem::path& path) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) return true;
+  if ((info.st_mode & S_IWOTH) != 0) return true;
+  return (info.st_mode & S_IWGRP) != 0 && HasOthers(info.st_gid, info.st_uid);
 }
 
 std::filesystem::path ExecutableFolder() {

@@ -41,6 +41,7 @@ class ConvertCommandTest : public testing::Test {
 TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
   HasOldLog("log-1.1-jet4-scratch.mdb");
   const std::string before = Content(old_);
+  Installation::Write(new_.string() + "-journal", "of a log that was moved away");
   const std::string listed = OnOldLog("list --format csv").out;
   const Ended run = Converts();
   EXPECT_EQ(run.status, 0) << run.err;
@@ -51,7 +52,8 @@ TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
   EXPECT_EQ(Content(old_), before);
   EXPECT_EQ(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, listed);
   EXPECT_EQ(installation_.Ctl("check --file '" + new_.string() + "'").out, "ok\n");
-  EXPECT_EQ(std::distance(fs::directory_iterator(new_.parent_path()), {}), 2);
+  EXPECT_EQ(Content(new_.string() + "-journal.aside"), "of a log that was moved away");
+  EXPECT_EQ(std::distance(fs::directory_iterator(new_.parent_path()), {}), 3);
 }
 
 TEST_F(ConvertCommandTest, NeedsNoSuiteAndTakesPathsFromTheCurrentFolder) {
@@ -70,7 +72,12 @@ TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
   EXPECT_EQ(refused.status, 1);
   EXPECT_THAT(refused.err, HasSubstr("will not be overwritten"));
   EXPECT_EQ(Content(new_), "last year's");
-  EXPECT_EQ(Converts("--overwrite").status, 0);
+  fs::permissions(old_, fs::perms::owner_read | fs::perms::owner_write);
+  const Ended replaced = Converts("--overwrite");
+  EXPECT_EQ(replaced.status, 0);
+  EXPECT_THAT(replaced.out, HasSubstr("Neu.mdb.replaced"));
+  EXPECT_EQ(Content(new_.string() + ".replaced"), "last year's");
+  EXPECT_EQ(fs::status(new_).permissions(), fs::perms(0600)) << "for whom the old log was";
   EXPECT_THAT(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, HasSubstr("Щука"));
 
   fs::copy_file(new_, installation_.log());

@@ -29,12 +29,21 @@ TEST_F(ListEscapingTest, CsvQuotesWhatNeedsIt) {
   EXPECT_THAT(ListOf("a,\"b\"\nc", "csv"), testing::EndsWith(",\"a,\"\"b\"\"\nc\"\r\n"));
 }
 
+TEST_F(ListEscapingTest, CsvGivesSpreadsheetsNoFormulasUnlessTold) {
+  for (const std::string comment : {"=1+1", "+49", "-", "@SUM(A1)", "\tx"}) {
+    EXPECT_THAT(ListOf(comment, "csv"), testing::EndsWith(",'" + comment + "\r\n"));
+  }
+  EXPECT_THAT(ListOf("a=\x1b]0;b\xC2\x9B\xE2\x80\xAE.", "csv"), testing::EndsWith(",a= ]0;b  .\r\n"));
+  EXPECT_THAT(ListOf("=\x1b[1m", "csv --raw"), testing::EndsWith(",=\x1b[1m\r\n"));
+}
+
 TEST_F(ListEscapingTest, JsonEscapesQuotesAndControlCharacters) {
   EXPECT_THAT(ListOf("a\\\"\n\t\x01ü", "json"), HasSubstr("\"tXraySComment\":\"a\\\\\\\"\\n\\t\\u0001ü\"}"));
 }
 
 TEST_F(ListEscapingTest, ATableKeepsEscapeSequencesFromTheTerminal) {
   EXPECT_THAT(ListOf("a\x1b[31mb\r\nc", "table"), HasSubstr("a [31mb  c\n"));
+  EXPECT_THAT(ListOf("a\x1b[31mb", "table --raw"), HasSubstr("a\x1b[31mb\n"));
 }
 
 }  // namespace

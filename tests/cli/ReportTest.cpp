@@ -82,7 +82,9 @@ std::vector<std::string> TextsOf(const std::string& key) {
 
 class ReportTest : public testing::Test {
  protected:
-  ReportTest() : installation_("report") {}
+  ReportTest() : installation_("report") {
+    fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
+  }
 
   void Logs(std::int64_t count) {
     tools::GeneratorOptions options;
@@ -236,6 +238,8 @@ TEST_F(ReportTest, AFailureLeavesTheOldFileAndSaysWhy) {
   Logs(300);
   Installation::Write(Pdf(), "the old report");
   const std::string target = Pdf().string();
+  const fs::path link = installation_.suite() / "verweis.pdf";
+  fs::create_symlink(Pdf(), link);
   const struct {
     const char* why;
     std::string before;
@@ -244,6 +248,7 @@ TEST_F(ReportTest, AFailureLeavesTheOldFileAndSaysWhy) {
       {"no such folder", "", installation_.suite().string() + "/nowhere/a.pdf"},
       {"a folder", "", installation_.suite().string()},
       {"a device", "", "/dev/null"},
+      {"a link, which somebody else may have made", "", link.string()},
       // What a full disk does, for a file of more than a few kilobytes.
       {"no room", "trap '' XFSZ; ulimit -f 8; ", target},
   };
@@ -260,6 +265,14 @@ TEST_F(ReportTest, AFailureLeavesTheOldFileAndSaysWhy) {
     EXPECT_TRUE(entry.path() == Pdf() ||
                 entry.path().filename().string().find("bericht") == std::string::npos)
         << entry.path() << " was left behind";
+}
+
+TEST_F(ReportTest, IsForThoseWhoMayReadTheLog) {
+  for (const unsigned mode : {0600U, 0640U}) {
+    fs::permissions(installation_.log(), fs::perms(mode));
+    EXPECT_EQ(Report("").status, 0);
+    EXPECT_EQ(fs::status(Pdf()).permissions(), fs::perms(mode));
+  }
 }
 
 TEST_F(ReportTest, WithoutAFileItIsWrongUsage) {

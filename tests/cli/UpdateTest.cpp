@@ -31,10 +31,62 @@ TEST_F(UpdateCommandTest, TakesExposuresOnceAndRemovesTheExchangeFile) {
 }
 
 TEST_F(UpdateCommandTest, WithoutAnExchangeFileThereIsNothingToDo) {
+  EXPECT_EQ(installation_.Ctl("list").status, 1);
+  EXPECT_FALSE(fs::exists(installation_.log())) << "who only looks makes no log";
   const Ended run = installation_.Ctl("update");
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.out, "read 0, added 0, changed 0, skipped 0\n");
   EXPECT_TRUE(fs::exists(installation_.log())) << "the empty log is installed";
+  EXPECT_THAT(run.err, HasSubstr(installation_.log().filename().string())) << "and that is said";
+  EXPECT_EQ(installation_.Ctl("update").err, "");
+}
+
+TEST_F(UpdateCommandTest, ALogThatTheSettingsNameIsNeverReplacedByAnEmptyOne) {
+  const fs::path named = installation_.suite() / "Server" / "Praxis.mdb";
+  Installation::Write(installation_.program() / "varnlog.ini",
+                      "[User]\r\nDataFile=" + named.string() + "\r\n");
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  for (const std::string command : {"update", "list", "report --output x.pdf", "check"}) {
+    const Ended run = installation_.Ctl(command);
+    EXPECT_EQ(run.status, 1) << command;
+    EXPECT_THAT(run.err, testing::AllOf(HasSubstr("varnlog.ini"), HasSubstr("Praxis.mdb"))) << command;
+  }
+  fs::create_directory(named.parent_path());
+  EXPECT_EQ(installation_.Ctl("update").status, 1);
+  EXPECT_FALSE(fs::exists(named) || fs::exists(installation_.log()));
+  fs::copy_file(installation_.program() / "varnlog.md0", named);
+  EXPECT_EQ(installation_.Ctl("update").out, "read 1, added 1, changed 0, skipped 0\n");
+}
+
+TEST_F(UpdateCommandTest, TakesExposuresIntoAnotherLogOnlyWhenTold) {
+  const fs::path other = installation_.suite() / "Archiv.mdb";
+  fs::copy_file(installation_.program() / "varnlog.md0", other);
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  const std::string command = "update --file '" + other.string() + "'";
+  const Ended refused = installation_.Ctl(command);
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, testing::AllOf(HasSubstr("Archiv.mdb"), HasSubstr("--other-log")));
+  EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
+  EXPECT_EQ(installation_.Ctl(command + " --other-log").out, "read 1, added 1, changed 0, skipped 0\n");
+  EXPECT_FALSE(fs::exists(installation_.log()));
+  fs::rename(other, installation_.log());
+  EXPECT_EQ(installation_.Ctl("update --file '" + installation_.log().string() + "'").status, 0)
+      << "the practice's own log under its name";
+}
+
+TEST_F(UpdateCommandTest, RunsNoLibraryThatStrangersCouldHavePutThere) {
+  fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
+  const std::string named = " --file '" + installation_.log().string() + "'";
+  for (const fs::path& open : {installation_.suite(), installation_.suite() / "KVFILEDB.DLL"}) {
+    fs::permissions(open, fs::perms::others_write, fs::perm_options::add);
+    const Ended run = installation_.Ctl("update" + named);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, HasSubstr(open.filename().string()));
+    EXPECT_EQ(installation_.Ctl("list").status, 1);
+    EXPECT_EQ(installation_.Ctl("check" + named).out, "ok\n") << "needs no library";
+    fs::permissions(open, fs::perms::others_write, fs::perm_options::remove);
+  }
+  EXPECT_EQ(installation_.Ctl("update" + named).status, 0);
 }
 
 TEST_F(UpdateCommandTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {

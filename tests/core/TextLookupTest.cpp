@@ -1,3 +1,5 @@
+#include <chrono>
+
 #include <gtest/gtest.h>
 
 #include "core/Messages.h"
@@ -31,6 +33,15 @@ TEST(Placeholder, IsReplacedWhereverItStands) {
     EXPECT_EQ(ReplacePlaceholder(row.text, "strFile", row.value), row.all) << row.text;
     EXPECT_EQ(ReplaceFirstPlaceholder(row.text, "strFile", row.value), row.first) << row.text;
   }
+}
+
+TEST(Placeholder, ManyAreReplacedInOnePass) {
+  std::string text;
+  constexpr int kCount = 200'000;
+  for (int i = 0; i < kCount; ++i) text += "$x$.";
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(ReplacePlaceholder(text, "x", "Wert").size(), std::size_t{5} * kCount);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 
 TEST(Placeholder, ValuesAreNeverSearchedAgain) {

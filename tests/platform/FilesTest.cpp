@@ -121,6 +121,23 @@ TEST_F(Files, OpensAsToldTo) {
   EXPECT_EQ(error, std::errc::no_such_file_or_directory);
 }
 
+TEST_F(Files, KnowsWhatOthersMayChange) {
+  const fs::path path = Holding("KVFILEDB.DLL", "x");
+  const auto withMode = [&](mode_t mode) {
+    EXPECT_EQ(chmod(path.c_str(), mode), 0);
+    return MayBeChangedByOthers(path);
+  };
+  EXPECT_FALSE(withMode(0755));
+  EXPECT_TRUE(withMode(0757));
+  EXPECT_TRUE(MayBeChangedByOthers(folder_ / "fehlt"));
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files to a group";
+  EXPECT_FALSE(withMode(0775)) << "nobody else is in the administrator's group";
+  constexpr gid_t kPractice = 4711;
+  ASSERT_EQ(chown(path.c_str(), 0, kPractice), 0);
+  EXPECT_TRUE(withMode(0775));
+  EXPECT_FALSE(withMode(0755));
+}
+
 TEST_F(Files, KnowsTheFileItHasOpenFromAnotherThatTookItsName) {
   const fs::path path = Holding("varnlog.sdx", "alt");
   fs::create_symlink(path, folder_ / "verweis");

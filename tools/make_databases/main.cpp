@@ -48,6 +48,8 @@ void Make(const fs::path& target, const fs::path& schema, const Fill& fill) {
   database->Execute(Content(schema));
   fill(*database);
   database->Close();
+  // A new database is private; these come with the program and are for all its users.
+  fs::permissions(unfinished, fs::perms::group_read | fs::perms::others_read, fs::perm_options::add);
   fs::rename(unfinished, target);
 }
 

@@ -82,7 +82,7 @@ TEST_F(PaintedReportTest, StoppingLeavesTheOldFile) {
     const ReportJob job = Begin();
     CountedProgress stopping;
     (stopAt == 1 ? stopping.stopAtCounting : stopping.stopAtPainting) = stopAt;
-    EXPECT_FALSE(SavePdf(job, A4(), File(), stopping));
+    EXPECT_FALSE(SavePdf(job, A4(), {File(), {}}, stopping));
   }
   std::ifstream left(File());
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(left), {}), "old");

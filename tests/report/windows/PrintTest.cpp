@@ -74,6 +74,7 @@ class PrintTest : public testing::Test {
 
   void MakeCommands() {
     commands.emplace(PrintContext{texts, user, clock, shortDate, [] { return std::string("Praxis"); },
+                                  [] { return std::string(); },
                                   [this] {
                                     return PrintSource{log.Rows(), "Aufnahmen: 2024"};
                                   }},
@@ -192,11 +193,11 @@ TEST_F(PrintTest, PaperIsChosenInTheSetupAndUsedAfterwards) {
 }
 
 TEST_F(PrintTest, AFailedSelectionIsReported) {
-  commands.emplace(PrintContext{texts, user, clock, shortDate, [] { return std::string(); },
-                                []() -> PrintSource {
-                                  throw dao::EngineError(dao::ErrorNumber::kSyntaxError, "bad apostrophe");
-                                }},
-                   std::make_unique<FilePrinters>(log.Folder()));
+  commands.emplace(
+      PrintContext{
+          texts, user, clock, shortDate, [] { return std::string(); }, [] { return std::string(); },
+          []() -> PrintSource { throw dao::EngineError(dao::ErrorNumber::kSyntaxError, "bad apostrophe"); }},
+      std::make_unique<FilePrinters>(log.Folder()));
   EXPECT_EQ(commands->Preview(nullptr), nullptr);
   commands->Print(nullptr);
   EXPECT_THAT(user.messages, ElementsAre("bad apostrophe", "bad apostrophe"));

@@ -1,0 +1,45 @@
+#include <filesystem>
+#include <fstream>
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include "app/SingleInstance.h"
+
+namespace varnlog::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A runtime folder of the test's own.
+class SingleInstanceTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    before_ = qgetenv("XDG_RUNTIME_DIR");
+    fs::permissions(runtime_.path().toStdString(), fs::perms::owner_all);
+    qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8());
+  }
+  void TearDown() override { qputenv("XDG_RUNTIME_DIR", before_); }
+
+  QTemporaryDir runtime_;
+  QByteArray before_;
+};
+
+TEST_F(SingleInstanceTest, IsNotedWhereNobodyElseCanPutAnything) {
+  SingleInstance first("/");
+  EXPECT_TRUE(first.LockFile().startsWith(runtime_.path())) << first.LockFile().toStdString();
+  ASSERT_TRUE(first.Claim());
+  SingleInstance second("/");
+  EXPECT_FALSE(second.Claim());
+  EXPECT_TRUE(second.ActivateOther());
+}
+
+TEST_F(SingleInstanceTest, TellsWhenALockIsThereButNobodyAnswers) {
+  SingleInstance program("/");
+  std::ofstream(program.LockFile().toStdString()) << "4711\nvarnlog\nanother-workstation\n";
+  EXPECT_FALSE(program.Claim());
+  EXPECT_FALSE(program.ActivateOther());
+}
+
+}  // namespace
+}  // namespace varnlog::app
