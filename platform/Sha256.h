@@ -23,6 +23,9 @@ class Sha256 {
 /// The SHA-256 digest of the bytes as 64 hexadecimal digits in lower case.
 [[nodiscard]] std::string Sha256Hex(std::string_view bytes);
 
+/// A password made slow to guess (PBKDF2 over HMAC-SHA-256): 32 bytes as 64 hexadecimal digits in lower case.
+[[nodiscard]] std::string PasswordDigest(std::string_view password, std::string_view salt, unsigned rounds);
+
 /// The version of the library behind it, such as "3.8".
 [[nodiscard]] std::string Sha256LibraryVersion();
 

@@ -10,7 +10,7 @@ namespace varnlog::dao {
 namespace {
 
 // Enough to make guessing slow, too few to be noticed when a session begins.
-constexpr int kHashRounds = 20000;
+constexpr unsigned kHashRounds = 20000;
 
 struct Account {
   std::string salt;
@@ -40,9 +40,7 @@ std::optional<Account> FindAccount(const std::string& path, std::string_view use
 
 std::string PasswordHash(std::string_view salt, std::string_view password) {
   if (password.empty()) return {};
-  std::string hash = platform::Sha256Hex(std::string(salt).append(password));
-  for (int round = 1; round < kHashRounds; ++round) hash = platform::Sha256Hex(hash.append(salt));
-  return hash;
+  return platform::PasswordDigest(password, salt, kHashRounds);
 }
 
 void CheckAccount(const std::string& path, std::string_view user, std::string_view password,

@@ -14,5 +14,12 @@ TEST(Sha256Test, GivesTheKnownDigests) {
             "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
+TEST(Sha256Test, StretchesPasswordsAsOthersDo) {
+  EXPECT_EQ(PasswordDigest("password", "salt", 2),
+            "ae4d0c95af6b46d32d0adff928f06dd02a303f8ef3c251dfd6e2d85a95474c43");
+  EXPECT_EQ(PasswordDigest("password", "salt", 4096),
+            "c5e478d59288c841aa530db6845c4c8d962893a001ce4e11a4963873aa98134a");
+}
+
 }  // namespace
 }  // namespace varnlog::platform
