@@ -1,6 +1,8 @@
 #include "platform/DateTime.h"
 
-#include <array>
+#include <chrono>
+
+#include "platform/Ascii.h"
 
 namespace varnlog::platform {
 namespace {
@@ -8,9 +10,6 @@ namespace {
 constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr int kFirstYear = 100;
 constexpr int kLastYear = 9999;
-// From 0000-03-01, where the day count below begins, to 1899-12-30.
-constexpr std::int64_t kEpochDay = 693899;
-
 struct Civil {
   std::int64_t year;
   int month;
@@ -21,37 +20,34 @@ constexpr std::int64_t FloorDiv(std::int64_t value, std::int64_t divisor) {
   return value / divisor - (value % divisor < 0 ? 1 : 0);
 }
 
-// The year is taken to begin in March, so that the leap day is its last and needs no case of its own; 400
-// years repeat exactly.
+constexpr std::chrono::sys_days kEpoch = std::chrono::December / 30 / 1899;
+// The calendar repeats exactly; its own types reach no further than some ten thousand years.
+constexpr int kYearsOfCycle = 400;
+constexpr std::int64_t kDaysOfCycle = 146097;
+
 constexpr std::int64_t DaysFromCivil(std::int64_t year, int month, std::int64_t day) {
-  if (month <= 2) --year;
-  const std::int64_t era = FloorDiv(year, 400);
-  const std::int64_t yearOfEra = year - era * 400;
-  const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-  const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return era * 146097 + dayOfEra - kEpochDay;
+  const std::int64_t cycles = FloorDiv(year, kYearsOfCycle);
+  const auto yearOfCycle = static_cast<int>(year - cycles * kYearsOfCycle);
+  const std::chrono::sys_days first =
+      std::chrono::year(yearOfCycle) / std::chrono::month(static_cast<unsigned>(month)) / 1;
+  return cycles * kDaysOfCycle + (first - kEpoch).count() + day - 1;
 }
 
 constexpr Civil CivilFromDays(std::int64_t days) {
-  days += kEpochDay;
-  const std::int64_t era = FloorDiv(days, 146097);
-  const std::int64_t dayOfEra = days - era * 146097;
-  const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const auto shiftedMonth = static_cast<int>((5 * dayOfYear + 2) / 153);
-  const auto day = static_cast<int>(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1);
-  const int month = shiftedMonth + (shiftedMonth < 10 ? 3 : -9);
-  return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month, day};
+  const std::int64_t cycles = FloorDiv(days, kDaysOfCycle);
+  const std::chrono::year_month_day date =
+      kEpoch + std::chrono::days(static_cast<int>(days - cycles * kDaysOfCycle));
+  return {static_cast<int>(date.year()) + cycles * kYearsOfCycle,
+          static_cast<int>(static_cast<unsigned>(date.month())),
+          static_cast<int>(static_cast<unsigned>(date.day()))};
 }
 
-static_assert(DaysFromCivil(1899, 12, 30) == 0);
-static_assert(DaysFromCivil(1900, 3, 1) == 61);
-static_assert(CivilFromDays(0).year == 1899 && CivilFromDays(0).month == 12 && CivilFromDays(0).day == 30);
-
-constexpr int DaysInMonth(int year, int month) {
-  constexpr std::array<int, 12> kDays = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-  return month == 2 && leap ? 29 : kDays[static_cast<std::size_t>(month - 1)];
+constexpr bool IsDate(int year, int month, int day) {
+  if (year < kFirstYear || year > kLastYear || month < 1 || day < 1 || day > 31) return false;
+  return std::chrono::year_month_day(std::chrono::year(year),
+                                     std::chrono::month(static_cast<unsigned>(month)),
+                                     std::chrono::day(static_cast<unsigned>(day)))
+      .ok();
 }
 
 std::int64_t DayNumber(std::int64_t seconds) {
@@ -71,7 +67,7 @@ void WriteTwo(char* out, int value) {
 int Digits(std::string_view text, std::size_t start, std::size_t count) {
   int value = 0;
   for (const char c : text.substr(start, count)) {
-    if (c < '0' || c > '9') return -1;
+    if (!ascii::IsDigit(c)) return -1;
     value = value * 10 + (c - '0');
   }
   return value;
@@ -80,8 +76,7 @@ int Digits(std::string_view text, std::size_t start, std::size_t count) {
 }  // namespace
 
 std::optional<DateTime> DateTime::FromCivil(int year, int month, int day, int hour, int minute, int second) {
-  if (year < kFirstYear || year > kLastYear || month < 1 || month > 12) return std::nullopt;
-  if (day < 1 || day > DaysInMonth(year, month)) return std::nullopt;
+  if (month > 12 || !IsDate(year, month, day)) return std::nullopt;
   if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return std::nullopt;
   return DateTime(DaysFromCivil(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 + second);
 }
