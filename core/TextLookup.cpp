@@ -3,17 +3,16 @@
 #include <algorithm>
 #include <vector>
 
+#include "platform/Ascii.h"
+
 namespace varnlog::core {
 namespace {
 
-char ToUpper(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 std::size_t Find(std::string_view text, std::string_view marker, std::size_t from) {
   const auto start = text.begin() + static_cast<std::ptrdiff_t>(std::min(from, text.size()));
-  const auto found = std::search(start, text.end(), marker.begin(), marker.end(),
-                                 [](char a, char b) { return ToUpper(a) == ToUpper(b); });
+  const auto found = std::search(start, text.end(), marker.begin(), marker.end(), [](char a, char b) {
+    return platform::ascii::Upper(a) == platform::ascii::Upper(b);
+  });
   return found == text.end() ? std::string_view::npos : static_cast<std::size_t>(found - text.begin());
 }
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "platform/Ascii.h"
 #include "platform/CodePage.h"
 #include "platform/SafeFile.h"
 
@@ -14,13 +15,10 @@ namespace {
 constexpr int kFirstYear = 1880;
 constexpr std::string_view kSeparators = "\\/";
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 /// A whole number of at most nine digits; nothing for any other text.
 std::optional<int> DigitsToNumber(std::string_view text) {
-  if (text.empty() || text.size() > 9 || !std::all_of(text.begin(), text.end(), IsDigit)) return std::nullopt;
+  if (text.empty() || text.size() > 9 || !std::all_of(text.begin(), text.end(), platform::ascii::IsDigit))
+    return std::nullopt;
   int value = 0;
   for (const char c : text) value = value * 10 + (c - '0');
   return value;

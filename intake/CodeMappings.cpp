@@ -4,6 +4,8 @@
 #include <array>
 #include <span>
 
+#include "platform/Ascii.h"
+
 namespace varnlog::intake {
 
 using core::operator""_key;
@@ -54,13 +56,9 @@ constexpr std::array<Tooth, 52> kTeeth = {{
     {"83", "R"},  {"84", "S"},  {"85", "T"},
 }};
 
-char UpperLetter(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 std::string UpperText(std::string_view text) {
   std::string upper(text);
-  std::ranges::transform(upper, upper.begin(), UpperLetter);
+  std::ranges::transform(upper, upper.begin(), platform::ascii::Upper);
   return upper;
 }
 

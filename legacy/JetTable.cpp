@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/Ascii.h"
+
 namespace varnlog::legacy {
 namespace {
 
@@ -140,15 +142,10 @@ class DefinitionReader {
   const JetText& text_;
 };
 
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 }  // namespace
 
 bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
+  return platform::ascii::SameLetters(a, b);
 }
 
 const JetColumn* JetTable::Column(std::string_view columnName) const {

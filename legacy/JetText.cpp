@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/Utf8.h"
+
 namespace varnlog::legacy {
 namespace {
 
@@ -43,24 +45,7 @@ class Utf8Writer {
   }
 
  private:
-  void PutCodePoint(char32_t c) {
-    if (c < 0x80) {
-      *out_++ = static_cast<char>(c);
-    } else if (c < 0x800) {
-      *out_++ = static_cast<char>(0xc0U | (c >> 6U));
-      PutTail(c);
-    } else if (c < 0x10000) {
-      *out_++ = static_cast<char>(0xe0U | (c >> 12U));
-      PutTail(c >> 6U);
-      PutTail(c);
-    } else {
-      *out_++ = static_cast<char>(0xf0U | (c >> 18U));
-      PutTail(c >> 12U);
-      PutTail(c >> 6U);
-      PutTail(c);
-    }
-  }
-  void PutTail(char32_t c) { *out_++ = static_cast<char>(0x80U | (c & 0x3fU)); }
+  void PutCodePoint(char32_t c) { out_ += platform::EncodeUtf8(c, out_); }
 
   char* out_;
   char16_t high_ = 0;

@@ -11,6 +11,9 @@
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 
+#include "platform/Ascii.h"
+#include "platform/Utf8.h"
+
 namespace varnlog::platform {
 namespace {
 
@@ -143,24 +146,9 @@ std::string CodePage::FromUtf8(std::string_view text) const {
 }
 
 void AppendCharacter(char32_t character, std::string& out) {
-  const auto byte = [&out](char32_t value) { out.push_back(static_cast<char>(value)); };
-  const auto tail = [&byte](char32_t value) { byte(0x80U | (value & 0x3FU)); };
-  if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) character = kReplacement;
-  if (character < 0x80) {
-    byte(character);
-  } else if (character < 0x800) {
-    byte(0xC0U | (character >> 6U));
-    tail(character);
-  } else if (character < 0x10000) {
-    byte(0xE0U | (character >> 12U));
-    tail(character >> 6U);
-    tail(character);
-  } else {
-    byte(0xF0U | (character >> 18U));
-    tail(character >> 12U);
-    tail(character >> 6U);
-    tail(character);
-  }
+  if (character > 0x10FFFF || U_IS_SURROGATE(character)) character = kReplacement;
+  std::array<char, kMostUtf8Bytes> bytes{};
+  out.append(bytes.data(), EncodeUtf8(character, bytes.data()));
 }
 
 std::string UpperCase(std::string_view text) {
@@ -172,8 +160,7 @@ std::string UpperCase(std::string_view text) {
     if (!character) {
       out.push_back(before.front());
     } else if (*character < 0x80) {
-      const char c = before.front();
-      out.push_back(c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c);
+      out.push_back(ascii::Upper(before.front()));
     } else {
       AppendCharacter(static_cast<char32_t>(u_toupper(static_cast<UChar32>(*character))), out);
     }

@@ -2,12 +2,13 @@
 
 #include <array>
 
+#include "platform/Ascii.h"
+
 namespace varnlog::platform {
 namespace {
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
+using ascii::IsDigit;
+
 bool IsSeparator(char c) {
   return c == '.' || c == '/' || c == '-';
 }

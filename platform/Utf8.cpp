@@ -1,49 +1,11 @@
+#include "platform/Utf8.h"
+
 #include <cstdint>
 #include <cstring>
 
 #include "platform/CodePage.h"
 
 namespace varnlog::platform {
-namespace {
-
-bool IsContinuation(unsigned char byte) {
-  return (byte & 0xC0U) == 0x80U;
-}
-
-/// Bytes of the sequence that a lead byte announces and the range its second byte must lie in, which keeps
-/// out overlong forms, surrogates and what lies beyond U+10FFFF. Length 0 for a byte that leads nothing.
-struct Lead {
-  std::size_t length;
-  unsigned char secondLow;
-  unsigned char secondHigh;
-};
-
-Lead LeadOf(unsigned char byte) {
-  if (byte < 0x80) return {1, 0, 0};
-  if (byte >= 0xC2 && byte <= 0xDF) return {2, 0x80, 0xBF};
-  if (byte == 0xE0) return {3, 0xA0, 0xBF};
-  if (byte == 0xED) return {3, 0x80, 0x9F};
-  if (byte >= 0xE1 && byte <= 0xEF) return {3, 0x80, 0xBF};
-  if (byte == 0xF0) return {4, 0x90, 0xBF};
-  if (byte >= 0xF1 && byte <= 0xF3) return {4, 0x80, 0xBF};
-  if (byte == 0xF4) return {4, 0x80, 0x8F};
-  return {0, 0, 0};
-}
-
-/// The length of the well-formed sequence at the start of `text` (which is not empty), 0 for a malformed one.
-std::size_t SequenceLength(std::string_view text) {
-  const Lead lead = LeadOf(static_cast<unsigned char>(text[0]));
-  if (lead.length <= 1 || lead.length > text.size()) return lead.length == 1 ? 1 : 0;
-  const auto second = static_cast<unsigned char>(text[1]);
-  if (second < lead.secondLow || second > lead.secondHigh) return 0;
-  for (std::size_t i = 2; i < lead.length; ++i) {
-    if (!IsContinuation(static_cast<unsigned char>(text[i]))) return 0;
-  }
-  return lead.length;
-}
-
-}  // namespace
-
 std::size_t AsciiPrefix(std::string_view bytes) {
   constexpr std::uint64_t kHighBits = 0x8080808080808080U;
   std::size_t i = 0;
@@ -60,23 +22,15 @@ bool IsUtf8(std::string_view bytes) {
   for (;;) {
     bytes.remove_prefix(AsciiPrefix(bytes));
     if (bytes.empty()) return true;
-    const std::size_t length = SequenceLength(bytes);
-    if (length == 0) return false;
+    std::size_t length = 0;
+    if (!DecodeUtf8(bytes, length)) return false;
     bytes.remove_prefix(length);
   }
 }
 
 std::optional<char32_t> NextCharacter(std::string_view& text) {
-  const std::size_t length = SequenceLength(text);
-  const auto lead = static_cast<unsigned char>(text[0]);
-  if (length <= 1) {
-    text.remove_prefix(1);
-    return length == 1 ? std::optional<char32_t>(lead) : std::nullopt;
-  }
-  char32_t character = lead & (0x7FU >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    character = (character << 6U) | (static_cast<unsigned char>(text[i]) & 0x3FU);
-  }
+  std::size_t length = 0;
+  const auto character = DecodeUtf8(text, length);
   text.remove_prefix(length);
   return character;
 }

@@ -1,7 +1,8 @@
 #include "report/FormulaParser.h"
 
-#include <cctype>
 #include <cstdlib>
+
+#include "platform/Ascii.h"
 
 namespace varnlog::report {
 
@@ -13,16 +14,12 @@ using NodePtr = std::unique_ptr<const Node>;
 // Formula texts are ours and short; the bound only keeps a spoilt design file from exhausting the stack.
 constexpr int kMaxDepth = 64;
 
-bool IsLetter(char c) {
-  return std::isalpha(static_cast<unsigned char>(c)) != 0;
-}
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
+using platform::ascii::IsDigit;
+using platform::ascii::IsLetter;
 
 std::string Lowered(std::string_view word) {
   std::string lowered(word);
-  for (char& c : lowered) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (char& c : lowered) c = platform::ascii::Lower(c);
   return lowered;
 }
 
@@ -41,7 +38,7 @@ class Parser {
   [[nodiscard]] std::size_t Place() const { return at_ + 1; }
 
   void SkipBlanks() {
-    while (at_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[at_])) != 0) ++at_;
+    while (at_ < text_.size() && platform::ascii::IsBlank(text_[at_])) ++at_;
   }
 
   [[nodiscard]] char Peek() {

@@ -1,7 +1,6 @@
 #include "report/dsrResults.h"
 
-#include <cctype>
-
+#include "platform/Ascii.h"
 #include "report/Formula.h"
 #include "report/ReportDesign.h"
 
@@ -28,8 +27,8 @@ constexpr Heading kHeadings[] = {
 /// The first character of a formatted date that is no digit, unless it is a letter.
 char Separator(std::string_view formatted) {
   for (const char c : formatted) {
-    if (std::isdigit(static_cast<unsigned char>(c)) != 0) continue;
-    return std::isalpha(static_cast<unsigned char>(c)) != 0 ? '/' : c;
+    if (platform::ascii::IsDigit(c)) continue;
+    return platform::ascii::IsLetter(c) ? '/' : c;
   }
   return '/';
 }

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <exception>
 
+#include "platform/Ascii.h"
 #include "platform/CodePage.h"
 #include "platform/SafeFile.h"
 #include "start/IniText.h"
@@ -59,7 +60,7 @@ std::int16_t modINIFile::ReadInteger(std::string_view section, std::string_view 
                                      std::string_view file) const {
   const std::string value = ReadString(section, key, file);
   std::int16_t number = 0;
-  if (value.empty() || value.front() < '0' || value.front() > '9') return 0;
+  if (value.empty() || !platform::ascii::IsDigit(value.front())) return 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
   return error == std::errc() ? number : std::int16_t{0};
 }

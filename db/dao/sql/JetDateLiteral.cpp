@@ -2,16 +2,13 @@
 
 #include <cstddef>
 
+#include "platform/Ascii.h"
+
 namespace varnlog::dao {
 namespace {
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-char LowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+using platform::ascii::IsDigit;
+using platform::ascii::Lower;
 
 /// Eats a literal from the left; after the first thing that does not fit it stays failed.
 class Scanner {
@@ -49,8 +46,8 @@ class Scanner {
 
   /// 'a' for AM, 'p' for PM.
   char HalfOfDay() {
-    if (rest_.size() < 2 || LowerAscii(rest_[1]) != 'm') return '\0';
-    const char half = LowerAscii(rest_[0]);
+    if (rest_.size() < 2 || Lower(rest_[1]) != 'm') return '\0';
+    const char half = Lower(rest_[0]);
     if (half != 'a' && half != 'p') return '\0';
     rest_.remove_prefix(2);
     return half;

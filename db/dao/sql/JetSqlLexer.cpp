@@ -7,10 +7,14 @@
 
 #include "db/dao/EngineError.h"
 #include "db/dao/sql/JetDateLiteral.h"
+#include "platform/Ascii.h"
 #include "platform/CodePage.h"
 
 namespace varnlog::dao {
 namespace {
+
+using platform::ascii::IsDigit;
+using platform::ascii::IsLetter;
 
 /// Longer statements are refused before they are read: nothing in the program writes one near this.
 constexpr std::size_t kLongestStatement = 65'536;
@@ -22,18 +26,13 @@ constexpr std::array<std::string_view, 21> kWords = {
     "SELECT", "DISTINCT", "FROM", "WHERE", "ORDER",   "BY",   "ASC",  "DESC",  "AS",  "AND", "OR",
     "NOT",    "LIKE",     "IN",   "IS",    "BETWEEN", "NULL", "TRUE", "FALSE", "YES", "NO"};
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
 /// Any byte of a letter beyond ASCII counts as one of a name.
 bool IsNameByte(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || IsDigit(c) || c == '_' ||
-         static_cast<unsigned char>(c) >= 0x80;
+  return IsLetter(c) || IsDigit(c) || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
 
 bool IsContinuation(char c) {
@@ -41,9 +40,8 @@ bool IsContinuation(char c) {
 }
 
 bool EqualsWord(std::string_view text, std::string_view upperWord) {
-  return std::equal(text.begin(), text.end(), upperWord.begin(), upperWord.end(), [](char c, char upper) {
-    return (c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c) == upper;
-  });
+  return std::equal(text.begin(), text.end(), upperWord.begin(), upperWord.end(),
+                    [](char c, char upper) { return platform::ascii::Upper(c) == upper; });
 }
 
 /// The statement around a place, on one line and short enough for a message box.

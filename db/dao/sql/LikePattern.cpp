@@ -4,32 +4,22 @@
 #include <cstddef>
 
 #include "db/dao/sqlite/Collation.h"
+#include "platform/Ascii.h"
+#include "platform/CodePage.h"
+#include "platform/Utf8.h"
 
 namespace varnlog::dao {
 namespace {
 
 /// The character at `position` of well-formed UTF-8, which FoldCase makes of everything.
 char32_t Decode(std::string_view text, std::size_t& position) {
-  const auto lead = static_cast<unsigned char>(text[position++]);
-  if (lead < 0x80) return lead;
-  const std::size_t following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-  auto character = static_cast<char32_t>(lead & (0x3FU >> following));
-  for (std::size_t i = 0; i < following && position < text.size(); ++i) {
-    character = (character << 6U) | (static_cast<unsigned char>(text[position++]) & 0x3FU);
-  }
-  return character;
+  return platform::DecodeUtf8(text, position).value_or(U'\0');
 }
 
 std::string Encode(char32_t character) {
-  const auto byte = [](char32_t bits) { return static_cast<char>(static_cast<unsigned char>(bits)); };
-  if (character < 0x80) return {byte(character)};
-  if (character < 0x800) return {byte(0xC0U | (character >> 6U)), byte(0x80U | (character & 0x3FU))};
-  if (character < 0x10000) {
-    return {byte(0xE0U | (character >> 12U)), byte(0x80U | ((character >> 6U) & 0x3FU)),
-            byte(0x80U | (character & 0x3FU))};
-  }
-  return {byte(0xF0U | (character >> 18U)), byte(0x80U | ((character >> 12U) & 0x3FU)),
-          byte(0x80U | ((character >> 6U) & 0x3FU)), byte(0x80U | (character & 0x3FU))};
+  std::string text;
+  platform::AppendCharacter(character, text);
+  return text;
 }
 
 /// Whether each character stands for itself: none belongs to the one before it, and none is left out.
@@ -38,8 +28,7 @@ bool IsPlain(std::string_view text) {
 }
 
 char32_t Lower(char plain) {
-  const auto c = static_cast<unsigned char>(plain);
-  return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c;
+  return static_cast<unsigned char>(platform::ascii::Lower(plain));
 }
 
 bool IsDigit(char32_t c) {

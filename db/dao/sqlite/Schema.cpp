@@ -5,14 +5,11 @@
 
 #include "db/dao/sqlite/Collation.h"
 #include "db/dao/sqlite/Connection.h"
+#include "platform/Ascii.h"
 
 namespace varnlog::dao {
 
 namespace {
-
-char LowerLetter(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 struct TypeName {
   std::string_view declared;
@@ -131,13 +128,13 @@ void ReadIndexes(Connection& connection, TableSchema& table, std::vector<std::st
 
 std::string LowerName(std::string_view name) {
   std::string lower(name);
-  std::transform(lower.begin(), lower.end(), lower.begin(), LowerLetter);
+  std::transform(lower.begin(), lower.end(), lower.begin(), platform::ascii::Lower);
   return lower;
 }
 
 bool SameName(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return LowerLetter(x) == LowerLetter(y); });
+                    [](char x, char y) { return platform::ascii::Lower(x) == platform::ascii::Lower(y); });
 }
 
 std::string DeclaredType(const FieldDef& field) {
