@@ -33,7 +33,7 @@ constexpr CommandDef kCommands[] = {
     {mnuViewStatusbar, "mnuViewStatusbar", "MN_MNU_VIEWSTATUSBAR", "", "", kAlways, true},
     {mnuViewBigIcons, "mnuViewBigIcons", "MN_MNU_VIEWBIGICONS", "", "", kAlways, true},
     {mnuViewLoad, "mnuViewLoad", "MN_MNU_VIEWLOAD", "", "F5", kDataFileOpen, false},
-    {mnuViewProperties, "mnuViewProperties", "MN_MNU_VIEWPROPERTIES", "", "Alt+Return", kDataFileOpen, false},
+    {mnuViewProperties, "mnuViewProperties", "MN_MNU_VIEWPROPERTIES", "", "Alt+Return", kAlways, false},
     {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kAlways, false},
     {mnuHelpContents, "mnuHelpContents", "MN_MNU_HELPCONTENTS", "", "F1", kAlways, false},
     {mnuHelpIndex, "mnuHelpIndex", "MN_MNU_HELPINDEX", "Help", "Shift+F1", kAlways, false},

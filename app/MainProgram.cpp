@@ -1,5 +1,7 @@
 #include "app/MainProgram.h"
 
+#include <utility>
+
 #include "core/EngineMessages.h"
 #include "core/Installation.h"
 #include "db/modCommon.h"
@@ -10,19 +12,52 @@ namespace varnlog::app {
 
 using core::literals::operator""_key;
 
+namespace {
+
+// Each waits as long as the engine waits for a lock.
+constexpr int kLockTries = 3;
+
+}  // namespace
+
 bool MainProgram::LoadBeforeShow() {
   if (!start::FindHostData(globals_, services_)) return false;
   start::ReadHostSettings(globals_, services_.ini);
   start::LoadSettings(globals_, services_.ini);
+  AwaitConfiguredLog();
   start::InstallDataFile(globals_, services_);
   if (start::OpenLogWorkspace(globals_)) return true;
   services_.Messages().Critical("MN_ERR_DBACCESS"_key);
   return false;
 }
 
+/// Exposures would go unseen into an empty log while the practice's own is merely not connected yet.
+void MainProgram::AwaitConfiguredLog() {
+  using enum core::MessageAnswer;
+  while (!globals_.ConfiguredGl.empty() && !db::FileExists(globals_.ConfiguredGl)) {
+    const core::MessageAnswer answer = services_.Messages().Show(
+        {.key = "MN_ASK_MISSING"_key,
+         .values = {{"strFile", globals_.ConfiguredGl}, {"strDefault", globals_.strDataFileGl}},
+         .choices = {{kRetry, "GL_RETRY"_key}, {kOpen, "MN_OPENANOTHER"_key}, {kGoOn, "MN_GOON"_key}}});
+    if (answer == kRetry) {
+      start::LoadSettings(globals_, services_.ini);
+    } else if (answer == kOpen) {
+      const auto file = view_.AskDataFile(db::FolderPart(globals_.strDataFileGl));
+      if (!file) continue;
+      globals_.ConfiguredGl = globals_.strDataFileGl = *file;
+      start::LoadSelection(globals_, services_.ini, *file);
+    } else {
+      return;
+    }
+  }
+}
+
 void MainProgram::LoadAfterShow() {
   if (db::FileExists(globals_.strDataFileGl)) {
-    if (!OpenDataFile(globals_.strDataFileGl)) FileOpen();
+    if (OpenDataFile(globals_.strDataFileGl)) {
+      view_.RememberFile(globals_.strDataFileGl);
+    } else {
+      FileOpen();
+    }
     return;
   }
   services_.Messages().Critical("MN_ERR_FILENOTFOUND"_key, {{"strDataFileGl", globals_.strDataFileGl}});
@@ -33,12 +68,27 @@ bool MainProgram::Open(const std::string& file) {
   const start::OpenAs how = start::PrepareDataFile(
       globals_, services_, file, [this](const auto& conversion) { view_.ShowConversion(conversion); });
   const bool isOld = how == start::OpenAs::kOldLog;
-  const bool opened =
-      how != start::OpenAs::kNothing && start::OpenAndCheckDataFile(globals_, services_, file, isOld);
+  const start::Opened result = how == start::OpenAs::kNothing
+                                   ? start::Opened::kNo
+                                   : start::OpenAndCheckDataFile(globals_, services_, file, isOld);
+  const bool opened = result == start::Opened::kYes;
   if (opened) edits_.Clear();
   if (opened && isOld) start::TellOldLogIsProtected(services_, file);
   view_.RefreshCommands();
-  return opened;
+  return opened || (result == start::Opened::kDamaged && OfferRepair(file));
+}
+
+/// True when the log is open afterwards.
+bool MainProgram::OfferRepair(const std::string& file) {
+  if (offeringRepair_ || !services_.Messages().Confirm("MN_ASK_REPAIR"_key, {{"strFile", file}}))
+    return false;
+  const std::string before = std::exchange(globals_.strDataFileGl, file);
+  offeringRepair_ = true;
+  view_.ShowProperties();
+  offeringRepair_ = false;
+  if (State().dataFileOpen) return true;
+  globals_.strDataFileGl = before;
+  return false;
 }
 
 bool MainProgram::OpenDataFile(const std::string& file) {
@@ -57,9 +107,16 @@ bool MainProgram::OpenDataFile(const std::string& file) {
 }
 
 void MainProgram::ReplaceDataFile(const std::string& file) {
+  if (!view_.CommitEntry() || !LockCorrections()) return;
+  const std::string before = globals_.strDataFileGl;
   view_.CloseResultWindows();
-  CloseVarnlogDB();
-  if (OpenDataFile(file)) view_.RememberFile(file);
+  const bool wasOpen = CloseVarnlogDB();
+  if (OpenDataFile(file)) {
+    globals_.ConfiguredGl = file;
+    view_.RememberFile(file);
+  } else if (wasOpen && before != file && Open(before)) {
+    view_.ViewResults();
+  }
 }
 
 void MainProgram::FileOpen() {
@@ -85,9 +142,11 @@ void MainProgram::RunUpdate() {
 
 void MainProgram::Update() {
   if (intake::ExchangeDataPending(globals_)) {
-    globals_.UpdateDeclinedGl = false;
-    RunUpdate();
-    view_.ViewResults();
+    if (!start::IsOtherLog(globals_) || ConfirmOtherLog()) {
+      globals_.UpdateDeclinedGl = false;
+      RunUpdate();
+      view_.ViewResults();
+    }
   } else {
     services_.Messages().Inform("MN_NOXR"_key);
   }
@@ -100,10 +159,24 @@ void MainProgram::Select(core::SelectionKind kind) {
   view_.FocusLogView();
 }
 
+/// The safe answer is the default: an archive copy must not get today's exposures.
+bool MainProgram::ConfirmOtherLog() {
+  return services_.Messages().Show({.key = "RC_XROTHERLOG"_key,
+                                    .values = {{"strFile", globals_.strDataFileGl}},
+                                    .icon = core::MessageIcon::kQuestion,
+                                    .buttons = core::MessageButtons::kYesNo,
+                                    .title = "RU_XRUPDATE"_key,
+                                    .lastIsDefault = true}) == core::MessageAnswer::kYes;
+}
+
 void MainProgram::OfferUpdate() {
   intake::SweepExchange(globals_);
   if (globals_.ReadOnlyGl || !intake::ExchangeDataPending(globals_)) return;
-  globals_.UpdateDeclinedGl = !services_.Messages().Confirm("RC_XRNOTUPDATED"_key, {}, "RU_XRUPDATE"_key);
+  globals_.UpdateDeclinedGl =
+      start::IsOtherLog(globals_)
+          ? !ConfirmOtherLog()
+          : !services_.Messages().Confirm("RC_XRNOTUPDATED"_key, {{"strFile", globals_.strDataFileGl}},
+                                          "RU_XRUPDATE"_key);
   if (globals_.UpdateDeclinedGl) return;
   RunUpdate();
 }
@@ -115,15 +188,50 @@ void MainProgram::UpdateAfterActivation() {
 }
 
 bool MainProgram::ConfirmQuit() {
-  return !services_.Messages().Confirm("RC_QUIT"_key);
+  using enum core::MessageAnswer;
+  if (edits_.Count() == 0) return !services_.Messages().Confirm("RC_QUIT"_key);
+  const core::MessageAnswer answer = services_.Messages().Show(
+      {.key = "RC_QUIT_PENDING"_key,
+       .values = {{"lngCount", std::to_string(edits_.Count())}, {"strValues", view_.PendingValues()}},
+       .icon = core::MessageIcon::kQuestion,
+       .choices = {{kYes, "GL_YES"_key}, {kLook, "RC_LOOK"_key}, {kNo, "GL_NO"_key}}});
+  if (answer == kLook) view_.ShowPending();
+  return answer != kYes;
+}
+
+std::optional<dao::EngineError> MainProgram::TryToLock() {
+  const auto log = globals_.LogEngineGl ? globals_.LogEngineGl->Database() : nullptr;
+  if (!log) return std::nullopt;
+  std::optional<dao::EngineError> error;
+  for (int tries = 0; tries < kLockTries; ++tries) {
+    error = logview::FlushPendingEdits(*log, edits_, services_.user).error;
+    if (!error || error->number() != dao::ErrorNumber::kFileInUse) break;
+  }
+  return error;
+}
+
+bool MainProgram::LockCorrections() {
+  using enum core::MessageAnswer;
+  while (edits_.Count() > 0) {
+    view_.ShowBusy(true);
+    const auto error = TryToLock();
+    view_.ShowBusy(false);
+    if (!error) return true;
+    const core::MessageAnswer answer = services_.Messages().Show(
+        {.key = "RC_ERR_LOCK"_key,
+         .values = {{"lngCount", std::to_string(edits_.Count())},
+                    {"strError", core::EngineErrorText(services_.texts, *error)}},
+         .choices = {{kRetry, "GL_RETRY"_key}, {kGoOn, "RC_LEAVEOPEN"_key}, {kCancel, "GL_CANCEL"_key}}});
+    if (answer == kGoOn) edits_.Clear();
+    if (answer == kCancel) return false;
+  }
+  return true;
 }
 
 void MainProgram::WriteBackEdits() {
-  const auto& log = globals_.LogEngineGl->Database();
-  if (!log || edits_.Count() == 0) return;
-  const logview::FlushResult result = logview::FlushPendingEdits(*log, edits_, services_.user);
-  if (!result.error) return;
-  services_.Messages().ShowText(core::EngineErrorText(*result.error));
+  if (const auto error = TryToLock()) {
+    services_.Messages().ShowText(core::EngineErrorText(services_.texts, *error));
+  }
 }
 
 bool MainProgram::CloseVarnlogDB() {
@@ -135,16 +243,30 @@ bool MainProgram::CloseVarnlogDB() {
 }
 
 bool MainProgram::CloseForMaintenance() {
+  if (!State().dataFileOpen) return true;
   const std::string pending = std::to_string(edits_.Count());
   if (edits_.Count() > 0 && !services_.Messages().Confirm("PP_ASK_PENDING"_key, {{"lngCount", pending}})) {
     return false;
   }
+  if (!LockCorrections()) return false;
   view_.CloseResultWindows();
   return CloseVarnlogDB();
 }
 
 void MainProgram::ReopenAfterMaintenance() {
   if (Open(globals_.strDataFileGl)) view_.ViewResults();
+}
+
+void MainProgram::ReopenReplacedLog() {
+  if (reopening_ || !globals_.LogEngineGl || !globals_.LogEngineGl->Database()) return;
+  reopening_ = true;
+  services_.Messages().Inform("MN_LOGREPLACED"_key, {{"strFile", globals_.strDataFileGl}});
+  edits_.Clear();
+  view_.CloseResultWindows();
+  globals_.LogEngineGl->CloseDBInWorkspace();
+  view_.RefreshCommands();
+  if (Open(globals_.strDataFileGl)) view_.ViewResults();
+  reopening_ = false;
 }
 
 void MainProgram::Unload() {

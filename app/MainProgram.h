@@ -24,6 +24,16 @@ class MainView : public SelectionDialogs {
   virtual void ViewResults() = 0;
   /// Brings the log view to the front; previews, which show what was before, close.
   virtual void FocusLogView() = 0;
+  /// Stores what stands in an open cell editor; false when it was refused and stays there.
+  [[nodiscard]] virtual bool CommitEntry() = 0;
+  /// The values that are not locked yet, a line each, the first few of them.
+  [[nodiscard]] virtual std::string PendingValues() = 0;
+  /// Shows the rows of these values.
+  virtual void ShowPending() = 0;
+  /// The properties of the log of strDataFileGl, open or not; modal.
+  virtual void ShowProperties() = 0;
+  /// The hourglass.
+  virtual void ShowBusy(bool busy) = 0;
   /// Closes the log view and the preview.
   virtual void CloseResultWindows() = 0;
   /// The open-file dialog beginning in `folder`; nothing when it was cancelled.
@@ -63,6 +73,9 @@ class MainProgram {
 
   /// True: do not quit.
   [[nodiscard]] bool ConfirmQuit();
+  /// To be called before the log is closed: locks what was corrected, waiting for other workstations and
+  /// asking when they take too long. False: do not close.
+  [[nodiscard]] bool LockCorrections();
   /// Locks the corrected values and closes the log; false when none was open.
   bool CloseVarnlogDB();
   /// Closes the log for work on its file; false when the user keeps it open, because that locks the values
@@ -70,6 +83,9 @@ class MainProgram {
   bool CloseForMaintenance();
   /// Opens it again, without offering an update, and shows it.
   void ReopenAfterMaintenance();
+  /// The log's file is no longer the one that was opened: says so, opens it anew and shows it. Corrections
+  /// that are not locked yet belong to the other file and are forgotten.
+  void ReopenReplacedLog();
   /// After the window's position was saved: closes the workspace and keeps the settings.
   void Unload();
 
@@ -78,8 +94,13 @@ class MainProgram {
 
  private:
   void ReplaceDataFile(const std::string& file);
+  void AwaitConfiguredLog();
+  [[nodiscard]] bool ConfirmOtherLog();
+  /// What kept it from locking all corrections.
+  [[nodiscard]] std::optional<dao::EngineError> TryToLock();
   void RunUpdate();
   bool Open(const std::string& file);
+  bool OfferRepair(const std::string& file);
   /// Locks what was corrected so far.
   void WriteBackEdits();
 
@@ -88,6 +109,8 @@ class MainProgram {
   MainView& view_;
   logview::CEdits edits_;
   bool updating_ = false;
+  bool reopening_ = false;
+  bool offeringRepair_ = false;
 };
 
 }  // namespace varnlog::app

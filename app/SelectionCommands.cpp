@@ -1,5 +1,7 @@
 #include "app/SelectionCommands.h"
 
+#include "start/StartUp.h"
+
 namespace varnlog::app {
 
 using core::SelectionKind;
@@ -31,7 +33,8 @@ bool ChooseSelection(core::Globals& globals, SelectionKind kind, SelectionDialog
 }
 
 bool UpdatesOnActivation(const core::Globals& globals, bool logViewLoaded) {
-  return globals.UpdateOnActivation && !globals.ReadOnlyGl && !globals.UpdateDeclinedGl && logViewLoaded;
+  return globals.UpdateOnActivation && !globals.ReadOnlyGl && !globals.UpdateDeclinedGl && logViewLoaded &&
+         !start::IsOtherLog(globals);
 }
 
 }  // namespace varnlog::app

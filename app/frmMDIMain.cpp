@@ -15,6 +15,8 @@
 #include "dialogs/frmBegEnd.h"
 #include "dialogs/frmPatSearch.h"
 #include "intake/frmRunUpdate.h"
+#include "logview/EditRules.h"
+#include "logview/PendingEdits.h"
 #include "ui/FileDialog.h"
 #include "ui/QtText.h"
 #include "ui/Theme.h"
@@ -194,6 +196,9 @@ void frmMDIMain::BuildStatusBar() {
   // A long path is cut by the window rather than keeping the window from getting narrower.
   filePanel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   statusBar()->addWidget(filePanel_, 1);
+  otherPanel_ = panel("pnlOtherLog");
+  otherPanel_->setText(Caption(context_.services.texts, "MN_OTHERLOG"_key));
+  otherPanel_->setToolTip(Caption(context_.services.texts, "MN_OTHERLOGTIP"_key));
   pendingPanel_ = panel("pnlPending");
   pendingPanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_PENDINGTIP"_key));
   readOnlyPanel_ = panel("pnlReadOnly");
@@ -228,6 +233,8 @@ void frmMDIMain::ShowStatus() {
                                          : Caption(texts, "MN_STATUS_NOFILE"_key));
   filePanel_->setToolTip(ui::PlainToolTip(filePanel_->text()));
   readOnlyPanel_->setVisible(state.dataFileOpen && state.readOnly);
+  readOnlyPanel_->setToolTip(Caption(texts, logview::ReadOnlyReason(context_.globals)));
+  otherPanel_->setVisible(state.dataFileOpen && start::IsOtherLog(context_.globals));
   const std::size_t pending = program_.Edits().Count();
   pendingPanel_->setVisible(pending > 0);
   pendingPanel_->setText(Caption(texts, "MN_STATUS_PENDING"_key, {{"lngCount", std::to_string(pending)}}));
@@ -244,7 +251,11 @@ void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
 }
 
 void frmMDIMain::SetCaption(const std::string& caption) {
-  setWindowTitle(QView(caption));
+  QString title = QView(caption);
+  if (program_.State().dataFileOpen && start::IsOtherLog(context_.globals)) {
+    title += QStringLiteral(" (%1)").arg(Caption(context_.services.texts, "MN_OTHERLOG"_key));
+  }
+  setWindowTitle(title);
 }
 
 QIcon frmMDIMain::PictureOf(const std::string& iconKey) const {
@@ -373,6 +384,24 @@ void frmMDIMain::OfferOnDesk() {
   desk_->Offer(title, std::move(choices));
 }
 
+std::string frmMDIMain::PendingValues() {
+  return logview::DescribePending(*context_.globals.LogEngineGl->Database(), program_.Edits(),
+                                  context_.services.texts, context_.scheme, context_.shortDate);
+}
+
+void frmMDIMain::ShowPending() {
+  ShowLogView();
+  results_->ShowPending();
+}
+
+void frmMDIMain::ShowBusy(bool busy) {
+  if (busy) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+  } else {
+    QApplication::restoreOverrideCursor();
+  }
+}
+
 void frmMDIMain::CloseResultWindows() {
   for (QMdiSubWindow* child : mdi_->subWindowList()) child->close();
 }
@@ -407,7 +436,14 @@ void frmMDIMain::OpenRecent(const std::string& file) {
   program_.OpenRecentFile(file);
 }
 
+// Whoever notices it may be in the middle of reading or painting.
+void frmMDIMain::LogReplaced() {
+  QTimer::singleShot(0, this, [this] { program_.ReopenReplacedLog(); });
+}
+
 void frmMDIMain::ApplicationStateChanged(Qt::ApplicationState state) {
+  const auto log = context_.globals.LogEngineGl ? context_.globals.LogEngineGl->Database() : nullptr;
+  if (state == Qt::ApplicationActive && log && log->WasReplaced()) LogReplaced();
   if (state == Qt::ApplicationActive && UpdatesOnActivation(context_.globals, LogViewLoaded())) {
     timUpdate_.start();
   }
@@ -439,7 +475,7 @@ void frmMDIMain::closeEvent(QCloseEvent* event) {
   }
   // Questions can be seen, and the state that is saved is the one in which the window is used.
   place_.Uncover();
-  if (!unloading_ && program_.ConfirmQuit()) {
+  if (!unloading_ && (!CommitEntry() || program_.ConfirmQuit() || !program_.LockCorrections())) {
     event->ignore();
     return;
   }

@@ -63,7 +63,6 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void Run(CommandId id);
   void RunView(CommandId id);
   void RunPrint(CommandId id);
-  void ShowProperties();
   void ShowAbout();
   [[nodiscard]] report::PrintContext PrintContext();
   void ShowPreview();
@@ -88,6 +87,11 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   [[nodiscard]] bool LogViewLoaded() const override { return !results_.isNull(); }
   void ViewResults() override;
   void FocusLogView() override;
+  [[nodiscard]] bool CommitEntry() override { return !results_ || results_->CommitEdit(); }
+  [[nodiscard]] std::string PendingValues() override;
+  void ShowPending() override;
+  void ShowProperties() override;
+  void ShowBusy(bool busy) override;
   void CloseResultWindows() override;
   [[nodiscard]] std::optional<std::string> AskDataFile(const std::string& folder) override;
   void ShowUpdateRun() override;
@@ -97,6 +101,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   // logview::ResultsHost
   [[nodiscard]] QIcon PictureOf(const std::string& iconKey) const override;
   void ShowRowCount(std::int64_t rows, bool complete) override;
+  void LogReplaced() override;
   void ResultsClosed() override;
 
   // MruMenu
@@ -121,6 +126,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   std::map<CommandId, QAction*> actions_;
   QLabel* rowsPanel_ = nullptr;
   QLabel* filePanel_ = nullptr;
+  QLabel* otherPanel_ = nullptr;
   QLabel* readOnlyPanel_ = nullptr;
   QLabel* pendingPanel_ = nullptr;
   QTimer timUpdate_;

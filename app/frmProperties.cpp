@@ -6,7 +6,9 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "core/EngineMessages.h"
 #include "core/LogConfig.h"
+#include "db/modCommon.h"
 #include "platform/Files.h"
 #include "ui/QtText.h"
 
@@ -141,14 +143,14 @@ void frmProperties::ShowFacts() {
   readOnly_->setChecked(globals_.ReadOnlyGl);
   const bool isOpen = log != nullptr;
   const bool isChangeable = isOpen && !log->IsReadOnly();
-  for (QWidget* widget :
-       {static_cast<QWidget*>(readOnly_), static_cast<QWidget*>(compact_), static_cast<QWidget*>(repair_)}) {
-    widget->setEnabled(isChangeable);
-  }
+  readOnly_->setEnabled(isChangeable);
+  compact_->setEnabled(isChangeable);
+  // A log that does not open is the one that needs it most.
+  repair_->setEnabled(isChangeable || (!isOpen && db::FileExists(globals_.strDataFileGl)));
   try {
     rows_->setText(isOpen ? QLocale().toString(static_cast<qlonglong>(RowCount(*log))) : QString());
   } catch (const dao::EngineError& error) {
-    rows_->setText(ui::ToQString(error.what()));
+    rows_->setText(ui::ToQString(core::EngineErrorText(services_.texts, error)));
   }
 }
 

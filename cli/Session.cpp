@@ -104,7 +104,9 @@ void Session::OpenLog(Access access) {
   RequireLogFile();
   if (access == Access::kWrite) RefuseOldLog();
   const bool readOnly = access == Access::kRead && (LogIsOld() || !LogIsWritable());
-  if (!start::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly)) throw JobError("");
+  if (start::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly) != start::Opened::kYes) {
+    throw JobError("");
+  }
 }
 
 void Session::CloseLog() {

@@ -58,7 +58,7 @@ void RunJob(const Command& command, Session& session, const Options& options) {
   } catch (const OutputError& error) {
     session.Fail("VC_ERR_OUTPUT"_key, {{"strError", error.code().message()}});
   } catch (const varnlog::dao::EngineError& error) {
-    session.Fail("VC_ERR_READ"_key, {{"strError", varnlog::core::EngineErrorText(error)}});
+    session.Fail("VC_ERR_READ"_key, {{"strError", varnlog::core::EngineErrorText(session.texts(), error)}});
   }
 }
 

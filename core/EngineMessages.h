@@ -1,12 +1,20 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
+#include "core/TextLookup.h"
+#include "db/CJetEngine.h"
 #include "db/dao/EngineError.h"
 
 namespace varnlog::core {
 
-/// What the user is told about an engine error: its number and the engine's words.
-[[nodiscard]] std::string EngineErrorText(const dao::EngineError& error);
+/// What the user is told about an engine error: its number, and what it means in the current language.
+/// `detail`, the engine's own words, stands only for what nobody has foreseen.
+[[nodiscard]] std::string EngineErrorText(const TextLookup& texts, dao::ErrorNumber number,
+                                          std::string_view detail);
+[[nodiscard]] std::string EngineErrorText(const TextLookup& texts, const dao::EngineError& error);
+/// The same for the engine's last error.
+[[nodiscard]] std::string EngineErrorText(const TextLookup& texts, const db::CJetEngine& engine);
 
 }  // namespace varnlog::core

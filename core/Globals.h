@@ -16,6 +16,8 @@ struct Globals : Selection {
   std::string DataPathGl;       // the imaging suite's data folder, with its trailing separator
   std::string ExchangeFileGl;   // DataPathGl + "varnlog.sdx"
   std::string strDataFileGl;    // the log that is open or to be opened
+  std::string StartFileGl;      // the log that the settings named at start; "" when they named none
+  std::string ConfiguredGl;     // the log that the settings are to name
   std::string DBVersionGl;      // TConfig "DBVersion" of the open log
   bool ReadOnlyGl = false;      // TConfig "ReadOnly" is "1", or the log was opened for reading
 

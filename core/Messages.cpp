@@ -5,12 +5,18 @@
 namespace varnlog::core {
 
 MessageAnswer Messages::Show(const Notice& notice) const {
-  return ShowText(FilledText(texts_, notice.key, notice.values), notice.icon, notice.buttons, notice.title);
+  return user_.Show({.text = FilledText(texts_, notice.key, notice.values),
+                     .title = texts_.GetText(notice.title),
+                     .icon = notice.icon,
+                     .buttons = notice.buttons,
+                     .choices = notice.choices,
+                     .lastIsDefault = notice.lastIsDefault});
 }
 
 MessageAnswer Messages::ShowText(std::string text, MessageIcon icon, MessageButtons buttons,
                                  TextKey title) const {
-  return user_.Show({std::move(text), texts_.GetText(title), icon, buttons});
+  return user_.Show(
+      {.text = std::move(text), .title = texts_.GetText(title), .icon = icon, .buttons = buttons});
 }
 
 void Messages::Critical(TextKey key, const Placeholders& values) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "core/TextLookup.h"
 #include "core/UserDialog.h"
@@ -14,6 +15,8 @@ struct Notice {
   MessageIcon icon = MessageIcon::kCritical;
   MessageButtons buttons = MessageButtons::kOk;
   TextKey title = "GL_TITLE"_key;
+  std::vector<MessageChoice> choices = {};  // see Message
+  bool lastIsDefault = false;               // see Message
 };
 
 /// The program's messages in the current language, for one listener. Cheap to make and to copy; lives no

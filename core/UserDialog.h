@@ -9,7 +9,7 @@ namespace varnlog::core {
 
 enum class MessageIcon { kNone, kInformation, kQuestion, kWarning, kCritical };
 enum class MessageButtons { kOk, kYesNo, kRetryCancel };
-enum class MessageAnswer { kOk, kYes, kNo, kRetry, kCancel, kList };
+enum class MessageAnswer { kOk, kYes, kNo, kRetry, kCancel, kList, kLook, kOpen, kGoOn };
 
 /// A button of a message that has others than the usual ones.
 struct MessageChoice {
@@ -24,6 +24,8 @@ struct Message {
   MessageButtons buttons = MessageButtons::kOk;
   /// Instead of `buttons` when there are any: the first is the default, the last is what Escape means.
   std::vector<MessageChoice> choices = {};
+  /// Return means the same as Escape, because the first answer is the one that does harm by mistake.
+  bool lastIsDefault = false;
 };
 
 /// The one way in which logic speaks to the user. A window shows a box, varnlogctl writes to standard error,

@@ -100,7 +100,7 @@ void frmPatSearch::ReportError(const dao::EngineError& error) {
   if (apostrophe) {
     messages_.Inform("PS_ERR_APOSTROPHE"_key);
   } else {
-    messages_.ShowText(core::EngineErrorText(error));
+    messages_.ShowText(core::EngineErrorText(texts_, error));
   }
   txtSearch_->setFocus();
 }

@@ -43,6 +43,11 @@ CellState CellStateOf(dao::Recordset& rows, int column) {
   return CellStates(rows).Of(column);
 }
 
+core::TextKey ReadOnlyReason(const core::Globals& globals) {
+  const auto log = globals.LogEngineGl ? globals.LogEngineGl->Database() : nullptr;
+  return log && log->IsReadOnly() ? "RS_ERR_READONLYFILE"_key : "RS_ERR_READONLY"_key;
+}
+
 std::optional<int> InputLimit(dao::Recordset& rows, int column) {
   if (column < 0 || column >= kColumnCount) return std::nullopt;
   const Column& limited = kColumns[static_cast<std::size_t>(column)];

@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 
+#include "core/Globals.h"
 #include "core/TextLookup.h"
 #include "db/dao/Recordset.h"
 #include "logview/Columns.h"
@@ -45,6 +46,9 @@ class CellStates {
 
 /// The same for one cell.
 [[nodiscard]] CellState CellStateOf(dao::Recordset& rows, int column);
+
+/// Why nothing can be entered into a read-only log.
+[[nodiscard]] core::TextKey ReadOnlyReason(const core::Globals& globals);
 
 /// The most characters that may be typed into a column, or nothing where the grid sets no limit.
 [[nodiscard]] std::optional<int> InputLimit(dao::Recordset& rows, int column);

@@ -6,7 +6,9 @@
 
 #include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
+#include "intake/CodeMappings.h"
 #include "logview/CEdits.h"
+#include "platform/ShortDate.h"
 
 namespace varnlog::logview {
 
@@ -18,6 +20,12 @@ struct FlushResult {
 
 /// The query for the rows that have pending edits, the newest first.
 [[nodiscard]] std::string PendingRows(const CEdits& edits);
+
+/// The first few values that are not locked yet, as the user knows them, a line each. What cannot be read is
+/// left out.
+[[nodiscard]] std::string DescribePending(dao::Database& log, const CEdits& edits,
+                                          const core::TextLookup& texts, const intake::ToothScheme& scheme,
+                                          const platform::ShortDate& shortDate);
 
 /// Locks every corrected value: clears the edit flag that each entry names and takes the entry out of
 /// `edits`.

@@ -61,14 +61,15 @@ bool IsPending(dao::Recordset& rows, int column, const CEdits& edits) {
   return edits.Contains(CEdit{std::string(rows.Fields("tXrayCulIntIDPk").Text()), std::string(flag)}.Key());
 }
 
-ui::DataFailure FailureOf(const dao::EngineError& error) {
-  return {DataErrorOf(error.number()), ui::ToQString(error.what())};
+ui::DataFailure FailureOf(const core::TextLookup& texts, const dao::EngineError& error) {
+  return {DataErrorOf(error.number()), ui::ToQString(core::EngineErrorText(texts, error))};
 }
 
 /// A refused entry can be handed in again, but never over a value that its author has not seen.
-ui::DataFailure WriteFailureOf(const dao::EngineError& error) {
-  ui::DataFailure failure = FailureOf(error);
+ui::DataFailure WriteFailureOf(const core::TextLookup& texts, const dao::EngineError& error) {
+  ui::DataFailure failure = FailureOf(texts, error);
   failure.keepsEntry = error.number() != dao::ErrorNumber::kDataChanged &&
+                       error.number() != dao::ErrorNumber::kFileReplaced &&
                        failure.number != static_cast<std::int32_t>(DataError::kRecordDeleted);
   return failure;
 }
@@ -290,7 +291,7 @@ void frmResults::ApplyReadOnly() {
 }
 
 void frmResults::EditRefused() {
-  context_.Messages().Inform("RS_ERR_READONLY"_key);
+  context_.Messages().Inform(ReadOnlyReason(context_.globals));
 }
 
 bool frmResults::CopyProgress(std::int64_t copied, std::int64_t selected) {
@@ -331,7 +332,8 @@ void frmResults::changeEvent(QEvent* event) {
 }
 
 void frmResults::ShowError(const dao::EngineError& error) {
-  context_.Messages().ShowText(core::EngineErrorText(error));
+  if (error.number() == dao::ErrorNumber::kFileReplaced) return host_.LogReplaced();
+  context_.Messages().ShowText(core::EngineErrorText(context_.texts, error));
 }
 
 /// A row that another workstation deleted or works on has a text of its own.
@@ -368,7 +370,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
   } catch (const dao::EngineError& error) {
     rowBuf.SetRowCount(0);
-    return FailureOf(error);
+    return FailureOf(context_.texts, error);
   }
   return std::nullopt;
 }
@@ -445,15 +447,14 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
     const auto rows = data1_->Clone();
     rows->SetBookmark(dao::Bookmark{writeLocation});
     if (!IsAsShown(*rows, rowBuf)) {
-      return FailureOf(
-          dao::EngineError(dao::ErrorNumber::kDataChanged, "The value has been changed meanwhile."));
+      return FailureOf(context_.texts, dao::EngineError(dao::ErrorNumber::kDataChanged, ""));
     }
     const RowWritten written = WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts,
                                         context_.scheme, context_.edits);
     if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};
     NoteEntries(static_cast<int>(rows->AbsolutePosition()), entered);
   } catch (const dao::EngineError& error) {
-    return WriteFailureOf(error);
+    return WriteFailureOf(context_.texts, error);
   }
   host_.RefreshCommands();
   return std::nullopt;
@@ -525,6 +526,10 @@ void frmResults::MarkSort() {
 }
 
 void frmResults::Error(int dataError, int& response) {
+  if (dataError == static_cast<int>(dao::ErrorNumber::kFileReplaced)) {
+    response = 0;
+    return host_.LogReplaced();
+  }
   grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
     const bool isRule = dataError == static_cast<std::int32_t>(DataError::kLocked);

@@ -45,6 +45,9 @@ class ResultsHost {
   virtual void RefreshCommands() = 0;
   /// `complete` is false while rows are still being counted.
   virtual void ShowRowCount(std::int64_t rows, bool complete) = 0;
+  /// The log's file was replaced since it was opened: this view has nothing to show any more. Returns before
+  /// anything is done about it.
+  virtual void LogReplaced() = 0;
   /// The view is about to go away.
   virtual void ResultsClosed() = 0;
 };

@@ -1,5 +1,6 @@
 #include "report/ReportErrors.h"
 
+#include "core/EngineMessages.h"
 #include "report/BandLayout.h"
 
 namespace varnlog::report {
@@ -15,6 +16,8 @@ std::string ReportErrorText(const core::TextLookup& texts, const std::exception&
                       {{"strFormula", formula->name()}, {"strError", error.what()}});
   if (dynamic_cast<const PrintError*>(&error) != nullptr)
     return FilledText(texts, "DRS_ERR_PRINT"_key, {{"strError", error.what()}});
+  if (const auto* engine = dynamic_cast<const dao::EngineError*>(&error))
+    return core::EngineErrorText(texts, *engine);
   return error.what();
 }
 

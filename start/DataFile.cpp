@@ -1,3 +1,4 @@
+#include "core/EngineMessages.h"
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
 #include "core/LogUpgrade.h"
@@ -22,7 +23,8 @@ void ShowOpenError(const Services& services, const db::CJetEngine& engine, const
       break;
     case dao::ErrorNumber::kNoPermission:
     case dao::ErrorNumber::kUnrecognisedFormat:
-      services.Messages().ShowText(engine.LastError());
+      services.Messages().ShowText(core::EngineErrorText(services.texts, engine) + "\n\n" +
+                                   engine.LastError());
       break;
     default:
       services.Messages().Critical("MN_ERR_DBOPEN"_key, {{"strFile", file}});
@@ -30,20 +32,20 @@ void ShowOpenError(const Services& services, const db::CJetEngine& engine, const
 }
 
 /// The checks of an opened file, the message of the first that fails shown.
-bool CheckOpened(core::Globals& globals, const Services& services, const std::string& file) {
+Opened CheckOpened(core::Globals& globals, const Services& services, const std::string& file) {
   if (!core::UpgradeDataFile(*globals.LogEngineGl, file)) {
     services.Messages().Critical("MN_ERR_DBNOTVALID"_key, {{"strFile", file}});
-    return false;
+    return Opened::kNo;
   }
   if (!ReadDBVersion(globals)) {
     services.Messages().Critical("MN_ERR_CONFIG"_key);
-    return false;
+    return Opened::kDamaged;
   }
   if (globals.DBVersionGl != core::kLogVersion) {
     services.Messages().Critical("MN_ERR_VERSION"_key);
-    return false;
+    return Opened::kNo;
   }
-  return true;
+  return Opened::kYes;
 }
 
 }  // namespace
@@ -73,20 +75,22 @@ bool ReadDBVersion(core::Globals& globals) {
   return !globals.DBVersionGl.empty();
 }
 
-bool OpenAndCheckDataFile(core::Globals& globals, const Services& services, const std::string& file,
-                          bool readOnly) {
+Opened OpenAndCheckDataFile(core::Globals& globals, const Services& services, const std::string& file,
+                            bool readOnly) {
   db::CJetEngine& engine = *globals.LogEngineGl;
   const std::int32_t error = engine.OpenDBInWorkspace(file, false, readOnly);
   if (error != 0) {
     ShowOpenError(services, engine, file, error);
-    return false;
+    return static_cast<dao::ErrorNumber>(engine.LastNumber()) == dao::ErrorNumber::kDamaged ? Opened::kDamaged
+                                                                                            : Opened::kNo;
   }
-  if (!CheckOpened(globals, services, file)) {
+  const Opened checked = CheckOpened(globals, services, file);
+  if (checked != Opened::kYes) {
     if (engine.Database()) engine.CloseDBInWorkspace();
-    return false;
+    return checked;
   }
   globals.strDataFileGl = file;
-  return true;
+  return Opened::kYes;
 }
 
 }  // namespace varnlog::start

@@ -48,16 +48,22 @@ std::string ConfiguredDataFile(const core::Globals& globals, const core::Setting
   return file;
 }
 
+std::string DefaultDataFile(const core::Globals& globals) {
+  return globals.DataPathGl + std::string(core::kDefaultLog);
+}
+
 void LoadSettings(core::Globals& globals, const core::SettingsStore& ini) {
   const bool hasFile = db::FileExists(globals.IniFileGl);
   for (const Switch& option : kSwitches) {
     globals.*option.member = !hasFile || ini.ReadString(kUser, option.key, globals.IniFileGl) == "1";
   }
   globals.strDataFileGl = ConfiguredDataFile(globals, ini);
+  globals.StartFileGl = globals.strDataFileGl;
+  globals.ConfiguredGl = globals.strDataFileGl;
   if (db::FileExists(globals.strDataFileGl)) {
     LoadSelection(globals, ini, globals.strDataFileGl);
   } else {
-    globals.strDataFileGl = globals.DataPathGl + std::string(core::kDefaultLog);
+    globals.strDataFileGl = DefaultDataFile(globals);
     globals.SortSelectionGl = core::SelectionKind::kAll;
   }
 }
@@ -89,7 +95,10 @@ void SaveSettings(const core::Globals& globals, core::SettingsStore& ini) {
   for (const Switch& option : kSwitches) {
     ini.WriteString(kUser, option.key, globals.*option.member ? "1" : "0", globals.IniFileGl);
   }
-  ini.WriteString(kUser, "DataFile", globals.strDataFileGl, globals.IniFileGl);
+  // A log that could not be reached stays configured, whichever stood in for it.
+  ini.WriteString(kUser, "DataFile",
+                  globals.ConfiguredGl.empty() ? globals.strDataFileGl : globals.ConfiguredGl,
+                  globals.IniFileGl);
   if (!globals.strDataFileGl.empty()) SaveSelection(globals, ini, globals.strDataFileGl);
 }
 

@@ -41,6 +41,14 @@ bool InstallDataFile(const core::Globals& globals, const Services& services) {
   return false;
 }
 
+bool IsOtherLog(const core::Globals& globals) {
+  const std::filesystem::path log = platform::ToPath(globals.strDataFileGl).lexically_normal();
+  const auto is = [&log](const std::string& file) {
+    return log == platform::ToPath(file).lexically_normal();
+  };
+  return !is(DefaultDataFile(globals)) && !is(globals.StartFileGl);
+}
+
 void CheckRememberedSelection(core::Selection& selection) {
   if (!selection.IsComplete()) selection.SortSelectionGl = core::SelectionKind::kAll;
 }

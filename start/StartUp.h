@@ -43,6 +43,8 @@ void RegisterReportComponents(platform::Launcher& launcher,
 
 /// The program's own INI file; nothing in it can stop the start-up.
 void LoadSettings(core::Globals& globals, const core::SettingsStore& ini);
+/// The log in the suite's data folder.
+[[nodiscard]] std::string DefaultDataFile(const core::Globals& globals);
 /// The log that the settings name, as a full path, whether it is there or not; "" when they name none.
 [[nodiscard]] std::string ConfiguredDataFile(const core::Globals& globals, const core::SettingsStore& ini);
 void SaveSettings(const core::Globals& globals, core::SettingsStore& ini);
@@ -61,10 +63,20 @@ bool SetConfigValue(const core::Globals& globals, std::string_view key, std::str
 /// MN_ERR_DBINSTALL) when that failed.
 bool InstallDataFile(const core::Globals& globals, const Services& services);
 
+/// Whether the log of strDataFileGl is neither the default one nor the one that the settings named at start.
+[[nodiscard]] bool IsOtherLog(const core::Globals& globals);
+
+/// How opening a log ended.
+enum class Opened {
+  kNo,
+  kYes,
+  kDamaged,  // not open either, but repairing the file may help
+};
+
 /// Opens and checks a log as far as no window is needed: open, upgrade, version. On success strDataFileGl is
 /// `file`; on failure the reason has been shown and the log is closed.
-[[nodiscard]] bool OpenAndCheckDataFile(core::Globals& globals, const Services& services,
-                                        const std::string& file, bool readOnly = false);
+[[nodiscard]] Opened OpenAndCheckDataFile(core::Globals& globals, const Services& services,
+                                          const std::string& file, bool readOnly = false);
 
 /// Falls back to kAll when the remembered selection's values are incomplete.
 void CheckRememberedSelection(core::Selection& selection);

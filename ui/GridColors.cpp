@@ -11,6 +11,8 @@ namespace {
 constexpr std::uint32_t kSystemColor = 0x80000000U;
 // Below this, thin strokes on a low-contrast screen are lost.
 constexpr double kReadable = 3.0;
+// Two backgrounds nearer than this look the same.
+constexpr double kDistinct = 1.25;
 
 // The classic scheme, by number, for colours that an INI file names by their system reference.
 constexpr std::array<QRgb, 25> kSystemColors = {0xFFD4D0C8, 0xFF3A6EA5, 0xFF0A246A, 0xFF808080, 0xFFD4D0C8,
@@ -55,7 +57,9 @@ GridColors GridColors::On(const QPalette& palette) const {
   static const GridColors kLight = Default();
   GridColors dark = *this;
   if (dark.lockedBack == kLight.lockedBack && dark.lockedFore == kLight.lockedFore) {
+    const QColor base = palette.color(QPalette::Base);
     dark.lockedBack = QColor(0x3d, 0x3d, 0x42);
+    if (Contrast(dark.lockedBack, base) < kDistinct) dark.lockedBack = base.lighter(160);
     dark.lockedFore = QColor(0xd4, 0xd4, 0xd4);
   }
   if (dark.editBack == kLight.editBack && dark.editFore == kLight.editFore) {

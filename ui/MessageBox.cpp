@@ -130,6 +130,7 @@ core::MessageAnswer MessageBox::Show(const core::Message& message) {
   box.setText(ToQString(message.text));
   const std::vector<Button> buttons = ButtonsOf(message);
   const std::vector<QPushButton*> added = AddButtons(box, buttons, texts_);
+  if (message.lastIsDefault) box.setDefaultButton(added.back());
   box.exec();
   for (std::size_t i = 0; i < buttons.size(); ++i) {
     if (box.clickedButton() == added[i]) return buttons[i].answer;

@@ -201,6 +201,21 @@ TEST_F(EditingTest, APendingEntryIsTakenBackToTheValueBeforeTheFirstCorrection) 
   EXPECT_EQ(Stored(0, "tXraySVolt"), "65");
 }
 
+TEST_F(EditingTest, PendingValuesAreNamedByPatientDateAndColumn) {
+  texts_.texts["RC_MORE"] = "und $lngCount$ weitere";
+  for (int row = 0; row < 12; ++row) {
+    TakesOpenExposure({{"tXraySName", "Abel"},
+                       {"tXraySFirstname", "Eva"},
+                       {"tXrayDBirthday", "1960-02-01 00:00:00"},
+                       {"tXrayTs", row == 0 ? "2024-03-05 09:00:00" : "2024-03-05 08:00:00"}});
+    Edits(row, Entered({{7, row == 0 ? "65" : ""}}));
+  }
+  const std::string lines = DescribePending(*log_, edits_, texts_, fdi_, platform::ShortDate());
+  EXPECT_TRUE(lines.starts_with("Abel, Eva *01.02.1960, 05.03.2024: RS_KV 65\n")) << lines;
+  EXPECT_NE(lines.find("RS_KV RC_EMPTYVALUE\n"), std::string::npos);
+  EXPECT_TRUE(lines.ends_with("\nund 2 weitere")) << lines;
+}
+
 TEST_F(EditingTest, DataErrorsHaveTheirMessages) {
   EXPECT_EQ(DataErrorKey(16389), "RS_ERR_RECORDEX"_key);
   EXPECT_EQ(DataErrorKey(3585), "RS_ERR_RECDEL"_key);

@@ -51,6 +51,19 @@ TEST(GridColors, OnlyConfiguredColoursAreBrightOnADarkDesktop) {
       << "they are a pair";
 }
 
+TEST(GridColors, LockedCellsStandOutFromOpenOnesOnEveryDarkDesktop) {
+  for (const QColor base :
+       {QColor(0, 0, 0), QColor(25, 25, 25), QColor(0x3d, 0x3d, 0x42), QColor(70, 70, 74)}) {
+    QPalette palette = DarkPalette();
+    palette.setColor(QPalette::Base, base);
+    const GridColors colors = GridColors::Default();
+    EXPECT_GE(Contrast(ColorsOf(CellState::kLocked, colors, palette).back,
+                       ColorsOf(CellState::kEdit, colors, palette).back),
+              1.25)
+        << base.name().toStdString();
+  }
+}
+
 TEST(GridColors, EveryCellCanBeReadInEveryTheme) {
   std::vector<GridColors> configured(1, GridColors::Default());
   for (const QColor back : {QColor(0, 0, 0), QColor(40, 40, 90), QColor(255, 255, 255), QColor(0, 0, 255)}) {

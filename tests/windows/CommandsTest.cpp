@@ -88,12 +88,12 @@ class Commands : public MainWindow {
 };
 
 TEST_F(Commands, AreEnabledByWhatIsOpen) {
-  const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,  mnuViewStatusbar,
-                                      mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents, mnuHelpIndex,
-                                      mnuHelpSearch,   mnuHelpInfo};
+  const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,   mnuViewStatusbar,
+                                      mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents,  mnuHelpIndex,
+                                      mnuHelpSearch,   mnuHelpInfo,   mnuViewProperties};
   const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
                                        mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
-                                       mnuSortAll,       mnuViewLoad,      mnuViewProperties};
+                                       mnuSortAll,       mnuViewLoad};
   const std::set<CommandId> withView = {mnuFilePrint, mnuFilePrintPreview, mnuFilePrintSetup};
   const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
     a.insert(b.begin(), b.end());
@@ -111,8 +111,35 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   ClosesLogView();
   EXPECT_EQ(Enabled(), open) << "without the view";
   OpensFile(installation_.program() / "verbalo.mdb");
+  EXPECT_EQ(Enabled(), both(open, withView)) << "what was open is open again";
+  program_.reset();
+  fs::remove(installation_.log());
+  fs::copy_file(installation_.program() / "verbalo.mdb", installation_.log());
+  ui::CFileDialog::AnswerWith([](const ui::CFileDialog&) { return std::nullopt; });
+  StartsQuietly();
   EXPECT_EQ(Enabled(), always) << "nothing is open";
   EXPECT_EQ(program_->Window().windowTitle(), program_->Text("MN_CAPTION"_key));
+}
+
+TEST_F(Commands, AnotherLogIsMarkedAndGetsExposuresOnlyOnPurpose) {
+  StartsQuietly();
+  const auto& mark = Child<QLabel>(program_->Window(), "pnlOtherLog");
+  EXPECT_FALSE(mark.isVisible());
+  EXPECT_EQ(Recent(), std::vector<fs::path>{installation_.log()}) << "opened at start";
+  const fs::path archive = NewLog("Archiv.mdb");
+  OpensFile(archive);
+  EXPECT_TRUE(mark.isVisible());
+  EXPECT_TRUE(program_->Window().windowTitle().contains(program_->Text("MN_OTHERLOG"_key)));
+  installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2022", "08:00:00")});
+  Activates();
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 0) << "never on activation";
+  program_->AnswersFirst({core::MessageAnswer::kNo});
+  program_->Triggers(mnuEditUpdate);
+  EXPECT_TRUE(program_->TakeMessages().value(0).contains(QString::fromStdString(archive.string())));
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  OpensFile(installation_.log());
+  EXPECT_FALSE(mark.isVisible());
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 5);
 }
 
 TEST_F(Commands, StandInMenusAndToolbarInTheirOrder) {
@@ -129,6 +156,7 @@ TEST_F(Commands, StandInMenusAndToolbarInTheirOrder) {
   for (const QAction* menu : program_->Window().menuBar()->actions()) {
     entries << menu->menu()->objectName() + ":";
     for (const QAction* action : menu->menu()->actions()) {
+      if (RecentActions().contains(action)) continue;
       entries << (action->isSeparator() ? "-" : action->objectName().section("mnu", 1));
     }
   }
@@ -169,7 +197,7 @@ TEST_F(Commands, OpenAnotherLogAndKnowTheLastFour) {
       << messages.at(1).toStdString();
   EXPECT_EQ(Recent(), lastFour) << "only what was opened comes to the head";
   EXPECT_EQ(program_->Globals().strDataFileGl, logs[4].string());
-  EXPECT_EQ(program_->Window().Results(), nullptr);
+  EXPECT_NE(program_->Window().Results(), nullptr) << "and is open again";
 
   RecentActions().at(3)->trigger();
   RunningProgram::Settle();
@@ -249,8 +277,9 @@ TEST_F(Commands, TheDeskTakesThePlaceOfWindowsThatCannotBeSeen) {
   logView()->showNormal();
   EXPECT_GT(logView()->width(), program_->Window().width() / 2);
   OpensFile(NewLog("anderes.mdb"));
-  OpensFile(installation_.program() / "verbalo.mdb");
-  ASSERT_TRUE(desk.isVisible()) << "nothing is open";
+  OpensFile(installation_.log());
+  ClosesLogView();
+  ASSERT_TRUE(desk.isVisible());
   const auto buttons = desk.findChildren<QAbstractButton*>();
   const auto recent =
       std::ranges::find_if(buttons, [](const auto* button) { return button->text() == "anderes.mdb"; });
@@ -321,6 +350,22 @@ TEST_F(Commands, PropertiesProtectTheLogAndWorkOnItsFile) {
   ClosesLogView();
   Activates();
   EXPECT_TRUE(fs::exists(installation_.exchangeFile())) << "no update without the view";
+}
+
+TEST_F(Commands, ALogThatDoesNotOpenCanBeRepaired) {
+  StartsQuietly();
+  installation_.WithLog(
+      false, [](dao::Database& log) { log.Execute("DELETE FROM TConfig WHERE tCfgSKey = 'DBVersion'"); });
+  program_->InDialog("frmProperties", [this](QDialog& dialog) {
+    EXPECT_EQ(Child<QLabel>(dialog, "lblPath").text().toStdString(), installation_.log().string());
+    EXPECT_TRUE(Child<QPushButton>(dialog, "cmdRepair").isEnabled());
+    EXPECT_FALSE(Child<QPushButton>(dialog, "cmdCompact").isEnabled());
+    Child<QPushButton>(dialog, "cmdClose").click();
+  });
+  OpensFile(installation_.log());
+  EXPECT_TRUE(program_->DialogsDone());
+  EXPECT_EQ(program_->TakeMessages().value(0), program_->Text("MN_ERR_CONFIG"_key));
+  EXPECT_TRUE(program_->Window().Action(mnuViewProperties)->isEnabled()) << "nor does it go away";
 }
 
 TEST_F(Commands, QuittingAsksAndKeepsTheProgramAfterANo) {

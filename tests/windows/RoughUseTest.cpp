@@ -105,6 +105,7 @@ TEST_F(RoughUse, AnApostropheInASelectedNameIsToldAndNothingElseHappens) {
   fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
   Starts();
   EXPECT_EQ(started_.size(), 3) << started_.join("\n--\n").toStdString();
+  EXPECT_EQ(started_.last(), "3075: " + program_->Text("GL_ERR_3075"_key)) << "in the user's language";
   EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
   program_->Triggers(mnuSortAll);
   EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
@@ -148,14 +149,29 @@ TEST_F(RoughUse, ALogThatVanishedBetweenTwoStartsGivesWayToTheOneOfTheSuite) {
   ui::CFileDialog::AnswerWith({});
   ASSERT_EQ(program_->Globals().strDataFileGl, other.string());
   program_.reset();
-  fs::remove(other);
-  Starts();
+  fs::rename(other, other.string() + ".weg");
+  Starts(core::MessageAnswer::kGoOn);
+  ASSERT_EQ(started_.size(), 1);
+  EXPECT_TRUE(started_.at(0).contains("anderes.mdb")) << started_.at(0).toStdString();
+  EXPECT_TRUE(started_.at(0).contains("Varnlog.mdb")) << started_.at(0).toStdString();
   EXPECT_EQ(program_->Globals().strDataFileGl, installation_.log().string());
   EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
   program_.reset();
-  fs::remove(installation_.log());
+  fs::rename(other.string() + ".weg", other);
   Starts();
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 0) << "a new one";
+  EXPECT_EQ(program_->Globals().strDataFileGl, other.string()) << "it stayed configured";
+  EXPECT_TRUE(started_.isEmpty()) << started_.join('\n').toStdString();
+
+  // Another one is chosen instead.
+  program_.reset();
+  fs::remove(other);
+  ui::CFileDialog::AnswerWith(
+      [&](const ui::CFileDialog&) { return std::optional(installation_.log().string()); });
+  Starts(core::MessageAnswer::kOpen);
+  ui::CFileDialog::AnswerWith({});
+  EXPECT_EQ(started_.size(), 1);
+  program_.reset();
+  Starts();
   EXPECT_TRUE(started_.isEmpty()) << started_.join('\n').toStdString();
 
   // Nowhere to put a new one: told, and another can be chosen.
@@ -165,9 +181,8 @@ TEST_F(RoughUse, ALogThatVanishedBetweenTwoStartsGivesWayToTheOneOfTheSuite) {
   ui::CFileDialog::AnswerWith([](const ui::CFileDialog&) { return std::nullopt; });
   Starts();
   ui::CFileDialog::AnswerWith({});
-  ASSERT_EQ(started_.size(), 2);
-  EXPECT_TRUE(started_.at(0).contains("Varnlog.mdb"));
-  EXPECT_TRUE(started_.at(1).contains("Varnlog.mdb"));
+  ASSERT_EQ(started_.size(), 3);
+  for (const QString& message : started_) EXPECT_TRUE(message.contains("Varnlog.mdb"));
   EXPECT_EQ(program_->Window().Results(), nullptr);
 }
 

@@ -27,7 +27,13 @@ RunningProgram::RunningProgram(const cli::Installation& installation, core::Mess
   texts_.SetLanguage("D");
   user_.AnswerWith([this](const core::Message& message) {
     messages_.append(ui::ToQString(message.text));
-    return message.buttons == core::MessageButtons::kOk ? core::MessageAnswer::kOk : answer_;
+    if (message.choices.empty() && message.buttons == core::MessageButtons::kOk) {
+      return core::MessageAnswer::kOk;
+    }
+    if (first_.empty()) return answer_;
+    const core::MessageAnswer next = first_.front();
+    first_.pop_front();
+    return next;
   });
   window_ = std::make_unique<frmMDIMain>(
       WindowContext{globals_, {ini_, texts_, user_, clock_}, scheme_, shortDate_});

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <deque>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -44,6 +46,8 @@ class RunningProgram {
   [[nodiscard]] bool DialogsDone() const { return steps_.empty(); }
 
   void AnswersWith(core::MessageAnswer answer) { answer_ = answer; }
+  /// What the next messages with a choice are answered with; then it is AnswersWith() again.
+  void AnswersFirst(std::initializer_list<core::MessageAnswer> answers) { first_ = answers; }
   /// The texts shown since the last call.
   [[nodiscard]] QStringList TakeMessages() { return std::exchange(messages_, {}); }
   [[nodiscard]] int Beeps() const { return user_.Beeps(); }
@@ -69,6 +73,7 @@ class RunningProgram {
   start::HostToothScheme scheme_{globals_, ini_};
   std::unique_ptr<frmMDIMain> window_;
   core::MessageAnswer answer_;
+  std::deque<core::MessageAnswer> first_;
   QStringList messages_;
   std::vector<std::pair<QString, std::function<void(QDialog&)>>> steps_;
 };

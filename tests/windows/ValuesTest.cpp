@@ -124,6 +124,55 @@ TEST_F(Values, ARefusedEntryStaysInItsEditor) {
   EXPECT_EQ(Stored("tXraySVolt"), "65");
 }
 
+TEST_F(Values, QuittingNamesWhatWillBeLockedAndShowsItOnRequest) {
+  program_->Enters(1, kVoltageColumn, "63");
+  program_->AnswersFirst({core::MessageAnswer::kLook});
+  EXPECT_FALSE(program_->Quits());
+  const QString question = program_->TakeMessages().value(0);
+  EXPECT_TRUE(question.contains("O'Hara, ")) << question.toStdString();
+  EXPECT_TRUE(question.contains("kV 63")) << question.toStdString();
+  EXPECT_EQ(Patients(), Names({"O'Hara"})) << "the rows in question";
+  QTest::keyClick(&program_->Grid(), Qt::Key_Z, Qt::ControlModifier);
+  program_->Triggers(mnuViewLoad);
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  EXPECT_TRUE(program_->Quits());
+  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RC_QUIT"_key))) << "nothing is pending";
+}
+
+TEST_F(Values, QuittingWaitsForAnotherWorkstationAndLeavesNothingOpenByItself) {
+  program_->Enters(0, kVoltageColumn, "63");
+  dao::DBEngine engine;
+  engine.SetSystemDB((installation_.program() / "system.mdw").string());
+  const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
+  const auto log = workspace->OpenDatabase(installation_.log().string(), false, false);
+  workspace->BeginTrans();
+  program_->AnswersFirst({core::MessageAnswer::kYes, core::MessageAnswer::kCancel});
+  EXPECT_FALSE(program_->Quits());
+  const QString failure = program_->TakeMessages().value(1);
+  EXPECT_TRUE(failure.contains("3045: " + program_->Text("GL_ERR_3045"_key))) << failure.toStdString();
+  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "nothing was closed";
+  workspace->Rollback();
+  ASSERT_TRUE(program_->Quits());
+  EXPECT_EQ(Stored("tXrayBEdVolt"), "0");
+}
+
+TEST_F(Values, ALogWhoseFileWasReplacedIsOpenedAnew) {
+  const std::filesystem::path restored = installation_.suite() / "Sicherung.mdb";
+  std::filesystem::copy_file(installation_.log(), restored);
+  program_->Enters(0, kVoltageColumn, "63");
+  std::filesystem::rename(restored, installation_.log());
+  installation_.WithLog(
+      false, [](dao::Database& log) { log.Execute("DELETE FROM TXray WHERE tXraySName = 'Abel'"); });
+  program_->Triggers(mnuViewLoad);
+  RunningProgram::Settle();
+  EXPECT_EQ(program_->TakeMessages().size(), 1);
+  EXPECT_EQ(Patients(), Names({"O'Hara", "Zander"}));
+  program_->Enters(0, kVoltageColumn, "64");
+  ASSERT_TRUE(program_->Quits());
+  EXPECT_EQ(Stored("tXraySVolt"), "64");
+  EXPECT_EQ(Stored("tXrayBEdVolt"), "0");
+}
+
 TEST_F(Values, ALogThatCannotBeReadDoesNotClaimToBeEmpty) {
   installation_.WithLog(false, [](dao::Database& log) { log.Execute("ALTER TABLE TXray RENAME TO Weg"); });
   program_->Triggers(mnuViewLoad);
