@@ -320,6 +320,7 @@ void frmMDIMain::AddChild(QWidget* window) {
   frame_->setCurrentWidget(mdi_);
   QMdiSubWindow* child = mdi_->addSubWindow(window);
   child->setAttribute(Qt::WA_DeleteOnClose);
+  child->setWindowIcon(window->windowIcon());
   child->setGeometry(UnmaximisedPlace(mdi_->size()));
   connect(child, &QMdiSubWindow::windowStateChanged, this, &frmMDIMain::ShowDeskOrWindows,
           Qt::QueuedConnection);
