@@ -46,7 +46,10 @@ void Desk::Offer(const QString& title, std::vector<Choice> choices) {
     auto* button = new QCommandLinkButton(choice.text, choice.description);
     button->setIcon(choice.icon);
     button->setIconSize({kIconSize, kIconSize});
-    button->setAutoDefault(true);  // the return key presses it
+    // Wider than it asks for, it would not be as high as it asks for.
+    button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    button->setToolTip(choice.description);  // a long path is cut
+    button->setAutoDefault(true);            // the return key presses it
     button->setAccessibleName(choice.text);
     button->setAccessibleDescription(choice.description);
     connect(button, &QAbstractButton::clicked, this, std::move(choice.run));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include <QObject>
@@ -32,6 +33,9 @@ class Help final : public QObject {
  private:
   [[nodiscard]] bool Open();
   void Present();
+  /// Beside the dialog, or at least beside its buttons: whoever looks up a question wants to answer it.
+  void PlaceBeside(const QWidget& dialog);
+  void PlaceWhereItWas();
 
   const core::Globals& globals_;
   start::Services services_;
@@ -39,6 +43,7 @@ class Help final : public QObject {
   std::unique_ptr<frmHelp> window_;
   std::unique_ptr<PlacedWidget> place_;
   CFormPosIni formPos_;
+  std::optional<QRect> ownPlace_;  // while it stands beside a dialog
 };
 
 }  // namespace varnlog::app

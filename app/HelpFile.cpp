@@ -20,16 +20,35 @@ std::string HelpFile(const core::Globals& globals) {
   return db::FileExists(own) ? own : file("D");
 }
 
-std::string_view HelpPageOf(std::string_view dialog) {
-  static constexpr std::pair<std::string_view, std::string_view> kPages[] = {
+std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
+  static constexpr std::pair<std::string_view, std::string_view> kDialogs[] = {
       {"frmPatSearch", "patients"},  {"frmBegEnd", "patients"},       {"frmRunUpdate", "update"},
       {"frmCancelUpdate", "update"}, {"frmUpdateNotices", "update"},  {"frmProperties", "datafiles"},
       {"frmPrinter", "printing"},    {"frmPrinterSetup", "printing"}, {"frmConvert", "oldlogs"},
       {"frmAbout", "overview"},
   };
-  const auto* const page = std::find_if(std::begin(kPages), std::end(kPages),
-                                        [&](const auto& row) { return row.first == dialog; });
-  return page == std::end(kPages) ? "trouble" : page->second;
+  // Keys carry the prefix of the window that uses them.
+  static constexpr std::pair<std::string_view, std::string_view> kKeys[] = {
+      {"RU_", "update"},
+      {"CU_", "update"},
+      {"RC_XRNOTUPDATED", "update"},
+      {"MN_NOXR", "update"},
+      {"RS_", "entering"},
+      {"RC_QUIT", "entering"},
+      {"PS_", "patients"},
+      {"BE_", "patients"},
+      {"PP_", "datafiles"},
+      {"MN_OPENXRLOG", "datafiles"},
+      {"DRS_", "printing"},
+      {"MN_ERR_NOPRINTER", "printing"},
+      {"CV_", "oldlogs"},
+  };
+  const auto* const page =
+      std::ranges::find_if(kDialogs, [dialog](const auto& row) { return row.first == dialog; });
+  if (page != std::end(kDialogs)) return page->second;
+  const auto* const topic =
+      std::ranges::find_if(kKeys, [textKey](const auto& row) { return textKey.starts_with(row.first); });
+  return topic == std::end(kKeys) ? "trouble" : topic->second;
 }
 
 }  // namespace varnlog::app

@@ -82,6 +82,8 @@ report::PrintContext frmMDIMain::PrintContext() {
           .user = context_.services.user,
           .clock = context_.services.clock,
           .shortDate = context_.shortDate,
+          .ini = context_.services.ini,
+          .iniFile = context_.globals.IniFileGl,
           .site = [this] { return context_.globals.SiteGl; },
           .log = [this] { return context_.globals.strDataFileGl; },
           .open = open};

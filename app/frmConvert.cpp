@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
-#include <QLocale>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -75,12 +74,10 @@ bool frmConvert::Advance(std::int64_t exposuresDone) {
 }
 
 void frmConvert::ShowProgress(std::int64_t exposuresDone) {
-  const auto number = [](std::int64_t value) {
-    return ui::FromQString(QLocale().toString(static_cast<qlonglong>(value)));
-  };
   prgBar_->setValue(static_cast<int>(exposuresDone));
-  label_->setText(ui::Caption(texts_, TextOf(step_),
-                              {{"lngDone", number(exposuresDone)}, {"lngCount", number(exposures_)}}));
+  label_->setText(
+      ui::Caption(texts_, TextOf(step_),
+                  {{"lngDone", std::to_string(exposuresDone)}, {"lngCount", std::to_string(exposures_)}}));
 }
 
 core::MessageAnswer frmConvert::Show(const core::Message& message) {

@@ -243,8 +243,7 @@ void frmMDIMain::ShowStatus() {
 
 void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
   const core::TextLookup& texts = context_.services.texts;
-  const QString count = QLocale().toString(static_cast<qlonglong>(rows));
-  QString text = Caption(texts, "MN_STATUS_ROWS"_key, {{"lngCount", ui::FromQString(count)}});
+  QString text = Caption(texts, "MN_STATUS_ROWS"_key, {{"lngCount", std::to_string(rows)}});
   if (!complete) text += QStringLiteral("...");
   rowsPanel_->setText(text);
   rowsPanel_->setVisible(true);
@@ -282,6 +281,7 @@ std::optional<std::string> frmMDIMain::AskDataFile(const std::string& folder) {
   ui::CFileDialog dialog;
   dialog.SetInitDir(folder);
   dialog.SetDialogTitle(texts.GetText("MN_OPENXRLOG"_key));
+  dialog.SetHelpTopic("MN_OPENXRLOG");
   dialog.SetFilter(texts.GetText("MN_MDBFILTER"_key));
   dialog.SetDefaultExt("MDB");
   return dialog.ShowOpen(this);
@@ -291,6 +291,8 @@ void frmMDIMain::ShowUpdateRun() {
   intake::frmRunUpdate dialog(this, {context_.globals, context_.services.texts, context_.services.clock},
                               context_.services.user);
   dialog.exec();
+  // Some window managers give the keys to nobody when a dialog has gone.
+  activateWindow();
   // The exchange file that was moved aside holds the names of patients. By then nobody is opening it any
   // more.
   constexpr std::chrono::seconds kUntilOutOfReach{5};
@@ -325,6 +327,7 @@ void frmMDIMain::AddChild(QWidget* window) {
   connect(child, &QMdiSubWindow::windowStateChanged, this, &frmMDIMain::ShowDeskOrWindows,
           Qt::QueuedConnection);
   child->showMaximized();
+  window->setFocus();
 }
 
 void frmMDIMain::FocusLogView() {

@@ -8,6 +8,7 @@
 
 #include "core/EngineMessages.h"
 #include "core/LogConfig.h"
+#include "core/Numbers.h"
 #include "db/modCommon.h"
 #include "platform/Files.h"
 #include "ui/QtText.h"
@@ -148,7 +149,8 @@ void frmProperties::ShowFacts() {
   // A log that does not open is the one that needs it most.
   repair_->setEnabled(isChangeable || (!isOpen && db::FileExists(globals_.strDataFileGl)));
   try {
-    rows_->setText(isOpen ? QLocale().toString(static_cast<qlonglong>(RowCount(*log))) : QString());
+    rows_->setText(isOpen ? ui::ToQString(core::Grouped(services_.texts, std::to_string(RowCount(*log))))
+                          : QString());
   } catch (const dao::EngineError& error) {
     rows_->setText(ui::ToQString(core::EngineErrorText(services_.texts, error)));
   }

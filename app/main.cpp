@@ -16,6 +16,7 @@
 #include "platform/Files.h"
 #include "start/Language.h"
 #include "start/modINIFile.h"
+#include "ui/KeyNames.h"
 #include "ui/MessageBox.h"
 #include "ui/QtText.h"
 #include "ui/QtTexts.h"
@@ -129,6 +130,8 @@ int RunProgram(core::Globals& globals, const std::string& givenLanguage) {
   ini = start::modINIFile(globals.LanguageGl);
   QTranslator translator;
   ui::TranslateQt(translator, globals.LanguageGl);
+  ui::KeyNames keyNames(texts);
+  QCoreApplication::installTranslator(&keyNames);
 
   const platform::SystemClock clock;
   const platform::ShortDate shortDate = platform::ShortDate::FromSystem();

@@ -5,6 +5,8 @@
 
 #include "platform/Ascii.h"
 
+#include "core/Numbers.h"
+
 namespace varnlog::core {
 namespace {
 
@@ -90,8 +92,24 @@ std::string FillPlaceholders(std::string_view text, const Placeholders& values) 
   return result;
 }
 
+std::string Grouped(const TextLookup& texts, std::string_view number) {
+  constexpr std::size_t kGroup = 3;
+  std::string result(number);
+  const bool digits = std::ranges::all_of(number, [](char c) { return c >= '0' && c <= '9'; });
+  if (!digits || number.size() <= kGroup) return result;
+  const std::string separator = texts.GetText("GL_THOUSANDS"_key);
+  for (std::size_t place = number.size() - kGroup; place > 0; place -= std::min(place, kGroup)) {
+    result.insert(place, separator);
+  }
+  return result;
+}
+
 std::string FilledText(const TextLookup& texts, TextKey key, const Placeholders& values) {
-  return FillPlaceholders(texts.GetText(key), values);
+  Placeholders filled = values;
+  for (Placeholder& each : filled) {
+    if (each.name.starts_with("lng")) each.value = Grouped(texts, each.value);
+  }
+  return FillPlaceholders(texts.GetText(key), filled);
 }
 
 }  // namespace varnlog::core

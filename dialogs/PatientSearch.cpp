@@ -24,6 +24,16 @@ std::string SearchSql(std::string_view text) {
   return sql.append(text).append("*'));");
 }
 
+/// "Meyer ,J" and "Meyer,J" as names stand in the log: "Meyer, J".
+std::string WithOneBlank(std::string_view text) {
+  const auto comma = text.find(',');
+  if (comma == std::string_view::npos) return std::string(text);
+  const std::string_view firstName = Trimmed(text.substr(comma + 1));
+  std::string result(Trimmed(text.substr(0, comma)));
+  result += firstName.empty() ? "," : ", ";
+  return result.append(firstName);
+}
+
 /// A list entry taken apart again.
 struct EntryParts {
   std::string name;
@@ -53,9 +63,8 @@ std::string ConfirmSql(const EntryParts& parts) {
 
 }  // namespace
 
-SearchResult PatientSearch::Search(std::string_view text) {
-  const std::string_view pattern = Trimmed(text);
-  SearchResult result;
+std::vector<std::string> PatientSearch::Entries(std::string_view pattern) {
+  std::vector<std::string> entries;
   const auto rows = log_.OpenRecordset(SearchSql(pattern));
   const dao::Field& name = rows->Fields("tXraySName");
   const dao::Field& firstName = rows->Fields("tXraySFirstname");
@@ -63,7 +72,18 @@ SearchResult PatientSearch::Search(std::string_view text) {
   for (; !rows->IsEOF(); rows->MoveNext()) {
     std::string entry(name.Text());
     entry.append(", ").append(firstName.Text()).append(kBirthSign).append(shortDate_.Format(birth.Date()));
-    result.entries.push_back(std::move(entry));
+    entries.push_back(std::move(entry));
+  }
+  return entries;
+}
+
+SearchResult PatientSearch::Search(std::string_view text) {
+  const std::string_view pattern = Trimmed(text);
+  SearchResult result;
+  result.entries = Entries(pattern);
+  // As it was typed first: a surname may hold a comma of its own.
+  if (const std::string spaced = WithOneBlank(pattern); result.entries.empty() && spaced != pattern) {
+    result.entries = Entries(spaced);
   }
   if (result.entries.empty()) {
     const bool hasWildcard = pattern.find('*') != std::string_view::npos;

@@ -35,13 +35,16 @@ class PatientSearch {
   PatientSearch(core::Selection& selection, dao::Database& log, const platform::ShortDate& shortDate)
       : selection_(selection), log_(log), shortDate_(shortDate) {}
 
-  /// `text` may hold the engine's wildcards; blanks around it are ignored.
+  /// `text` may hold the engine's wildcards; blanks around it do not matter, nor those around its comma when
+  /// nothing is found with them as they are.
   [[nodiscard]] SearchResult Search(std::string_view text);
 
   /// OK was pressed with `selected` chosen in the list ("" for none) and `searchText` in the box.
   [[nodiscard]] Confirmation Confirm(std::string_view selected, std::string_view searchText);
 
  private:
+  [[nodiscard]] std::vector<std::string> Entries(std::string_view pattern);
+
   core::Selection& selection_;
   dao::Database& log_;
   const platform::ShortDate& shortDate_;

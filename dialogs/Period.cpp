@@ -15,6 +15,36 @@ std::string Period::Example() const {
   return shortDate_.Format(platform::DateTime::FromSerial(clock_.Today().Year(), 12, 31));
 }
 
+core::TextKey Period::Command() const {
+  switch (selection_.SortSelectionGl) {
+    case SelectionKind::kPatientPeriod:
+      return "MN_MNU_PATPERIOD"_key;
+    case SelectionKind::kPeriodXI:
+      return "MN_MNU_SELDATEALLXI"_key;
+    case SelectionKind::kPeriodXP:
+      return "MN_MNU_SELDATEALLXP"_key;
+    case SelectionKind::kPeriodXC:
+      return "MN_MNU_SELDATEALLXC"_key;
+    case SelectionKind::kPeriodXS:
+      return "MN_MNU_SELDATEALLXS"_key;
+    case SelectionKind::kPeriodXV:
+      return "MN_MNU_SELDATEALLXV"_key;
+    default:
+      return "MN_MNU_SELDATEALL"_key;
+  }
+}
+
+std::string Period::Patient() const {
+  if (selection_.SortSelectionGl != SelectionKind::kPatientPeriod) return {};
+  return selection_.strPatNameGl + ", " + selection_.strPatFirstnameGl;
+}
+
+bool Period::IsReversed(const PeriodBoxes& boxes) const {
+  const auto from = shortDate_.Parse(boxes[0]);
+  const auto to = shortDate_.Parse(boxes[1]);
+  return from && to && to->DatePart() < from->DatePart();
+}
+
 std::optional<PeriodProblem> Period::Validate(const PeriodBoxes& boxes, int box) const {
   const std::string& text = boxes.at(static_cast<std::size_t>(box));
   if (shortDate_.Parse(text)) return std::nullopt;

@@ -33,6 +33,14 @@ class Period {
   /// A date in the form that the boxes take; its day cannot be mistaken for a month.
   [[nodiscard]] std::string Example() const;
 
+  /// The caption of the command that asks, which names the type of exposure.
+  [[nodiscard]] core::TextKey Command() const;
+  /// Whose period it is, "" for everybody's.
+  [[nodiscard]] std::string Patient() const;
+
+  /// Both are dates, and the period ends before it begins.
+  [[nodiscard]] bool IsReversed(const PeriodBoxes& boxes) const;
+
   /// OK was pressed: fills a missing date into `boxes`, checks both, and on success stores dBegGl and dEndGl.
   /// A period that ends before it begins is taken as entered.
   [[nodiscard]] std::optional<PeriodProblem> Confirm(PeriodBoxes& boxes);

@@ -3,6 +3,7 @@
 #include <array>
 
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 
 #include "core/UserDialog.h"
@@ -16,13 +17,16 @@ class frmBegEnd final : public QDialog {
   frmBegEnd(QWidget* parent, Period period, const core::TextLookup& texts, core::UserDialog& user);
 
  private:
+  [[nodiscard]] PeriodBoxes Boxes() const;
   void CurrentYear();
   void Ok();
+  void ShowHint();
 
   Period period_;
   const core::TextLookup& texts_;
   core::UserDialog& user_;
   std::array<QLineEdit*, 2> txtDate_{};
+  QLabel* lblHint_;
 };
 
 }  // namespace varnlog::dialogs

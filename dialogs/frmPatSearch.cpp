@@ -3,7 +3,7 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
-#include <QLocale>
+#include <QKeyEvent>
 #include <QVBoxLayout>
 
 #include "core/EngineMessages.h"
@@ -87,6 +87,16 @@ void frmPatSearch::TextEdited() {
   selected_.clear();
 }
 
+void frmPatSearch::keyPressEvent(QKeyEvent* event) {
+  // The box has no use for it, and the list is what lies below.
+  if (event->key() == Qt::Key_Down && txtSearch_->hasFocus() && lvwPat_->currentItem() != nullptr) {
+    lvwPat_->setFocus();
+    Choose(lvwPat_->currentItem());
+    return;
+  }
+  QDialog::keyPressEvent(event);
+}
+
 void frmPatSearch::Choose(const QTreeWidgetItem* item) {
   if (item == nullptr) return;
   selected_ = item->text(0);
@@ -127,8 +137,7 @@ void frmPatSearch::Show(const SearchResult& result, const QString& searchText) {
     items.append(new QTreeWidgetItem(QStringList(ui::ToQString(entry))));
   }
   lvwPat_->addTopLevelItems(items);
-  const std::string count = ui::FromQString(QLocale().toString(items.size()));
-  lblCount_->setText(Caption(texts_, "PS_COUNT"_key, {{"lngCount", count}}));
+  lblCount_->setText(Caption(texts_, "PS_COUNT"_key, {{"lngCount", std::to_string(items.size())}}));
   if (!items.isEmpty()) {
     txtSearch_->setText(ui::ToQString(result.searchBox));
     lvwPat_->setCurrentItem(items.front());

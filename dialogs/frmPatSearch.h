@@ -16,6 +16,9 @@ class frmPatSearch final : public QDialog {
  public:
   frmPatSearch(QWidget* parent, PatientSearch search, const core::TextLookup& texts, core::UserDialog& user);
 
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
  private:
   void BuildSearchRow();
   void BuildList();

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QMenu>
 #include <QVBoxLayout>
 
 #include "core/EngineMessages.h"
@@ -11,6 +12,7 @@
 #include "logview/CRGBColorINI.h"
 #include "logview/Columns.h"
 #include "logview/EditRules.h"
+#include "logview/GridPlace.h"
 #include "logview/PendingEdits.h"
 #include "logview/Selection.h"
 #include "logview/WriteRow.h"
@@ -21,6 +23,9 @@ namespace varnlog::logview {
 using core::literals::operator""_key;
 
 namespace {
+
+constexpr std::string_view kColumnsSection = "GridColumns";
+constexpr std::string_view kDigitKey = "DigitWidth";
 
 // A slice takes a few milliseconds, so that keys and mouse are answered while a million rows are counted.
 constexpr std::int64_t kRowsPerSlice = 20'000;
@@ -127,9 +132,11 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   setFocusProxy(grid_);
 
   columnsIni_.SetIniFile(context_.globals.IniFileGl);
-  columnsIni_.SetSection("GridColumns");
+  columnsIni_.SetSection(kColumnsSection);
   columnsIni_.SetKeyName("Widths");
   columnsIni_.SetTDBGrid(this);
+  grid_->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(grid_, &QWidget::customContextMenuRequested, this, &frmResults::ShowContextMenu);
   countTimer_.setInterval(0);
   connect(&countTimer_, &QTimer::timeout, this, &frmResults::CountFurtherRows);
 
@@ -138,7 +145,7 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   grid_->SetEvents(this);
   InitData();
   LimitInput();
-  columnsIni_.RestoreColumns();
+  RestoreColumns();
   host_.RefreshCommands();
 }
 
@@ -205,7 +212,8 @@ void frmResults::InitData() {
     host_.SetCaption(view.headline);
     ShowIcon(view.icon);
   }
-  (void)OpenRows(view.sql);
+  const auto place = data1_ && view.sql == recordSource_ ? PlaceIn(*data1_, *grid_) : std::nullopt;
+  if (OpenRows(view.sql) && place && data1_) ReturnTo(*place, *data1_, *grid_);
 }
 
 /// The frame has an icon of its own and takes this window's only once.
@@ -266,11 +274,48 @@ void frmResults::CountFurtherRows() {
   host_.ShowRowCount(data1_->RecordCount(), populated_);
 }
 
-void frmResults::ReloadGrid() {
+int frmResults::DigitWidth() const {
+  return std::max(grid_->fontMetrics().horizontalAdvance(QLatin1Char('0')), 1);
+}
+
+void frmResults::SaveColumns() {
   columnsIni_.SaveColumns();
+  context_.ini.WriteString(kColumnsSection, kDigitKey, std::to_string(DigitWidth()),
+                           context_.globals.IniFileGl);
+}
+
+/// The widths were kept in pixels of the font of that time.
+void frmResults::RestoreColumns() {
+  storedDigit_ = context_.ini.ReadInteger(kColumnsSection, kDigitKey, context_.globals.IniFileGl);
+  columnsIni_.RestoreColumns();
+}
+
+void frmResults::SetWidth(int column, int width) {
+  const std::int64_t scaled = storedDigit_ > 0 ? std::int64_t{width} * DigitWidth() / storedDigit_ : width;
+  grid_->SetColumnWidth(column, static_cast<int>(std::min<std::int64_t>(scaled, ui::TDBGrid::kWidest)));
+}
+
+void frmResults::ShowContextMenu(const QPoint& position) {
+  QMenu menu(this);
+  const auto add = [this, &menu](core::TextKey key, const QKeySequence& shortcut, auto run) {
+    QAction* action = menu.addAction(ui::Caption(context_.texts, key));
+    action->setShortcut(shortcut);
+    connect(action, &QAction::triggered, this, run);
+  };
+  add("RS_CONFIRM"_key, Qt::CTRL | Qt::Key_Return, [this] {
+    if (!grid_->ConfirmValue()) context_.user.Beep();
+  });
+  add("RS_TAKEBACK"_key, QKeySequence::Undo, [this] { TakeBackEntry(); });
+  menu.addSeparator();
+  add("RS_COPY"_key, QKeySequence::Copy, [this] { grid_->CopySelection(); });
+  menu.exec(grid_->viewport()->mapToGlobal(position));
+}
+
+void frmResults::ReloadGrid() {
+  SaveColumns();
   BuildColumns();
   LimitInput();
-  columnsIni_.RestoreColumns();
+  RestoreColumns();
   MarkSort();
 }
 
@@ -320,7 +365,7 @@ void frmResults::closeEvent(QCloseEvent* event) {
   }
   host_.SetCaption(core::FilledText(context_.texts, "RS_HEADLINE"_key,
                                     {{"strDataFileGl", context_.globals.strDataFileGl}}));
-  columnsIni_.SaveColumns();
+  SaveColumns();
   CloseData();
   host_.ResultsClosed();
   event->accept();

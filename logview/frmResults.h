@@ -89,6 +89,10 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
  private:
   void BuildColumns();
   void LimitInput();
+  [[nodiscard]] int DigitWidth() const;
+  void SaveColumns();
+  void RestoreColumns();
+  void ShowContextMenu(const QPoint& position);
   void LoadColors();
   void ShowIcon(const std::string& key);
   bool OpenRows(const std::string& sql);
@@ -125,7 +129,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
 
   [[nodiscard]] int ColumnCount() const override { return grid_->ColumnCount(); }
   [[nodiscard]] int Width(int column) const override { return grid_->ColumnWidth(column); }
-  void SetWidth(int column, int width) override { grid_->SetColumnWidth(column, width); }
+  void SetWidth(int column, int width) override;
 
   ViewContext context_;
   core::RememberedTexts codeTexts_{context_.texts};
@@ -133,6 +137,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   ui::TDBGrid* grid_;
   CTDBGColumnsINI columnsIni_;
   QTimer countTimer_;
+  int storedDigit_ = 0;  // width of a digit when the columns were kept; 0 when that is not known
 
   std::string recordSource_;
   std::string headline_;

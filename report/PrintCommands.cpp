@@ -1,5 +1,11 @@
 #include "report/PrintCommands.h"
 
+#include <algorithm>
+
+#include <QDir>
+#include <QStandardPaths>
+
+#include "db/modCommon.h"
 #include "report/PdfFile.h"
 #include "report/ProgressWindow.h"
 #include "report/ReportErrors.h"
@@ -18,12 +24,14 @@ namespace {
 // Characters that one or the other system takes for something else in a file name.
 constexpr std::string_view kNotInFileNames = "/\\:*?\"<>|";
 
+constexpr std::string_view kSection = "Printing";
+
 std::string FileNameFor(const ReportJob& job) {
   std::string name = job.report.Title();
   for (char& c : name) {
     if (kNotInFileNames.find(c) != std::string_view::npos) c = ' ';
   }
-  return name + ".pdf";
+  return ui::FromQString(ui::ToQString(name).simplified()) + ".pdf";
 }
 
 /// A stopped job has to be taken back before it is finished. Printing systems that cannot do that print the
@@ -51,7 +59,9 @@ class AbortingProgress final : public ReportProgress {
 PrintCommands::PrintCommands(PrintContext context, std::unique_ptr<Printers> printers)
     : context_(std::move(context)),
       printers_(printers ? std::move(printers) : std::make_unique<SystemPrinters>()),
-      page_(DefaultPageLayout(StoredDesign())) {}
+      page_(DefaultPageLayout(StoredDesign())) {
+  LoadChoices();
+}
 
 PrintCommands::~PrintCommands() = default;
 
@@ -104,6 +114,7 @@ void PrintCommands::PageSetup(QWidget* parent) {
   if (dialog.exec() != QDialog::Accepted) return;
   choices_.printer = ui::FromQString(dialog.Printer());
   page_.setPageSize(dialog.Paper());
+  KeepChoices();
 }
 
 void PrintCommands::PrintReport(QWidget* parent, const ReportJob& job) {
@@ -117,23 +128,30 @@ void PrintCommands::PrintReport(QWidget* parent, const ReportJob& job) {
 /// False when the pages asked for do not exist and the user is to be asked again.
 bool PrintCommands::AskAndPrint(QWidget* parent, const ReportJob& job) {
   if (frmPrinter(parent, *printers_, context_.texts, choices_).exec() != QDialog::Accepted) return true;
+  KeepChoices();
+  const int missing = PrintChosen(parent, job);
+  if (missing == 0) return true;
+  context_.Messages().Inform("DRS_ERR_RANGE"_key, {{"lngPages", std::to_string(missing)}});
+  return false;
+}
+
+/// Prints what was chosen, or returns the number of pages there are when none of those asked for is among
+/// them.
+int PrintCommands::PrintChosen(QWidget* parent, const ReportJob& job) {
   const auto printer = printers_->Open(ui::ToQString(choices_.printer));
   SetUp(*printer, job);
-  ProgressWindow progress(parent, context_.texts);
+  ProgressWindow progress(parent, context_.texts, "DRS_PRINTING"_key);
   PaintedReport report(job, printer->pageLayout());
-  if (!report.Paginate(progress)) return true;
+  if (!report.Paginate(progress)) return 0;
   const PageRange range = ChosenRange(choices_);
-  if (!HasPages(range, report.PageCount())) {
-    context_.Messages().Inform("DRS_ERR_RANGE"_key, {{"lngPages", std::to_string(report.PageCount())}});
-    return false;
-  }
+  if (!HasPages(range, report.PageCount())) return report.PageCount();
   // A printer that cannot count copies gets one job for each.
   AbortingProgress aborting(progress, *printer);
   const int jobs = printer->supportsMultipleCopies() ? 1 : choices_.copies;
   for (int i = 0; i < jobs; ++i) {
-    if (!report.Paint(*printer, range, aborting)) return true;
+    if (!report.Paint(*printer, range, aborting)) break;
   }
-  return true;
+  return 0;
 }
 
 void PrintCommands::SetUp(QPrinter& printer, const ReportJob& job) const {
@@ -152,17 +170,60 @@ void PrintCommands::SetUp(QPrinter& printer, const ReportJob& job) const {
 void PrintCommands::SaveReport(QWidget* parent, const ReportJob& job) {
   ui::CFileDialog dialog;
   dialog.SetDialogTitle(context_.texts.GetText("DRS_SAVEPDF_TITLE"_key));
+  dialog.SetHelpTopic("DRS_SAVEPDF_TITLE");
   dialog.SetFilter(context_.texts.GetText("DRS_PDFFILTER"_key));
   dialog.SetDefaultExt("pdf");
+  dialog.SetInitDir(PdfFolder());
   dialog.SetFileName(FileNameFor(job));
   const auto file = dialog.ShowSave(parent);
   if (!file) return;
+  Keep("PdfFolder", db::FolderPart(*file));
   Guard([&] {
-    ProgressWindow progress(parent, context_.texts);
-    if (SavePdf(job, page_, {.file = *file, .log = context_.log()}, progress)) {
-      context_.Messages().Inform("DRS_SAVED"_key, {{"strFile", *file}});
-    }
+    if (!SaveTo(parent, job, *file)) return;
+    context_.Messages().Inform("DRS_SAVED"_key, {{"strFile", *file}});
   });
+}
+
+/// False when the user stopped it.
+bool PrintCommands::SaveTo(QWidget* parent, const ReportJob& job, const std::string& file) {
+  ProgressWindow progress(parent, context_.texts, "DRS_SAVING"_key);
+  return SavePdf(job, page_, {.file = file, .log = context_.log()}, progress);
+}
+
+std::string PrintCommands::Kept(std::string_view key) const {
+  return context_.ini.ReadString(kSection, key, context_.iniFile);
+}
+
+void PrintCommands::Keep(std::string_view key, std::string_view value) {
+  context_.ini.WriteString(kSection, key, value, context_.iniFile);
+}
+
+/// The one used last, or the user's documents when there is none (any more).
+std::string PrintCommands::PdfFolder() const {
+  const QString last = ui::ToQString(Kept("PdfFolder"));
+  if (!last.isEmpty() && QDir(last).exists()) return ui::FromQString(last);
+  return ui::FromQString(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+}
+
+void PrintCommands::LoadChoices() {
+  choices_.printer = Kept("Printer");
+  const auto page = [this](std::string_view key) {
+    return std::max<int>(context_.ini.ReadInteger(kSection, key, context_.iniFile), 1);
+  };
+  choices_.from = page("PageFrom");
+  choices_.to = page("PageTo");
+  for (int id = 0; id <= QPageSize::LastPageSize; ++id) {
+    const QPageSize paper{static_cast<QPageSize::PageSizeId>(id)};
+    if (paper.isValid() && paper.key() == ui::ToQString(Kept("Paper"))) page_.setPageSize(paper);
+  }
+}
+
+void PrintCommands::KeepChoices() {
+  Keep("Printer", choices_.printer);
+  Keep("PageFrom", std::to_string(choices_.from));
+  Keep("PageTo", std::to_string(choices_.to));
+  // A paper that only one printer knows has no name that another start would understand.
+  if (page_.pageSize().id() != QPageSize::Custom) Keep("Paper", ui::FromQString(page_.pageSize().key()));
 }
 
 }  // namespace varnlog::report

@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include "core/Messages.h"
+#include "core/SettingsStore.h"
 #include "platform/Clock.h"
 #include "platform/ShortDate.h"
 #include "report/PaintedReport.h"
@@ -30,6 +31,9 @@ struct PrintContext {
   core::UserDialog& user;
   const platform::Clock& clock;
   const platform::ShortDate& shortDate;
+  /// Where printer, paper, pages and folder are kept from one start to the next.
+  core::SettingsStore& ini;
+  const std::string& iniFile;
   /// The practice's name, asked each time a report is begun.
   std::function<std::string()> site;
   /// The log's file.
@@ -40,8 +44,9 @@ struct PrintContext {
   [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };
 
-/// The print commands of the main window. What was chosen in a dialog is kept as long as this lives. Errors
-/// have been shown to the user when a call returns.
+/// The print commands of the main window. What was chosen in a dialog is kept as long as this lives; printer,
+/// paper, the numbers of the pages and the folder of PDF files also for the next start. Errors have been
+/// shown to the user when a call returns.
 class PrintCommands {
  public:
   explicit PrintCommands(PrintContext context, std::unique_ptr<Printers> printers = nullptr);
@@ -68,6 +73,13 @@ class PrintCommands {
   [[nodiscard]] bool RequirePrinter();
   [[nodiscard]] ReportJob Begin(const PrintSource& source) const;
   [[nodiscard]] bool AskAndPrint(QWidget* parent, const ReportJob& job);
+  [[nodiscard]] int PrintChosen(QWidget* parent, const ReportJob& job);
+  [[nodiscard]] bool SaveTo(QWidget* parent, const ReportJob& job, const std::string& file);
+  [[nodiscard]] std::string Kept(std::string_view key) const;
+  void Keep(std::string_view key, std::string_view value);
+  [[nodiscard]] std::string PdfFolder() const;
+  void LoadChoices();
+  void KeepChoices();
   void SetUp(QPrinter& printer, const ReportJob& job) const;
   /// Runs `work` and shows what it throws.
   void Guard(const std::function<void()>& work);

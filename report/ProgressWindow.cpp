@@ -18,8 +18,8 @@ double Part(std::int64_t done, std::int64_t all) {
 
 }  // namespace
 
-ProgressWindow::ProgressWindow(QWidget* parent, const core::TextLookup& texts)
-    : texts_(texts), dialog_(parent) {
+ProgressWindow::ProgressWindow(QWidget* parent, const core::TextLookup& texts, core::TextKey painting)
+    : texts_(texts), painting_(painting), dialog_(parent) {
   dialog_.setObjectName("frmReportProgress");
   dialog_.setWindowTitle(ui::Caption(texts, "GL_TITLE"_key));
   dialog_.setCancelButtonText(ui::Caption(texts, "GL_CANCEL"_key));
@@ -39,7 +39,7 @@ bool ProgressWindow::Counting(std::int64_t rowsDone, std::int64_t rows) {
 }
 
 bool ProgressWindow::Painting(int page, int pages) {
-  return Show(ui::Caption(texts_, "DRS_PRINTING"_key,
+  return Show(ui::Caption(texts_, painting_,
                           {{"lngPage", std::to_string(page)}, {"lngPages", std::to_string(pages)}}),
               kCountingShare + (1 - kCountingShare) * Part(page, pages));
 }

@@ -7,10 +7,12 @@
 
 namespace varnlog::report {
 
-/// Shows how far a report is, with a button that stops it, once it takes longer than a second.
+/// Shows how far a report is, with a button that stops it, once it takes longer than a second. It must be
+/// gone before a message is shown, or it comes up over that.
 class ProgressWindow final : public ReportProgress {
  public:
-  ProgressWindow(QWidget* parent, const core::TextLookup& texts);
+  /// `painting` says what is being done with the pages, as "Seite $lngPage$ von $lngPages$ ...".
+  ProgressWindow(QWidget* parent, const core::TextLookup& texts, core::TextKey painting);
 
   bool Counting(std::int64_t rowsDone, std::int64_t rows) override;
   bool Painting(int page, int pages) override;
@@ -19,6 +21,7 @@ class ProgressWindow final : public ReportProgress {
   bool Show(const QString& text, double part);
 
   const core::TextLookup& texts_;
+  core::TextKey painting_;
   QProgressDialog dialog_;
 };
 

@@ -58,9 +58,11 @@ frmPreview::frmPreview(PrintCommands& commands, std::unique_ptr<dao::Recordset> 
 frmPreview::~frmPreview() = default;
 
 bool frmPreview::Paginate() {
-  ProgressWindow progress(parentWidget(), commands_.Texts());
+  ProgressWindow progress(parentWidget(), commands_.Texts(), "DRS_PRINTING"_key);
   if (!report_.Paginate(progress)) return false;
   BuildToolbar();
+  // The keys turn pages from the start.
+  setFocusProxy(view_->findChild<QGraphicsView*>());
   view_->fitToWidth();
   view_->findChild<QGraphicsView*>()->viewport()->installEventFilter(this);
   connect(view_, &QPrintPreviewWidget::previewChanged, this, &frmPreview::ShowZoom);
@@ -103,6 +105,8 @@ void frmPreview::BuildToolbar() {
   next_ = AddCommand("cmdNextPage", "NextPage", "DRS_NEXTPAGE"_key, &frmPreview::NextPage);
   last_ = AddCommand("cmdLastPage", "LastPage", "DRS_LASTPAGE"_key, &frmPreview::LastPage,
                      QKeySequence::MoveToEndOfDocument);
+  toolbar_->addSeparator();
+  AddCommand("cmdClose", "Close", "GL_CLOSE"_key, &frmPreview::Close, Qt::Key_Escape);
 }
 
 void frmPreview::AddZoom() {
@@ -245,6 +249,10 @@ void frmPreview::FitPage() {
 
 void frmPreview::Print() {
   commands_.PrintReport(this, job_);
+}
+
+void frmPreview::Close() {
+  (window() == this ? this : parentWidget())->close();
 }
 
 void frmPreview::SavePdf() {

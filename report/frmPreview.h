@@ -56,6 +56,7 @@ class frmPreview final : public QWidget {
 
   void Print();
   void SavePdf();
+  void Close();
   void ZoomIn();
   void ZoomOut();
   void FitWidth();

@@ -7,6 +7,7 @@
 #include <QSplitter>
 #include <QTreeView>
 
+#include "ui/HelpTopic.h"
 #include "ui/QtText.h"
 
 namespace varnlog::ui {
@@ -78,6 +79,7 @@ std::optional<std::string> CFileDialog::Show(QWidget* parent, Mode mode) const {
   if (CurrentScript()) return CurrentScript()(*this);
   QFileDialog dialog(parent, ToQString(title_));
   dialog.setObjectName("CFileDialog");
+  ui::SetHelpTopic(dialog, helpTopic_);
   dialog.setAcceptMode(mode == Mode::kOpen ? QFileDialog::AcceptOpen : QFileDialog::AcceptSave);
   dialog.setFileMode(mode == Mode::kOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
   // The folder of a file that is gone may be gone too; the dialog then begins where it likes.

@@ -26,6 +26,9 @@ class CFileDialog {
   /// The name proposed.
   void SetFileName(std::string_view name) { fileName_ = name; }
 
+  /// What F1 in the dialog is about: the key of one of its texts.
+  void SetHelpTopic(std::string_view textKey) { helpTopic_ = textKey; }
+
   [[nodiscard]] const std::string& InitDir() const { return initDir_; }
   [[nodiscard]] const std::string& DialogTitle() const { return title_; }
   [[nodiscard]] const std::string& Filter() const { return filter_; }
@@ -50,6 +53,7 @@ class CFileDialog {
   std::string filter_;
   std::string defaultExt_;
   std::string fileName_;
+  std::string helpTopic_;
 };
 
 }  // namespace varnlog::ui

@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QPainter>
 #include <QPointer>
+#include <QShortcut>
 
 #include "ui/TDBGridAccessible.h"
 
@@ -36,6 +37,15 @@ TDBGrid::TDBGrid(QWidget* parent) : QTableView(parent), model_(this), delegate_(
   setCornerButtonEnabled(false);
   SetUpHeaders();
   FitRowHeight();
+  FitColumnWidths();
+  // A shortcut, because it also means the cell whose editor is open.
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+    auto* confirm = new QShortcut(QKeyCombination(Qt::ControlModifier, key), this);
+    confirm->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(confirm, &QShortcut::activated, this, [this] {
+      if (CommitEdit() && !ConfirmValue()) QApplication::beep();
+    });
+  }
   // The handler may ask the user, which must not happen in the middle of painting or storing.
   connect(&model_, &TDBGridModel::Failed, this, &TDBGrid::RaiseError);
   searchTimer_.setInterval(0);
@@ -67,6 +77,11 @@ void TDBGrid::SetUpHeaders() {
   // With the grid's own selection every heading painted would ask each row whether it is selected.
   header.setSelectionModel(new QItemSelectionModel(&model_, &header));
   connect(&header, &QHeaderView::sectionClicked, this, &TDBGrid::ClickHeading);
+  connect(&header, &QHeaderView::sectionResized, this, [this](int column, int /*old*/, int width) {
+    if (filling_) return;
+    if (column == ColumnCount() - 1) lastWidth_ = width;
+    FillWidth();
+  });
 }
 
 void TDBGrid::FitRowHeight() {
@@ -74,6 +89,23 @@ void TDBGrid::FitRowHeight() {
   const int height = fontMetrics().height() + kRowPadding;
   rows.setMinimumSectionSize(height);
   rows.setDefaultSectionSize(height);
+}
+
+void TDBGrid::FitColumnWidths() {
+  const int before = std::exchange(digitWidth_, fontMetrics().horizontalAdvance(QLatin1Char('0')));
+  if (before == 0 || before == digitWidth_) return;
+  for (int column = 0; column < ColumnCount(); ++column) {
+    SetColumnWidth(column, ColumnWidth(column) * digitWidth_ / before);
+  }
+}
+
+void TDBGrid::FillWidth() {
+  const int last = ColumnCount() - 1;
+  if (last < 0) return;
+  const int others = horizontalHeader()->length() - columnWidth(last);
+  filling_ = true;
+  setColumnWidth(last, std::clamp(viewport()->width() - others, std::max(lastWidth_, kNarrowest), kWidest));
+  filling_ = false;
 }
 
 void TDBGrid::SetEvents(TDBGridEvents* events) {
@@ -105,11 +137,14 @@ void TDBGrid::SetColumnList(int column, const QStringList& entries) {
 }
 
 void TDBGrid::SetColumnWidth(int column, int width) {
-  setColumnWidth(column, std::clamp(width, kNarrowest, kWidest));
+  const int bounded = std::clamp(width, kNarrowest, kWidest);
+  if (column == ColumnCount() - 1) lastWidth_ = bounded;
+  setColumnWidth(column, bounded);
+  FillWidth();
 }
 
 int TDBGrid::ColumnWidth(int column) const {
-  return columnWidth(column);
+  return column == ColumnCount() - 1 ? lastWidth_ : columnWidth(column);
 }
 
 void TDBGrid::SetSortIndicator(std::optional<int> column, Qt::SortOrder order) {
@@ -216,12 +251,18 @@ void TDBGrid::paintEvent(QPaintEvent* event) {
                    Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, emptyText_);
 }
 
+void TDBGrid::resizeEvent(QResizeEvent* event) {
+  QTableView::resizeEvent(event);
+  FillWidth();
+}
+
 void TDBGrid::changeEvent(QEvent* event) {
   QTableView::changeEvent(event);
   switch (event->type()) {
     case QEvent::FontChange:
     case QEvent::StyleChange:
       FitRowHeight();
+      FitColumnWidths();
       break;
     case QEvent::PaletteChange:
       delegate_.ForgetPalette();

@@ -19,7 +19,8 @@ namespace varnlog::ui {
 /// costs.
 ///
 /// Keys: arrows, Page Up and Down, Home and End (with Ctrl: first and last row); F2 or typing edits, Escape
-/// gives the edit up; Tab and Shift+Tab go to the next and previous open cell; Alt+Down or F4 opens the list;
+/// gives the edit up; Tab and Shift+Tab go to the next and previous open cell that is empty; Ctrl+Return
+/// confirms the value of an open cell; Alt+Down or F4 opens the list;
 /// Alt+Up clicks the heading of the current column; Ctrl+C copies the selected cells; Ctrl+Z is left to the
 /// events.
 class TDBGrid final : public QTableView {
@@ -45,7 +46,8 @@ class TDBGrid final : public QTableView {
   /// Characters, not bytes; nothing: no limit.
   void SetMaxLength(int column, std::optional<int> characters);
   void SetColumnList(int column, const QStringList& entries);
-  /// Device-independent pixels; kept between kNarrowest and kWidest.
+  /// Device-independent pixels; kept between kNarrowest and kWidest. The last column is shown wider where
+  /// there is room.
   void SetColumnWidth(int column, int width);
   [[nodiscard]] int ColumnWidth(int column) const;
   /// Nothing: no heading is marked.
@@ -83,6 +85,10 @@ class TDBGrid final : public QTableView {
   [[nodiscard]] CellState StateOf(int row, int column) const { return model_.CellAt(row, column).state; }
   [[nodiscard]] std::optional<std::int64_t> BookmarkOf(int row) const { return model_.BookmarkAt(row); }
 
+  /// Enters the value of the current cell as it stands, which is an entry like any other. False when the cell
+  /// is empty, not open, or was entered before.
+  bool ConfirmValue();
+
   /// Leaves the cell editor or closes the open list without storing. Within BeforeColEdit and ButtonClick it
   /// keeps them from opening.
   void CancelEdit();
@@ -115,6 +121,7 @@ class TDBGrid final : public QTableView {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void changeEvent(QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
@@ -124,6 +131,10 @@ class TDBGrid final : public QTableView {
 
   void SetUpHeaders();
   void FitRowHeight();
+  /// The columns keep the number of characters that they have room for.
+  void FitColumnWidths();
+  /// The last column takes what the others leave.
+  void FillWidth();
 
   [[nodiscard]] bool MayEdit(const QModelIndex& index, EditTrigger trigger, const QEvent* event);
   bool OpenEditor(const QModelIndex& index, EditTrigger trigger, QEvent* event);
@@ -144,6 +155,10 @@ class TDBGrid final : public QTableView {
   TDBGridModel model_;
   CellDelegate delegate_;
   TDBGridEvents* events_ = nullptr;
+
+  int digitWidth_ = 0;  // of the font that the columns are as wide for
+  int lastWidth_ = 0;   // of the last column, when there is nothing left to take
+  bool filling_ = false;
 
   std::optional<int> sortColumn_;
   Qt::SortOrder sortOrder_ = Qt::AscendingOrder;

@@ -63,6 +63,17 @@ bool TDBGrid::MayEdit(const QModelIndex& index, EditTrigger trigger, const QEven
   return !self.isNull() && !cancel && !cancelRequested_;
 }
 
+bool TDBGrid::ConfirmValue() {
+  const QPersistentModelIndex cell(currentIndex());
+  const bool isOpen = cell.isValid() && model_.AllowUpdate() && model_.Column(cell.column()).editable &&
+                      model_.Column(cell.column()).openText.isEmpty() &&
+                      StateOf(cell.row(), cell.column()) == CellState::kEdit;
+  if (!isOpen || CellText(cell.row(), cell.column()).isEmpty()) return false;
+  const QPointer<TDBGrid> self(this);
+  if (!MayEdit(cell, AllEditTriggers, nullptr) || self.isNull() || !cell.isValid()) return false;
+  return model_.Enter(cell, CellText(cell.row(), cell.column()));
+}
+
 void TDBGrid::CancelEdit() {
   cancelRequested_ = true;
   if (QWidget* editor = Editor()) closeEditor(editor, QAbstractItemDelegate::RevertModelCache);

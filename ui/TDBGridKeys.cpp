@@ -141,7 +141,8 @@ bool TDBGrid::SearchRow(int row) {
   const int step = search_.direction == Direction::kForward ? 1 : -1;
   for (int column = search_.column; column >= 0 && column < ColumnCount(); column += step) {
     const bool open =
-        !model_.AllowUpdate() || (model_.Column(column).editable && IsOpen(StateOf(row, column)));
+        !model_.AllowUpdate() ||
+        (model_.Column(column).editable && IsOpen(StateOf(row, column)) && CellText(row, column).isEmpty());
     if (!open) continue;
     SetCurrentCell(row, column);
     return true;

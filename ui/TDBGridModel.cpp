@@ -128,7 +128,11 @@ bool TDBGridModel::setData(const QModelIndex& index, const QVariant& value, int 
   // A message box opened by a handler takes the focus from the editor, which then hands its text in again.
   if (writing_) return false;
   const QString text = value.toString();
-  if (text == CellAt(index.row(), index.column()).text) return true;
+  return text == CellAt(index.row(), index.column()).text || Enter(index, text);
+}
+
+bool TDBGridModel::Enter(const QModelIndex& index, const QString& text) {
+  if (writing_ || events_ == nullptr) return false;
   const QPersistentModelIndex cell(index);
   writing_ = true;
   const std::optional<DataFailure> failure = Write(index, text);

@@ -80,6 +80,8 @@ class TDBGridModel final : public QAbstractTableModel {
   [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
   /// Raises UnboundWriteData when the text differs from the one shown.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+  /// Stores `text` even when it is what the cell holds; false when that failed, which Failed() tells.
+  bool Enter(const QModelIndex& index, const QString& text);
 
  signals:
   /// A handler failed; to be told to the user once control is back in the event loop.

@@ -83,6 +83,15 @@ TEST(HelpPages, EveryDialogHasAPageThatExists) {
         "frmPrinter", "frmPrinterSetup", "frmConvert", "frmAbout", "MessageBox", ""}) {
     EXPECT_THAT(PageNames(), testing::Contains(HelpPageOf(dialog))) << dialog;
   }
+  const std::pair<const char*, const char*> topics[] = {
+      {"RC_XRNOTUPDATED", "update"},     {"RS_ERR_CHANGE", "entering"},
+      {"PS_ERR_NOTFOUND", "patients"},   {"MN_OPENXRLOG", "datafiles"},
+      {"DRS_SAVEPDF_TITLE", "printing"}, {"CV_ASK", "oldlogs"},
+      {"MN_ERR_DBOPEN", "trouble"},      {"", "trouble"}};
+  for (const auto& [key, page] : topics) {
+    EXPECT_EQ(HelpPageOf("MessageBox", key), page) << key;
+    EXPECT_THAT(PageNames(), testing::Contains(page));
+  }
 }
 
 // Read aloud or searched for, a Latin letter in a Russian word is another word.

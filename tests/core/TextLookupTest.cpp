@@ -61,6 +61,26 @@ TEST(Placeholder, ValuesAreNeverSearchedAgain) {
   }
 }
 
+TEST(Placeholder, NumbersAreGroupedByTheLanguage) {
+  struct Row {
+    const char* value;
+    const char* filled;
+  };
+  const Row rows[] = {{"0", "0"},          {"999", "999"},           {"1000", "1.000"},
+                      {"18792", "18.792"}, {"1234567", "1.234.567"}, {"-1000", "-1000"},
+                      {"a1000", "a1000"}};
+  class German final : public TextLookup {
+   public:
+    [[nodiscard]] std::string GetText(TextKey key) const override {
+      return key == "GL_THOUSANDS"_key ? "." : "$lngCount$ $strFile$";
+    }
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(FilledText(German(), "XX_TEXT"_key, {{"lngCount", row.value}, {"strFile", "1000"}}),
+              std::string(row.filled) + " 1000");
+  }
+}
+
 class Listener final : public UserDialog {
  public:
   MessageAnswer Show(const Message& message) override {

@@ -40,6 +40,12 @@ TEST_F(RealProgram, AValueCorrectedIsLockedOnceTheProgramWasLeft) {
   Enters(Cell(0, logview::kCommentColumn), "Karies 36");
   EXPECT_EQ(Stored("tXraySVolt"), "65");
   EXPECT_EQ(Stored("tXraySComment"), "Karies 36");
+
+  installation_.Reports({cli::NewExposure("Berger", "XP", "07.01.2016", "12:34:56")});
+  desktop_.Presses("ctrl+u");
+  Answers("RU_SUCCESS"_key, "GL_OK"_key);
+  // Nobody but the program itself gives the keys back here.
+  desktop_.Sees([](const Part& part) { return part.Role() == "TopWindow" && part.IsFocused(); }, "the focus");
   Quits();
 }
 

@@ -86,6 +86,22 @@ TEST_F(PeriodTest, StaysOpenAtTheBoxThatIsWrongAndKeepsTheOldPeriod) {
   }
 }
 
+TEST_F(PeriodTest, SaysWhatItIsAskedForAndWhenItIsReversed) {
+  selection.strPatNameGl = "Müller";
+  selection.strPatFirstnameGl = "Hans";
+  const Period period(selection, shortDate, clock);
+  selection.SortSelectionGl = SelectionKind::kPeriodXC;
+  EXPECT_EQ(period.Command().name(), "MN_MNU_SELDATEALLXC");
+  EXPECT_EQ(period.Patient(), "");
+  selection.SortSelectionGl = SelectionKind::kPatientPeriod;
+  EXPECT_EQ(period.Patient(), "Müller, Hans");
+  EXPECT_TRUE(period.IsReversed({"2.1.2024", "1.1.2024"}));
+  for (const PeriodBoxes& boxes :
+       {PeriodBoxes{"1.1.2024", "1.1.2024"}, {"", "1.1.2024"}, {"2.1.2024", "x"}}) {
+    EXPECT_FALSE(period.IsReversed(boxes)) << boxes[0];
+  }
+}
+
 TEST_F(PeriodTest, CurrentYearRunsFromNewYearToToday) {
   EXPECT_EQ(Period(selection, shortDate, clock).CurrentYear(), (PeriodBoxes{"01.01.2024", "17.05.2024"}));
 }

@@ -186,7 +186,7 @@ TEST_F(TDBGridEditingTest, AFullEntryTakesNothingInItsMiddle) {
   EXPECT_EQ(Line()->cursorPosition(), 2);
 }
 
-TEST_F(TDBGridEditingTest, TabGoesToOpenCellsOnly) {
+TEST_F(TDBGridEditingTest, TabGoesToOpenCellsThatAreEmptyOnly) {
   for (int row = 0; row < 100; ++row) rows_.states[{row, 2}] = CellState::kLocked;
   rows_.states[{1, 3}] = CellState::kNoneEdit;
   Shows(100);
@@ -196,9 +196,25 @@ TEST_F(TDBGridEditingTest, TabGoesToOpenCellsOnly) {
     Presses(Qt::Key_Tab);
     visited.push_back(Current());
   }
-  EXPECT_EQ(visited, (std::vector<Cell>{{0, 3}, {0, 4}, {1, 4}, {2, 3}}));
+  EXPECT_EQ(visited, (std::vector<Cell>{{0, 4}, {3, 3}, {3, 4}, {5, 3}}));
   Presses(Qt::Key_Backtab, Qt::ShiftModifier);
-  EXPECT_EQ(Current(), Cell(1, 4));
+  EXPECT_EQ(Current(), Cell(3, 4));
+}
+
+TEST_F(TDBGridEditingTest, AValueIsConfirmedAsItStandsAndOnlyWhereItIsOpen) {
+  rows_.states[{1, 2}] = CellState::kLocked;
+  rows_.states[{2, 2}] = CellState::kPending;
+  Shows(100);
+  for (int row = 0; row < 3; ++row) {
+    grid_.SetCurrentCell(row, 2);
+    Presses(Qt::Key_Return, Qt::ControlModifier);
+  }
+  grid_.SetCurrentCell(1, 3);
+  EXPECT_FALSE(grid_.ConfirmValue()) << "empty";
+  EXPECT_EQ(rows_.written, (Writes{{0, 2, "60"}}));
+  rows_.refuse = true;
+  grid_.SetCurrentCell(3, 2);
+  EXPECT_FALSE(grid_.ConfirmValue()) << "asked like any entry";
 }
 
 TEST_F(TDBGridEditingTest, TabInTheEditorStoresAndGoesOn) {
@@ -207,21 +223,21 @@ TEST_F(TDBGridEditingTest, TabInTheEditorStoresAndGoesOn) {
   Types("70");
   Presses(Qt::Key_Tab);
   EXPECT_EQ(rows_.written, (Writes{{0, 2, "70"}}));
-  EXPECT_EQ(Current(), Cell(0, 3));
+  EXPECT_EQ(Current(), Cell(0, 4));
   EXPECT_FALSE(grid_.IsEditing());
 }
 
 TEST_F(TDBGridEditingTest, TheSearchForAnOpenCellLetsOtherEventsThrough) {
   rows_.usualState = CellState::kLocked;
   rows_.commentOpen = false;
-  rows_.states[{2999, 4}] = CellState::kEdit;
+  rows_.states[{2997, 4}] = CellState::kEdit;
   Shows(3000);
   grid_.SetCurrentCell(0, 0);
   QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
   QCoreApplication::sendEvent(&grid_, &tab);
   EXPECT_EQ(Current(), Cell(0, 0)) << "found only in later slices";
   for (int i = 0; i < 100 && grid_.Row() == 0; ++i) Settle();
-  EXPECT_EQ(Current(), Cell(2999, 4));
+  EXPECT_EQ(Current(), Cell(2997, 4));
   grid_.SetCurrentCell(0, 0);
   QKeyEvent again(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
   QCoreApplication::sendEvent(&grid_, &again);

@@ -153,6 +153,22 @@ TEST_F(TDBGridTest, WidthsStayWithinReason) {
   }
 }
 
+TEST_F(TDBGridTest, WidthsFollowTheFontAndTheLastColumnTakesWhatIsLeft) {
+  Shows(10);
+  for (int column = 0; column < grid_.ColumnCount(); ++column) grid_.SetColumnWidth(column, 50);
+  const auto shown = [this](int column) { return static_cast<const QTableView&>(grid_).columnWidth(column); };
+  const int last = grid_.ColumnCount() - 1;
+  EXPECT_EQ(grid_.ColumnWidth(last), 50) << "what is kept";
+  EXPECT_EQ(shown(last), grid_.viewport()->width() - last * 50);
+  grid_.SetColumnWidth(0, grid_.viewport()->width());
+  EXPECT_EQ(shown(last), 50) << "no room left";
+  const int before = grid_.fontMetrics().horizontalAdvance('0');
+  QFont font = grid_.font();
+  font.setPixelSize(2 * QFontInfo(font).pixelSize());
+  grid_.setFont(font);
+  EXPECT_EQ(grid_.ColumnWidth(1), 50 * grid_.fontMetrics().horizontalAdvance('0') / before);
+}
+
 TEST_F(TDBGridTest, CopiesTheSelectionAsTabSeparatedText) {
   Shows(100'000);
   grid_.SetCurrentCell(1, 0);

@@ -12,6 +12,7 @@
 #include "tests/Paths.h"
 #include "tests/ui/FakeTexts.h"
 #include "ui/GridColors.h"
+#include "ui/KeyNames.h"
 #include "ui/ListView.h"
 #include "ui/Theme.h"
 #include "ui/Toolbar.h"
@@ -114,6 +115,19 @@ TEST(Toolbar, IsRebuiltFromItsCommandsInBothSizes) {
   EXPECT_EQ(clicked, 1);
   open.setEnabled(false);
   EXPECT_FALSE(button->isEnabled());
+}
+
+TEST(KeyNames, StandInMenusAsInTheHelp) {
+  class Texts final : public core::TextLookup {
+   public:
+    [[nodiscard]] std::string GetText(core::TextKey key) const override {
+      return std::string(key.name()).substr(7);
+    }
+  } texts;
+  KeyNames names(texts);
+  QCoreApplication::installTranslator(&names);
+  EXPECT_EQ(QKeySequence("Ctrl+Shift+PgUp").toString(QKeySequence::NativeText), "CTRL+SHIFT+PGUP");
+  EXPECT_EQ(QKeySequence("Alt+Return").toString(QKeySequence::NativeText), "Alt+RETURN");
 }
 
 TEST(ListView, HasOneColumnAsWideAsTheList) {

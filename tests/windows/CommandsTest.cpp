@@ -396,6 +396,9 @@ TEST_F(Commands, PreviewIsAChildWindowAndPrintingNeedsAPrinter) {
   EXPECT_EQ(preview->windowTitle(), program_->Text("MN_PRINTPREVIEW"_key));
   EXPECT_TRUE(preview->parentWidget()->isMaximized());
   EXPECT_EQ(preview->PageCount(), 1);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+  RunningProgram::Settle();
+  EXPECT_EQ(program_->Window().findChild<QWidget*>("frmPreview"), nullptr) << "keys work from the start";
   // It shows rows that are no longer those of the log view.
   const std::function<void()> changes[] = {
       [this] { OpensFile(NewLog("anderes.mdb")); }, [this] { program_->Triggers(mnuSortAll); },

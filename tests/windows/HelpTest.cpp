@@ -6,6 +6,7 @@
 #include <QHelpIndexWidget>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTabWidget>
@@ -16,6 +17,7 @@
 #include "app/HelpFile.h"
 #include "tests/Paths.h"
 #include "tests/windows/RunningProgram.h"
+#include "ui/HelpTopic.h"
 #include "ui/QtText.h"
 
 namespace varnlog::app::test {
@@ -174,6 +176,25 @@ TEST_F(HelpWindow, F1InADialogShowsThePageAboutItAndLeavesBothUsable) {
   EXPECT_TRUE(program_->DialogsDone());
   program_->Triggers(mnuHelpContents);
   EXPECT_EQ(Page(), "overview.html") << "still there after the dialog";
+}
+
+TEST_F(HelpWindow, StandsBesideTheButtonsOfAQuestionAndGoesBackAfterwards) {
+  Starts();
+  program_->Triggers(mnuHelpContents);
+  const QRect place = Window().geometry();
+  QMessageBox question(QMessageBox::Question, {}, "?", QMessageBox::Yes | QMessageBox::No,
+                       &program_->Window());
+  ui::SetHelpTopic(question, "RC_XRNOTUPDATED");
+  QTimer::singleShot(0, &question, [&] {
+    QTest::keyClick(&question, Qt::Key_F1);
+    RunningProgram::Settle();
+    EXPECT_EQ(Page(), "update.html");
+    EXPECT_FALSE(Window().frameGeometry().intersects(question.frameGeometry()));
+    question.reject();
+  });
+  question.exec();
+  program_->Triggers(mnuHelpContents);
+  EXPECT_EQ(Window().geometry(), place);
 }
 
 TEST_F(HelpWindow, IsClosedWithTheProgramKeepsItsPlaceAndWritesNothingIntoTheFolder) {

@@ -32,9 +32,12 @@ TEST_F(MainWindow, LeavesThemAfterANoUntilTheUpdateIsAskedFor) {
   program_->Triggers(mnuEditUpdate);
   EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
   installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2022", "08:00:00")});
+  program_->Grid().SetCurrentCell(3, logview::kCommentColumn);
   emit qApp->applicationStateChanged(Qt::ApplicationActive);
   EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Grid().ApproximateCount() == 5; }, 10'000));
   EXPECT_EQ(program_->Grid().ApproximateCount(), 5) << "activation updates again, without a question";
+  EXPECT_EQ(program_->Grid().Row(), 4) << "on the same exposure as before";
+  EXPECT_EQ(program_->Grid().Col(), int{logview::kCommentColumn});
   (void)program_->TakeMessages();
   program_->Triggers(mnuEditUpdate);
   EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("MN_NOXR"_key)));
@@ -139,6 +142,13 @@ TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
     Child<QLineEdit>(dialog, "txtSearch").setText("O'H");
     Child<QPushButton>(dialog, "cmdSearch").click();
     EXPECT_EQ(program_->TakeMessages(), apostrophe);
+    Child<QLineEdit>(dialog, "txtSearch").setText("abel,k");
+    Child<QPushButton>(dialog, "cmdSearch").click();
+    EXPECT_EQ(Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount(), 1) << "without the blank";
+    QTest::keyClicks(&Child<QLineEdit>(dialog, "txtSearch"), "x");
+    QTest::keyClick(&Child<QLineEdit>(dialog, "txtSearch"), Qt::Key_Down);
+    EXPECT_EQ(dialog.focusWidget(), &Child<QTreeWidget>(dialog, "lvwPat"));
+    EXPECT_TRUE(Child<QPushButton>(dialog, "cmdOK").isDefault()) << "chosen again";
     Child<QLineEdit>(dialog, "txtSearch").setText("*");
     Child<QPushButton>(dialog, "cmdSearch").click();
     auto& list = Child<QTreeWidget>(dialog, "lvwPat");

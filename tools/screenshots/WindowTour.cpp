@@ -89,6 +89,7 @@ WindowTour::WindowTour(const DemoPractice& practice, const std::string& language
   if (!texts_.InitLanguage()) throw std::runtime_error(texts_.InitError());
   texts_.SetLanguage(language);
   ui::TranslateQt(qtTexts_, language);
+  QCoreApplication::installTranslator(&keyNames_);
 }
 
 WindowTour::~WindowTour() = default;

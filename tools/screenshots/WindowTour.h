@@ -10,6 +10,7 @@
 #include "start/modINIFile.h"
 #include "tools/screenshots/DemoPractice.h"
 #include "tools/screenshots/ModalUser.h"
+#include "ui/KeyNames.h"
 #include "ui/MessageBox.h"
 
 namespace varnlog::tools {
@@ -59,6 +60,7 @@ class WindowTour {
   core::Globals globals_;
   QTranslator qtTexts_;
   start::Language texts_{globals_};
+  ui::KeyNames keyNames_{texts_};
   ui::MessageBox messages_{texts_};
   start::modINIFile ini_;
   platform::FixedClock clock_;

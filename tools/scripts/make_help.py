@@ -16,23 +16,6 @@ import re
 import sys
 
 COUNTRY = {"D": "de", "GB": "en", "E": "es", "I": "it", "F": "fr", "NL": "nl", "CYR": "ru"}
-KEYS = {
-    "D": {"Ctrl": "Strg", "Shift": "Umschalt", "Return": "Eingabe", "Home": "Pos1", "End": "Ende", "PgUp": "Bild auf",
-          "PgDown": "Bild ab", "Up": "Pfeil auf", "Down": "Pfeil ab", "Left": "Pfeil links", "Right": "Pfeil rechts"},
-    "GB": {"Return": "Enter", "PgUp": "Page Up", "PgDown": "Page Down", "Up": "Up arrow", "Down": "Down arrow",
-           "Left": "Left arrow", "Right": "Right arrow"},
-    "E": {"Shift": "Mayús", "Return": "Intro", "Home": "Inicio", "End": "Fin", "PgUp": "Re Pág", "PgDown": "Av Pág",
-          "Up": "Flecha arriba", "Down": "Flecha abajo", "Left": "Flecha izquierda", "Right": "Flecha derecha"},
-    "I": {"Shift": "Maiusc", "Return": "Invio", "End": "Fine", "PgUp": "Pag su", "PgDown": "Pag giù",
-          "Up": "Freccia su", "Down": "Freccia giù", "Left": "Freccia sinistra", "Right": "Freccia destra"},
-    "F": {"Shift": "Maj", "Return": "Entrée", "Esc": "Échap", "Home": "Début", "End": "Fin", "PgUp": "Page préc.",
-          "PgDown": "Page suiv.", "Up": "Flèche haut", "Down": "Flèche bas", "Left": "Flèche gauche",
-          "Right": "Flèche droite"},
-    "NL": {"Return": "Enter", "PgUp": "Page Up", "PgDown": "Page Down", "Up": "Pijl omhoog", "Down": "Pijl omlaag",
-           "Left": "Pijl links", "Right": "Pijl rechts"},
-    "CYR": {"Return": "Enter", "PgUp": "Page Up", "PgDown": "Page Down", "Up": "Стрелка вверх",
-            "Down": "Стрелка вниз", "Left": "Стрелка влево", "Right": "Стрелка вправо"},
-}
 
 
 class Help:
@@ -74,8 +57,7 @@ class Help:
         return "<b>" + " › ".join(self.caption(key) for key in content.split(">")) + "</b>"
 
     def key(self, match):
-        names = KEYS[self.language]
-        return "<kbd>" + "+".join(names.get(key, key) for key in match[1].split("+")) + "</kbd>"
+        return "<kbd>" + "+".join(self.texts.get("GL_KEY_" + key.upper(), key) for key in match[1].split("+")) + "</kbd>"
 
     def html(self, name):
         title, _, body = self.pages[name]

@@ -9,12 +9,14 @@
 #include <QPointer>
 #include <QPrintPreviewWidget>
 #include <QSpinBox>
+#include <QStandardPaths>
 #include <QTimer>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "report/PrintCommands.h"
 #include "report/frmPreview.h"
+#include "tests/logview/LogviewFakes.h"
 #include "tests/report/ReportFixture.h"
 #include "tests/report/windows/PdfPages.h"
 #include "ui/FileDialog.h"
@@ -57,6 +59,9 @@ class FilePrinters final : public Printers {
 class ListeningUser final : public core::UserDialog {
  public:
   core::MessageAnswer Show(const core::Message& message) override {
+    for (const QWidget* window : QApplication::topLevelWidgets()) {
+      EXPECT_NE(window->objectName(), "frmReportProgress") << "would come up over " << message.text;
+    }
     messages.push_back(message.text);
     return core::MessageAnswer::kOk;
   }
@@ -73,8 +78,8 @@ class PrintTest : public testing::Test {
   }
 
   void MakeCommands() {
-    commands.emplace(PrintContext{texts, user, clock, shortDate, [] { return std::string("Praxis"); },
-                                  [] { return std::string(); },
+    commands.emplace(PrintContext{texts, user, clock, shortDate, ini, iniFile,
+                                  [] { return std::string("Praxis"); }, [] { return std::string(); },
                                   [this] {
                                     return PrintSource{log.Rows(), "Aufnahmen: 2024"};
                                   }},
@@ -126,6 +131,8 @@ class PrintTest : public testing::Test {
   ListeningUser user;
   platform::FixedClock clock{*DateTime::FromCivil(2024, 2, 9)};
   platform::ShortDate shortDate;
+  logview::FakeSettings ini;
+  std::string iniFile;
   std::optional<PrintCommands> commands;
   std::deque<Answer> answers_;
   QObject life_;  // timers end with it
@@ -190,14 +197,25 @@ TEST_F(PrintTest, PaperIsChosenInTheSetupAndUsedAfterwards) {
   EXPECT_EQ(commands->Page().orientation(), QPageLayout::Landscape);
   commands->Print(nullptr);
   EXPECT_THAT(PdfText(Printed("Empfang")), HasSubstr("DRS_EMPTY"));
+
+  printers_ = std::make_unique<FilePrinters>(log.Folder());
+  MakeCommands();
+  Answers({[](QDialog& dialog) {
+    EXPECT_EQ(dialog.findChild<QComboBox*>("cmbPrinter")->currentText(), "Empfang");
+    EXPECT_TRUE(dialog.findChild<QAbstractButton*>("optAll")->isChecked()) << "no pages are left out unasked";
+    Press(dialog, "cmdCancel");
+  }});
+  commands->Print(nullptr);
+  EXPECT_EQ(commands->Page().pageSize().id(), QPageSize::A5) << "the next start";
 }
 
 TEST_F(PrintTest, AFailedSelectionIsReported) {
-  commands.emplace(
-      PrintContext{
-          texts, user, clock, shortDate, [] { return std::string(); }, [] { return std::string(); },
-          []() -> PrintSource { throw dao::EngineError(dao::ErrorNumber::kSyntaxError, "bad apostrophe"); }},
-      std::make_unique<FilePrinters>(log.Folder()));
+  commands.emplace(PrintContext{texts, user, clock, shortDate, ini, iniFile, [] { return std::string(); },
+                                [] { return std::string(); },
+                                []() -> PrintSource {
+                                  throw dao::EngineError(dao::ErrorNumber::kSyntaxError, "bad apostrophe");
+                                }},
+                   std::make_unique<FilePrinters>(log.Folder()));
   EXPECT_EQ(commands->Preview(nullptr), nullptr);
   commands->Print(nullptr);
   EXPECT_THAT(user.messages, ElementsAre("bad apostrophe", "bad apostrophe"));
@@ -274,9 +292,11 @@ TEST_F(PreviewTest, PrintsAndSavesWhatItShows) {
   Command("cmdPrint")->trigger();
   EXPECT_THAT(FooterNumbers(Printed("Keller"), "DRS_PAGE"), ElementsAre(1, 2));
 
+  std::vector<std::string> folders;
   std::string file = (log.Folder() / "gespeichert.pdf").string();
-  ui::CFileDialog::AnswerWith([&file](const ui::CFileDialog& dialog) -> std::optional<std::string> {
-    EXPECT_EQ(dialog.FileName(), "Aufnahmen  2024.pdf");
+  ui::CFileDialog::AnswerWith([&](const ui::CFileDialog& dialog) -> std::optional<std::string> {
+    EXPECT_EQ(dialog.FileName(), "Aufnahmen 2024.pdf");
+    folders.push_back(dialog.InitDir());
     return file;
   });
   Command("cmdSavePdf")->trigger();
@@ -285,6 +305,10 @@ TEST_F(PreviewTest, PrintsAndSavesWhatItShows) {
   file = (log.Folder() / "kein Ordner" / "x.pdf").string();
   Command("cmdSavePdf")->trigger();
   ui::CFileDialog::AnswerWith({});
+  EXPECT_THAT(folders,
+              ElementsAre(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation).toStdString(),
+                          log.Folder().string()))
+      << "first the user's documents, then where the last one went";
   EXPECT_THAT(user.messages, ElementsAre("gespeichert: " + saved, "nicht gespeichert: " + file));
   preview->GoToPage(1);
   EXPECT_EQ(preview->CurrentPage(), 1);
