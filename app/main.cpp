@@ -11,6 +11,7 @@
 #include "app/SingleInstance.h"
 #include "app/frmMDIMain.h"
 #include "core/Installation.h"
+#include "core/Messages.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "platform/Files.h"

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "platform/Ascii.h"
-
 #include "core/Numbers.h"
+#include "platform/Ascii.h"
 
 namespace varnlog::core {
 namespace {

@@ -30,7 +30,7 @@ bool InstallDataFile(const core::Globals& globals, const Services& services) {
   try {
     dao::DBEngine::PutJournalAside(globals.strDataFileGl);
   } catch (const dao::EngineError& failure) {
-    services.Messages().ShowText(core::EngineErrorText(failure));
+    services.Messages().ShowText(core::EngineErrorText(services.texts, failure));
     return false;
   }
   // Never over a log that another workstation has put there meanwhile.
