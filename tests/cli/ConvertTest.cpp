@@ -47,7 +47,7 @@ TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.out,
             "Exposures: 262, first: 1895-11-08 17:30:01, last: 1998-02-08 11:51:45\n"
-            "Values compared: 6556, all equal\n");
+            "Values compared: 6,556, all equal\n");
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(Content(old_), before);
   EXPECT_EQ(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, listed);
