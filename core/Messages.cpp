@@ -10,7 +10,8 @@ MessageAnswer Messages::Show(const Notice& notice) const {
                      .icon = notice.icon,
                      .buttons = notice.buttons,
                      .choices = notice.choices,
-                     .lastIsDefault = notice.lastIsDefault});
+                     .lastIsDefault = notice.lastIsDefault,
+                     .key = std::string(notice.key.name())});
 }
 
 MessageAnswer Messages::ShowText(std::string text, MessageIcon icon, MessageButtons buttons,

@@ -26,6 +26,7 @@ struct Message {
   std::vector<MessageChoice> choices = {};
   /// Return means the same as Escape, because the first answer is the one that does harm by mistake.
   bool lastIsDefault = false;
+  std::string key = {};  // of the text, for the help about it; "" when it was composed
 };
 
 /// The one way in which logic speaks to the user. A window shows a box, varnlogctl writes to standard error,

@@ -8,6 +8,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include "ui/HelpTopic.h"
 #include "ui/QtText.h"
 #include "ui/Theme.h"
 
@@ -123,6 +124,7 @@ core::MessageAnswer MessageBox::Show(const core::Message& message) {
   if (window == nullptr) window = QApplication::activeWindow();
   QMessageBox box(window == nullptr ? parent_.data() : window);
   box.setObjectName("MessageBox");
+  SetHelpTopic(box, message.key);
   box.setIcon(IconOf(message.icon));
   ShowPicture(box, message.icon);
   box.setWindowTitle(ToQString(message.title));

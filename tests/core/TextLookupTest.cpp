@@ -97,6 +97,7 @@ TEST(Messages, HaveTheProgramsTitleUnlessOneIsGiven) {
   const Messages messages(user, texts);
   EXPECT_FALSE(messages.Confirm("RC_QUIT"_key));
   EXPECT_EQ(user.shown.text, "RC_QUIT");
+  EXPECT_EQ(user.shown.key, "RC_QUIT") << "for the help about it";
   EXPECT_EQ(user.shown.title, "GL_TITLE");
   EXPECT_EQ(user.shown.icon, MessageIcon::kQuestion);
   EXPECT_EQ(user.shown.buttons, MessageButtons::kYesNo);
