@@ -7,6 +7,7 @@
 #include "db/modCommon.h"
 #include "intake/UpdateRun.h"
 #include "logview/PendingEdits.h"
+#include "start/SealedLog.h"
 
 namespace varnlog::app {
 
@@ -73,6 +74,7 @@ bool MainProgram::Open(const std::string& file) {
                                    : start::OpenAndCheckDataFile(globals_, services_, file, isOld);
   const bool opened = result == start::Opened::kYes;
   if (opened) edits_.Clear();
+  if (opened) start::CheckLastHead(globals_, services_);
   if (opened && isOld) start::TellOldLogIsProtected(services_, file);
   view_.RefreshCommands();
   return opened || (result == start::Opened::kDamaged && OfferRepair(file));
@@ -237,6 +239,7 @@ void MainProgram::WriteBackEdits() {
 bool MainProgram::CloseVarnlogDB() {
   if (!globals_.LogEngineGl || !globals_.LogEngineGl->Database()) return false;
   WriteBackEdits();
+  start::RememberHead(globals_, services_.ini);
   globals_.LogEngineGl->CloseDBInWorkspace();
   view_.RefreshCommands();
   return true;

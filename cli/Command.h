@@ -5,6 +5,7 @@
 #include "cli/Options.h"
 #include "cli/Output.h"
 #include "cli/Session.h"
+#include "seals/Verifier.h"
 
 namespace varnlog::cli {
 
@@ -36,6 +37,13 @@ void RunReportCommand(Session& session, const Options& options, Output& output);
 void AddConvertOptions(CLI::App& command, Options& options);
 void RunConvertCommand(Session& session, const Options& options, Output& output);
 void RunCheckCommand(Session& session, const Options& options, Output& output);
+void AddVerifyOptions(CLI::App& command, Options& options);
+void ValidateAnchor(const Options& options);
+void RunVerifyCommand(Session& session, const Options& options, Output& output);
+/// Writes what the seals of the open log find; throws JobError unless everything fits.
+seals::Verification VerifySeals(Session& session, const Options& options, Output& output);
+void AddHistoryOptions(CLI::App& command, Options& options);
+void RunHistoryCommand(Session& session, const Options& options, Output& output);
 void RunCompactCommand(Session& session, const Options& options, Output& output);
 void RunRepairCommand(Session& session, const Options& options, Output& output);
 

@@ -67,7 +67,8 @@ void RunConvertCommand(Session& session, const Options& options, Output& output)
   if (!db::FileExists(options.oldLog)) session.Fail("VC_ERR_NODATAFILE"_key, {{"strFile", options.oldLog}});
   const legacy::ConversionContext context{
       dao::DBEngine::Instance(), session.texts(),
-      platform::ToPath(core::DeliveredFile(session.globals(), core::kEmptyLog))};
+      platform::ToPath(core::DeliveredFile(session.globals(), core::kEmptyLog)), session.globals().AuthorGl,
+      session.clock()};
   const legacy::ConversionChoices choices{
       .damaged = options.partial ? legacy::DamagedLog::kTakeReadable : legacy::DamagedLog::kRefuse,
       .overwrite = options.overwrite};

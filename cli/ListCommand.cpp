@@ -40,13 +40,17 @@ void WriteRows(dao::Recordset& rows, const RowSource& source, RowWriter& writer)
 
 }  // namespace
 
-void AddListOptions(CLI::App& command, Options& options) {
+void AddHistoryOptions(CLI::App& command, Options& options) {
   static const std::map<std::string, ListFormat> kFormats = {
       {"table", ListFormat::kTable}, {"csv", ListFormat::kCsv}, {"json", ListFormat::kJson}};
   AddSelectionOptions(command, options);
   command.add_option("--format", options.format, "table, csv or json")
       ->transform(CLI::CheckedTransformer(kFormats))
       ->option_text("table|csv|json");
+}
+
+void AddListOptions(CLI::App& command, Options& options) {
+  AddHistoryOptions(command, options);
   command.add_flag("--display", options.display,
                    "the columns of the program's log view instead of the stored fields");
   command.add_flag(

@@ -30,6 +30,7 @@ struct Options {
   std::string output;  // the report's file
   std::string oldLog;  // to convert
   std::string newLog;  //
+  std::string anchor;  // a state that the log must contain
   bool partial = false;
   bool overwrite = false;
   bool despiteClock = false;

@@ -109,6 +109,13 @@ void Session::OpenLog(Access access) {
   }
 }
 
+void Session::OpenAsItIs() {
+  RequireLogFile();
+  const bool readOnly = LogIsOld() || !LogIsWritable();
+  const auto error = Engine().OpenDBInWorkspace(LogFile(), false, readOnly);
+  if (error != 0) FailToOpen(error);
+}
+
 void Session::CloseLog() {
   if (Engine().Database()) Engine().CloseDBInWorkspace();
 }

@@ -54,6 +54,8 @@ class Session {
   void RefuseOldLog();
   /// Opens and checks the log; an old layout is brought up to date where the file can be written.
   void OpenLog(Access access);
+  /// Opens the log without bringing anything in it up to date.
+  void OpenAsItIs();
   void CloseLog();
 
   [[nodiscard]] const std::string& LogFile() const { return globals_.strDataFileGl; }
@@ -78,6 +80,8 @@ class Session {
   [[nodiscard]] const core::Globals& globals() const { return globals_; }
   [[nodiscard]] const start::Language& texts() const { return texts_; }
   [[nodiscard]] const start::modINIFile& ini() const { return ini_; }
+  /// Shows how far a long job over the exposures is.
+  [[nodiscard]] const seals::Progress& Progress() const { return progress_; }
   [[nodiscard]] TerminalDialog& user() { return user_; }
   [[nodiscard]] const platform::Clock& clock() const { return clock_; }
   [[nodiscard]] const platform::ShortDate& shortDate() const { return shortDate_; }
@@ -92,7 +96,12 @@ class Session {
   TerminalDialog user_{texts_};
   platform::SystemClock clock_;
   platform::ShortDate shortDate_ = platform::ShortDate::FromSystem();
-  start::Services services_{ini_, texts_, user_, clock_};
+  seals::Progress progress_ = [this](std::int64_t done, std::int64_t all) {
+    user_.SetRecordCount(all);
+    user_.Advance(done);
+    return true;
+  };
+  start::Services services_{ini_, texts_, user_, clock_, progress_};
   std::string fileGiven_;
   std::string configured_;  // the log that the settings name
   std::string ownLog_;      // that one, else the default log

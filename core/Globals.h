@@ -6,6 +6,11 @@
 
 #include "core/Selection.h"
 #include "db/CJetEngine.h"
+#include "platform/Author.h"
+
+namespace varnlog::seals {
+class Ledger;
+}
 
 namespace varnlog::core {
 
@@ -40,6 +45,9 @@ struct Globals : Selection {
 
   std::unique_ptr<db::CJetEngine> LogEngineGl;   // workspace "MyWs"
   std::unique_ptr<db::CJetEngine> LangEngineGl;  // workspace "LangWs"
+
+  platform::Author AuthorGl;                // who changes the log, where and with what
+  std::shared_ptr<seals::Ledger> LedgerGl;  // seals what is changed; nullptr while nothing can be
 };
 
 }  // namespace varnlog::core

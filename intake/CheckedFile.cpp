@@ -72,13 +72,16 @@ std::optional<std::uint64_t> SumOf(const FilePiece& piece) {
   return sum.Value();
 }
 
-std::optional<std::string> DigestOf(const FilePiece& piece) {
-  platform::Sha256 digest;
-  const auto add = [&digest](std::string_view bytes, std::uint64_t) {
+bool AddToDigest(const FilePiece& piece, platform::Sha256& digest) {
+  return ReadPortions(piece, [&digest](std::string_view bytes, std::uint64_t) {
     digest.Add(bytes);
     return true;
-  };
-  if (!ReadPortions(piece, add)) return std::nullopt;
+  });
+}
+
+std::optional<std::string> DigestOf(const FilePiece& piece) {
+  platform::Sha256 digest;
+  if (!AddToDigest(piece, digest)) return std::nullopt;
   return digest.Hex();
 }
 

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "platform/SafeFile.h"
+#include "platform/Sha256.h"
 
 namespace varnlog::intake {
 
@@ -38,6 +39,9 @@ class Checksum {
 
 /// The SHA-256 digest of a piece; nothing when it cannot be read whole.
 [[nodiscard]] std::optional<std::string> DigestOf(const FilePiece& piece);
+
+/// Adds the bytes of a piece to a digest; false when it cannot be read whole.
+[[nodiscard]] bool AddToDigest(const FilePiece& piece, platform::Sha256& digest);
 
 /// Whether `b` holds exactly the bytes of `a`, and has them all; nothing when they cannot be read.
 [[nodiscard]] std::optional<bool> SameBytes(const FilePiece& a, const FilePiece& b);

@@ -258,13 +258,16 @@ bool IntakeSources::Secure(const RunId& id) {
 /// From the files that are still open: under their names there may be others by now.
 bool IntakeSources::MakeCopy(const RunId& id) {
   std::vector<CopySection> sections;
+  platform::Sha256 digest;
   for (const Source& source : sources_) {
     CopySection section{source.kind, source.taken.stamp, source.begin, source.carried};
     if (source.kind != CopySection::Source::kCarried) {
       section.bytes = {&source.tokens.OpenFile(), source.begin, source.reached - source.begin};
     }
+    if (!AddToDigest(section.bytes, digest)) return false;
     sections.push_back(section);
   }
+  digest_ = digest.Hex();
   if (copy_.Replace(id, sections, options_)) return false;
   made_.emplace(logFile_);
   made_->Load();

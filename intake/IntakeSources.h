@@ -65,6 +65,8 @@ class IntakeSources {
   /// Ends reading and, when the run has a name, makes the safe copy of what was read. False leaves everything
   /// as it was.
   [[nodiscard]] bool Secure(const RunId& id);
+  /// SHA-256 of everything that was read, in its order; "" unless Secure() made a copy.
+  [[nodiscard]] const std::string& Digest() const { return digest_; }
   /// The run whose copy Open() found to hold what an interruption had removed; "" when there is none.
   [[nodiscard]] RunId CopiedRun() const;
   /// The run whose copy stands there now, after Secure() has failed: the one to be noted as committed.
@@ -117,6 +119,7 @@ class IntakeSources {
   std::vector<TakenFile> takenFiles_;
   std::vector<Source> sources_;
   std::vector<Damaged> damaged_;
+  std::string digest_;
 };
 
 }  // namespace varnlog::intake

@@ -7,6 +7,7 @@
 #include "intake/IntakeSources.h"
 #include "intake/RecordNotices.h"
 #include "intake/RunMark.h"
+#include "seals/Ledger.h"
 
 namespace varnlog::intake {
 
@@ -204,6 +205,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
     options_.Reached(RunStep::kRowsWritten);
   }
   const bool secured = sources_.Secure(id);
+  if (globals_.LedgerGl) globals_.LedgerGl->NoteExchange(sources_.Digest());
   // Whichever run's copy stays, all that is in it is in the log with this commit.
   const RunId stays = secured ? RunId() : sources_.StandingCopy();
   if (!stays.empty()) WriteRunMark(log, stays);
@@ -236,6 +238,7 @@ Run::Question Run::Attempt(db::CJetEngine& engine) {
   result_ = {};
   notices_.Restart();
   try {
+    const seals::Purpose purpose(globals_.LedgerGl.get(), seals::SealKind::kIntake);
     Transaction transaction(engine);
     if (!transaction.IsOpen()) {
       Fail("RU_ERR_WRITE"_key, engine.LastError());

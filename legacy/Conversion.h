@@ -8,6 +8,8 @@
 #include "core/UserDialog.h"
 #include "db/dao/DBEngine.h"
 #include "legacy/LogExamination.h"
+#include "platform/Author.h"
+#include "platform/Clock.h"
 
 namespace varnlog::legacy {
 
@@ -26,6 +28,8 @@ struct ConversionContext {
   dao::DBEngine& engine;  // its SystemDB knows the account "Admin"
   const core::TextLookup& texts;
   std::filesystem::path templateFile;  // "varnlog.md0", an empty log
+  const platform::Author& author;      // who converts
+  const platform::Clock& clock;
 };
 
 struct ConversionResult {

@@ -7,6 +7,7 @@
 #include "legacy/OldFile.h"
 #include "platform/SafeFile.h"
 #include "platform/Sha256.h"
+#include "seals/LogSeals.h"
 
 namespace varnlog::legacy {
 
@@ -157,6 +158,7 @@ bool ConversionRun::Fill(const fs::path& growing, LogCopy& copy) {
   workspace->BeginTrans();
   const bool isFilled = copy.Fill(*target, ReportTo(view_));
   if (isFilled) {
+    seals::SealConverted(*target, context_.author, context_.clock);
     workspace->CommitTrans();
   } else {
     workspace->Rollback();

@@ -88,10 +88,13 @@ FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, core::UserDialo
   FlushResult result;
   if (edits.Count() == 0) return result;
   try {
+    dao::ChangeGroup changes = log.BeginChanges();
     const auto rows = log.OpenRecordset("TXray", dao::RecordsetType::kTable);
     rows->SetIndex("PrimaryKey");
     LockAll(*rows, edits, user, result);
+    changes.Commit();
   } catch (const dao::EngineError& error) {
+    result = {};
     result.error = error;
   }
   edits.RemoveFirst(result.locked + result.missing);

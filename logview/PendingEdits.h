@@ -15,7 +15,7 @@ namespace varnlog::logview {
 struct FlushResult {
   std::size_t locked = 0;                 // values locked
   std::size_t missing = 0;                // rows that somebody deleted meanwhile; a beep each
-  std::optional<dao::EngineError> error;  // what stopped it; the entries not reached are still pending
+  std::optional<dao::EngineError> error;  // what stopped it; then nothing is locked and all is still pending
 };
 
 /// The query for the rows that have pending edits, the newest first.
@@ -27,8 +27,8 @@ struct FlushResult {
                                           const core::TextLookup& texts, const intake::ToothScheme& scheme,
                                           const platform::ShortDate& shortDate);
 
-/// Locks every corrected value: clears the edit flag that each entry names and takes the entry out of
-/// `edits`.
+/// Locks every corrected value, all of them together: clears the edit flag that each entry names and takes
+/// the entry out of `edits`.
 FlushResult FlushPendingEdits(dao::Database& log, CEdits& edits, core::UserDialog& user);
 
 }  // namespace varnlog::logview

@@ -2,6 +2,7 @@
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
 #include "core/LogUpgrade.h"
+#include "start/SealedLog.h"
 #include "start/StartUp.h"
 
 namespace varnlog::start {
@@ -89,6 +90,7 @@ Opened OpenAndCheckDataFile(core::Globals& globals, const Services& services, co
     if (engine.Database()) engine.CloseDBInWorkspace();
     return checked;
   }
+  PrepareSeals(globals, services);
   globals.strDataFileGl = file;
   return Opened::kYes;
 }

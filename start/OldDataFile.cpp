@@ -39,7 +39,8 @@ OpenAs PrepareDataFile(const core::Globals& globals, const Services& services, c
   if (!legacy::IsJetFile(log)) return OpenAs::kLog;
   if (!legacy::CanBeReplaced(log)) return PrepareProtected(services, file);
   const legacy::ConversionContext context{dao::DBEngine::Instance(), services.texts,
-                                          platform::ToPath(core::DeliveredFile(globals, core::kEmptyLog))};
+                                          platform::ToPath(core::DeliveredFile(globals, core::kEmptyLog)),
+                                          globals.AuthorGl, services.clock};
   using Outcome = ConversionResult::Outcome;
   Outcome outcome = Outcome::kCancelled;
   show([&](legacy::ConversionView& view) { outcome = ConvertInPlace(context, log, view).outcome; });

@@ -18,6 +18,10 @@ void RegisterReportComponents(platform::Launcher& launcher, bool hasRegistration
 bool OpenLogWorkspace(core::Globals& globals) {
   globals.LogEngineGl = std::make_unique<db::CJetEngine>();
   globals.LogEngineGl->SetWorkgroupPath(core::DeliveredFile(globals, core::kWorkgroupFile));
+  if (globals.AuthorGl.account.empty()) {
+    globals.AuthorGl = platform::CurrentAuthor();
+    globals.AuthorGl.program = "varnlog " VARNLOG_VERSION;
+  }
   globals.LogEngineGl->OpenWorkspace("MyWs", "Admin", "");
   return !globals.LogEngineGl->WorkspaceName().empty();
 }

@@ -9,6 +9,7 @@
 #include "intake/CodeMappings.h"
 #include "platform/Clock.h"
 #include "platform/Process.h"
+#include "seals/Finding.h"
 
 namespace varnlog::start {
 
@@ -18,6 +19,7 @@ struct Services {
   const core::TextLookup& texts;
   core::UserDialog& user;
   const platform::Clock& clock;
+  seals::Progress progress = {};  // hears how far the first sealing of a log is
 
   [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };
@@ -38,7 +40,7 @@ void RegisterReportComponents(platform::Launcher& launcher,
 /// Fills DataPathGl and ExchangeFileGl from HostDataPath(); false, with DataPathGl empty, after saying why.
 [[nodiscard]] bool FindHostData(core::Globals& globals, const Services& services);
 
-/// Makes LogEngineGl and opens the workspace "MyWs".
+/// Finds out who works here, makes LogEngineGl and opens the workspace "MyWs".
 [[nodiscard]] bool OpenLogWorkspace(core::Globals& globals);
 
 /// The program's own INI file; nothing in it can stop the start-up.

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -19,8 +20,26 @@
 namespace varnlog::dao {
 
 class BulkRows;
-class Connection;    // one open file; private to this folder
+class ChangeJournal;
+class Connection;  // one open file; private to this folder
+class WriteScope;  // likewise
+class TableScan;
+struct ScanRange;
 struct EngineState;  // options and statistics; private to this folder
+
+/// Changes of one database that are made together or not at all; within an open transaction, with that. Takes
+/// the write lock at once. Undone unless Commit() was called.
+class ChangeGroup {
+ public:
+  explicit ChangeGroup(std::shared_ptr<Connection> connection);
+  ~ChangeGroup();
+  ChangeGroup(ChangeGroup&&) noexcept;
+  void Commit();
+
+ private:
+  std::shared_ptr<Connection> connection_;
+  std::unique_ptr<WriteScope> scope_;
+};
 
 /// An open database file. Record sets keep the file open as long as they live; Close() makes every further
 /// use of them throw kObjectInvalid.
@@ -51,6 +70,9 @@ class Database {
   /// from outside the program.
   void Execute(std::string_view storageSql);
 
+  /// Throws kReadOnlyDatabase, kFileInUse.
+  [[nodiscard]] ChangeGroup BeginChanges() { return ChangeGroup(connection_); }
+
   /// For a file that is thrown away when anything fails: from now on nothing is flushed to the disk, and a
   /// crash in the middle of a change leaves a file that is of no use.
   void ForgoSafety();
@@ -61,6 +83,25 @@ class Database {
   /// Numbers that the counter of a table gave out and that no row has, in ascending order; none for a table
   /// without a counter. Throws kTableNotFound.
   [[nodiscard]] std::vector<IdRange> UnusedIds(std::string_view table);
+
+  /// Reads a table from one end to the other; see TableScan.h. Throws kTableNotFound, kTooFewParameters (a
+  /// name that is no field).
+  [[nodiscard]] std::unique_ptr<TableScan> Scan(std::string_view table, std::span<const std::string> fields,
+                                                const ScanRange& range);
+  /// The greatest value of a field of whole numbers; 0 when there is none.
+  [[nodiscard]] std::int64_t Greatest(std::string_view table, std::string_view field);
+
+  /// Hears of all changes from now on, made through whatever Database object of this open file; see
+  /// ChangeJournal.h. Nothing for none.
+  void SetJournal(std::shared_ptr<ChangeJournal> journal);
+
+  /// Rules are kept in the file, in the storage's SQL, and refuse changes whatever program makes them. True
+  /// when the file holds exactly these.
+  [[nodiscard]] bool HasRules(std::span<const std::string> rules);
+  /// Puts these in the place of all that the file holds.
+  void SetRules(std::span<const std::string> rules);
+  /// From now on they hold for this open file as well; false, and they do not, unless HasRules().
+  [[nodiscard]] bool ObeyRules(std::span<const std::string> rules);
 
   /// Everything that is wrong with the file, one finding an entry; empty when it is sound.
   [[nodiscard]] std::vector<std::string> Check();

@@ -91,6 +91,10 @@ void Database::Execute(std::string_view storageSql) {
   connection_->ForgetRows();
 }
 
+void Database::SetJournal(std::shared_ptr<ChangeJournal> journal) {
+  connection_->SetJournal(std::move(journal));
+}
+
 void Database::ForgoSafety() {
   connection_->ForgoSafety();
 }

@@ -77,7 +77,9 @@ class ConversionFixture : public testing::Test {
   void HasSample(const std::string& name) { HasOldLog(samples::ReadOurs(name)); }
 
   ConversionResult ConvertsInPlace() { return ConvertInPlace(Context(), log_(), view_); }
-  [[nodiscard]] ConversionContext Context() { return {engine_, texts_, folder_ / "varnlog.md0"}; }
+  [[nodiscard]] ConversionContext Context() {
+    return {engine_, texts_, folder_ / "varnlog.md0", author_, clock_};
+  }
 
   [[nodiscard]] std::filesystem::path log_() const { return folder_ / "Varnlog.mdb"; }
   [[nodiscard]] std::filesystem::path kept() const { return folder_ / "Varnlog.jet.mdb"; }
@@ -104,6 +106,8 @@ class ConversionFixture : public testing::Test {
   std::string original_;
   dao::DBEngine engine_;
   test::FakeTexts texts_{{}, "|$strFile$|$lngReadable$/$lngCount$|$strError$"};
+  platform::Author author_;
+  platform::SystemClock clock_;
   ScriptedView view_;
   std::shared_ptr<dao::Workspace> workspace_;
 };

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "db/dao/DBEngine.h"
 #include "platform/Files.h"
@@ -40,12 +41,12 @@ void FillTexts(Database& database, const fs::path& source) {
 
 // A database is complete before it has its name, so that an interrupted build is noticed.
 template <typename Fill>
-void Make(const fs::path& target, const fs::path& schema, const Fill& fill) {
+void Make(const fs::path& target, const std::vector<fs::path>& schemas, const Fill& fill) {
   const fs::path unfinished = fs::path(target) += ".new";
   fs::remove(unfinished);
   DBEngine engine;
   const auto database = engine.CreateDatabase(varnlog::platform::FromPath(unfinished), "", 0);
-  database->Execute(Content(schema));
+  for (const fs::path& schema : schemas) database->Execute(Content(schema));
   fill(*database);
   database->Close();
   // A new database is private; these come with the program and are for all its users.
@@ -56,9 +57,9 @@ void Make(const fs::path& target, const fs::path& schema, const Fill& fill) {
 void MakeAll(const fs::path& resources, const fs::path& folder) {
   const auto nothingMore = [](Database&) {};
   fs::create_directories(folder);
-  Make(folder / "varnlog.md0", resources / "log.sql", nothingMore);
-  Make(folder / "system.mdw", resources / "workgroup.sql", nothingMore);
-  Make(folder / "verbalo.mdb", resources / "texts.sql",
+  Make(folder / "varnlog.md0", {resources / "log.sql", resources / "seals.sql"}, nothingMore);
+  Make(folder / "system.mdw", {resources / "workgroup.sql"}, nothingMore);
+  Make(folder / "verbalo.mdb", {resources / "texts.sql"},
        [&](Database& database) { FillTexts(database, resources / "texts.tsv"); });
 }
 

@@ -15,6 +15,7 @@ enum class CellKind : std::uint8_t {
   kInteger,
   kReal,
   kText,
+  kBytes,    // only what another program left there
   kDeleted,  // the row was gone when it was read
 };
 

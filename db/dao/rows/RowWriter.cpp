@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include "db/dao/ChangeJournal.h"
+#include "db/dao/DBEngine.h"
 #include "db/dao/sql/JetSql.h"
 
 namespace varnlog::dao {
@@ -101,7 +103,7 @@ bool RowWriter::IsCounterUsedUp() {
 }
 
 std::int64_t RowWriter::Add(CopyBuffer& buffer) {
-  connection_->RequireIntactWork();
+  WriteScope scope(*connection_);
   BindForInsert(buffer);
   try {
     insert_.Run();
@@ -110,8 +112,45 @@ std::int64_t RowWriter::Add(CopyBuffer& buffer) {
     throw EngineError(ErrorNumber::kRuleViolated,
                       "The counter of the table '" + table_->name + "' is used up by a wrong number.");
   }
+  const std::int64_t rowId = sqlite3_last_insert_rowid(connection_->Handle());
+  if (Journal() != nullptr) TellAdded(buffer, rowId);
+  scope.Commit();
   buffer.Close();
-  return sqlite3_last_insert_rowid(connection_->Handle());
+  return rowId;
+}
+
+ChangeJournal* RowWriter::Journal() const {
+  ChangeJournal* const journal = connection_->Journal();
+  return journal != nullptr && SameName(journal->Table(), table_->name) ? journal : nullptr;
+}
+
+void RowWriter::TellAdded(const CopyBuffer& buffer, std::int64_t rowId) {
+  if (buffer.size() != table_->fields.size())
+    throw EngineError(ErrorNumber::kNotSupported,
+                      "Rows are added to '" + table_->name + "' with all their fields only.");
+  added_.resize(buffer.size());
+  for (std::size_t i = 0; i < buffer.size(); ++i) {
+    CellView& value = added_[ordinals_[i]];
+    value = buffer[i].View();
+    if (table_->fields[ordinals_[i]].isCounter)
+      value = {.kind = CellKind::kInteger, .integer = rowId, .real = 0, .text = {}};
+  }
+  Database database(connection_);
+  Journal()->RowAdded(database, table_->fields, added_);
+}
+
+void RowWriter::TellChanging(const CopyBuffer& buffer) {
+  const std::shared_ptr<const RowSet> stored = Read(editedRow_);
+  if (stored->IsDeleted(0)) ThrowDeleted();
+  Database database(connection_);
+  for (std::size_t i = 0; i < buffer.size(); ++i) {
+    if (!buffer[i].isChanged) continue;
+    const CellView before = stored->At(0, i);
+    const CellView after = buffer[i].View();
+    const bool isSame = before.kind == after.kind && before.text == after.text &&
+                        (after.kind != CellKind::kInteger || before.integer == after.integer);
+    if (!isSame) Journal()->FieldChanging(database, editedRow_, table_->fields[ordinals_[i]], before, after);
+  }
 }
 
 void RowWriter::BeginEdit(CopyBuffer& buffer, std::int64_t rowId, const RowSet* shown, std::size_t shownRow) {
@@ -158,6 +197,19 @@ void RowWriter::Change(CopyBuffer& buffer) {
   if (!buffer.IsChanged()) return buffer.Close();
   WriteScope scope(*connection_);
   RequireUnchanged(buffer);
+  if (Journal() != nullptr) {
+    ChangeScope change(*connection_);
+    TellChanging(buffer);
+    RunUpdate(buffer);
+    change.Keep();
+  } else {
+    RunUpdate(buffer);
+  }
+  scope.Commit();
+  buffer.Close();
+}
+
+void RowWriter::RunUpdate(const CopyBuffer& buffer) {
   Statement& update = UpdateStatement(buffer);
   int parameter = 0;
   for (std::size_t i = 0; i < buffer.size(); ++i)
@@ -165,8 +217,6 @@ void RowWriter::Change(CopyBuffer& buffer) {
   update.Bind(parameter + 1, editedRow_);
   update.Run();
   if (sqlite3_changes(connection_->Handle()) == 0) ThrowDeleted();
-  scope.Commit();
-  buffer.Close();
 }
 
 }  // namespace varnlog::dao

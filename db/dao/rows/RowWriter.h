@@ -40,7 +40,12 @@ class RowWriter {
   Statement& InsertStatement();
   [[nodiscard]] bool IsCounterUsedUp();
   void BindForInsert(const CopyBuffer& buffer);
+  /// Who is to hear of changes of this table, or nullptr.
+  [[nodiscard]] ChangeJournal* Journal() const;
+  void TellAdded(const CopyBuffer& buffer, std::int64_t rowId);
+  void TellChanging(const CopyBuffer& buffer);
   Statement& UpdateStatement(const CopyBuffer& buffer);
+  void RunUpdate(const CopyBuffer& buffer);
   void RequireUnchanged(const CopyBuffer& buffer);
 
   std::shared_ptr<Connection> connection_;
@@ -58,6 +63,7 @@ class RowWriter {
 
   Statement insert_;
   std::vector<Bound> bound_;
+  std::vector<CellView> added_;
   std::unordered_map<std::vector<bool>, Statement> updates_;  // by the set of fields they write
 
   std::int64_t editedRow_ = 0;

@@ -7,6 +7,7 @@
 
 #include <sqlite3.h>
 
+#include "db/dao/ChangeJournal.h"
 #include "db/dao/rows/DistinctRows.h"
 #include "db/dao/rows/OrderedIds.h"
 #include "db/dao/rows/Select.h"
@@ -187,6 +188,7 @@ void Connection::Close() noexcept {
   if (handle_ == nullptr) return;
   state_->closedCacheReads += CacheReads();
   tables_.clear();
+  journal_.reset();
   sqlite3* const handle = std::exchange(handle_, nullptr);
   for (sqlite3_stmt* const statement : statements_) sqlite3_finalize(statement);
   statements_.clear();

@@ -18,12 +18,13 @@ struct sqlite3_stmt;
 namespace varnlog::dao {
 
 struct TableSchema;
+class ChangeJournal;
 class DistinctRows;
 class OrderedIds;
 class SelectCache;
 
 /// One open file. Database, record sets and statements share it; Close() ends all of them.
-class Connection {
+class Connection : public std::enable_shared_from_this<Connection> {
  public:
   struct Mode {
     bool exclusive = false;
@@ -68,6 +69,10 @@ class Connection {
 
   /// Runs statements in the storage's SQL.
   void Execute(const std::string& storageSql);
+
+  /// As Database::SetJournal(); nullptr for none.
+  void SetJournal(std::shared_ptr<ChangeJournal> journal) { journal_ = std::move(journal); }
+  [[nodiscard]] ChangeJournal* Journal() const { return journal_.get(); }
 
   // A transaction asked for by the program.
   void BeginWork();
@@ -143,6 +148,8 @@ class Connection {
   void SetCache(bool writing);
   void SetSync(bool sync);
   void EndWork() noexcept;
+  void TellCommitting();
+  void TellEnded() noexcept;
   static int OnBusy(void* connection, int attempt);
 
   std::string path_;
@@ -159,11 +166,26 @@ class Connection {
   std::unique_ptr<SelectCache> selects_;
   std::unique_ptr<DistinctRows> distinct_;
   std::unique_ptr<OrderedIds> ordered_;
+  std::shared_ptr<ChangeJournal> journal_;
   Statement begin_;
   Statement beginWrite_;
   Statement commit_;
   Statement rollback_;
   Statement othersVersion_;
+};
+
+/// One of several changes within a transaction: undone by itself unless Keep() was called.
+class ChangeScope {
+ public:
+  explicit ChangeScope(Connection& connection);
+  ~ChangeScope();
+  ChangeScope(const ChangeScope&) = delete;
+  ChangeScope& operator=(const ChangeScope&) = delete;
+  void Keep();
+
+ private:
+  Connection& connection_;
+  bool isOpen_ = true;
 };
 
 /// One read transaction over several statements, unless a transaction is open already.

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include "db/dao/ChangeJournal.h"
+#include "db/dao/DBEngine.h"
 #include "db/dao/sqlite/Connection.h"
 
 namespace varnlog::dao {
@@ -29,6 +31,7 @@ void Connection::BeginWork() {
 void Connection::CommitWork() {
   RequireIntactWork();
   try {
+    TellCommitting();
     commit_.Run();
   } catch (const std::exception&) {
     RollbackWork();
@@ -46,6 +49,7 @@ void Connection::RollbackWork() {
 void Connection::EndWork() noexcept {
   inWork_ = false;
   ++epoch_;
+  TellEnded();
   try {
     SetCache(false);
     SetSync(state_->options.implicitCommitSync);
@@ -54,6 +58,35 @@ void Connection::EndWork() noexcept {
     // The transaction is over either way; a larger cache does no harm.
     return;
   }
+}
+
+void Connection::TellCommitting() {
+  if (journal_ == nullptr) return;
+  Database self(shared_from_this());
+  journal_->Committing(self);
+}
+
+void Connection::TellEnded() noexcept {
+  if (journal_ != nullptr) journal_->Ended();
+}
+
+ChangeScope::ChangeScope(Connection& connection) : connection_(connection) {
+  connection_.Execute("SAVEPOINT change");
+}
+
+ChangeScope::~ChangeScope() {
+  if (!isOpen_ || !connection_.IsOpen() || !connection_.InTransaction()) return;
+  try {
+    connection_.Execute("ROLLBACK TO change; RELEASE change");
+  } catch (const EngineError&) {
+    // Then the storage has undone the whole transaction.
+    return;
+  }
+}
+
+void ChangeScope::Keep() {
+  connection_.Execute("RELEASE change");
+  isOpen_ = false;
 }
 
 void Connection::RequireIntactWork() const {
@@ -66,6 +99,15 @@ void Connection::WriteAhead() {
   if (mode_.readOnly || !InTransaction()) return;
   const int result = sqlite3_db_cacheflush(handle_);
   if (result != SQLITE_OK) Throw(result);
+}
+
+ChangeGroup::ChangeGroup(std::shared_ptr<Connection> connection)
+    : connection_(std::move(connection)), scope_(std::make_unique<WriteScope>(*connection_)) {}
+ChangeGroup::ChangeGroup(ChangeGroup&&) noexcept = default;
+ChangeGroup::~ChangeGroup() = default;
+
+void ChangeGroup::Commit() {
+  scope_->Commit();
 }
 
 ReadScope::ReadScope(Connection& connection) : connection_(connection) {
@@ -93,7 +135,9 @@ WriteScope::WriteScope(Connection& connection) : connection_(connection) {
 }
 
 WriteScope::~WriteScope() {
-  if (!began_ || !connection_.IsOpen() || !connection_.InTransaction()) return;
+  if (!began_ || !connection_.IsOpen()) return;
+  connection_.TellEnded();
+  if (!connection_.InTransaction()) return;
   try {
     connection_.rollback_.Run();
   } catch (const std::exception&) {
@@ -104,8 +148,10 @@ WriteScope::~WriteScope() {
 
 void WriteScope::Commit() {
   if (!began_) return;
+  connection_.TellCommitting();
   connection_.commit_.Run();
   began_ = false;
+  connection_.TellEnded();
 }
 
 }  // namespace varnlog::dao

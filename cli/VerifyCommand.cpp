@@ -1,0 +1,64 @@
+#include <array>
+#include <optional>
+
+#include "cli/Command.h"
+#include "seals/Verifier.h"
+#include "start/SealedLog.h"
+
+namespace varnlog::cli {
+
+namespace {
+
+using namespace core::literals;
+
+std::optional<seals::Anchor> AnchorOf(const Options& options) {
+  if (options.anchor.empty()) return std::nullopt;
+  const auto anchor = seals::ReadAnchor(options.anchor);
+  if (!anchor) throw UsageError("VC_ERR_ANCHOR"_key, "strAnchor", options.anchor);
+  return anchor;
+}
+
+void WriteNotes(const Session& session, const seals::Verification& result, Output& output) {
+  // In the order of seals::Note::What.
+  constexpr std::array kKeys = {"VN_CLOCK"_key, "VN_FOUND"_key, "VN_WENTON"_key};
+  for (const seals::Note& note : result.notes) {
+    const core::TextKey key = kKeys.at(static_cast<std::size_t>(note.what));
+    output.Write(session.Text(key, {{"lngNumber", std::to_string(note.seal)}}) + "\n");
+  }
+}
+
+}  // namespace
+
+void AddVerifyOptions(CLI::App& command, Options& options) {
+  command.add_option(
+      "--anchor", options.anchor,
+      "a state that the log must still contain: NUMBER-DIGEST, or the text of a printed report");
+}
+
+void ValidateAnchor(const Options& options) {
+  static_cast<void>(AnchorOf(options));
+}
+
+seals::Verification VerifySeals(Session& session, const Options& options, Output& output) {
+  const seals::Verification result = seals::Verify(session.Log(), AnchorOf(options), session.Progress());
+  session.user().Flush();
+  for (const seals::Finding& finding : result.findings)
+    output.Write(start::Describe(finding, session.texts()) + "\n");
+  WriteNotes(session, result, output);
+  if (!result.IsSound()) {
+    session.Fail("VC_ERR_VERIFY"_key,
+                 {{"lngCount", std::to_string(result.allFindings)}, {"strFile", session.LogFile()}});
+  }
+  return result;
+}
+
+// Nothing is sealed or brought up to date: what is verified is the file as it is.
+void RunVerifyCommand(Session& session, const Options& options, Output& output) {
+  session.OpenAsItIs();
+  const seals::Verification result = VerifySeals(session, options, output);
+  output.Write("sealed: " + std::to_string(result.exposures) + " exposures, " +
+               std::to_string(result.entries) + " entries, " + std::to_string(result.seals) +
+               " seals, head " + std::to_string(result.head.number) + " " + result.head.digest + "\n");
+}
+
+}  // namespace varnlog::cli

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "db/dao/DBEngine.h"
+#include "platform/DateTime.h"
+
+namespace varnlog::seals {
+
+/// Who sealed something, where and when.
+struct Origin {
+  std::int64_t seal = 0;
+  std::string kind;
+  platform::DateTime time;  // UTC
+  int offsetMinutes = 0;
+  std::string account;
+  std::string fullName;
+  std::string place;
+  std::string program;
+
+  /// The time that people had there; not set where the seal holds none.
+  [[nodiscard]] platform::DateTime LocalTime() const;
+};
+
+/// One change of one field, or, first of all, how the exposure came into the log (`field` is "").
+struct HistoryEntry {
+  std::int64_t number = 0;
+  std::int64_t exposure = 0;
+  std::string field;
+  std::optional<std::string> before;  // nothing for NULL
+  std::optional<std::string> after;
+  std::string kind;
+  Origin origin;
+};
+
+/// Everything that is known of an exposure, its origin first. An exposure without a seal has none. Throws
+/// dao::EngineError; empty for a log without history.
+[[nodiscard]] std::vector<HistoryEntry> ReadHistory(dao::Database& log, std::int64_t exposure);
+
+}  // namespace varnlog::seals

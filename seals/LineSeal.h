@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "db/dao/rows/RowSet.h"
+#include "platform/Sha256.h"
+
+namespace varnlog::seals {
+
+/// Three letters that tell, where a digest over many lines does not fit, which of the lines it is. No
+/// protection: that is the digest's.
+inline constexpr std::size_t kMarkLength = 3;
+void AppendMark(std::string& marks, std::string_view line);
+
+/// The line of an exposure, its values in the order of SealedFields(), or of a row of the history.
+void AppendLine(std::string& out, std::span<const dao::CellView> values);
+
+/// What a seal says about the exposures that were added, or about the rows of the history, told line by line
+/// in the order of their numbers.
+class LineSeal {
+ public:
+  /// The number comes first.
+  void Add(std::span<const dao::CellView> values);
+
+  [[nodiscard]] std::int64_t First() const { return first_; }  // number; 0 without any
+  [[nodiscard]] std::int64_t Last() const { return last_; }
+  [[nodiscard]] std::int64_t Count() const { return count_; }
+  [[nodiscard]] const std::string& Marks() const { return marks_; }
+  /// "" without any line. The next line begins anew.
+  [[nodiscard]] std::string Digest();
+
+ private:
+  platform::Sha256 digest_;
+  std::string line_;
+  std::string marks_;
+  std::int64_t first_ = 0;
+  std::int64_t last_ = 0;
+  std::int64_t count_ = 0;
+};
+
+}  // namespace varnlog::seals

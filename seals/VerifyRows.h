@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "db/dao/DBEngine.h"
+#include "db/dao/TableScan.h"
+#include "seals/Finding.h"
+#include "seals/LineSeal.h"
+#include "seals/Undo.h"
+#include "seals/VerifySeals.h"
+
+namespace varnlog::seals {
+
+/// Sees whether the exposures, taken back to what they were when they were added, are those of the seals.
+class RowCheck {
+ public:
+  RowCheck(dao::Database& log, std::vector<RowRange> ranges, const Findings& findings,
+           const Progress& progress);
+
+  /// `rows` are all exposures in the order of their numbers, SealedFields() of each; `hasRow` tells whether
+  /// it stands on one. False when it was cancelled.
+  [[nodiscard]] bool Run(dao::TableScan& rows, bool hasRow);
+  [[nodiscard]] std::int64_t Count() const { return count_; }
+
+ private:
+  void Take(const std::vector<dao::CellView>& row);
+  void CloseRange();
+  void Homeless(std::int64_t exposure);
+
+  dao::Database& log_;
+  std::vector<RowRange> ranges_;
+  const Findings& findings_;
+  const Progress& progress_;
+  ChangeWalk changes_;
+  std::vector<dao::CellView> values_;
+  std::size_t range_ = 0;
+  LineSeal lines_;
+  std::int64_t count_ = 0;
+  std::int64_t all_ = 0;
+};
+
+/// Says which of a range's exposures do not fit, by their marks.
+void LocateExposures(dao::Database& log, const RowRange& range, const Findings& findings);
+
+}  // namespace varnlog::seals

@@ -1,0 +1,95 @@
+#include "start/SealedLog.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include "seals/Ledger.h"
+#include "seals/LogSeals.h"
+
+namespace varnlog::start {
+
+using namespace core::literals;
+
+namespace {
+
+void Tell(const Services& services, const seals::OpenReport& report) {
+  const core::Messages messages = services.Messages();
+  if (report.rulesRestored) messages.Critical("SL_RULES"_key);
+  if (report.found > 0) messages.Inform("SL_FOUND"_key, {{"lngCount", std::to_string(report.found)}});
+  if (report.finding)
+    messages.Critical("SL_BROKEN"_key, {{"strFinding", Describe(*report.finding, services.texts)}});
+}
+
+// In the order of seals::Fault.
+constexpr std::array kFindingKeys = {"SF_NOSEALS"_key,      "SF_RULES"_key,         "SF_XRCHANGED"_key,
+                                     "SF_VALUECHANGED"_key, "SF_XRDELETED"_key,     "SF_XRINSERTED"_key,
+                                     "SF_XRSWAPPED"_key,    "SF_XRUNSEALED"_key,    "SF_ENTRYCHANGED"_key,
+                                     "SF_ENTRYDELETED"_key, "SF_ENTRYUNSEALED"_key, "SF_ENTRYFORBIDDEN"_key,
+                                     "SF_SEALCHANGED"_key,  "SF_SEALDELETED"_key,   "SF_SEALROWS"_key,
+                                     "SF_SEALENTRIES"_key,  "SF_ANCHOR"_key};
+
+}  // namespace
+
+void PrepareSeals(core::Globals& globals, const Services& services) {
+  globals.LedgerGl.reset();
+  if (globals.ReadOnlyGl) return;
+  try {
+    globals.LedgerGl = std::make_shared<seals::Ledger>(globals.AuthorGl, services.clock);
+    Tell(services, seals::OpenLedger(*globals.LogEngineGl->Database(), globals.LedgerGl, services.progress));
+  } catch (const dao::EngineError& error) {
+    globals.LedgerGl.reset();
+    globals.ReadOnlyGl = true;
+    services.Messages().Critical("SL_ERR_OPEN"_key, {{"strError", error.what()}});
+  }
+}
+
+namespace {
+
+std::string HeadKey(const core::Globals& globals) {
+  std::string key = "SealHead." + globals.AuthorGl.workstation;
+  std::replace(key.begin(), key.end(), '=', '-');
+  return key;
+}
+
+void WarnOfLostHead(const core::Globals& globals, const Services& services, const seals::Anchor& anchor) {
+  services.Messages().Critical(
+      "SL_ANCHOR"_key, {{"strFile", globals.strDataFileGl}, {"lngNumber", std::to_string(anchor.seal)}});
+  if (globals.LedgerGl) seals::SealGoingOn(*globals.LogEngineGl->Database(), *globals.LedgerGl);
+}
+
+}  // namespace
+
+void CheckLastHead(const core::Globals& globals, const Services& services) {
+  dao::Database& log = *globals.LogEngineGl->Database();
+  const auto seen =
+      seals::ReadAnchor(services.ini.ReadString(globals.strDataFileGl, HeadKey(globals), globals.IniFileGl));
+  try {
+    if (seen && !seals::Holds(log, *seen)) WarnOfLostHead(globals, services, *seen);
+  } catch (const dao::EngineError& error) {
+    services.Messages().ShowText(error.what());
+  }
+  RememberHead(globals, services.ini);
+}
+
+void RememberHead(const core::Globals& globals, core::SettingsStore& ini) {
+  try {
+    dao::Database& log = *globals.LogEngineGl->Database();
+    if (!seals::HasSealTables(log)) return;
+    const seals::Head head = seals::ReadHead(log);
+    ini.WriteString(globals.strDataFileGl, HeadKey(globals), std::to_string(head.number) + "-" + head.digest,
+                    globals.IniFileGl);
+  } catch (const dao::EngineError&) {
+    // A head that is not remembered is not missed; the one before is still there.
+    return;
+  }
+}
+
+std::string Describe(const seals::Finding& finding, const core::TextLookup& texts) {
+  return core::FilledText(texts, kFindingKeys.at(static_cast<std::size_t>(finding.fault)),
+                          {{"lngNumber", std::to_string(finding.number)},
+                           {"lngOther", std::to_string(finding.other)},
+                           {"strField", finding.field}});
+}
+
+}  // namespace varnlog::start

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "core/TextLookup.h"
+#include "seals/Finding.h"
+#include "start/StartUp.h"
+
+namespace varnlog::start {
+
+/// Makes an open log ready for changes that are sealed and tells the user what was found: what has no seal,
+/// what is wrong with the newest seals. A log that cannot be sealed is for reading only from then on.
+void PrepareSeals(core::Globals& globals, const Services& services);
+
+/// Warns when the open log no longer holds the last state that this workstation has seen of it, as an older
+/// copy that was put back does not; once, because from then on it is this state that is remembered. That the
+/// work went on is sealed.
+void CheckLastHead(const core::Globals& globals, const Services& services);
+/// Keeps the newest seal of the open log in the workstation's own key of the log's section of the INI file.
+void RememberHead(const core::Globals& globals, core::SettingsStore& ini);
+
+/// A finding in the current language: which exposure, entry or seal does not fit, and what that means.
+[[nodiscard]] std::string Describe(const seals::Finding& finding, const core::TextLookup& texts);
+
+}  // namespace varnlog::start

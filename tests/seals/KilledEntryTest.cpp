@@ -1,0 +1,79 @@
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <random>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "db/dao/TableScan.h"
+#include "seals/Canonical.h"
+#include "tests/seals/SealedLog.h"
+
+namespace varnlog::seals {
+namespace {
+
+class KilledEntryTest : public SealedLog {
+ protected:
+  /// A run of the program of its own: enters, corrects and closes until it is killed.
+  [[noreturn]] void WorksUntilKilled(unsigned seed) {
+    std::minstd_rand random(seed);
+    author_.run = platform::CurrentAuthor().run;
+    Opens();
+    for (;;) {
+      const std::int64_t exposure = 1 + 2 * static_cast<std::int64_t>(random() % 20);
+      const char* const field = random() % 2 == 0 ? "Volt" : "Cur";
+      const std::string flag = std::string("tXrayBEd") + field;
+      if (Value(exposure, flag) == "0") {
+        TakesIn(1);
+      } else if (random() % 4 == 0) {
+        Locks(exposure, flag);
+      } else {
+        Enters(exposure, std::string("tXrayS") + field, std::to_string(random() % 99));
+      }
+    }
+  }
+
+  void RunsAndIsKilledAfter(useconds_t microseconds, unsigned seed) {
+    log_->Close();
+    const pid_t child = fork();
+    if (child == 0) WorksUntilKilled(seed);
+    usleep(microseconds);
+    kill(child, SIGKILL);
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+
+  /// Fields that somebody entered and that are still open.
+  std::string OpenEntries() {
+    std::string open;
+    const auto scan = log_->Scan("THistory", HistoryFields(), {});
+    while (scan->Next()) {
+      const std::int64_t exposure = NumberOf(scan->Values()[1]);
+      std::string field = TextOf(scan->Values()[2]);
+      if (field.starts_with("tXrayS") && Value(exposure, "tXrayBEd" + field.substr(6)) == "1")
+        open += std::to_string(exposure) + " " + field + "; ";
+    }
+    return open;
+  }
+};
+
+TEST_F(KilledEntryTest, TheChainHoldsAndNoCorrectionStaysOpen) {
+  Opens();
+  TakesIn(40);
+  std::mt19937 random(7);
+  const int rounds = std::getenv("VARNLOG_SLOW") == nullptr ? 12 : 300;
+  std::int64_t locked = 0;
+  for (int round = 0; round < rounds; ++round) {
+    RunsAndIsKilledAfter(static_cast<useconds_t>(random() % 60'000), static_cast<unsigned>(random()));
+    OpensUnsealed();
+    ExpectSound("killed in round " + std::to_string(round));
+    locked += Opens().locked;
+    EXPECT_EQ(OpenEntries(), "") << "round " << round;
+    ExpectSound("opened in round " + std::to_string(round));
+    TakesIn(2);
+  }
+  EXPECT_GT(locked, 0) << "no run was killed with an open entry";
+}
+
+}  // namespace
+}  // namespace varnlog::seals
