@@ -60,8 +60,11 @@ bool ConvertOnce(const Installation& practice, const fs::path& target) {
   engine.SetSystemDB((practice.ProgramFolder() / "system.mdw").string());
   const NoTexts texts;
   Silent view;
-  const auto result = legacy::ConvertTo({engine, texts, practice.ProgramFolder() / "varnlog.md0"},
-                                        OldLogFile(kRows), target, {}, view);
+  const platform::Author author;
+  const platform::SystemClock clock;
+  const auto result =
+      legacy::ConvertTo({engine, texts, practice.ProgramFolder() / "varnlog.md0", author, clock},
+                        OldLogFile(kRows), target, {}, view);
   return result.rows == kRows;
 }
 

@@ -1,6 +1,8 @@
 #include <chrono>
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
@@ -38,7 +40,7 @@ class NoView final : public intake::UpdateView {
   void Beep() override {}
   void SetRecordCount(std::int64_t /*records*/) override {}
   void Advance(std::int64_t /*recordsDone*/) override {}
-  [[nodiscard]] bool CancelIsWanted() override { return false; }
+  void ShowNotices(const std::vector<std::string>& /*notices*/) override {}
 };
 
 /// A log of its own that is open for writing, with seals or without.

@@ -67,7 +67,7 @@ void RunHistoryCommand(Session& session, const Options& options, Output& output)
   session.OpenLog(Session::Access::kRead);
   const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
   const auto rows = session.Log().OpenRecordset(selection.sql);
-  const auto writer = MakeRowWriter(options.format, output);
+  const auto writer = MakeRowWriter(options.format, options.raw ? Values::kRaw : Values::kHarmless, output);
   writer->Begin(Headings());
   if (writer->NeedsMeasure() && !rows->IsEOF()) {
     ForEachEntry(session, *rows, [&](const Row& row) { writer->Measure(row); });

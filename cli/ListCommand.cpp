@@ -47,15 +47,15 @@ void AddHistoryOptions(CLI::App& command, Options& options) {
   command.add_option("--format", options.format, "table, csv or json")
       ->transform(CLI::CheckedTransformer(kFormats))
       ->option_text("table|csv|json");
+  command.add_flag(
+      "--raw", options.raw,
+      "table and csv: texts exactly as they are stored, even what a terminal or a spreadsheet obeys");
 }
 
 void AddListOptions(CLI::App& command, Options& options) {
   AddHistoryOptions(command, options);
   command.add_flag("--display", options.display,
                    "the columns of the program's log view instead of the stored fields");
-  command.add_flag(
-      "--raw", options.raw,
-      "table and csv: texts exactly as they are stored, even what a terminal or a spreadsheet obeys");
 }
 
 void ValidateSelection(const Options& options) {

@@ -1,6 +1,8 @@
 #include <array>
 #include <optional>
 
+#include <CLI/CLI.hpp>
+
 #include "cli/Command.h"
 #include "seals/Verifier.h"
 #include "start/SealedLog.h"
