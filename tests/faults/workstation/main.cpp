@@ -8,12 +8,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <string>
 #include <thread>
 
 #include "db/dao/DBEngine.h"
 #include "legacy/Conversion.h"
+#include "platform/Author.h"
+#include "platform/Clock.h"
+#include "seals/Ledger.h"
+#include "seals/LogSeals.h"
 #include "tests/faults/Scenario.h"
 
 namespace {
@@ -39,14 +44,20 @@ class Agreeing final : public legacy::ConversionView, public core::TextLookup {
 int Adopt(dao::DBEngine& engine, const fs::path& program) {
   using Outcome = legacy::ConversionResult::Outcome;
   Agreeing user;
+  const platform::SystemClock clock;
   const Outcome outcome =
-      ConvertInPlace({engine, user, program / "varnlog.md0"}, fs::current_path() / kLog, user).outcome;
+      ConvertInPlace({engine, user, program / "varnlog.md0", platform::CurrentAuthor(), clock},
+                     fs::current_path() / kLog, user)
+          .outcome;
   return outcome == Outcome::kDone || outcome == Outcome::kNotNeeded ? 0 : 1;
 }
 
 void Correct(dao::DBEngine& engine, const std::string& count, const std::string& comment) {
   const auto workspace = engine.CreateWorkspace("Station", "Admin", "");
   const auto log = workspace->OpenDatabase(fs::current_path() / kLog, false, false);
+  const platform::SystemClock clock;
+  const auto ledger = std::make_shared<seals::Ledger>(platform::CurrentAuthor(), clock);
+  static_cast<void>(seals::OpenLedger(*log, ledger));
   const auto rows = log->OpenRecordset("SELECT TXray.* FROM TXray WHERE tXrayCulIntIDPk <= " + count);
   for (; !rows->IsEOF(); rows->MoveNext()) {
     rows->Edit();
