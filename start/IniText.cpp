@@ -45,7 +45,7 @@ class Lines {
     const auto newline = text_.find('\n', begin_);
     end_ = newline == std::string_view::npos ? text_.size() : newline;
     next_ = end_ + 1;
-    if (end_ > begin_ && text_[end_ - 1] == '\r') --end_;
+    while (end_ > begin_ && text_[end_ - 1] == '\r') --end_;
     return true;
   }
 
