@@ -45,8 +45,8 @@ std::string Summary(const Session& session, const ConversionResult& result) {
   const std::string compared =
       session.Text("CV_COMPARED"_key, {{"lngValues", std::to_string(result.comparedValues)}});
   std::string summary = rows + "\n" + compared + "\n";
-  if (!result.keptFile.empty()) {
-    summary += session.Text("CV_REPLACED"_key, {{"strFile", platform::FromPath(result.keptFile)}}) + "\n";
+  if (!result.replacedFile.empty()) {
+    summary += session.Text("CV_REPLACED"_key, {{"strFile", platform::FromPath(result.replacedFile)}}) + "\n";
   }
   return summary;
 }

@@ -5,9 +5,10 @@ namespace varnlog::cli {
 
 namespace {
 
-/// Spreadsheets run a cell that begins so, whoever typed the name or comment that is in it.
+/// Spreadsheets run a cell that begins so, whoever typed the name or comment that is in it. A sign alone,
+/// such as the "-" of a value that does not apply, is text to them.
 bool LooksLikeFormula(std::string_view text) {
-  return !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
+  return text.size() > 1 && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
 }
 
 bool NeedsQuotes(std::string_view text) {

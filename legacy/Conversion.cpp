@@ -125,7 +125,7 @@ std::error_code TakeName(ConversionRun& run, const fs::path& made, const fs::pat
   if (!kept) return error;
   error = platform::RenameFile(made, newLog, platform::IfTaken::kReplace);
   if (!error) {
-    run.Result().keptFile = *kept;
+    run.Result().replacedFile = *kept;
   } else {
     static_cast<void>(platform::RemoveFile(*kept));
   }

@@ -44,9 +44,10 @@ struct ConversionResult {
   LogExamination found;   // what the old file holds
   std::int64_t rows = 0;  // taken over
   std::int64_t comparedValues = 0;
-  std::filesystem::path keptFile;  // the old file, or the log that was replaced
-  std::string origin;              // its SHA-256
-  std::string error;               // as it was shown
+  std::filesystem::path keptFile;      // the old file
+  std::filesystem::path replacedFile;  // where a log that was replaced is kept; empty when none was
+  std::string origin;                  // its SHA-256
+  std::string error;                   // as it was shown
 };
 
 /// What to do with a damaged log.

@@ -24,7 +24,7 @@ std::string Lines(const std::vector<std::string>& findings) {
 void Note(dao::Database& log, const LogRepair& repair, const platform::Clock& clock) {
   if (repair.missing.empty()) return;
   core::NoteMissingExposures(log, repair.missing);
-  const std::string key = "Repaired " + clock.Now().ToIso();
+  const std::string key = std::string(core::kRepairedKey) + clock.Now().ToIso();
   core::WriteLogConfig(log, key,
                        std::to_string(dao::CountOf(repair.missing)) + " exposures missing, numbers " +
                            dao::RangesText(repair.missing, 200));

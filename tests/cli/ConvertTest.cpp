@@ -121,7 +121,7 @@ TEST_F(ConvertCommandTest, AnOldLogCanBeReadButNotChanged) {
   EXPECT_EQ(OnOldLog("check").out, "ok\n");
   EXPECT_THAT(OnOldLog("list --display --from 1.1.1895 --to 31.12.1895").out, HasSubstr("1895"));
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
-  for (const std::string command : {"update", "compact", "repair"}) {
+  for (const std::string command : {"update --other-log", "compact", "repair"}) {
     SCOPED_TRACE(command);
     const Ended run = OnOldLog(command);
     EXPECT_EQ(run.status, 1);

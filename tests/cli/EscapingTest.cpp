@@ -30,7 +30,7 @@ TEST_F(ListEscapingTest, CsvQuotesWhatNeedsIt) {
 }
 
 TEST_F(ListEscapingTest, CsvGivesSpreadsheetsNoFormulasUnlessTold) {
-  for (const std::string comment : {"=1+1", "+49", "-", "@SUM(A1)", "\tx"}) {
+  for (const std::string comment : {"=1+1", "+49", "-2", "@SUM(A1)", "\tx"}) {
     EXPECT_THAT(ListOf(comment, "csv"), testing::EndsWith(",'" + comment + "\r\n"));
   }
   EXPECT_THAT(ListOf("a=\x1b]0;b\xC2\x9B\xE2\x80\xAE.", "csv"), testing::EndsWith(",a= ]0;b  .\r\n"));

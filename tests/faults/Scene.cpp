@@ -25,9 +25,9 @@ tools::Exposure ExposureOf(int patient) {
   return cli::NewExposure("Patient " + std::to_string(patient), "XI", "01.03.2004", time);
 }
 
-/// A journal without a beginning counts for nothing and goes with the next change.
+/// A journal that is empty or without a beginning counts for nothing and goes with the next change.
 bool IsFinishedJournal(const fs::path& file) {
-  return file.string().ends_with("-journal") && !ReadFile(file).empty() && ReadFile(file).front() == '\0';
+  return file.string().ends_with("-journal") && !ReadFile(file).starts_with('\xd9');
 }
 
 /// The file that was moved aside is known to the next run as done when all of it was read.
@@ -239,7 +239,7 @@ std::string Scene::LeftOvers() const {
     const bool isKept =
         entry.path() == suite_.log() || IsDoneWith(entry.path()) || IsFinishedJournal(entry.path()) ||
         (scenario_.arguments == "repair" && name.find(".damaged") != std::string::npos) ||
-        name == "out.pdf" || name == "Old.mdb" || name == "New.mdb" || name == "Varnlog.jet.mdb";
+        name == "out.pdf" || name == "Old.mdb" || name.starts_with("New.mdb") || name == "Varnlog.jet.mdb";
     if (!isKept) left += "left over: " + name + "; ";
   }
   return left;

@@ -2,8 +2,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <random>
+#include <set>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 #include "db/dao/TableScan.h"
 #include "seals/Canonical.h"
@@ -19,6 +21,7 @@ class KilledEntryTest : public SealedLog {
     std::minstd_rand random(seed);
     author_.run = platform::CurrentAuthor().run;
     Opens();
+    std::set<std::pair<std::int64_t, std::string>> entered;
     for (;;) {
       const std::int64_t exposure = 1 + 2 * static_cast<std::int64_t>(random() % 20);
       const char* const field = random() % 2 == 0 ? "Volt" : "Cur";
@@ -26,9 +29,13 @@ class KilledEntryTest : public SealedLog {
       if (Value(exposure, flag) == "0") {
         TakesIn(1);
       } else if (random() % 4 == 0) {
-        Locks(exposure, flag);
+        dao::ChangeGroup closing = log_->BeginChanges();
+        for (const auto& [row, name] : entered) Locks(row, name);
+        closing.Commit();
+        entered.clear();
       } else {
         Enters(exposure, std::string("tXrayS") + field, std::to_string(random() % 99));
+        entered.emplace(exposure, flag);
       }
     }
   }

@@ -66,7 +66,7 @@ TEST_F(RepairLogTest, WhatALogLacksIsFoundAndPutBackWhereItCanBe) {
          {"iXRayIdent"}},
         {"DELETE FROM TConfig WHERE tCfgSKey = 'DBVersion'", "DBVersion", {"DBVersion"}},
         {"DROP TABLE TConfig", "TConfig", {"TConfig", "DBVersion"}},
-        {"ALTER TABLE TXray DROP COLUMN tXraySRegio", "tXraySRegio", {}},
+        {"DROP TRIGGER rXrayChange; ALTER TABLE TXray DROP COLUMN tXraySRegio", "tXraySRegio", {}},
         {"DROP TABLE TXray", "TXray", {}}}) {
     MakeLog(3, statement);
     EXPECT_THAT(Check(), ElementsAre(HasSubstr(finding))) << statement;

@@ -38,10 +38,10 @@ class StartUp : public testing::Test {
     return file;
   }
   std::string OldLog() {
-    return LogWith("Alt.mdb",
-                   {"ALTER TABLE TXray DROP COLUMN tXraySDose", "ALTER TABLE TXray DROP COLUMN tXrayBEdDose",
-                    "UPDATE TConfig SET tCfgSSet = '1.0' WHERE tCfgSKey = 'DBVersion'",
-                    "INSERT INTO TXray (tXraySName) VALUES ('Muster')"});
+    return LogWith("Alt.mdb", {"DROP TRIGGER rXrayChange", "ALTER TABLE TXray DROP COLUMN tXraySDose",
+                               "ALTER TABLE TXray DROP COLUMN tXrayBEdDose",
+                               "UPDATE TConfig SET tCfgSSet = '1.0' WHERE tCfgSKey = 'DBVersion'",
+                               "INSERT INTO TXray (tXraySName) VALUES ('Muster')"});
   }
 
   test::SuiteFolder folder_;

@@ -218,7 +218,7 @@ TEST_F(PrintTest, AFailedSelectionIsReported) {
                    std::make_unique<FilePrinters>(log.Folder()));
   EXPECT_EQ(commands->Preview(nullptr), nullptr);
   commands->Print(nullptr);
-  EXPECT_THAT(user.messages, ElementsAre("bad apostrophe", "bad apostrophe"));
+  EXPECT_THAT(user.messages, ElementsAre("3075: GL_ERR_3075", "3075: GL_ERR_3075"));
 }
 
 class PreviewTest : public PrintTest {
