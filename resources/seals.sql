@@ -41,9 +41,11 @@ BEGIN SELECT RAISE(ABORT, 'An exposure is never deleted.');
 END;
 
 -- Writing over a row is deleting it.
+-- FAIL, not ABORT: there is nothing of the statement to undo yet, and for ABORT the storage would copy every page that an
+-- insertion touches before it changes it.
 CREATE TRIGGER rXrayReplace BEFORE INSERT ON TXray
 WHEN EXISTS (SELECT 1 FROM TXray WHERE tXrayCulIntIDPk = NEW.tXrayCulIntIDPk)
-BEGIN SELECT RAISE(ABORT, 'There is an exposure of that number.');
+BEGIN SELECT RAISE(FAIL, 'There is an exposure of that number.');
 END;
 
 CREATE TRIGGER rXrayIdentity BEFORE UPDATE ON TXray
@@ -101,7 +103,7 @@ END;
 CREATE TRIGGER rHistoryReplace BEFORE INSERT ON THistory
 WHEN EXISTS (SELECT 1 FROM THistory WHERE tHistCulNrPk = NEW.tHistCulNrPk)
   OR NEW.tHistNSeal IS NOT (SELECT ifnull(max(tSealCulNrPk), 0) + 1 FROM TSeal)
-BEGIN SELECT RAISE(ABORT, 'A new row of the history belongs to the next seal.');
+BEGIN SELECT RAISE(FAIL, 'A new row of the history belongs to the next seal.');
 END;
 
 CREATE TRIGGER rSealChange BEFORE UPDATE ON TSeal
@@ -114,5 +116,5 @@ END;
 
 CREATE TRIGGER rSealReplace BEFORE INSERT ON TSeal
 WHEN EXISTS (SELECT 1 FROM TSeal WHERE tSealCulNrPk = NEW.tSealCulNrPk)
-BEGIN SELECT RAISE(ABORT, 'There is a seal of that number.');
+BEGIN SELECT RAISE(FAIL, 'There is a seal of that number.');
 END;

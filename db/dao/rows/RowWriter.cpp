@@ -69,7 +69,7 @@ Statement& RowWriter::InsertStatement() {
   if (insert_.IsPrepared()) return insert_;
   std::string values;
   for (std::size_t i = 0; i < ordinals_.size(); ++i) values += i == 0 ? "?" : ",?";
-  insert_ = Statement(*connection_, "INSERT INTO " + QuoteIdentifier(table_->name) + " (" + FieldList() +
+  insert_ = Statement(*connection_, "INSERT OR FAIL INTO " + QuoteIdentifier(table_->name) + " (" + FieldList() +
                                         ") VALUES (" + values + ")");
   return insert_;
 }

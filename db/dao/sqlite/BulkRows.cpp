@@ -86,7 +86,7 @@ BulkRows::BulkRows(std::shared_ptr<Connection> connection, std::string_view tabl
     : connection_(std::move(connection)), table_(connection_->Table(table)) {
   const std::string name = QuoteIdentifier(table_->name);
   const std::string fields = FieldList(*table_);
-  insert_ = Statement(*connection_, "INSERT INTO " + name + " (" + fields + ") VALUES (" +
+  insert_ = Statement(*connection_, "INSERT OR FAIL INTO " + name + " (" + fields + ") VALUES (" +
                                         Parameters(table_->fields.size()) + ")");
   find_ = Statement(*connection_,
                     "SELECT " + fields + ", rowid FROM " + name + " WHERE rowid >= ?1 ORDER BY rowid");
