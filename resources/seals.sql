@@ -41,8 +41,8 @@ BEGIN SELECT RAISE(ABORT, 'An exposure is never deleted.');
 END;
 
 -- Writing over a row is deleting it.
--- FAIL, not ABORT: there is nothing of the statement to undo yet, and for ABORT the storage would copy every page that an
--- insertion touches before it changes it.
+-- FAIL, not ABORT: nothing of the row is changed yet, and for ABORT the storage would copy every page that an
+-- insertion or a change touches before it touches it.
 CREATE TRIGGER rXrayReplace BEFORE INSERT ON TXray
 WHEN EXISTS (SELECT 1 FROM TXray WHERE tXrayCulIntIDPk = NEW.tXrayCulIntIDPk)
 BEGIN SELECT RAISE(FAIL, 'There is an exposure of that number.');
@@ -51,7 +51,7 @@ END;
 CREATE TRIGGER rXrayIdentity BEFORE UPDATE ON TXray
 WHEN OLD.tXrayCulIntIDPk IS NOT NEW.tXrayCulIntIDPk OR OLD.tXrayDBirthday COLLATE BINARY IS NOT NEW.tXrayDBirthday
   OR OLD.tXraySSex COLLATE BINARY IS NOT NEW.tXraySSex OR OLD.tXrayTs COLLATE BINARY IS NOT NEW.tXrayTs
-BEGIN SELECT RAISE(ABORT, 'Number, birth date, sex and time of an exposure never change.');
+BEGIN SELECT RAISE(FAIL, 'Number, birth date, sex and time of an exposure never change.');
 END;
 
 -- Each change needs its row in THistory first, the last one of that field and not yet sealed. A value that is locked
@@ -89,7 +89,7 @@ WHEN EXISTS (
       AND tHistSOld COLLATE BINARY IS CAST(change.old AS TEXT) COLLATE BINARY
       AND tHistSNew COLLATE BINARY IS CAST(change.new AS TEXT) COLLATE BINARY
       AND (change.isFree OR tHistSKind IN ('suite', 'repair'))))
-BEGIN SELECT RAISE(ABORT, 'The value is locked, or the change does not stand in THistory.');
+BEGIN SELECT RAISE(FAIL, 'The value is locked, or the change does not stand in THistory.');
 END;
 
 CREATE TRIGGER rHistoryChange BEFORE UPDATE ON THistory

@@ -178,7 +178,7 @@ Statement& RowWriter::UpdateStatement(const CopyBuffer& buffer) {
   for (std::size_t i = 0; i < buffer.size(); ++i)
     if (changed[i]) settings += (settings.empty() ? "" : ", ") + FieldNamed(i) + " = ?";
   update = Statement(*connection_,
-                     "UPDATE " + QuoteIdentifier(table_->name) + " SET " + settings + " WHERE rowid = ?");
+                     "UPDATE OR FAIL " + QuoteIdentifier(table_->name) + " SET " + settings + " WHERE rowid = ?");
   return update;
 }
 
