@@ -69,8 +69,8 @@ Statement& RowWriter::InsertStatement() {
   if (insert_.IsPrepared()) return insert_;
   std::string values;
   for (std::size_t i = 0; i < ordinals_.size(); ++i) values += i == 0 ? "?" : ",?";
-  insert_ = Statement(*connection_, "INSERT OR FAIL INTO " + QuoteIdentifier(table_->name) + " (" + FieldList() +
-                                        ") VALUES (" + values + ")");
+  insert_ = Statement(*connection_, "INSERT OR FAIL INTO " + QuoteIdentifier(table_->name) + " (" +
+                                        FieldList() + ") VALUES (" + values + ")");
   return insert_;
 }
 
@@ -177,8 +177,8 @@ Statement& RowWriter::UpdateStatement(const CopyBuffer& buffer) {
   std::string settings;
   for (std::size_t i = 0; i < buffer.size(); ++i)
     if (changed[i]) settings += (settings.empty() ? "" : ", ") + FieldNamed(i) + " = ?";
-  update = Statement(*connection_,
-                     "UPDATE OR FAIL " + QuoteIdentifier(table_->name) + " SET " + settings + " WHERE rowid = ?");
+  update = Statement(*connection_, "UPDATE OR FAIL " + QuoteIdentifier(table_->name) + " SET " + settings +
+                                       " WHERE rowid = ?");
   return update;
 }
 
