@@ -73,8 +73,9 @@ void frmMDIMain::Run(CommandId id) {
 report::PrintContext frmMDIMain::PrintContext() {
   const auto open = [this] {
     report::PrintSource source;
-    source.rows = context_.globals.LogEngineGl->Database()->OpenRecordset(results_->RecordSource(),
-                                                                          dao::RecordsetType::kDynaset);
+    dao::Database& log = *context_.globals.LogEngineGl->Database();
+    source.state = report::ReadLogState(log);
+    source.rows = log.OpenRecordset(results_->RecordSource(), dao::RecordsetType::kDynaset);
     source.headline = results_->Headline();
     return source;
   };

@@ -92,6 +92,7 @@ class TextCollector final : public report::ReportCanvas {
     texts_.push_back({QPointF(left, baseline) * report::kFontUnitsPerPoint, report::ToDrawnText(text), font});
   }
   void DrawRule(double, double, double, double, double) override {}
+  void DrawSymbol(double, double, double, const report::QrCode&) override {}
 
  private:
   std::vector<DrawnText>& texts_;

@@ -34,8 +34,9 @@ void SaveReport(Session& session, dao::Recordset& rows, const std::string& headl
                 const std::string& file) {
   const report::DrawingWithoutDisplay drawing;
   PageProgress progress(session.user());
-  const report::ReportJob job = report::BeginReport(session.texts(), session.globals().SiteGl, headline,
-                                                    session.clock().Today(), session.shortDate(), rows);
+  const report::ReportJob job =
+      report::BeginReport(session.texts(), session.globals().SiteGl, headline, session.clock().Today(),
+                          session.shortDate(), rows, report::ReadLogState(session.Log()));
   if (!report::SaveReportAsPdf(job, {.file = file, .log = session.LogFile()}, progress)) throw JobError("");
 }
 

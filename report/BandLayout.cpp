@@ -68,6 +68,8 @@ std::string BandLayout::TextOf(const Place& place, const FormulaContext& context
       return place.text;
     case Kind::kNumber:
       return std::to_string(context.RecordNumber());
+    case Kind::kSymbol:
+      return {};
     default:
       return place.text + Value(place, context);
   }
@@ -92,6 +94,13 @@ double BandLayout::LineHeight(int font) const {
   return around_.design.fonts[static_cast<std::size_t>(font)].size * kLineHeight;
 }
 
+double BandLayout::Bottom(const Place& place, std::size_t lines) const {
+  const double height = place.object->kind == Kind::kSymbol
+                            ? place.object->side
+                            : static_cast<double>(lines) * LineHeight(place.room.font);
+  return place.object->down + height;
+}
+
 double BandLayout::Height(const FormulaContext& context, int mostLines) const {
   double height = 0;
   for (const Place& place : places_) {
@@ -100,14 +109,14 @@ double BandLayout::Height(const FormulaContext& context, int mostLines) const {
       const std::string text = TextOf(place, context);
       if (!FitsOneLine(text, room, around_.metrics)) lines = WrapText(text, room, around_.metrics).size();
     }
-    height = std::max(height, static_cast<double>(lines) * LineHeight(place.room.font));
+    height = std::max(height, Bottom(place, lines));
   }
   return design_.above + height + design_.below;
 }
 
 double BandLayout::LeastHeight() const {
   double height = 0;
-  for (const Place& place : places_) height = std::max(height, LineHeight(place.room.font));
+  for (const Place& place : places_) height = std::max(height, Bottom(place, 1));
   return design_.above + height + design_.below;
 }
 
@@ -121,27 +130,36 @@ double BandLayout::Paint(ReportCanvas& canvas, double top, const FormulaContext&
                          int mostLines) const {
   double height = 0;
   for (const Place& place : places_) {
-    const std::string text = TextOf(place, context);
-    const bool rightToLeft = around_.metrics.IsRightToLeft(text);
-    const TextRoom room = Limited(place.room, mostLines);
-    const double line = LineHeight(room.font);
-    double used = 0;
-    if (FitsOneLine(text, room, around_.metrics)) {
-      PaintText(canvas, top + design_.above, place, text, rightToLeft);
-      used = line;
+    const double placeTop = top + design_.above + place.object->down;
+    std::size_t lines = 1;
+    if (place.object->kind == Kind::kSymbol) {
+      canvas.DrawSymbol(place.left, placeTop, place.object->side, around_.report.Symbol());
     } else {
-      for (const std::string& part : WrapText(text, room, around_.metrics)) {
-        PaintText(canvas, top + design_.above + used, place, part, rightToLeft);
-        used += line;
-      }
+      lines = PaintLines(canvas, placeTop, place, TextOf(place, context), mostLines);
     }
-    height = std::max(height, used);
+    height = std::max(height, Bottom(place, lines));
   }
   height += design_.above + design_.below;
   const double width = around_.columnEdges.back();
   if (design_.ruleAbove > 0) canvas.DrawRule(0, top, width, top, design_.ruleAbove);
   if (design_.ruleBelow > 0) canvas.DrawRule(0, top + height, width, top + height, design_.ruleBelow);
   return height;
+}
+
+std::size_t BandLayout::PaintLines(ReportCanvas& canvas, double top, const Place& place,
+                                   const std::string& text, int mostLines) const {
+  const bool rightToLeft = around_.metrics.IsRightToLeft(text);
+  const TextRoom room = Limited(place.room, mostLines);
+  if (FitsOneLine(text, room, around_.metrics)) {
+    PaintText(canvas, top, place, text, rightToLeft);
+    return 1;
+  }
+  const std::vector<std::string> parts = WrapText(text, room, around_.metrics);
+  for (const std::string& part : parts) {
+    PaintText(canvas, top, place, part, rightToLeft);
+    top += LineHeight(room.font);
+  }
+  return parts.size();
 }
 
 void BandLayout::PaintText(ReportCanvas& canvas, double top, const Place& place, std::string_view text,

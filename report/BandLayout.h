@@ -64,6 +64,11 @@ class BandLayout {
   [[nodiscard]] std::string Value(const Place& place, const FormulaContext& context) const;
   [[nodiscard]] const std::string& CaptionOf(const ObjectDesign& object) const;
   [[nodiscard]] double LineHeight(int font) const;
+  /// How far down the object reaches when it takes so many lines.
+  [[nodiscard]] double Bottom(const Place& place, std::size_t lines) const;
+  /// The lines that the text was broken into, which it was not where it fits.
+  [[nodiscard]] std::size_t PaintLines(ReportCanvas& canvas, double top, const Place& place,
+                                       const std::string& text, int mostLines) const;
   void PaintText(ReportCanvas& canvas, double top, const Place& place, std::string_view text,
                  bool rightToLeft) const;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <QFontDatabase>
+#include <QPainterPath>
 
 #include "platform/Paper.h"
 #include "report/ReportErrors.h"
@@ -38,6 +39,22 @@ class PainterCanvas final : public ReportCanvas {
       painter_.setPen(QPen(Qt::black, thickness * kFontUnitsPerPoint, Qt::SolidLine, Qt::FlatCap));
     }
     painter_.drawLine(Point(x1, y1), Point(x2, y2));
+  }
+
+  // One path: modules that touch would show hairlines between them when drawn one by one.
+  void DrawSymbol(double left, double top, double side, const QrCode& symbol) override {
+    if (symbol.width == 0) return;
+    const double module = side / symbol.width;
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    for (int row = 0; row < symbol.width; ++row) {
+      for (int column = 0; column < symbol.width; ++column) {
+        if (!symbol.IsDark(row, column)) continue;
+        path.addRect(QRectF(Point(left + column * module, top + row * module),
+                            QSizeF(module, module) * kFontUnitsPerPoint));
+      }
+    }
+    painter_.fillPath(path, Qt::black);
   }
 
  private:

@@ -85,7 +85,7 @@ bool PrintCommands::RequirePrinter() {
 
 ReportJob PrintCommands::Begin(const PrintSource& source) const {
   return BeginReport(context_.texts, context_.site(), source.headline, context_.clock.Today(),
-                     context_.shortDate, *source.rows);
+                     context_.shortDate, *source.rows, source.state);
 }
 
 void PrintCommands::Print(QWidget* parent) {

@@ -23,6 +23,7 @@ class frmPreview;
 struct PrintSource {
   std::unique_ptr<dao::Recordset> rows;
   std::string headline;
+  std::optional<LogState> state = {};
 };
 
 /// What the print commands work with; all of it outlives them.

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "report/QrCode.h"
+
 namespace varnlog::report {
 
 /// The widths of texts. All lengths are points.
@@ -22,6 +24,8 @@ class ReportCanvas {
   virtual void DrawText(double left, double baseline, std::string_view text, int font, bool rightToLeft) = 0;
   /// A horizontal or vertical rule whose middle lies between the two points.
   virtual void DrawRule(double x1, double y1, double x2, double y2, double thickness) = 0;
+  /// A square whose sides are `side` long.
+  virtual void DrawSymbol(double left, double top, double side, const QrCode& symbol) = 0;
 };
 
 }  // namespace varnlog::report

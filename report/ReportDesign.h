@@ -35,7 +35,7 @@ struct FormulaDesign {
 
 /// One text on the paper: a constant, a field of the row, a formula.
 struct ObjectDesign {
-  enum class Kind { kText, kField, kFormula, kNumber, kSummary };
+  enum class Kind { kText, kField, kFormula, kNumber, kSummary, kSymbol };
   Kind kind = Kind::kText;
   std::string name = {};
   std::string value = {};  // field, formula field or formula text
@@ -46,12 +46,14 @@ struct ObjectDesign {
   double to = 100;
   int font = 0;  // index
   Align align = Align::kLeft;
-  int lines = 1;  // what does not fit into so many ends in an ellipsis
+  int lines = 1;    // what does not fit into so many ends in an ellipsis
+  double down = 0;  // room above it, beside the band's own
+  double side = 0;  // of a symbol
 };
 
-enum class BandWhen { kAlways, kRows, kEmpty };
+enum class BandWhen { kAlways, kRows, kEmpty, kSealed };
 
-/// Objects beside each other, as high as the highest of them.
+/// Objects beside each other, as high as what reaches lowest.
 struct BandDesign {
   double above = 0;  // room inside the band, between its rules and its texts
   double below = 0;

@@ -19,9 +19,10 @@ struct ReportJob {
 };
 
 /// A report begun now: the stored design, headings in the user's language, the title from the headline of the
-/// selection.
+/// selection; at its end the state of the log, if that has seals.
 [[nodiscard]] ReportJob BeginReport(const core::TextLookup& texts, const std::string& site,
                                     std::string_view headline, platform::DateTime today,
-                                    const platform::ShortDate& shortDate, dao::Recordset& rows);
+                                    const platform::ShortDate& shortDate, dao::Recordset& rows,
+                                    const std::optional<LogState>& state = std::nullopt);
 
 }  // namespace varnlog::report

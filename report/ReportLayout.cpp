@@ -46,7 +46,7 @@ std::vector<double> ColumnEdges(const ReportDesign& design, double width) {
 
 ReportLayout::ReportLayout(const ReportDesign& design, const dsrResults& report, dao::Recordset& rows,
                            const platform::ShortDate& shortDate, const TextMetrics& metrics, PageArea area)
-    : rows_(rows), line_(rows, report.PrintDate()) {
+    : rows_(rows), line_(rows, report.PrintDate()), isSealed_(report.Symbol().width > 0) {
   scale_ = std::min({1.0, area.width / LeastWidth(design), area.height / kLeastHeight});
   scale_ = std::max(scale_, kTolerance);
   pageHeight_ = area.height / scale_;
@@ -75,12 +75,13 @@ bool ReportLayout::CountRows(ReportProgress& progress) {
 }
 
 bool ReportLayout::IsShown(const BandDesign& band) const {
+  if (band.when == BandWhen::kSealed) return isSealed_;
   return band.when == BandWhen::kAlways || (band.when == BandWhen::kEmpty) == (rowCount_ == deleted_);
 }
 
-double ReportLayout::Height(SectionKind kind) {
+double ReportLayout::Height(std::span<const BandLayout> bands) {
   double height = 0;
-  for (const BandLayout& band : Section(kind)) {
+  for (const BandLayout& band : bands) {
     if (IsShown(band.Design())) height += band.Height(line_, kAllLines);
   }
   return height;
@@ -114,9 +115,23 @@ bool ReportLayout::PlaceRows(ReportProgress& progress) {
   return progress.Counting(rowCount_, rowCount_);
 }
 
+// Band by band, so that what stands at the very end moves nothing else to another page.
 void ReportLayout::PlaceReportFooter(double used) {
-  if (used + Height(SectionKind::kReportFooter) > bodyHeight_ + kTolerance && rowCount_ > 0)
+  const Bands& bands = Section(SectionKind::kReportFooter);
+  footerBreak_ = 0;
+  for (std::size_t i = 0; i < bands.size(); ++i) {
+    used += Height(std::span(bands).subspan(i, 1));
+    if (used <= bodyHeight_ + kTolerance || rowCount_ == 0) continue;
+    footerBreak_ = i;
     pageStarts_.push_back(rowCount_);
+    return;
+  }
+}
+
+std::span<const BandLayout> ReportLayout::FooterBands(int page) {
+  const std::span<const BandLayout> bands(Section(SectionKind::kReportFooter));
+  if (page == PageCount()) return bands.subspan(footerBreak_);
+  return page + 1 == PageCount() ? bands.first(footerBreak_) : bands.first(0);
 }
 
 /// False for a row that somebody deleted.
@@ -143,14 +158,14 @@ void ReportLayout::PaintPage(int page, ReportCanvas& canvas) {
   double top = PaintSection(SectionKind::kPageHeader, canvas, 0);
   if (page == 1) top = PaintSection(SectionKind::kReportHeader, canvas, top);
   top = PaintRows(page, canvas, top);
-  if (page == PageCount()) top = PaintSection(SectionKind::kReportFooter, canvas, top);
+  top = PaintBands(FooterBands(page), canvas, top);
   FinishColumnRules(canvas);
   PaintSection(SectionKind::kPageFooter, canvas, pageHeight_ - Height(SectionKind::kPageFooter));
   FinishColumnRules(canvas);
 }
 
-double ReportLayout::PaintSection(SectionKind kind, ReportCanvas& canvas, double top) {
-  for (const BandLayout& band : Section(kind)) {
+double ReportLayout::PaintBands(std::span<const BandLayout> bands, ReportCanvas& canvas, double top) {
+  for (const BandLayout& band : bands) {
     if (!IsShown(band.Design())) continue;
     const double bottom = top + band.Paint(canvas, top, line_, kAllLines);
     ExtendColumnRules(canvas, band.Design(), top, bottom);
@@ -164,8 +179,7 @@ double ReportLayout::PaintRows(int page, ReportCanvas& canvas, double top) {
   const std::int64_t first = pageStarts_[index];
   const std::int64_t end = page < PageCount() ? pageStarts_[index + 1] : rowCount_;
   if (first >= end) return top;
-  double bodyEnd = pageHeight_ - Height(SectionKind::kPageFooter);
-  if (page == PageCount()) bodyEnd -= Height(SectionKind::kReportFooter);
+  const double bodyEnd = pageHeight_ - Height(SectionKind::kPageFooter) - Height(FooterBands(page));
   const double least = LeastRowHeight();
   rows_.SetAbsolutePosition(first);
   for (std::int64_t position = first; position < end; ++position, rows_.MoveNext()) {

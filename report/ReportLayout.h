@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "db/dao/Recordset.h"
@@ -50,14 +51,20 @@ class ReportLayout {
 
   [[nodiscard]] Bands& Section(SectionKind kind) { return sections_[static_cast<std::size_t>(kind)]; }
   [[nodiscard]] bool IsShown(const BandDesign& band) const;
-  [[nodiscard]] double Height(SectionKind kind);
+  [[nodiscard]] double Height(SectionKind kind) { return Height(Section(kind)); }
   [[nodiscard]] double LeastRowHeight();
   [[nodiscard]] bool CountRows(ReportProgress& progress);
   [[nodiscard]] bool PlaceRows(ReportProgress& progress);
   void PlaceReportFooter(double used);
+  /// The bands of the report's footer that stand on a page, which is the last or the last but one.
+  [[nodiscard]] std::span<const BandLayout> FooterBands(int page);
+  [[nodiscard]] double Height(std::span<const BandLayout> bands);
   [[nodiscard]] bool RowIsThere();
   [[nodiscard]] double RowHeight();
-  double PaintSection(SectionKind kind, ReportCanvas& canvas, double top);
+  double PaintSection(SectionKind kind, ReportCanvas& canvas, double top) {
+    return PaintBands(Section(kind), canvas, top);
+  }
+  double PaintBands(std::span<const BandLayout> bands, ReportCanvas& canvas, double top);
   double PaintRows(int page, ReportCanvas& canvas, double top);
   [[nodiscard]] double PaintRow(ReportCanvas& canvas, double top, double most);
   void ExtendColumnRules(ReportCanvas& canvas, const BandDesign& band, double top, double bottom);
@@ -65,6 +72,7 @@ class ReportLayout {
 
   dao::Recordset& rows_;
   LogLine line_;
+  bool isSealed_;
   double scale_ = 1;
   double pageHeight_ = 0;
   std::vector<double> columnEdges_;
@@ -73,6 +81,7 @@ class ReportLayout {
   std::int64_t rowCount_ = 0;
   std::int64_t deleted_ = 0;
   std::vector<std::int64_t> pageStarts_;  // position of each page's first row
+  std::size_t footerBreak_ = 0;           // bands of the report's footer on the last page but one
   double bodyHeight_ = 0;                 // of a page without the report header
 
   struct {

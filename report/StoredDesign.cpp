@@ -90,6 +90,26 @@ const BandDesign kTotalBand = {.above = 5,
                                             .label = "txtCount",
                                             .font = kHeadingFont}}};
 
+/// Two thirds of a millimetre for each of its 25 modules.
+constexpr double kSymbolSide = 48;
+constexpr double kBesideSymbol = 8.5;  // percent
+
+const BandDesign kAnchorBand = {
+    .above = 10,
+    .below = 2,
+    .when = BandWhen::kSealed,
+    .objects = {
+        {.kind = kSymbol, .name = "symAnchor", .side = kSymbolSide},
+        {.name = "txtLogState", .from = kBesideSymbol, .to = 100, .font = kTextFont, .down = 2},
+        {.name = "txtAnchor", .from = kBesideSymbol, .to = 100, .font = kPracticeFont, .down = 14},
+        {.name = "txtAnchorHelp",
+         .from = kBesideSymbol,
+         .to = 100,
+         .font = kSmallFont,
+         .lines = 2,
+         .down = 29},
+    }};
+
 const BandDesign kFooterBand = {
     .above = 4,
     .ruleAbove = 0.4,
@@ -126,7 +146,7 @@ ReportDesign StoredDesign() {
   AddColumns(design, headings, line);
   design.Section(SectionKind::kPageHeader) = {kTitleBand, std::move(headings)};
   design.Section(SectionKind::kDetails) = {std::move(line)};
-  design.Section(SectionKind::kReportFooter) = {kEmptyBand, kTotalBand};
+  design.Section(SectionKind::kReportFooter) = {kEmptyBand, kTotalBand, kAnchorBand};
   design.Section(SectionKind::kPageFooter) = {{.above = 6}, kFooterBand};
   return design;
 }

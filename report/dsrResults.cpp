@@ -112,6 +112,14 @@ void dsrResults::SetTitle(std::string_view headline) {
   captions_.front().text = headline;
 }
 
+void dsrResults::SetLogState(const core::TextLookup& texts, const LogState& state) {
+  symbol_ = MakeQrCode(state.anchor);
+  captions_.push_back({"txtLogState", core::FilledText(texts, "DRS_LOGSTATE"_key,
+                                                       {{"lngCount", std::to_string(state.exposures)}})});
+  captions_.push_back({"txtAnchor", state.anchor});
+  captions_.push_back({"txtAnchorHelp", texts.GetText("DRS_ANCHORHELP"_key)});
+}
+
 const std::string* dsrResults::Caption(std::string_view object) const {
   return Find(captions_, object);
 }

@@ -8,6 +8,8 @@
 #include "core/TextLookup.h"
 #include "platform/DateTime.h"
 #include "platform/ShortDate.h"
+#include "report/LogState.h"
+#include "report/QrCode.h"
 
 namespace varnlog::report {
 
@@ -45,6 +47,11 @@ class dsrResults {
   /// "" before SetTitle.
   [[nodiscard]] const std::string& Title() const { return *Caption("fldTitle"); }
 
+  /// The state of the log, for the end of the report.
+  void SetLogState(const core::TextLookup& texts, const LogState& state);
+  /// Its anchor; none before SetLogState.
+  [[nodiscard]] const QrCode& Symbol() const { return symbol_; }
+
   /// The day that {@printed} names.
   [[nodiscard]] platform::DateTime PrintDate() const { return printDate_; }
 
@@ -58,6 +65,7 @@ class dsrResults {
   platform::DateTime printDate_;
   std::vector<NamedText> captions_;
   std::vector<NamedText> formulas_;
+  QrCode symbol_;
 };
 
 }  // namespace varnlog::report

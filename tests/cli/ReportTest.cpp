@@ -161,6 +161,24 @@ TEST_F(ReportTest, APdfHasATitleItsFontsAndAFooterOnEachPage) {
   }
 }
 
+TEST_F(ReportTest, EndsWithTheStateOfTheLogToBeReadAndScanned) {
+  Logs(30);
+  ASSERT_EQ(Report("--from 05.01.2015 --to 05.01.2015").status, 0);
+  const std::string image = (installation_.suite() / "seite").string();
+  ASSERT_EQ(
+      installation_.Shell("pdftoppm -r 150 -png -singlefile '" + Pdf().string() + "' '" + image + "'").status,
+      0);
+  std::string scanned = installation_.Shell("zbarimg -q --raw '" + image + ".png'").out;
+  ASSERT_FALSE(scanned.empty());
+  scanned.pop_back();
+  const std::string page = PdfPages(Pdf(), installation_).back();
+  EXPECT_THAT(page, HasSubstr(scanned));
+  EXPECT_THAT(page, HasSubstr("Aufnahmen im ganzen Röntgenkontrollbuch: 30."));
+  EXPECT_EQ(installation_.Ctl("verify --anchor '" + scanned + "'").status, 0);
+  EXPECT_EQ(installation_.Ctl("verify --anchor '" + scanned.replace(2, 1, "?") + "'").status, 2);
+  EXPECT_EQ(installation_.Ctl("verify --anchor 1-" + std::string(64, '0')).status, 1);
+}
+
 TEST_F(ReportTest, AnEmptySelectionSaysSoInEveryLanguage) {
   const std::vector<std::string> texts = TextsOf("DRS_EMPTY");
   const std::vector<std::string> languages = {"D", "GB", "E", "I", "F", "NL", "CYR"};

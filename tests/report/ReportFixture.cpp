@@ -1,5 +1,7 @@
 #include "tests/report/ReportFixture.h"
 
+#include <algorithm>
+
 #include "tests/support/Databases.h"
 
 namespace varnlog::report {
@@ -42,6 +44,12 @@ void LogFile::Add(const LoggedRow& row, int times) {
 
 std::unique_ptr<dao::Recordset> LogFile::Rows() {
   return database_->OpenRecordset("SELECT TXray.* FROM TXray ORDER BY TXray.tXrayCulIntIDPk;");
+}
+
+bool Drawing::HasAt(const Text& text) const {
+  return std::any_of(texts.begin(), texts.end(), [&text](const Text& drawn) {
+    return drawn.text == text.text && drawn.left == text.left && drawn.baseline == text.baseline;
+  });
 }
 
 bool Drawing::Has(std::string_view text) const {

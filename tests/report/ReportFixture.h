@@ -101,7 +101,10 @@ class Drawing final : public ReportCanvas {
     rules.push_back({x1, y1, x2, y2, thickness});
   }
 
+  void DrawSymbol(double, double, double, const QrCode&) override {}
+
   [[nodiscard]] bool Has(std::string_view text) const;
+  [[nodiscard]] bool HasAt(const Text& text) const;
   std::vector<Text> texts;
   std::vector<Rule> rules;
 };

@@ -173,6 +173,30 @@ TEST_F(ReportLayoutTest, AFullPagePutsTheCountOnAPageOfItsOwn) {
   EXPECT_TRUE(pages[1].Has("RS_PATIENT"));
 }
 
+TEST_F(ReportLayoutTest, TheStateOfTheLogMovesNothingToAnotherPage) {
+  // From a page that has room for it to one that the rows fill.
+  log.Add({}, 200);
+  Begin();
+  const int full = static_cast<int>(Numbers(Draw().front()).size());
+  for (int rows = full - 6; rows <= full + 1; ++rows) {
+    LogFile some;
+    some.Add({}, rows);
+    Begin();
+    rows_ = some.Rows();
+    layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
+    const std::vector<Drawing> without = Draw();
+    job_->report.SetLogState(texts, {"7-ABCDE-X", 50, 0});
+    layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
+    const std::vector<Drawing> with = Draw();
+    ASSERT_GE(with.size(), without.size());
+    EXPECT_TRUE(with.back().Has("7-ABCDE-X")) << rows;
+    for (std::size_t page = 0; page < without.size(); ++page)
+      for (const Drawing::Text& text : without[page].texts)
+        EXPECT_TRUE(with[page].HasAt(text) || text.text.starts_with("DRS_PAGE"))
+            << text.text << " of " << rows;
+  }
+}
+
 TEST_F(ReportLayoutTest, RowsChangedWhilePrintingStayOnTheirPage) {
   log.Add({}, 100);
   Begin();
