@@ -150,14 +150,18 @@ platform::DateTime DottedTextToDate(std::string_view text, const platform::Clock
   return date.IsSet() ? date : DateAt(kDefaultDateText, 6, 3, 0, DigitsToNumber);
 }
 
+std::optional<platform::DateTime> ReadColonTime(std::string_view text) {
+  const auto time = SplitTime(text);
+  if (!time) return std::nullopt;
+  return platform::DateTime::FromSeconds(time->first * 3600 + time->second * 60 + time->third);
+}
+
 bool IsColonTime(std::string_view text) {
   return SplitTime(text).has_value();
 }
 
 platform::DateTime ColonTextToTime(std::string_view text) {
-  const auto time = SplitTime(text);
-  if (!time) return {};
-  return platform::DateTime::FromSeconds(time->first * 3600 + time->second * 60 + time->third);
+  return ReadColonTime(text).value_or(platform::DateTime());
 }
 
 bool ChangeToFolder(std::string_view folder) {

@@ -41,6 +41,8 @@ namespace varnlog::db {
 [[nodiscard]] platform::DateTime ReadDottedDate(std::string& text, const platform::Clock& clock);
 /// The same; 1 January 1880 where it gives none.
 [[nodiscard]] platform::DateTime DottedTextToDate(std::string_view text, const platform::Clock& clock);
+/// Both of the following in one; nothing when the test fails.
+[[nodiscard]] std::optional<platform::DateTime> ReadColonTime(std::string_view text);
 /// Hours, minutes and seconds with ':' between them.
 [[nodiscard]] bool IsColonTime(std::string_view text);
 /// The time on a day that does not matter (use DateTime::AtTimeOf); 00:00:00 when the test fails.

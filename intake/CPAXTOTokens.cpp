@@ -21,7 +21,7 @@ std::int32_t OpenError(const std::error_code& error) {
 
 CPAXTOTokens::CPAXTOTokens(platform::CodePage oem) : oem_(std::move(oem)) {}
 
-bool CPAXTOTokens::Item(std::int64_t index, CToken& token) {
+bool CPAXTOTokens::Item(std::int64_t index, CToken& token, Extent extent) {
   if (!file_.IsOpen() || index < 0 || index >= Count()) return false;
   const std::uint64_t place = places_[static_cast<std::size_t>(index)];
   const auto head = window_.At(file_, place, kShortestRecord);
@@ -30,7 +30,7 @@ bool CPAXTOTokens::Item(std::int64_t index, CToken& token) {
   if (length < static_cast<std::int16_t>(kShortestRecord) || !IsKnownKind((*head)[kLengthBytes]))
     return false;
   const auto record = window_.At(file_, place, static_cast<std::size_t>(length));
-  return record && ParseRecord(*record, oem_, token);
+  return record && ParseRecord(*record, oem_, token, extent);
 }
 
 void CPAXTOTokens::Remove(std::int64_t index) {

@@ -8,6 +8,7 @@
 
 #include "intake/ByteWindow.h"
 #include "intake/CToken.h"
+#include "intake/RecordFormat.h"
 #include "platform/CodePage.h"
 #include "platform/Files.h"
 
@@ -36,9 +37,10 @@ class CPAXTOTokens {
   explicit CPAXTOTokens(platform::CodePage oem);
 
   [[nodiscard]] std::int64_t Count() const { return static_cast<std::int64_t>(places_.size()); }
-  /// Reads the token at `index` (0-based, in file order) into `token`, reusing its memory. Reading in order
-  /// is one pass over the file. False when the file is closed or can no longer be read there.
-  [[nodiscard]] bool Item(std::int64_t index, CToken& token);
+  /// Reads the token at `index` (0-based, in file order), or its beginning, into `token`, reusing its memory.
+  /// Reading in order is one pass over the file. False when the file is closed or can no longer be read
+  /// there.
+  [[nodiscard]] bool Item(std::int64_t index, CToken& token, Extent extent = Extent::kAll);
   /// Where the token stands in the file.
   [[nodiscard]] std::uint64_t Place(std::int64_t index) const {
     return places_[static_cast<std::size_t>(index)];

@@ -229,11 +229,11 @@ std::int64_t IntakeSources::TokenCount() const {
                          [](std::int64_t sum, const Source& source) { return sum + source.tokens.Count(); });
 }
 
-bool IntakeSources::ForEachToken(const std::function<bool(CToken&, bool)>& take) {
+bool IntakeSources::ForEachToken(const std::function<bool(CToken&, bool)>& take, Extent extent) {
   CToken token;
   for (Source& source : sources_) {
     for (std::int64_t index = 0; index < source.tokens.Count(); ++index) {
-      if (!source.tokens.Item(index, token)) return false;
+      if (!source.tokens.Item(index, token, extent)) return false;
       if (!take(token, source.tokens.Place(index) < source.appliedTo)) return true;
     }
   }

@@ -58,7 +58,8 @@ class IntakeSources {
   [[nodiscard]] std::int64_t TokenCount() const;
   /// Hands every record on, and whether it is one of those that are applied already; `take` returns false to
   /// stop. False when one can no longer be read.
-  [[nodiscard]] bool ForEachToken(const std::function<bool(CToken& token, bool isApplied)>& take);
+  [[nodiscard]] bool ForEachToken(const std::function<bool(CToken& token, bool isApplied)>& take,
+                                  Extent extent = Extent::kAll);
 
   /// True when records, or bytes that are none, were read.
   [[nodiscard]] bool HasRead() const;

@@ -22,10 +22,9 @@ platform::DateTime RecordDates::ReadDate(std::string& text, core::TextKey messag
 }
 
 platform::DateTime RecordDates::ReadTime(std::string& text) {
-  if (!db::IsColonTime(text)) {
-    defaults_.push_back({"RU_ERR_TAKETIME"_key, db::kDefaultTimeText});
-    text = db::kDefaultTimeText;
-  }
+  if (const auto time = db::ReadColonTime(text)) return *time;
+  defaults_.push_back({"RU_ERR_TAKETIME"_key, db::kDefaultTimeText});
+  text = db::kDefaultTimeText;
   return db::ColonTextToTime(text);
 }
 

@@ -24,9 +24,14 @@ constexpr std::array<CToken::Property, 10> kInformation = {
     CToken::kTakeDate, CToken::kTakeTime,  CToken::kResponsible, CToken::kField14,
 };
 
-std::span<const CToken::Property> StringsOf(char kind) {
-  if (kind == 'T') return kNewExposure;
-  return kInformation;
+std::span<const CToken::Property> StringsOf(char kind, Extent extent = Extent::kAll) {
+  constexpr std::size_t kExposureUpToTime = 11;
+  constexpr std::size_t kInformationUpToTime = 8;
+  const bool isExposure = kind == 'T';
+  const std::span<const CToken::Property> all =
+      isExposure ? std::span<const CToken::Property>(kNewExposure) : kInformation;
+  if (extent == Extent::kAll) return all;
+  return all.first(isExposure ? kExposureUpToTime : kInformationUpToTime);
 }
 
 std::uint64_t Word(const char* bytes) {
@@ -127,10 +132,10 @@ bool HasItsStrings(std::string_view record) {
   return CountZeros(record.substr(kShortestRecord)) >= StringsOf(record[kLengthBytes]).size();
 }
 
-bool ParseRecord(std::string_view record, const platform::CodePage& oem, CToken& token) {
+bool ParseRecord(std::string_view record, const platform::CodePage& oem, CToken& token, Extent extent) {
   const char kind = record[kLengthBytes];
   std::string_view rest = record.substr(kShortestRecord);
-  const std::span<const CToken::Property> strings = StringsOf(kind);
+  const std::span<const CToken::Property> strings = StringsOf(kind, extent);
   if (kind != 'T') token.Reset();  // a new exposure fills every property
   token.Set(CToken::kKind, record.substr(kLengthBytes, 1));
   Filler filler(token, oem, IsAscii(rest));

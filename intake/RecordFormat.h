@@ -29,7 +29,13 @@ inline constexpr std::size_t kShortestRecord = 4;
 /// True when the record has at least as many strings as its kind needs. Bytes behind them do not matter.
 [[nodiscard]] bool HasItsStrings(std::string_view record);
 
-/// Fills `token` from a record of a known kind. False when it has too few strings.
-[[nodiscard]] bool ParseRecord(std::string_view record, const platform::CodePage& oem, CToken& token);
+/// How much of a record is wanted: the names and dates of an exposure stand before everything that a device
+/// measured.
+enum class Extent { kAll, kUpToTime };
+
+/// Fills `token` from a record of a known kind, with kUpToTime its properties up to the time of the exposure.
+/// False when it has too few strings.
+[[nodiscard]] bool ParseRecord(std::string_view record, const platform::CodePage& oem, CToken& token,
+                               Extent extent = Extent::kAll);
 
 }  // namespace varnlog::intake

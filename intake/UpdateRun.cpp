@@ -138,7 +138,7 @@ bool Run::DatesAreAccepted() {
   RecordDates dates(now_);
   auto answer = core::MessageAnswer::kOk;
   std::int64_t looked = 0;
-  static_cast<void>(ahead.ForEachToken([&](CToken& token, bool) {
+  const auto look = [&](CToken& token, bool /*isApplied*/) {
     constexpr std::int64_t kBetweenEvents = 4096;
     if (++looked % kBetweenEvents == 0) view_.Wait();
     if (!IsExposure(token)) return true;
@@ -155,7 +155,8 @@ bool Run::DatesAreAccepted() {
       if (answer == core::MessageAnswer::kList || answer == core::MessageAnswer::kCancel) return false;
     }
     return true;
-  }));
+  };
+  static_cast<void>(ahead.ForEachToken(look, Extent::kUpToTime));
   if (answer == core::MessageAnswer::kCancel) Decline();
   return answer != core::MessageAnswer::kCancel;
 }
@@ -172,6 +173,8 @@ ExposureWriter::Done Run::TakeOne(ExposureWriter& writer, CToken& token, bool is
 }
 
 Run::Question Run::TakeAll(dao::Database& log) {
+  // A million rows need not be looked at twice: the ledger refuses what the log's rules would.
+  const dao::RulesSuspension suspension = log.SuspendRules();
   ExposureWriter writer(log, {std::to_string(globals_.kVGl), std::to_string(globals_.mAGl)}, now_);
   view_.SetRecordCount(sources_.TokenCount());
   bool isCancelWanted = false;

@@ -1,5 +1,6 @@
 #include "seals/Canonical.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -11,49 +12,90 @@ using dao::CellKind;
 using dao::CellView;
 
 constexpr std::size_t kMostDigits = 20;
+constexpr std::size_t kMostAround = 2 * kMostDigits + 3;  // a text's length, or a number, and the signs
 
-std::string_view Digits(std::int64_t number, std::array<char, kMostDigits>& digits) {
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-  return {digits.data(), static_cast<std::size_t>(end - digits.data())};
+char* WriteNumber(char* out, std::int64_t number) {
+  return std::to_chars(out, out + kMostDigits, number).ptr;
+}
+
+char* WriteText(char* out, std::string_view text) {
+  constexpr std::size_t kTen = 10;
+  if (text.size() < kTen) {
+    *out++ = static_cast<char>('0' + text.size());
+  } else {
+    out = WriteNumber(out, static_cast<std::int64_t>(text.size()));
+  }
+  *out++ = ':';
+  out = std::copy(text.begin(), text.end(), out);
+  *out++ = ',';
+  return out;
+}
+
+char* WriteDigits(char* out, std::int64_t number) {
+  constexpr std::int64_t kTen = 10;
+  if (number >= 0 && number < kTen) {
+    // Most numbers are flags.
+    *out++ = '1';
+    *out++ = ':';
+    *out++ = static_cast<char>('0' + number);
+    *out++ = ',';
+    return out;
+  }
+  std::array<char, kMostDigits> digits;
+  const char* const end = WriteNumber(digits.data(), number);
+  return WriteText(out, {digits.data(), static_cast<std::size_t>(end - digits.data())});
+}
+
+char* WriteValue(char* out, const CellView& value) {
+  switch (value.kind) {
+    case CellKind::kNull:
+    case CellKind::kDeleted:
+      *out++ = '-';
+      *out++ = ',';
+      return out;
+    case CellKind::kInteger:
+      return WriteDigits(out, value.integer);
+    case CellKind::kBytes:
+      // No text has this form.
+      *out++ = 'x';
+      break;
+    case CellKind::kReal:
+    case CellKind::kText:
+      break;
+  }
+  return WriteText(out, value.text);
+}
+
+// Room once, then bytes: a million exposures have 25 values each.
+template <typename Write>
+void Append(std::string& out, std::size_t most, const Write& write) {
+  const std::size_t before = out.size();
+  out.resize(before + most);
+  out.resize(static_cast<std::size_t>(write(out.data() + before) - out.data()));
 }
 
 }  // namespace
 
 void AppendText(std::string& out, std::string_view text) {
-  constexpr std::size_t kTen = 10;
-  if (text.size() < kTen) {
-    out += static_cast<char>('0' + text.size());
-  } else {
-    std::array<char, kMostDigits> digits;
-    out += Digits(static_cast<std::int64_t>(text.size()), digits);
-  }
-  out += ':';
-  out += text;
-  out += ',';
+  Append(out, text.size() + kMostAround, [&](char* at) { return WriteText(at, text); });
 }
 
 void AppendNumber(std::string& out, std::int64_t number) {
-  std::array<char, kMostDigits> digits;
-  AppendText(out, Digits(number, digits));
+  Append(out, kMostAround, [&](char* at) { return WriteDigits(at, number); });
 }
 
 void AppendValue(std::string& out, const CellView& value) {
-  switch (value.kind) {
-    case CellKind::kNull:
-    case CellKind::kDeleted:
-      out += "-,";
-      return;
-    case CellKind::kInteger:
-      AppendNumber(out, value.integer);
-      return;
-    case CellKind::kBytes:
-      // No text has this form.
-      out += 'x';
-      [[fallthrough]];
-    case CellKind::kReal:
-    case CellKind::kText:
-      AppendText(out, value.text);
-  }
+  Append(out, value.text.size() + kMostAround, [&](char* at) { return WriteValue(at, value); });
+}
+
+void AppendLine(std::string& out, std::span<const CellView> values) {
+  std::size_t most = 1;
+  for (const CellView& value : values) most += value.text.size() + kMostAround;
+  Append(out, most, [&](char* at) {
+    for (const CellView& value : values) at = WriteValue(at, value);
+    *at++ = '\n';
+    return at;
+  });
 }
 
 bool SameValue(const CellView& a, const CellView& b) {

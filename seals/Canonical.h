@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,9 @@ void AppendText(std::string& out, std::string_view text);
 void AppendNumber(std::string& out, std::int64_t number);
 /// Numbers and flags as their decimal text.
 void AppendValue(std::string& out, const dao::CellView& value);
+/// The line of an exposure, its values in the order of SealedFields(), or of a row of the history: values one
+/// behind the other and a line feed.
+void AppendLine(std::string& out, std::span<const dao::CellView> values);
 
 /// Whether two values have the same bytes.
 [[nodiscard]] bool SameValue(const dao::CellView& a, const dao::CellView& b);

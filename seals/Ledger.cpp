@@ -1,5 +1,6 @@
 #include "seals/Ledger.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "db/dao/DBEngine.h"
@@ -19,10 +20,40 @@ void SetValue(dao::Field& field, const dao::CellView& value) {
   }
 }
 
+// What no writer may change, whether or not the log's rules hold for this open file.
+void RequireChangeable(std::string_view field) {
+  const auto known = SealedFieldAt(field);
+  if (known && RuleOf(*known) == FieldRule::kNever)
+    throw dao::EngineError(dao::ErrorNumber::kRuleViolated,
+                           "Number, birth date, sex and time of an exposure never change.");
+}
+
 }  // namespace
+
+/// Looked up once; the imaging suite may change thousands of exposures in one transaction.
+struct Ledger::HistoryRows {
+  explicit HistoryRows(dao::Database& log)
+      : rows(log.OpenRecordset(kHistory, dao::RecordsetType::kTable)),
+        exposure(rows->Fields("tXrayCulIntIDPk")),
+        field(rows->Fields("tHistSField")),
+        before(rows->Fields("tHistSOld")),
+        after(rows->Fields("tHistSNew")),
+        kind(rows->Fields("tHistSKind")),
+        seal(rows->Fields("tHistNSeal")) {}
+
+  std::unique_ptr<dao::Recordset> rows;
+  dao::Field& exposure;
+  dao::Field& field;
+  dao::Field& before;
+  dao::Field& after;
+  dao::Field& kind;
+  dao::Field& seal;
+};
 
 Ledger::Ledger(platform::Author author, const platform::Clock& clock)
     : author_(std::move(author)), clock_(clock) {}
+
+Ledger::~Ledger() = default;
 
 Seal Ledger::NewSeal(SealKind kind) const {
   const platform::Instant now = clock_.NowUtc();
@@ -40,7 +71,6 @@ Seal Ledger::NewSeal(SealKind kind) const {
 
 // What others left without a seal is not to be counted among this transaction's own.
 void Ledger::Begin(dao::Database& log, std::int64_t lastRowBefore) {
-  if (isOpen_) return;
   isOpen_ = true;
   SealUnsealed(log, NewSeal(SealKind::kTakeover), lastRowBefore, {});
   head_ = ReadHead(log);
@@ -51,8 +81,10 @@ void Ledger::RowAdded(dao::Database& log, std::span<const dao::FieldDef> fields,
                       std::span<const dao::CellView> values) {
   if (rows_.Count() == 0) {
     places_ = PlacesOfSealedFields(fields);
-    Begin(log, NumberOf(values[places_[0]]) - 1);
+    areInOrder_ = fields.size() == kFieldCount && std::ranges::is_sorted(places_);
+    if (!isOpen_) Begin(log, NumberOf(values[places_[0]]) - 1);
   }
+  if (areInOrder_) return rows_.Add(values);
   for (std::size_t i = 0; i < kFieldCount; ++i) values_[i] = values[places_[i]];
   rows_.Add(values_);
 }
@@ -68,18 +100,19 @@ ChangeKind Ledger::KindOf(const dao::FieldDef& field, const dao::CellView& befor
 
 void Ledger::FieldChanging(dao::Database& log, std::int64_t rowId, const dao::FieldDef& field,
                            const dao::CellView& before, const dao::CellView& after) {
-  Begin(log, log.Greatest(kExposures, SealedFields()[0]));
-  if (history_ == nullptr) history_ = log.OpenRecordset(kHistory, dao::RecordsetType::kTable);
+  RequireChangeable(field.name);
+  if (!isOpen_) Begin(log, log.Greatest(kExposures, SealedFields()[0]));
+  if (history_ == nullptr) history_ = std::make_unique<HistoryRows>(log);
   const ChangeKind kind = KindOf(field, before);
   onlyLocks_ = onlyLocks_ && kind == ChangeKind::kLock;
-  history_->AddNew();
-  history_->Fields("tXrayCulIntIDPk").SetNumber(rowId);
-  history_->Fields("tHistSField").SetText(field.name);
-  SetValue(history_->Fields("tHistSOld"), before);
-  SetValue(history_->Fields("tHistSNew"), after);
-  history_->Fields("tHistSKind").SetText(NameOf(kind));
-  history_->Fields("tHistNSeal").SetNumber(head_.number + 1);
-  history_->Update();
+  history_->rows->AddNew();
+  history_->exposure.SetNumber(rowId);
+  history_->field.SetText(field.name);
+  SetValue(history_->before, before);
+  SetValue(history_->after, after);
+  history_->kind.SetText(NameOf(kind));
+  history_->seal.SetNumber(head_.number + 1);
+  history_->rows->Update();
 }
 
 SealKind Ledger::KindOfSeal() const {

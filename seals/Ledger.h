@@ -23,6 +23,7 @@ class Ledger final : public dao::ChangeJournal {
  public:
   /// `clock` must live as long as the log is open.
   Ledger(platform::Author author, const platform::Clock& clock);
+  ~Ledger() override;
 
   [[nodiscard]] const platform::Author& Who() const { return author_; }
   /// A seal with who, where and when filled in.
@@ -41,6 +42,7 @@ class Ledger final : public dao::ChangeJournal {
 
  private:
   friend class Purpose;
+  struct HistoryRows;
 
   void Begin(dao::Database& log, std::int64_t lastRowBefore);
   [[nodiscard]] ChangeKind KindOf(const dao::FieldDef& field, const dao::CellView& before) const;
@@ -57,8 +59,9 @@ class Ledger final : public dao::ChangeJournal {
   std::int64_t lastHistory_ = 0;  // before it
   LineSeal rows_;
   std::array<std::size_t, kFieldCount> places_{};
+  bool areInOrder_ = false;  // the table's fields, as in a log that was made by this version
   std::array<dao::CellView, kFieldCount> values_;
-  std::unique_ptr<dao::Recordset> history_;
+  std::unique_ptr<HistoryRows> history_;
   std::string exchange_;
 };
 

@@ -13,11 +13,6 @@ void AppendMark(std::string& marks, std::string_view line) {
   for (const unsigned shift : {26U, 20U, 14U}) marks += kLetters[(sum >> shift) & 63U];
 }
 
-void AppendLine(std::string& out, std::span<const dao::CellView> values) {
-  for (const dao::CellView& value : values) AppendValue(out, value);
-  out += '\n';
-}
-
 void LineSeal::Add(std::span<const dao::CellView> values) {
   line_.clear();
   AppendLine(line_, values);

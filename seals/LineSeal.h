@@ -15,9 +15,6 @@ namespace varnlog::seals {
 inline constexpr std::size_t kMarkLength = 3;
 void AppendMark(std::string& marks, std::string_view line);
 
-/// The line of an exposure, its values in the order of SealedFields(), or of a row of the history.
-void AppendLine(std::string& out, std::span<const dao::CellView> values);
-
 /// What a seal says about the exposures that were added, or about the rows of the history, told line by line
 /// in the order of their numbers.
 class LineSeal {

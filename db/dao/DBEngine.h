@@ -41,6 +41,20 @@ class ChangeGroup {
   std::unique_ptr<WriteScope> scope_;
 };
 
+/// While it lives the file's rules do not hold for this open file. Where it begins and ends, prepared
+/// statements are prepared anew, so it is for long runs.
+class RulesSuspension {
+ public:
+  explicit RulesSuspension(std::shared_ptr<Connection> connection);
+  ~RulesSuspension();
+  RulesSuspension(const RulesSuspension&) = delete;
+  RulesSuspension& operator=(const RulesSuspension&) = delete;
+
+ private:
+  std::shared_ptr<Connection> connection_;
+  bool wereObeyed_;
+};
+
 /// An open database file. Record sets keep the file open as long as they live; Close() makes every further
 /// use of them throw kObjectInvalid.
 class Database {
@@ -102,6 +116,8 @@ class Database {
   void SetRules(std::span<const std::string> rules);
   /// From now on they hold for this open file as well; false, and they do not, unless HasRules().
   [[nodiscard]] bool ObeyRules(std::span<const std::string> rules);
+  /// For a writer whose journal refuses by itself what the rules would.
+  [[nodiscard]] RulesSuspension SuspendRules() { return RulesSuspension(connection_); }
 
   /// Everything that is wrong with the file, one finding an entry; empty when it is sound.
   [[nodiscard]] std::vector<std::string> Check();

@@ -75,6 +75,11 @@ TEST_F(LedgerTest, WhatIsRolledBackOrRefusedLeavesNoTrace) {
   // Locked: the rule refuses it, and with it the row of the history.
   workspace_->BeginTrans();
   EXPECT_THROW(Enters(2, "tXraySVolt", "61"), dao::EngineError);
+  {
+    // The ledger itself refuses it where the rules are suspended, as they are while exposures are taken in.
+    const dao::RulesSuspension suspension = log_->SuspendRules();
+    EXPECT_THROW(SuiteChanges(2, {{"tXraySSex", "m"}}), dao::EngineError);
+  }
   workspace_->CommitTrans();
   EXPECT_EQ(Verified().head, before);
   ExpectSound();

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sqlite3.h>
@@ -20,7 +21,26 @@ std::vector<std::string> StoredRules(Connection& connection, const char* column)
   return rules;
 }
 
+void SetObeyed(Connection& connection, bool obeyed) {
+  sqlite3_db_config(connection.Handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, obeyed ? 1 : 0, nullptr);
+}
+
+bool AreObeyed(Connection& connection) {
+  int obeyed = 0;
+  sqlite3_db_config(connection.Handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, -1, &obeyed);
+  return obeyed != 0;
+}
+
 }  // namespace
+
+RulesSuspension::RulesSuspension(std::shared_ptr<Connection> connection)
+    : connection_(std::move(connection)), wereObeyed_(AreObeyed(*connection_)) {
+  if (wereObeyed_) SetObeyed(*connection_, false);
+}
+
+RulesSuspension::~RulesSuspension() {
+  if (wereObeyed_ && connection_->IsOpen()) SetObeyed(*connection_, true);
+}
 
 bool Database::HasRules(std::span<const std::string> rules) {
   const std::vector<std::string> stored = StoredRules(*connection_, "sql");
@@ -38,7 +58,7 @@ void Database::SetRules(std::span<const std::string> rules) {
 // Only what was compared with rules of the program's own is let run.
 bool Database::ObeyRules(std::span<const std::string> rules) {
   if (!HasRules(rules)) return false;
-  sqlite3_db_config(connection_->Handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 1, nullptr);
+  SetObeyed(*connection_, true);
   return true;
 }
 
