@@ -32,6 +32,7 @@ constexpr CommandDef kCommands[] = {
     {mnuViewToolbar, "mnuViewToolbar", "MN_MNU_VIEWTOOLBAR", "", "", kAlways, true},
     {mnuViewStatusbar, "mnuViewStatusbar", "MN_MNU_VIEWSTATUSBAR", "", "", kAlways, true},
     {mnuViewBigIcons, "mnuViewBigIcons", "MN_MNU_VIEWBIGICONS", "", "", kAlways, true},
+    {mnuViewHistory, "mnuViewHistory", "MN_MNU_VIEWHISTORY", "", "Ctrl+H", kAlways, true},
     {mnuViewLoad, "mnuViewLoad", "MN_MNU_VIEWLOAD", "", "F5", kDataFileOpen, false},
     {mnuViewProperties, "mnuViewProperties", "MN_MNU_VIEWPROPERTIES", "", "Alt+Return", kAlways, false},
     {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kAlways, false},
@@ -62,8 +63,9 @@ constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
                                         Item(mnuSortDateAllXV),
                                         kSeparator,
                                         Item(mnuSortAll)};
-constexpr MenuEntry kViewMenu[] = {Item(mnuViewToolbar), Item(mnuViewStatusbar), Item(mnuViewBigIcons),
-                                   kSeparator,           Item(mnuViewLoad),      Item(mnuViewProperties)};
+constexpr MenuEntry kViewMenu[] = {
+    Item(mnuViewToolbar), Item(mnuViewStatusbar), Item(mnuViewBigIcons),  Item(mnuViewHistory),
+    kSeparator,           Item(mnuViewLoad),      Item(mnuViewProperties)};
 constexpr MenuEntry kHelpMenu[] = {Item(mnuHelpOnHelp), Item(mnuHelpContents),
                                    Item(mnuHelpIndex),  Item(mnuHelpSearch),
                                    kSeparator,          Item(mnuHelpInfo)};

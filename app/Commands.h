@@ -28,6 +28,7 @@ enum class CommandId {
   mnuViewToolbar,
   mnuViewStatusbar,
   mnuViewBigIcons,
+  mnuViewHistory,
   mnuViewLoad,
   mnuViewProperties,
   mnuHelpOnHelp,

@@ -120,6 +120,10 @@ void frmMDIMain::RunView(CommandId id) {
       globals.OptBigIcons = !globals.OptBigIcons;
       ApplyViewOptions();
       break;
+    case CommandId::mnuViewHistory:
+      globals.OptHistoryVisible = !globals.OptHistoryVisible;
+      ApplyViewOptions();
+      break;
     case CommandId::mnuViewLoad:
       ViewResults();
       FocusLogView();
@@ -148,6 +152,31 @@ void frmMDIMain::ShowProperties() {
 void frmMDIMain::ShowAbout() {
   ui::frmAbout dialog(context_.services.texts, VARNLOG_VERSION, UsedLibraries(), this);
   dialog.exec();
+}
+
+void frmMDIMain::BuildHistory() {
+  addDockWidget(Qt::BottomDockWidgetArea, history_);
+  history_->hide();
+  // Its own button hides it as well.
+  connect(history_->toggleViewAction(), &QAction::toggled, this, [this](bool isShown) {
+    context_.globals.OptHistoryVisible = isShown;
+    actions_.at(CommandId::mnuViewHistory)->setChecked(isShown);
+    CurrentRowChanged();
+  });
+  historyTimer_.setSingleShot(true);
+  historyTimer_.setInterval(0);
+  connect(&historyTimer_, &QTimer::timeout, this, &frmMDIMain::ShowHistory);
+}
+
+// Rows that are only passed on the way are not read.
+void frmMDIMain::CurrentRowChanged() {
+  if (context_.globals.OptHistoryVisible && !unloading_) historyTimer_.start();
+}
+
+void frmMDIMain::ShowHistory() {
+  const auto log = context_.globals.LogEngineGl ? context_.globals.LogEngineGl->Database() : nullptr;
+  if (!results_ || !log) return history_->Clear();
+  history_->Show(*log, results_->CurrentExposure());
 }
 
 }  // namespace varnlog::app

@@ -68,7 +68,8 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
       mdi_(new QMdiArea),
       desk_(new Desk),
       frame_(new QStackedWidget),
-      tlbStandard_(new ui::Toolbar) {
+      tlbStandard_(new ui::Toolbar),
+      history_(new logview::HistoryPane(context_.services.texts, context_.scheme, context_.shortDate)) {
   setObjectName("frmMDIMain");
   setWindowIcon(ui::ProgramIcon());
   SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
@@ -82,6 +83,7 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
   BuildMenus();
   BuildToolbar();
   BuildStatusBar();
+  BuildHistory();
   timUpdate_.setSingleShot(true);
   timUpdate_.setInterval(kMillisecondsAfterActivation);
   connect(&timUpdate_, &QTimer::timeout, this, &frmMDIMain::UpdateWhenFree);
@@ -210,9 +212,11 @@ void frmMDIMain::ApplyViewOptions() {
   const core::Globals& globals = context_.globals;
   tlbStandard_->setVisible(globals.OptTbrVisible);
   statusBar()->setVisible(globals.OptSbrVisible);
+  history_->setVisible(globals.OptHistoryVisible);
   actions_.at(CommandId::mnuViewToolbar)->setChecked(globals.OptTbrVisible);
   actions_.at(CommandId::mnuViewStatusbar)->setChecked(globals.OptSbrVisible);
   actions_.at(CommandId::mnuViewBigIcons)->setChecked(globals.OptBigIcons);
+  actions_.at(CommandId::mnuViewHistory)->setChecked(globals.OptHistoryVisible);
   BuildToolbar();
 }
 
@@ -223,6 +227,7 @@ void frmMDIMain::RefreshCommands() {
     actions_.at(command.id)->setEnabled(IsEnabled(command.enabledWhen, state));
   }
   if (!state.dataFileOpen) SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
+  CurrentRowChanged();
   ShowStatus();
 }
 

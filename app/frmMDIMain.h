@@ -20,6 +20,7 @@
 #include "app/MainProgram.h"
 #include "app/PlacedWidget.h"
 #include "intake/CodeMappings.h"
+#include "logview/HistoryPane.h"
 #include "logview/frmResults.h"
 #include "platform/ShortDate.h"
 #include "report/PrintCommands.h"
@@ -59,6 +60,8 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void BuildMenus();
   void BuildToolbar();
   void BuildStatusBar();
+  void BuildHistory();
+  void ShowHistory();
   void ApplyViewOptions();
   void Run(CommandId id);
   void RunView(CommandId id);
@@ -101,6 +104,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   // logview::ResultsHost
   [[nodiscard]] QIcon PictureOf(const std::string& iconKey) const override;
   void ShowRowCount(std::int64_t rows, bool complete) override;
+  void CurrentRowChanged() override;
   void LogReplaced() override;
   void ResultsClosed() override;
 
@@ -124,6 +128,8 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   std::vector<QAction*> recent_;
   std::vector<MruEntry> recentFiles_;
   std::map<CommandId, QAction*> actions_;
+  logview::HistoryPane* history_;
+  QTimer historyTimer_;
   QLabel* rowsPanel_ = nullptr;
   QLabel* filePanel_ = nullptr;
   QLabel* otherPanel_ = nullptr;

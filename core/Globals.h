@@ -29,6 +29,7 @@ struct Globals : Selection {
   bool OptBigIcons = true;
   bool OptTbrVisible = true;
   bool OptSbrVisible = true;
+  bool OptHistoryVisible = false;
   bool UpdateOnActivation = true;
 
   /// What the log view shows now; its members carry names of this struct's own.

@@ -10,6 +10,7 @@
 #include "core/EngineMessages.h"
 #include "db/modCommon.h"
 #include "logview/CRGBColorINI.h"
+#include "logview/CellMarks.h"
 #include "logview/Columns.h"
 #include "logview/EditRules.h"
 #include "logview/GridPlace.h"
@@ -100,22 +101,28 @@ void FillDeletedRow(const dao::Recordset& rows, const core::TextLookup& texts, u
   rowBuf.SetValue(row, kPatientColumn, ui::Caption(texts, "RS_DELETED"_key));
 }
 
-/// The rows of `rows` from its current one on, as texts and states.
-void FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits,
-                const core::TextLookup& texts, ui::RowBuffer& rowBuf) {
+/// The rows of `rows` from its current one on, as texts and states. The numbers of their exposures, 0 for a
+/// row that is not there any more.
+std::vector<std::int64_t> FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits,
+                                     const core::TextLookup& texts, ui::RowBuffer& rowBuf) {
   const CellStates states(rows);
+  const dao::Field& number = rows.Fields("tXrayCulIntIDPk");
+  std::vector<std::int64_t> exposures;
   int filled = 0;
   for (; filled < rowBuf.RowCount() && !rows.IsBOF() && !rows.IsEOF(); ++filled) {
     try {
       FillRow(rows, display, states, edits, rowBuf, filled);
+      exposures.push_back(number.Number());
     } catch (const dao::EngineError& error) {
       if (error.number() != dao::ErrorNumber::kRecordDeleted) throw;
       FillDeletedRow(rows, texts, rowBuf, filled);
+      exposures.push_back(0);
     }
     rowBuf.SetBookmark(filled, rows.Bookmark().position);
     rows.MoveNext();
   }
   rowBuf.SetRowCount(filled);
+  return exposures;
 }
 
 }  // namespace
@@ -410,7 +417,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     rowSource_->Move(offset);
     const std::int64_t position = rowSource_->AbsolutePosition();
     const RowDisplay display(*rowSource_, codeTexts_, context_.scheme, context_.shortDate);
-    FillBuffer(*rowSource_, display, context_.edits, context_.texts, rowBuf);
+    MarkChanged(Log(), FillBuffer(*rowSource_, display, context_.edits, context_.texts, rowBuf), rowBuf);
     if (position >= 0) approximatePosition = position;
     if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
   } catch (const dao::EngineError& error) {
@@ -510,6 +517,26 @@ bool frmResults::LocateRow(int row) {
   // The running number is the row's place in the record set plus one.
   data1_->SetAbsolutePosition(grid_->CellText(row, kNumberColumn).toLongLong() - 1);
   return true;
+}
+
+std::int64_t frmResults::ExposureAt(std::int64_t bookmark) const {
+  const auto row = data1_->Clone();
+  row->SetBookmark(dao::Bookmark{bookmark});
+  return row->Fields("tXrayCulIntIDPk").Number();
+}
+
+std::optional<std::int64_t> frmResults::CurrentExposure() const {
+  const auto bookmark = data1_ && grid_->Row() >= 0 ? grid_->BookmarkOf(grid_->Row()) : std::nullopt;
+  try {
+    return bookmark ? std::optional(ExposureAt(*bookmark)) : std::nullopt;
+  } catch (const dao::EngineError&) {
+    return std::nullopt;  // deleted meanwhile
+  }
+}
+
+QString frmResults::CellNote(std::int64_t bookmark, int colIndex) {
+  const HistoryText text(codeTexts_, context_.scheme, context_.shortDate);
+  return ui::ToQString(NoteOf(Log(), ExposureAt(bookmark), colIndex, text));
 }
 
 void frmResults::Refuse(const EditDecision& decision) {

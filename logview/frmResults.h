@@ -45,6 +45,8 @@ class ResultsHost {
   virtual void RefreshCommands() = 0;
   /// `complete` is false while rows are still being counted.
   virtual void ShowRowCount(std::int64_t rows, bool complete) = 0;
+  /// Another row became the current one, or is shown anew.
+  virtual void CurrentRowChanged() = 0;
   /// The log's file was replaced since it was opened: this view has nothing to show any more. Returns before
   /// anything is done about it.
   virtual void LogReplaced() = 0;
@@ -79,6 +81,8 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   /// What the rows are, as the report's title says it.
   [[nodiscard]] const std::string& Headline() const { return headline_; }
   [[nodiscard]] ui::TDBGrid& Grid() { return *grid_; }
+  /// The number of the exposure in the current row; nothing when there is none.
+  [[nodiscard]] std::optional<std::int64_t> CurrentExposure() const;
   /// Every row is counted.
   [[nodiscard]] bool IsPopulated() const { return populated_; }
 
@@ -99,6 +103,9 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void CountFurtherRows();
   void MarkSort();
   [[nodiscard]] bool LocateRow(int row);
+  [[nodiscard]] std::int64_t ExposureAt(std::int64_t bookmark) const;
+  /// The log that the rows come from.
+  [[nodiscard]] dao::Database& Log() const { return *context_.globals.LogEngineGl->Database(); }
   void ShowError(const dao::EngineError& error);
   void ShowEditError(const dao::EngineError& error);
   /// Whether the cells that were entered still hold what the grid shows.
@@ -124,6 +131,8 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void HeadClick(int colIndex) override;
   void Error(int dataError, int& response) override;
   void EditRefused() override;
+  void RowColChange() override { host_.CurrentRowChanged(); }
+  [[nodiscard]] QString CellNote(std::int64_t bookmark, int colIndex) override;
   void Undo() override { TakeBackEntry(); }
   bool CopyProgress(std::int64_t copied, std::int64_t selected) override;
 

@@ -1,5 +1,6 @@
 #include "seals/History.h"
 
+#include <algorithm>
 #include <map>
 
 #include "db/dao/TableScan.h"
@@ -57,6 +58,40 @@ platform::DateTime Origin::LocalTime() const {
   constexpr std::int64_t kSecondsAMinute = 60;
   if (!time.IsSet()) return time;
   return platform::DateTime::FromSeconds(time.SecondsSinceEpoch() + offsetMinutes * kSecondsAMinute);
+}
+
+bool IsOfValue(std::string_view field) {
+  const auto known = SealedFieldAt(field);
+  return known && RuleOf(*known) != FieldRule::kFlag;
+}
+
+namespace {
+
+void AddChangedValues(dao::Database& log, std::int64_t first, std::int64_t last,
+                      std::vector<ChangedValue>& changed) {
+  const std::vector<std::string> fields = {"tXrayCulIntIDPk", "tHistSField"};
+  const auto scan = log.Scan(kHistory, fields, {.order = "tXrayCulIntIDPk", .first = first, .last = last});
+  while (scan->Next()) {
+    const auto& row = scan->Values();
+    if (IsOfValue(row[1].text)) changed.push_back({NumberOf(row[0]), TextOf(row[1])});
+  }
+}
+
+}  // namespace
+
+// Neighbours in the order of time have neighbouring numbers: one walk over all that lies between them costs
+// less than one for each, unless they lie far apart.
+std::vector<ChangedValue> ReadChangedValues(dao::Database& log, std::span<const std::int64_t> exposures) {
+  constexpr std::int64_t kNear = 256;
+  std::vector<ChangedValue> changed;
+  if (exposures.empty() || !HasSealTables(log)) return changed;
+  const auto [first, last] = std::minmax_element(exposures.begin(), exposures.end());
+  if (*last - *first < kNear) {
+    AddChangedValues(log, *first, *last, changed);
+  } else {
+    for (const std::int64_t exposure : exposures) AddChangedValues(log, exposure, exposure, changed);
+  }
+  return changed;
 }
 
 std::vector<HistoryEntry> ReadHistory(dao::Database& log, std::int64_t exposure) {

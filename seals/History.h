@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "db/dao/DBEngine.h"
@@ -36,6 +38,18 @@ struct HistoryEntry {
   std::string kind;
   Origin origin;
 };
+
+/// A value, other than a flag, that is not as it was added.
+struct ChangedValue {
+  std::int64_t exposure = 0;
+  std::string field;
+};
+[[nodiscard]] bool IsOfValue(std::string_view field);
+
+/// Those of some exposures, in no particular order; a value that was changed twice stands there twice. Throws
+/// dao::EngineError; empty for a log without history.
+[[nodiscard]] std::vector<ChangedValue> ReadChangedValues(dao::Database& log,
+                                                          std::span<const std::int64_t> exposures);
 
 /// Everything that is known of an exposure, its origin first. An exposure without a seal has none. Throws
 /// dao::EngineError; empty for a log without history.

@@ -16,12 +16,14 @@ constexpr std::string_view kUser = "User";
 struct Switch {
   std::string_view key;
   bool core::Globals::*member;
+  bool atFirst = true;  // without an INI file
 };
 
-constexpr std::array<Switch, 4> kSwitches = {{
+constexpr std::array<Switch, 5> kSwitches = {{
     {"OptBigIcons", &core::Globals::OptBigIcons},
     {"OptTbrVisible", &core::Globals::OptTbrVisible},
     {"OptSbrVisible", &core::Globals::OptSbrVisible},
+    {"OptHistoryVisible", &core::Globals::OptHistoryVisible, false},
     {"UpdateOnActivation", &core::Globals::UpdateOnActivation},
 }};
 
@@ -55,7 +57,8 @@ std::string DefaultDataFile(const core::Globals& globals) {
 void LoadSettings(core::Globals& globals, const core::SettingsStore& ini) {
   const bool hasFile = db::FileExists(globals.IniFileGl);
   for (const Switch& option : kSwitches) {
-    globals.*option.member = !hasFile || ini.ReadString(kUser, option.key, globals.IniFileGl) == "1";
+    globals.*option.member =
+        hasFile ? ini.ReadString(kUser, option.key, globals.IniFileGl) == "1" : option.atFirst;
   }
   globals.strDataFileGl = ConfiguredDataFile(globals, ini);
   globals.StartFileGl = globals.strDataFileGl;

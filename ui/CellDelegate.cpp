@@ -21,6 +21,7 @@ namespace {
 
 constexpr int kTextMargin = 4;
 constexpr int kEditorMargin = 3;
+constexpr int kLeastMark = 4;
 constexpr const char* kLoaded = "loaded";
 
 void DrawButton(QPainter& painter, const QRect& button, const QPalette& palette) {
@@ -34,6 +35,16 @@ void DrawButton(QPainter& painter, const QRect& button, const QPalette& palette)
   painter.setPen(Qt::NoPen);
   painter.setBrush(palette.color(QPalette::ButtonText));
   painter.drawPolygon(ButtonArrow(button));
+}
+
+// In the corner in which no text begins and no button stands.
+void DrawMark(QPainter& painter, const QRect& cell, const QColor& back) {
+  static const QColor kMark(0xb0, 0x48, 0x00);
+  const int size = std::max(kLeastMark, cell.height() * 3 / 10);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(ReadableOn(back, kMark));
+  painter.drawPolygon(
+      QPolygon({cell.topLeft(), cell.topLeft() + QPoint(size, 0), cell.topLeft() + QPoint(0, size)}));
 }
 
 void DrawFocus(QPainter& painter, const QStyleOptionViewItem& option, const QColor& color) {
@@ -114,6 +125,7 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->drawText(
         textRect, static_cast<int>((column.alignment | Qt::AlignVCenter).toInt()) | Qt::TextSingleLine,
         option.fontMetrics.elidedText(look.cell.text, Qt::ElideRight, textRect.width(), Qt::TextSingleLine));
+    if (look.cell.isMarked) DrawMark(*painter, option.rect, colors.back);
     if (look.button) DrawButton(*painter, ButtonRect(option.rect), option.palette);
     DrawFocus(*painter, option, colors.fore);
   }
@@ -212,7 +224,7 @@ QString CellDelegate::ToolTip(const QStyleOptionViewItem& option, const QModelIn
   const QRect textRect = TextRect(option.rect, HasButton(index.row(), index.column()));
   QStringList lines;
   if (option.fontMetrics.horizontalAdvance(cell.text) > textRect.width()) lines << cell.text;
-  lines << model_.StateText(index.row(), index.column());
+  lines << model_.StateText(index.row(), index.column()) << model_.NoteText(index.row(), index.column());
   lines.removeAll(QString());
   return lines.join('\n');
 }

@@ -42,7 +42,7 @@ class CellDelegate final : public QStyledItemDelegate {
   bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                  const QModelIndex& index) override;
 
-  /// The text if it does not fit its cell, and what the cell's state means.
+  /// The text if it does not fit its cell, what the cell's state means, and what its mark says.
   [[nodiscard]] QString ToolTip(const QStyleOptionViewItem& option, const QModelIndex& index) const;
 
  private:

@@ -100,7 +100,7 @@ QString GridCellAccessible::text(QAccessible::Text type) const {
     case QAccessible::Value:
       return Grid().CellText(row(), column());
     case QAccessible::Description:
-      return Grid().Model().StateText(row(), column());
+      return Grid().Model().Description(row(), column());
     default:
       return {};
   }

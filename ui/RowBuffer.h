@@ -50,6 +50,10 @@ class RowBuffer {
   [[nodiscard]] CellState State(int row, int column) const { return cells_[At(row, column)].state; }
   void SetState(int row, int column, CellState state) { cells_[At(row, column)].state = state; }
 
+  /// A mark says that somebody changed the value; who, TDBGridEvents::CellNote tells.
+  [[nodiscard]] bool IsMarked(int row, int column) const { return cells_[At(row, column)].isMarked; }
+  void SetMarked(int row, int column) { cells_[At(row, column)].isMarked = true; }
+
   /// Opaque to the grid: it hands the number back when it writes the row.
   [[nodiscard]] std::int64_t Bookmark(int row) const { return bookmarks_[static_cast<std::size_t>(row)]; }
   void SetBookmark(int row, std::int64_t bookmark) { bookmarks_[static_cast<std::size_t>(row)] = bookmark; }
@@ -58,6 +62,7 @@ class RowBuffer {
   struct Cell {
     std::optional<QString> value;
     CellState state = CellState::kPlain;
+    bool isMarked = false;
   };
   [[nodiscard]] std::size_t At(int row, int column) const {
     return static_cast<std::size_t>(row) * static_cast<std::size_t>(columnCount_) +

@@ -57,6 +57,8 @@ class TDBGridEvents {
   /// The drop-down button of the current cell; TDBGrid::CancelEdit() in here keeps the list closed.
   virtual void ButtonClick(int /*colIndex*/) {}
   virtual void HeadClick(int /*colIndex*/) {}
+  /// What the mark of a cell says, for its tooltip and for screen readers. Must not wait for the user.
+  [[nodiscard]] virtual QString CellNote(std::int64_t /*bookmark*/, int /*colIndex*/) { return {}; }
   /// Raised for owner-drawn columns only.
   virtual void OwnerDrawCell(OwnerDrawnCell& /*cell*/) {}
   /// Raised after the failing call has returned. `response` 0 keeps the grid silent; otherwise it beeps.

@@ -65,7 +65,8 @@ TDBGridModel::Cell TDBGridModel::CellAt(int row, int column) const {
   if (found.buffer == nullptr) return {};
   const CellState state = found.buffer->State(found.index, column);
   return {found.buffer->Value(found.index, column).value_or(QString()),
-          !allowUpdate_ && IsOpen(state) ? CellState::kLocked : state};
+          !allowUpdate_ && IsOpen(state) ? CellState::kLocked : state,
+          found.buffer->IsMarked(found.index, column)};
 }
 
 std::optional<std::int64_t> TDBGridModel::BookmarkAt(int row) const {
@@ -85,6 +86,22 @@ QString TDBGridModel::StateText(int row, int column) const {
   return stateTexts_.at(static_cast<std::size_t>(state));
 }
 
+QString TDBGridModel::NoteText(int row, int column) const {
+  const auto bookmark = BookmarkAt(row);
+  if (events_ == nullptr || !bookmark || !CellAt(row, column).isMarked) return {};
+  try {
+    return events_->CellNote(*bookmark, column);
+  } catch (const std::exception&) {
+    return {};  // what cannot be read is told where rows are read
+  }
+}
+
+QString TDBGridModel::Description(int row, int column) const {
+  QStringList parts{StateText(row, column), NoteText(row, column)};
+  parts.removeAll(QString());
+  return parts.join(QStringLiteral("; "));
+}
+
 int TDBGridModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : rowCount_;
 }
@@ -101,7 +118,7 @@ QVariant TDBGridModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
       return CellAt(index.row(), index.column()).text;
     case Qt::AccessibleDescriptionRole:
-      return StateText(index.row(), index.column());
+      return Description(index.row(), index.column());
     default:
       return {};
   }

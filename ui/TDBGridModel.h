@@ -39,6 +39,7 @@ class TDBGridModel final : public QAbstractTableModel {
   struct Cell {
     QString text;
     CellState state = CellState::kPlain;
+    bool isMarked = false;
   };
 
   explicit TDBGridModel(QObject* parent = nullptr);
@@ -72,6 +73,10 @@ class TDBGridModel final : public QAbstractTableModel {
   void SetStateText(CellState state, const QString& text);
   /// What the state of the cell means, for those who do not see its colour.
   [[nodiscard]] QString StateText(int row, int column) const;
+  /// What the mark of the cell says; "" where there is none.
+  [[nodiscard]] QString NoteText(int row, int column) const;
+  /// Both.
+  [[nodiscard]] QString Description(int row, int column) const;
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;

@@ -180,6 +180,10 @@ void WindowTour::ShowLog() {
   Enter(FirstRow(kVoltageColumn, ui::CellState::kEdit), kVoltageColumn, QStringLiteral("63"));
   Grid().SetCurrentCell(0, logview::kNumberColumn);
   Visit("log", *window_);
+  Trigger(CommandId::mnuViewHistory);
+  Grid().SetCurrentCell(1, logview::kCommentColumn);
+  Visit("log-history", *window_);
+  Trigger(CommandId::mnuViewHistory);
   Grid().ClickHeading(logview::kPatientColumn);
   Visit("log-sorted", *window_);
   Trigger(CommandId::mnuSortAll);

@@ -1,0 +1,66 @@
+#include <QTreeWidget>
+
+#include "tests/windows/MainWindow.h"
+#include "ui/QtText.h"
+
+namespace varnlog::app::test {
+namespace {
+
+/// "what: before -> after" of each row of the pane.
+Names Shown(frmMDIMain& window) {
+  RunningProgram::Settle();
+  const auto& list = Child<QTreeWidget>(window, "lvwHistory");
+  Names rows;
+  for (int i = 0; i < list.topLevelItemCount(); ++i) {
+    const QTreeWidgetItem& row = *list.topLevelItem(i);
+    EXPECT_FALSE(row.text(0).isEmpty() || row.text(1).isEmpty() || row.text(2).isEmpty())
+        << "who, when, where";
+    rows.push_back((row.text(3) + "|" + row.text(4) + "|" + row.text(5)).toStdString());
+  }
+  return rows;
+}
+
+using HistoryTest = MainWindow;
+
+TEST_F(HistoryTest, ThePaneFollowsTheRowAndShowsWhatBecameOfIt) {
+  Starts();
+  program_->Triggers(CommandId::mnuViewHistory);
+  const std::string origin = "Aus Kalvero übernommen||";
+  EXPECT_EQ(Shown(program_->Window()), Names{origin});
+  program_->Enters(1, kVoltageColumn, "63");
+  program_->Enters(1, kVoltageColumn, "64");
+  program_->Enters(1, logview::kCommentColumn, "o. B.");
+  const Names history = {origin, "Berichtigt: kV|60|63", "Berichtigt: kV|63|64",
+                         "Geändert: Bemerkung|–|o. B."};
+  EXPECT_EQ(Shown(program_->Window()), history);
+  program_->ClicksCell(2, 0);
+  EXPECT_EQ(Shown(program_->Window()), Names{origin}) << "of another row";
+  program_->ClicksHeading(logview::kPatientColumn);
+  program_->ClicksCell(2, 0);
+  EXPECT_EQ(Shown(program_->Window()), history) << "the same exposure in another order";
+  EXPECT_TRUE(program_->Quits());
+
+  Starts();
+  EXPECT_TRUE(program_->Globals().OptHistoryVisible);
+  program_->ClicksCell(1, 0);
+  EXPECT_EQ(Shown(program_->Window()).back(), "Gesperrt: kV|offen|gesperrt");
+}
+
+TEST_F(HistoryTest, ACellThatWasChangedIsMarkedAndSaysByWhom) {
+  Starts();
+  program_->Enters(1, kVoltageColumn, "63");
+  const auto& model = program_->Grid().Model();
+  for (int column = 0; column < logview::kColumnCount; ++column)
+    EXPECT_EQ(model.CellAt(1, column).isMarked, column == kVoltageColumn) << column;
+  EXPECT_FALSE(model.CellAt(2, kVoltageColumn).isMarked);
+  const QString who = ui::ToQString(program_->Globals().AuthorGl.account);
+  const QString where = ui::ToQString(program_->Globals().AuthorGl.workstation);
+  for (const QString& said :
+       {model.NoteText(1, kVoltageColumn),
+        model.data(model.index(1, kVoltageColumn), Qt::AccessibleDescriptionRole).toString()})
+    EXPECT_TRUE(said.contains("Berichtigt: kV") && said.contains(who) && said.contains(where))
+        << said.toStdString();
+}
+
+}  // namespace
+}  // namespace varnlog::app::test
