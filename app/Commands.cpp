@@ -17,6 +17,7 @@ constexpr CommandDef kCommands[] = {
      kPrintable, false},
     {mnuFilePrint, "mnuFilePrint", "MN_MNU_FILEPRINT", "Print", "Ctrl+P", kPrintable, false},
     {mnuFilePrintSetup, "mnuFilePrintSetup", "MN_MNU_FILEPRINTSETUP", "", "", kPrintable, false},
+    {mnuFileVerify, "mnuFileVerify", "MN_MNU_FILEVERIFY", "", "", kDataFileOpen, false},
     {mnuFileEnd, "mnuFileEnd", "MN_MNU_FILEEND", "", "Ctrl+Q", kAlways, false},
     {mnuEditUpdate, "mnuEditUpdate", "MN_MNU_UPDATE", "Update", "Ctrl+U", kUpdatable, false},
     {mnuSortPatAll, "mnuSortPatAll", "MN_MNU_SELPATALL", "PatAll", "Ctrl+F", kDataFileOpen, false},
@@ -48,9 +49,12 @@ constexpr MenuEntry Item(CommandId id) {
 constexpr MenuEntry kSeparator{MenuEntry::Kind::kSeparator, mnuFileNew};
 constexpr MenuEntry kRecentFiles{MenuEntry::Kind::kRecentFiles, mnuFileNew};
 
-constexpr MenuEntry kFileMenu[] = {
-    Item(mnuFileNew),        Item(mnuFileOpen), kSeparator, Item(mnuFilePrintPreview), Item(mnuFilePrint),
-    Item(mnuFilePrintSetup), kRecentFiles,      kSeparator, Item(mnuFileEnd)};
+constexpr MenuEntry kFileMenu[] = {Item(mnuFileNew),   Item(mnuFileOpen),
+                                   kSeparator,         Item(mnuFilePrintPreview),
+                                   Item(mnuFilePrint), Item(mnuFilePrintSetup),
+                                   kSeparator,         Item(mnuFileVerify),
+                                   kRecentFiles,       kSeparator,
+                                   Item(mnuFileEnd)};
 constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate)};
 constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
                                         Item(mnuSortPatPeriod),

@@ -14,6 +14,7 @@ enum class CommandId {
   mnuFilePrintPreview,
   mnuFilePrint,
   mnuFilePrintSetup,
+  mnuFileVerify,
   mnuFileEnd,
   mnuEditUpdate,
   mnuSortPatAll,

@@ -1,6 +1,7 @@
 #include "app/Libraries.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
+#include "app/frmVerify.h"
 #include "report/frmPreview.h"
 #include "ui/QtText.h"
 #include "ui/frmAbout.h"
@@ -44,6 +45,9 @@ void frmMDIMain::Run(CommandId id) {
       break;
     case CommandId::mnuFileEnd:
       close();
+      break;
+    case CommandId::mnuFileVerify:
+      ShowVerify();
       break;
     case CommandId::mnuHelpInfo:
       ShowAbout();
@@ -147,6 +151,10 @@ void frmMDIMain::ShowProperties() {
   dialog.exec();
   if (results_) results_->ApplyReadOnly();
   RefreshCommands();
+}
+
+void frmMDIMain::ShowVerify() {
+  frmVerify(this, *context_.globals.LogEngineGl->Database(), context_.services.texts).exec();
 }
 
 void frmMDIMain::ShowAbout() {

@@ -67,6 +67,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void RunView(CommandId id);
   void RunPrint(CommandId id);
   void ShowAbout();
+  void ShowVerify();
   [[nodiscard]] report::PrintContext PrintContext();
   void ShowPreview();
   void ShowStatus();

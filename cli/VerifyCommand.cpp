@@ -1,11 +1,10 @@
-#include <array>
 #include <optional>
 
 #include <CLI/CLI.hpp>
 
 #include "cli/Command.h"
 #include "seals/Verifier.h"
-#include "start/SealedLog.h"
+#include "start/VerifyText.h"
 
 namespace varnlog::cli {
 
@@ -18,15 +17,6 @@ std::optional<seals::Anchor> AnchorOf(const Options& options) {
   const auto anchor = seals::ReadAnchor(options.anchor);
   if (!anchor) throw UsageError("VC_ERR_ANCHOR"_key, "strAnchor", options.anchor);
   return anchor;
-}
-
-void WriteNotes(const Session& session, const seals::Verification& result, Output& output) {
-  // In the order of seals::Note::What.
-  constexpr std::array kKeys = {"VN_CLOCK"_key, "VN_FOUND"_key, "VN_WENTON"_key};
-  for (const seals::Note& note : result.notes) {
-    const core::TextKey key = kKeys.at(static_cast<std::size_t>(note.what));
-    output.Write(session.Text(key, {{"lngNumber", std::to_string(note.seal)}}) + "\n");
-  }
 }
 
 }  // namespace
@@ -44,9 +34,7 @@ void ValidateAnchor(const Options& options) {
 seals::Verification VerifySeals(Session& session, const Options& options, Output& output) {
   const seals::Verification result = seals::Verify(session.Log(), AnchorOf(options), session.Progress());
   session.user().Flush();
-  for (const seals::Finding& finding : result.findings)
-    output.Write(start::Describe(finding, session.texts()) + "\n");
-  WriteNotes(session, result, output);
+  for (const std::string& line : start::VerifyLines(result, session.texts())) output.Write(line + "\n");
   if (!result.IsSound()) {
     session.Fail("VC_ERR_VERIFY"_key,
                  {{"lngCount", std::to_string(result.allFindings)}, {"strFile", session.LogFile()}});

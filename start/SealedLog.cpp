@@ -1,11 +1,11 @@
 #include "start/SealedLog.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 
 #include "seals/Ledger.h"
 #include "seals/LogSeals.h"
+#include "start/VerifyText.h"
 
 namespace varnlog::start {
 
@@ -20,14 +20,6 @@ void Tell(const Services& services, const seals::OpenReport& report) {
   if (report.finding)
     messages.Critical("SL_BROKEN"_key, {{"strFinding", Describe(*report.finding, services.texts)}});
 }
-
-// In the order of seals::Fault.
-constexpr std::array kFindingKeys = {"SF_NOSEALS"_key,      "SF_RULES"_key,         "SF_XRCHANGED"_key,
-                                     "SF_VALUECHANGED"_key, "SF_XRDELETED"_key,     "SF_XRINSERTED"_key,
-                                     "SF_XRSWAPPED"_key,    "SF_XRUNSEALED"_key,    "SF_ENTRYCHANGED"_key,
-                                     "SF_ENTRYDELETED"_key, "SF_ENTRYUNSEALED"_key, "SF_ENTRYFORBIDDEN"_key,
-                                     "SF_SEALCHANGED"_key,  "SF_SEALDELETED"_key,   "SF_SEALROWS"_key,
-                                     "SF_SEALENTRIES"_key,  "SF_ANCHOR"_key};
 
 }  // namespace
 
@@ -83,13 +75,6 @@ void RememberHead(const core::Globals& globals, core::SettingsStore& ini) {
     // A head that is not remembered is not missed; the one before is still there.
     return;
   }
-}
-
-std::string Describe(const seals::Finding& finding, const core::TextLookup& texts) {
-  return core::FilledText(texts, kFindingKeys.at(static_cast<std::size_t>(finding.fault)),
-                          {{"lngNumber", std::to_string(finding.number)},
-                           {"lngOther", std::to_string(finding.other)},
-                           {"strField", finding.field}});
 }
 
 }  // namespace varnlog::start

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <string>
-
-#include "core/TextLookup.h"
-#include "seals/Finding.h"
 #include "start/StartUp.h"
 
 namespace varnlog::start {
@@ -18,8 +14,5 @@ void PrepareSeals(core::Globals& globals, const Services& services);
 void CheckLastHead(const core::Globals& globals, const Services& services);
 /// Keeps the newest seal of the open log in the workstation's own key of the log's section of the INI file.
 void RememberHead(const core::Globals& globals, core::SettingsStore& ini);
-
-/// A finding in the current language: which exposure, entry or seal does not fit, and what that means.
-[[nodiscard]] std::string Describe(const seals::Finding& finding, const core::TextLookup& texts);
 
 }  // namespace varnlog::start

@@ -88,12 +88,12 @@ class Commands : public MainWindow {
 };
 
 TEST_F(Commands, AreEnabledByWhatIsOpen) {
-  const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,   mnuViewStatusbar,
-                                      mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents,  mnuHelpIndex,
-                                      mnuHelpSearch,   mnuHelpInfo,   mnuViewProperties};
+  const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,    mnuViewStatusbar,
+                                      mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents,   mnuHelpIndex,
+                                      mnuHelpSearch,   mnuHelpInfo,   mnuViewProperties, mnuViewHistory};
   const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
                                        mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
-                                       mnuSortAll,       mnuViewLoad};
+                                       mnuSortAll,       mnuViewLoad,      mnuFileVerify};
   const std::set<CommandId> withView = {mnuFilePrint, mnuFilePrintPreview, mnuFilePrintSetup};
   const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
     a.insert(b.begin(), b.end());
@@ -161,10 +161,11 @@ TEST_F(Commands, StandInMenusAndToolbarInTheirOrder) {
     }
   }
   EXPECT_EQ(entries.join(' ').toStdString(),
-            "mnuFile: FileNew FileOpen - FilePrintPreview FilePrint FilePrintSetup - - FileEnd mnuEdit: "
+            "mnuFile: FileNew FileOpen - FilePrintPreview FilePrint FilePrintSetup - FileVerify - - FileEnd "
+            "mnuEdit: "
             "EditUpdate mnuSort: "
             "SortPatAll SortPatPeriod - SortDateAll SortDateAllXI SortDateAllXP SortDateAllXC SortDateAllXS "
-            "SortDateAllXV - SortAll mnuView: ViewToolbar ViewStatusbar ViewBigIcons - ViewLoad "
+            "SortDateAllXV - SortAll mnuView: ViewToolbar ViewStatusbar ViewBigIcons ViewHistory - ViewLoad "
             "ViewProperties mnuHelp: "
             "HelpOnHelp HelpContents HelpIndex HelpSearch - HelpInfo");
 }

@@ -1,3 +1,4 @@
+#include <QPlainTextEdit>
 #include <QTreeWidget>
 
 #include "tests/windows/MainWindow.h"
@@ -60,6 +61,42 @@ TEST_F(HistoryTest, ACellThatWasChangedIsMarkedAndSaysByWhom) {
         model.data(model.index(1, kVoltageColumn), Qt::AccessibleDescriptionRole).toString()})
     EXPECT_TRUE(said.contains("Berichtigt: kV") && said.contains(who) && said.contains(where))
         << said.toStdString();
+}
+
+/// What the window says about the log and an anchor.
+QString Verifies(RunningProgram& program, const QString& anchor) {
+  QString result;
+  program.InDialog("frmVerify", [&](QDialog& dialog) {
+    Child<QLineEdit>(dialog, "txtAnchor").setText(anchor);
+    Child<QPushButton>(dialog, "cmdVerify").click();
+    result = Child<QPlainTextEdit>(dialog, "txtResult").toPlainText();
+    Child<QPushButton>(dialog, "cmdClose").click();
+  });
+  program.Triggers(CommandId::mnuFileVerify);
+  return result;
+}
+
+TEST_F(HistoryTest, TheWindowVerifiesTheLogAsVarnlogctlDoes) {
+  Starts();
+  program_->Enters(1, kVoltageColumn, "63");
+  const QString sound = Verifies(*program_, {});
+  const std::string head = installation_.Ctl("verify").out;
+  EXPECT_TRUE(sound.contains("Aufnahmen: 4, spätere Einträge: 1, Siegel: 3")) << sound.toStdString();
+  EXPECT_TRUE(sound.contains(QString::fromStdString(head).section(' ', -1).trimmed())) << head;
+  const QString anchor = sound.section("Stand: ", 1).section('\n', 0, 0);
+  EXPECT_TRUE(
+      Verifies(*program_, anchor.toLower().replace('-', ' ')).contains("enthält den genannten Stand"));
+  EXPECT_TRUE(Verifies(*program_, anchor.chopped(1)).contains("kein Anker"));
+
+  installation_.WithLog(false, [](dao::Database& log) {
+    log.Execute("DROP TRIGGER rXrayDelete; DELETE FROM TXray WHERE tXrayCulIntIDPk = 2");
+  });
+  const QString broken = Verifies(*program_, {});
+  const QStringList told =
+      QString::fromStdString(installation_.Ctl("verify").out).split('\n', Qt::SkipEmptyParts);
+  ASSERT_EQ(told.size(), 2);
+  for (const QString& line : told) EXPECT_TRUE(broken.contains(line)) << broken.toStdString();
+  EXPECT_TRUE(broken.startsWith("Abweichungen: 2"));
 }
 
 }  // namespace

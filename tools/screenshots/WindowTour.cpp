@@ -269,6 +269,12 @@ void WindowTour::ShowProgramWindows() {
     Child<QPushButton>(window, "cmdClose").click();
   });
   Trigger(CommandId::mnuViewProperties);
+  user_.Expect("frmVerify", [this](QDialog& window) {
+    Child<QPushButton>(window, "cmdVerify").click();
+    Visit("verify", window);
+    Child<QPushButton>(window, "cmdClose").click();
+  });
+  Trigger(CommandId::mnuFileVerify);
   ExpectAndPress("frmAbout", "about", "cmdOK");
   Trigger(CommandId::mnuHelpInfo);
   user_.Expect("CFileDialog", [this](QDialog& window) {
