@@ -2,6 +2,7 @@
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
 #include "app/frmVerify.h"
+#include "logview/LaterEntries.h"
 #include "report/frmPreview.h"
 #include "ui/QtText.h"
 #include "ui/frmAbout.h"
@@ -80,6 +81,9 @@ report::PrintContext frmMDIMain::PrintContext() {
     dao::Database& log = *context_.globals.LogEngineGl->Database();
     source.state = report::ReadLogState(log);
     source.rows = log.OpenRecordset(results_->RecordSource(), dao::RecordsetType::kDynaset);
+    source.laterEntries =
+        [entries = logview::LaterEntries(log, context_.services.texts, context_.scheme, context_.shortDate)](
+            std::int64_t exposure, std::string_view type) { return entries.Of(exposure, type); };
     source.headline = results_->Headline();
     return source;
   };

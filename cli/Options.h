@@ -27,6 +27,7 @@ struct Options {
   ListFormat format = ListFormat::kTable;
   bool display = false;
   bool raw = false;
+  bool withEntries = false;
   std::string output;  // the report's file
   std::string oldLog;  // to convert
   std::string newLog;  //

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/Command.h"
+#include "logview/LaterEntries.h"
 #include "logview/Selection.h"
 #include "platform/Files.h"
 #include "report/PdfReport.h"
@@ -30,14 +31,22 @@ class PageProgress final : public report::ReportProgress {
   TerminalDialog& user_;
 };
 
-void SaveReport(Session& session, dao::Recordset& rows, const std::string& headline,
-                const std::string& file) {
+void SaveReport(Session& session, dao::Recordset& rows, const std::string& headline, const Options& options) {
   const report::DrawingWithoutDisplay drawing;
   PageProgress progress(session.user());
-  const report::ReportJob job =
+  report::ReportJob job =
       report::BeginReport(session.texts(), session.globals().SiteGl, headline, session.clock().Today(),
                           session.shortDate(), rows, report::ReadLogState(session.Log()));
-  if (!report::SaveReportAsPdf(job, {.file = file, .log = session.LogFile()}, progress)) throw JobError("");
+  const start::HostToothScheme scheme(session.globals(), session.ini());
+  if (options.withEntries) {
+    const logview::LaterEntries entries(session.Log(), session.texts(), scheme, session.shortDate());
+    job.withEntries = true;
+    job.laterEntries = [entries](std::int64_t exposure, std::string_view type) {
+      return entries.Of(exposure, type);
+    };
+  }
+  if (!report::SaveReportAsPdf(job, {.file = options.output, .log = session.LogFile()}, progress))
+    throw JobError("");
 }
 
 }  // namespace
@@ -48,6 +57,8 @@ void AddReportOptions(CLI::App& command, Options& options) {
       ->required()
       ->transform(FromCurrentFolder)
       ->option_text("FILE.pdf");
+  command.add_flag("--with-entries", options.withEntries,
+                   "below each exposure what was entered or changed later, when, by whom and where");
 }
 
 void RunReportCommand(Session& session, const Options& options, Output& /*output*/) {
@@ -56,7 +67,7 @@ void RunReportCommand(Session& session, const Options& options, Output& /*output
   const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
   const auto rows = session.Log().OpenRecordset(selection.sql);
   try {
-    SaveReport(session, *rows, selection.headline, options.output);
+    SaveReport(session, *rows, selection.headline, options);
   } catch (const dao::EngineError&) {
     throw;
   } catch (const std::exception& error) {

@@ -3,6 +3,7 @@
 namespace varnlog::report {
 
 FormulaValue LogLine::Field(std::string_view name) const {
+  if (name == "laterEntry") return entry_;
   const dao::Field& field = FieldOf(name);
   if (rows_.IsEOF() || rows_.IsBOF() || field.IsNull()) return std::string();
   switch (field.Type()) {

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "db/dao/Recordset.h"
 #include "report/Formula.h"
@@ -16,6 +17,8 @@ class LogLine final : public FormulaContext {
 
   void SetPage(std::int64_t page, std::int64_t pages) { page_ = page, pages_ = pages; }
   void SetCount(std::int64_t count) { count_ = count; }
+  /// What the field "laterEntry" holds.
+  void SetEntry(std::string entry) { entry_ = std::move(entry); }
 
   /// Empty for every field while there is no current row, so that header and footer can be drawn then.
   /// Throws dao::EngineError when the row cannot be read.
@@ -34,6 +37,7 @@ class LogLine final : public FormulaContext {
   std::int64_t page_ = 1;
   std::int64_t pages_ = 1;
   std::int64_t count_ = 0;
+  std::string entry_;
   mutable std::map<std::string, const dao::Field*, std::less<>> fields_;  // looked up once
 };
 

@@ -12,7 +12,6 @@ namespace varnlog::report {
 struct LogState {
   std::string anchor;  // to be typed
   std::int64_t exposures = 0;
-  std::int64_t lastEntry = 0;  // number of the newest entry in the history
 };
 
 /// Nothing for a log without seals. Throws dao::EngineError.

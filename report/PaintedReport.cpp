@@ -94,7 +94,8 @@ QPageLayout DefaultPageLayout(const ReportDesign& design) {
 PaintedReport::PaintedReport(const ReportJob& job, const QPageLayout& page)
     : fonts_(RequireFonts(job.design)),
       metrics_(fonts_),
-      layout_(job.design, job.report, job.rows, job.shortDate, metrics_, AreaOf(page)) {}
+      layout_(job.design, job.report, job.rows, job.shortDate, metrics_, AreaOf(page),
+              job.withEntries ? job.laterEntries : LaterEntriesOf()) {}
 
 void PaintedReport::PaintPage(QPainter& painter, int page) {
   const SavedState saved(painter);

@@ -19,6 +19,7 @@ struct PrintChoices {
   bool allPages = true;
   int from = 1;
   int to = 1;
+  bool withEntries = false;
 };
 
 /// The pages that are chosen.

@@ -84,8 +84,16 @@ bool PrintCommands::RequirePrinter() {
 }
 
 ReportJob PrintCommands::Begin(const PrintSource& source) const {
-  return BeginReport(context_.texts, context_.site(), source.headline, context_.clock.Today(),
-                     context_.shortDate, *source.rows, source.state);
+  ReportJob job = BeginReport(context_.texts, context_.site(), source.headline, context_.clock.Today(),
+                              context_.shortDate, *source.rows, source.state);
+  job.laterEntries = source.laterEntries;
+  job.withEntries = choices_.withEntries;
+  return job;
+}
+
+void PrintCommands::ChooseEntries(bool withEntries) {
+  choices_.withEntries = withEntries;
+  KeepChoices();
 }
 
 void PrintCommands::Print(QWidget* parent) {
@@ -137,7 +145,8 @@ bool PrintCommands::AskAndPrint(QWidget* parent, const ReportJob& job) {
 
 /// Prints what was chosen, or returns the number of pages there are when none of those asked for is among
 /// them.
-int PrintCommands::PrintChosen(QWidget* parent, const ReportJob& job) {
+int PrintCommands::PrintChosen(QWidget* parent, ReportJob job) {
+  job.withEntries = choices_.withEntries;
   const auto printer = printers_->Open(ui::ToQString(choices_.printer));
   SetUp(*printer, job);
   ProgressWindow progress(parent, context_.texts, "DRS_PRINTING"_key);
@@ -212,6 +221,7 @@ void PrintCommands::LoadChoices() {
   };
   choices_.from = page("PageFrom");
   choices_.to = page("PageTo");
+  choices_.withEntries = Kept("WithEntries") == "1";
   for (int id = 0; id <= QPageSize::LastPageSize; ++id) {
     const QPageSize paper{static_cast<QPageSize::PageSizeId>(id)};
     if (paper.isValid() && paper.key() == ui::ToQString(Kept("Paper"))) page_.setPageSize(paper);
@@ -222,6 +232,7 @@ void PrintCommands::KeepChoices() {
   Keep("Printer", choices_.printer);
   Keep("PageFrom", std::to_string(choices_.from));
   Keep("PageTo", std::to_string(choices_.to));
+  Keep("WithEntries", choices_.withEntries ? "1" : "0");
   // A paper that only one printer knows has no name that another start would understand.
   if (page_.pageSize().id() != QPageSize::Custom) Keep("Paper", ui::FromQString(page_.pageSize().key()));
 }

@@ -24,6 +24,7 @@ struct PrintSource {
   std::unique_ptr<dao::Recordset> rows;
   std::string headline;
   std::optional<LogState> state = {};
+  LaterEntriesOf laterEntries = {};
 };
 
 /// What the print commands work with; all of it outlives them.
@@ -65,6 +66,9 @@ class PrintCommands {
   /// Asks for a file and writes the report to it.
   void SaveReport(QWidget* parent, const ReportJob& job);
 
+  /// Whether what was entered later is printed as well; kept.
+  void ChooseEntries(bool withEntries);
+
   /// The paper that reports are laid out for.
   [[nodiscard]] const QPageLayout& Page() const { return page_; }
   [[nodiscard]] const core::TextLookup& Texts() const { return context_.texts; }
@@ -74,7 +78,7 @@ class PrintCommands {
   [[nodiscard]] bool RequirePrinter();
   [[nodiscard]] ReportJob Begin(const PrintSource& source) const;
   [[nodiscard]] bool AskAndPrint(QWidget* parent, const ReportJob& job);
-  [[nodiscard]] int PrintChosen(QWidget* parent, const ReportJob& job);
+  [[nodiscard]] int PrintChosen(QWidget* parent, ReportJob job);
   [[nodiscard]] bool SaveTo(QWidget* parent, const ReportJob& job, const std::string& file);
   [[nodiscard]] std::string Kept(std::string_view key) const;
   void Keep(std::string_view key, std::string_view value);

@@ -64,8 +64,9 @@ struct BandDesign {
   std::vector<ObjectDesign> objects = {};
 };
 
-enum class SectionKind { kReportHeader, kPageHeader, kDetails, kPageFooter, kReportFooter };
-inline constexpr int kSectionCount = 5;
+/// kEntries: one for each entry that was made later, below its row.
+enum class SectionKind { kReportHeader, kPageHeader, kDetails, kEntries, kPageFooter, kReportFooter };
+inline constexpr int kSectionCount = 6;
 
 struct ReportDesign {
   std::string paper = {};

@@ -6,6 +6,7 @@
 #include "db/dao/Recordset.h"
 #include "platform/ShortDate.h"
 #include "report/ReportDesign.h"
+#include "report/ReportLayout.h"
 #include "report/dsrResults.h"
 
 namespace varnlog::report {
@@ -16,6 +17,8 @@ struct ReportJob {
   dsrResults report;
   dao::Recordset& rows;
   platform::ShortDate shortDate;
+  LaterEntriesOf laterEntries = {};  // where they are found
+  bool withEntries = false;          // whether they are printed
 };
 
 /// A report begun now: the stored design, headings in the user's language, the title from the headline of the

@@ -1,6 +1,8 @@
 #include "report/ReportLayout.h"
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace varnlog::report {
 
@@ -10,6 +12,7 @@ constexpr double kNarrowest = 2.0 / 3;  // of a column that stretches
 constexpr double kLeastHeight = 300;    // header, footer and a few rows
 constexpr double kTolerance = 0.001;    // sums of heights differ in the last digits
 constexpr int kAllLines = 1'000;
+constexpr std::size_t kAllEntries = std::numeric_limits<std::size_t>::max();
 constexpr std::int64_t kRowsBetweenReports = 512;
 constexpr std::int64_t kRowsAtATime = 8'192;
 
@@ -45,8 +48,12 @@ std::vector<double> ColumnEdges(const ReportDesign& design, double width) {
 }
 
 ReportLayout::ReportLayout(const ReportDesign& design, const dsrResults& report, dao::Recordset& rows,
-                           const platform::ShortDate& shortDate, const TextMetrics& metrics, PageArea area)
-    : rows_(rows), line_(rows, report.PrintDate()), isSealed_(report.Symbol().width > 0) {
+                           const platform::ShortDate& shortDate, const TextMetrics& metrics, PageArea area,
+                           LaterEntriesOf laterEntries)
+    : rows_(rows),
+      line_(rows, report.PrintDate()),
+      isSealed_(report.Symbol().width > 0),
+      laterEntries_(std::move(laterEntries)) {
   scale_ = std::min({1.0, area.width / LeastWidth(design), area.height / kLeastHeight});
   scale_ = std::max(scale_, kTolerance);
   pageHeight_ = area.height / scale_;
@@ -59,7 +66,7 @@ ReportLayout::ReportLayout(const ReportDesign& design, const dsrResults& report,
 }
 
 bool ReportLayout::Paginate(ReportProgress& progress) {
-  pageStarts_ = {0};
+  pageStarts_ = {PageStart()};
   deleted_ = 0;
   if (!CountRows(progress)) return false;
   line_.SetCount(rowCount_);
@@ -95,7 +102,7 @@ double ReportLayout::LeastRowHeight() {
 
 bool ReportLayout::PlaceRows(ReportProgress& progress) {
   bodyHeight_ = pageHeight_ - Height(SectionKind::kPageHeader) - Height(SectionKind::kPageFooter);
-  double used = Height(SectionKind::kReportHeader);
+  used_ = Height(SectionKind::kReportHeader);
   if (rowCount_ > 0) rows_.MoveFirst();
   for (std::int64_t position = 0; position < rowCount_; ++position, rows_.MoveNext()) {
     if (position % kRowsBetweenReports == 0 && !progress.Counting(position, rowCount_)) return false;
@@ -103,27 +110,46 @@ bool ReportLayout::PlaceRows(ReportProgress& progress) {
       ++deleted_;
       continue;
     }
-    const double height = RowHeight();
-    if (used + height > bodyHeight_ + kTolerance && position > pageStarts_.back()) {
-      pageStarts_.push_back(position);
-      used = 0;
-    }
-    used += height;
+    Place(position, 0, RowHeight());
+    const std::vector<std::string> entries = EntriesOfRow();
+    for (std::size_t i = 0; i < entries.size(); ++i) Place(position, i + 1, EntryHeight(entries[i]));
   }
   line_.SetCount(rowCount_ - deleted_);
-  PlaceReportFooter(used);
+  PlaceReportFooter();
   return progress.Counting(rowCount_, rowCount_);
 }
 
+/// A row, or one of its entries, on this page or at the head of the next.
+void ReportLayout::Place(std::int64_t row, std::size_t entry, double height) {
+  const PageStart& page = pageStarts_.back();
+  const bool isFirst = row == page.row && entry == page.entry;
+  if (used_ + height > bodyHeight_ + kTolerance && !isFirst) {
+    pageStarts_.push_back({row, entry});
+    used_ = 0;
+  }
+  used_ += height;
+  if (entry > 0) pageStarts_.back().entriesHeight += height;
+}
+
+std::vector<std::string> ReportLayout::EntriesOfRow() {
+  if (!laterEntries_) return {};
+  return laterEntries_(rows_.Fields("tXrayCulIntIDPk").Number(), rows_.Fields("tXraySType").Text());
+}
+
+double ReportLayout::EntryHeight(std::string entry) {
+  line_.SetEntry(std::move(entry));
+  return Height(SectionKind::kEntries);
+}
+
 // Band by band, so that what stands at the very end moves nothing else to another page.
-void ReportLayout::PlaceReportFooter(double used) {
+void ReportLayout::PlaceReportFooter() {
   const Bands& bands = Section(SectionKind::kReportFooter);
   footerBreak_ = 0;
   for (std::size_t i = 0; i < bands.size(); ++i) {
-    used += Height(std::span(bands).subspan(i, 1));
-    if (used <= bodyHeight_ + kTolerance || rowCount_ == 0) continue;
+    used_ += Height(std::span(bands).subspan(i, 1));
+    if (used_ <= bodyHeight_ + kTolerance || rowCount_ == 0) continue;
     footerBreak_ = i;
-    pageStarts_.push_back(rowCount_);
+    pageStarts_.push_back({rowCount_});
     return;
   }
 }
@@ -176,16 +202,30 @@ double ReportLayout::PaintBands(std::span<const BandLayout> bands, ReportCanvas&
 
 double ReportLayout::PaintRows(int page, ReportCanvas& canvas, double top) {
   const auto index = static_cast<std::size_t>(page - 1);
-  const std::int64_t first = pageStarts_[index];
-  const std::int64_t end = page < PageCount() ? pageStarts_[index + 1] : rowCount_;
-  if (first >= end) return top;
+  const PageStart first = pageStarts_[index];
+  const PageStart end = page < PageCount() ? pageStarts_[index + 1] : PageStart{rowCount_};
   const double bodyEnd = pageHeight_ - Height(SectionKind::kPageFooter) - Height(FooterBands(page));
   const double least = LeastRowHeight();
-  rows_.SetAbsolutePosition(first);
-  for (std::int64_t position = first; position < end; ++position, rows_.MoveNext()) {
-    // Each row that is still to come had at least this height when the pages were made.
-    const double others = static_cast<double>(end - position - 1) * least;
-    if (RowIsThere()) top += PaintRow(canvas, top, bodyEnd - top - others);
+  double entriesLeft = first.entriesHeight;
+  if (first.row < rowCount_) rows_.SetAbsolutePosition(first.row);
+  for (std::int64_t row = first.row; row < end.row + (end.entry > 0 ? 1 : 0); ++row, rows_.MoveNext()) {
+    if (!RowIsThere()) continue;
+    const bool isContinued = row == first.row && first.entry > 0;
+    // Each row that is still to come had at least this height when the pages were made; entries never change.
+    const double others = static_cast<double>(end.row - row - 1) * least + entriesLeft;
+    if (!isContinued) top += PaintRow(canvas, top, bodyEnd - top - others);
+    const double before = top;
+    top = PaintEntries(canvas, top, isContinued ? first.entry : 1, row == end.row ? end.entry : kAllEntries);
+    entriesLeft -= top - before;
+  }
+  return top;
+}
+
+double ReportLayout::PaintEntries(ReportCanvas& canvas, double top, std::size_t first, std::size_t end) {
+  const std::vector<std::string> entries = EntriesOfRow();
+  for (std::size_t number = first; number < end && number <= entries.size(); ++number) {
+    line_.SetEntry(entries[number - 1]);
+    top = PaintSection(SectionKind::kEntries, canvas, top);
   }
   return top;
 }

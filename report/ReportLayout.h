@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "db/dao/Recordset.h"
@@ -24,14 +27,19 @@ class ReportProgress {
   virtual bool Painting(int page, int pages) = 0;
 };
 
+/// What was entered of an exposure, which has that number and type, after it came into the log, a text each.
+/// Asked again, it says the same.
+using LaterEntriesOf = std::function<std::vector<std::string>(std::int64_t exposure, std::string_view type)>;
+
 /// The report on pages of one size. Rows are read as they are laid out and forgotten; what is remembered is
 /// the first row of each page.
 class ReportLayout {
  public:
   /// Keeps references to everything it is given. `rows` is the selection, a record set that can be
-  /// positioned. Throws NamedFormulaError.
+  /// positioned. With `laterEntries`, those stand below their row. Throws NamedFormulaError.
   ReportLayout(const ReportDesign& design, const dsrResults& report, dao::Recordset& rows,
-               const platform::ShortDate& shortDate, const TextMetrics& metrics, PageArea area);
+               const platform::ShortDate& shortDate, const TextMetrics& metrics, PageArea area,
+               LaterEntriesOf laterEntries = {});
 
   /// Finds out where each page begins; before anything is drawn. False when the progress stopped it. Throws
   /// NamedFormulaError and dao::EngineError.
@@ -55,17 +63,21 @@ class ReportLayout {
   [[nodiscard]] double LeastRowHeight();
   [[nodiscard]] bool CountRows(ReportProgress& progress);
   [[nodiscard]] bool PlaceRows(ReportProgress& progress);
-  void PlaceReportFooter(double used);
+  void PlaceReportFooter();
   /// The bands of the report's footer that stand on a page, which is the last or the last but one.
   [[nodiscard]] std::span<const BandLayout> FooterBands(int page);
   [[nodiscard]] double Height(std::span<const BandLayout> bands);
   [[nodiscard]] bool RowIsThere();
   [[nodiscard]] double RowHeight();
+  void Place(std::int64_t row, std::size_t entry, double height);
+  [[nodiscard]] std::vector<std::string> EntriesOfRow();
+  [[nodiscard]] double EntryHeight(std::string entry);
   double PaintSection(SectionKind kind, ReportCanvas& canvas, double top) {
     return PaintBands(Section(kind), canvas, top);
   }
   double PaintBands(std::span<const BandLayout> bands, ReportCanvas& canvas, double top);
   double PaintRows(int page, ReportCanvas& canvas, double top);
+  double PaintEntries(ReportCanvas& canvas, double top, std::size_t first, std::size_t end);
   [[nodiscard]] double PaintRow(ReportCanvas& canvas, double top, double most);
   void ExtendColumnRules(ReportCanvas& canvas, const BandDesign& band, double top, double bottom);
   void FinishColumnRules(ReportCanvas& canvas);
@@ -80,9 +92,18 @@ class ReportLayout {
 
   std::int64_t rowCount_ = 0;
   std::int64_t deleted_ = 0;
-  std::vector<std::int64_t> pageStarts_;  // position of each page's first row
-  std::size_t footerBreak_ = 0;           // bands of the report's footer on the last page but one
-  double bodyHeight_ = 0;                 // of a page without the report header
+  LaterEntriesOf laterEntries_;
+
+  /// Where a page begins.
+  struct PageStart {
+    std::int64_t row = 0;      // position
+    std::size_t entry = 0;     // 0 for the row itself, else its entry of that number
+    double entriesHeight = 0;  // of all entries on the page
+  };
+  std::vector<PageStart> pageStarts_;
+  double used_ = 0;              // of the page that is being filled
+  std::size_t footerBreak_ = 0;  // bands of the report's footer on the last page but one
+  double bodyHeight_ = 0;        // of a page without the report header
 
   struct {
     double thickness = 0;  // 0: no column rules are being drawn

@@ -77,6 +77,19 @@ const BandDesign kTitleBand = {.below = 6,
                                     .lines = 3},
                                }};
 
+const BandDesign kEntryBand = {
+    .above = 0.5,
+    .below = 0.5,
+    .ruleBelow = 0.2,
+    .objects = {
+        {.kind = kNumber, .name = "RecordNumber", .column = 0, .font = kSmallFont, .align = Align::kRight},
+        {.kind = kField,
+         .name = "fldLaterEntry",
+         .value = "laterEntry",
+         .from = 5.2,
+         .font = kSmallFont,
+         .lines = 8}}};
+
 const BandDesign kEmptyBand = {
     .above = 16,
     .when = BandWhen::kEmpty,
@@ -146,6 +159,7 @@ ReportDesign StoredDesign() {
   AddColumns(design, headings, line);
   design.Section(SectionKind::kPageHeader) = {kTitleBand, std::move(headings)};
   design.Section(SectionKind::kDetails) = {std::move(line)};
+  design.Section(SectionKind::kEntries) = {kEntryBand};
   design.Section(SectionKind::kReportFooter) = {kEmptyBand, kTotalBand, kAnchorBand};
   design.Section(SectionKind::kPageFooter) = {{.above = 6}, kFooterBand};
   return design;

@@ -35,7 +35,7 @@ frmPreview::frmPreview(PrintCommands& commands, std::unique_ptr<dao::Recordset> 
       rows_(std::move(rows)),
       job_(std::move(job)),
       paper_(QPrinter::HighResolution),
-      report_(job_, commands.Page()),
+      report_(std::make_unique<PaintedReport>(job_, commands.Page())),
       toolbar_(new QToolBar),
       view_(nullptr) {
   setObjectName("frmPreview");
@@ -59,7 +59,7 @@ frmPreview::~frmPreview() = default;
 
 bool frmPreview::Paginate() {
   ProgressWindow progress(parentWidget(), commands_.Texts(), "DRS_PRINTING"_key);
-  if (!report_.Paginate(progress)) return false;
+  if (!report_->Paginate(progress)) return false;
   BuildToolbar();
   // The keys turn pages from the start.
   setFocusProxy(view_->findChild<QGraphicsView*>());
@@ -97,6 +97,12 @@ void frmPreview::BuildToolbar() {
   AddCommand("cmdZoomIn", "ZoomIn", "DRS_ZOOMIN"_key, &frmPreview::ZoomIn, QKeySequence::ZoomIn);
   AddCommand("cmdFitWidth", "FitWidth", "DRS_FITWIDTH"_key, &frmPreview::FitWidth);
   AddCommand("cmdFitPage", "FitPage", "DRS_FITPAGE"_key, &frmPreview::FitPage);
+  if (job_.laterEntries) {
+    toolbar_->addSeparator();
+    entries_ = AddCommand("cmdEntries", "Entries", "DRS_ENTRIES"_key, &frmPreview::ShowEntries);
+    entries_->setCheckable(true);
+    entries_->setChecked(job_.withEntries);
+  }
   toolbar_->addSeparator();
   first_ = AddCommand("cmdFirstPage", "FirstPage", "DRS_FIRSTPAGE"_key, &frmPreview::FirstPage,
                       QKeySequence::MoveToStartOfDocument);
@@ -122,21 +128,26 @@ void frmPreview::AddZoom() {
 
 /// "Page 3 of 12", in which the 3 can be changed.
 void frmPreview::AddPageNumber() {
+  numPage_ = new QSpinBox;
+  numPage_->setObjectName("numPage");
+  numPage_->setAccessibleName(ui::PlainCaption(commands_.Texts(), "DRS_PAGE"_key));
+  numPage_->setButtonSymbols(QAbstractSpinBox::NoButtons);
+  numPage_->setKeyboardTracking(false);
+  numPage_->setAlignment(Qt::AlignCenter);
+  ShowPageCount();
+  connect(numPage_, &QSpinBox::valueChanged, this, &frmPreview::GoToPage);
+  toolbar_->addWidget(numPage_);
+}
+
+void frmPreview::ShowPageCount() {
   const QString text =
       ui::Caption(commands_.Texts(), "DRS_PAGEOF"_key, {{"lngPages", std::to_string(PageCount())}});
   const QString marker = QStringLiteral("$lngPage$");
   const auto at = std::max<qsizetype>(text.indexOf(marker, 0, Qt::CaseInsensitive), 0);
-  numPage_ = new QSpinBox;
-  numPage_->setObjectName("numPage");
-  numPage_->setAccessibleName(ui::PlainCaption(commands_.Texts(), "DRS_PAGE"_key));
+  const QSignalBlocker quiet(numPage_);
   numPage_->setPrefix(text.left(at));
   numPage_->setSuffix(text.mid(at + marker.size()));
   numPage_->setRange(1, PageCount());
-  numPage_->setButtonSymbols(QAbstractSpinBox::NoButtons);
-  numPage_->setKeyboardTracking(false);
-  numPage_->setAlignment(Qt::AlignCenter);
-  connect(numPage_, &QSpinBox::valueChanged, this, &frmPreview::GoToPage);
-  toolbar_->addWidget(numPage_);
 }
 
 // Called by the view from inside the event loop: nothing may be thrown, and no box may open, before it has
@@ -144,7 +155,7 @@ void frmPreview::AddPageNumber() {
 void frmPreview::PaintCurrentPage(QPrinter* printer) {
   QPainter painter(printer);
   try {
-    report_.PaintPage(painter, page_);
+    report_->PaintPage(painter, page_);
   } catch (const std::exception& error) {
     QTimer::singleShot(
         0, this, [this, text = ReportErrorText(commands_.Texts(), error)] { commands_.ShowFailure(text); });
@@ -245,6 +256,32 @@ void frmPreview::FitWidth() {
 
 void frmPreview::FitPage() {
   view_->fitInView();
+}
+
+/// Back to the first page: the others hold other rows now. As it was when that is stopped or fails.
+void frmPreview::ShowEntries() {
+  std::unique_ptr<PaintedReport> report;
+  job_.withEntries = entries_->isChecked();
+  try {
+    ProgressWindow progress(this, commands_.Texts(), "DRS_PRINTING"_key);
+    report = std::make_unique<PaintedReport>(job_, commands_.Page());
+    if (!report->Paginate(progress)) report.reset();
+  } catch (const std::exception& error) {
+    report.reset();
+    commands_.ShowFailure(ReportErrorText(commands_.Texts(), error));
+  }
+  if (!report) {
+    job_.withEntries = !job_.withEntries;
+    entries_->setChecked(job_.withEntries);
+    return;
+  }
+  report_ = std::move(report);
+  commands_.ChooseEntries(job_.withEntries);
+  page_ = 1;
+  ShowPageCount();
+  view_->updatePreview();
+  ScrollToTop();
+  RefreshCommands();
 }
 
 void frmPreview::Print() {

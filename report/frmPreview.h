@@ -28,7 +28,7 @@ class frmPreview final : public QWidget {
   /// what PaintedReport does.
   [[nodiscard]] bool Paginate();
 
-  [[nodiscard]] int PageCount() const { return report_.PageCount(); }
+  [[nodiscard]] int PageCount() const { return report_->PageCount(); }
   [[nodiscard]] int CurrentPage() const { return page_; }
   /// The nearest page that there is.
   void GoToPage(int page);
@@ -44,6 +44,7 @@ class frmPreview final : public QWidget {
   void BuildToolbar();
   void AddZoom();
   void AddPageNumber();
+  void ShowPageCount();
   void PaintCurrentPage(QPrinter* printer);
   void RefreshCommands();
   void SetZoom();
@@ -61,6 +62,7 @@ class frmPreview final : public QWidget {
   void ZoomOut();
   void FitWidth();
   void FitPage();
+  void ShowEntries();
   void FirstPage() { GoToPage(1); }
   void PreviousPage() { GoToPage(page_ - 1); }
   void NextPage() { GoToPage(page_ + 1); }
@@ -70,7 +72,7 @@ class frmPreview final : public QWidget {
   std::unique_ptr<dao::Recordset> rows_;
   ReportJob job_;
   QPrinter paper_;  // what the preview is drawn for; nothing is printed with it
-  PaintedReport report_;
+  std::unique_ptr<PaintedReport> report_;
   int page_ = 1;
   int wheelTurned_ = 0;  // since the last page was turned with it
 
@@ -82,6 +84,7 @@ class frmPreview final : public QWidget {
   QAction* previous_ = nullptr;
   QAction* next_ = nullptr;
   QAction* last_ = nullptr;
+  QAction* entries_ = nullptr;  // nullptr where none can be found
 };
 
 }  // namespace varnlog::report

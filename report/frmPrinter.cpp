@@ -44,6 +44,7 @@ frmPrinter::frmPrinter(QWidget* parent, const Printers& printers, const core::Te
       cmbPrinter_(new QComboBox),
       numCopies_(NewNumber("numCopies", kMostCopies, choices.copies)),
       chkCollate_(new QCheckBox(Caption(texts, "DRS_PRINT_COLLATE"_key))),
+      chkEntries_(new QCheckBox(Caption(texts, "DRS_PRINT_ENTRIES"_key))),
       optAll_(new QRadioButton(Caption(texts, "DRS_PRINT_ALL"_key))),
       optRange_(new QRadioButton(Caption(texts, "DRS_PRINT_RANGE"_key))),
       numFrom_(NewNumber("numFrom", kMostPages, choices.from)),
@@ -52,6 +53,8 @@ frmPrinter::frmPrinter(QWidget* parent, const Printers& printers, const core::Te
   setWindowTitle(Caption(texts, "DRS_PRINT_CAPTION"_key));
   cmbPrinter_->setObjectName("cmbPrinter");
   chkCollate_->setObjectName("chkCollate");
+  chkEntries_->setObjectName("chkEntries");
+  chkEntries_->setChecked(choices.withEntries);
   optAll_->setObjectName("optAll");
   optRange_->setObjectName("optRange");
   chkCollate_->setChecked(choices.collate);
@@ -96,6 +99,7 @@ QLayout* frmPrinter::PageRows() {
   rows->addWidget(numFrom_, 1, 2);
   rows->addWidget(NewLabel(Caption(texts_, "DRS_PRINT_TO"_key), numTo_), 1, 3);
   rows->addWidget(numTo_, 1, 4);
+  rows->addWidget(chkEntries_, 2, 0, 1, 5);
   rows->setColumnStretch(5, 1);
   return rows;
 }
@@ -111,6 +115,7 @@ void frmPrinter::Ok() {
   choices_.copies = numCopies_->value();
   choices_.collate = chkCollate_->isChecked();
   choices_.allPages = optAll_->isChecked();
+  choices_.withEntries = chkEntries_->isChecked();
   choices_.from = numFrom_->value();
   choices_.to = numTo_->value();
   accept();

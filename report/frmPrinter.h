@@ -29,6 +29,7 @@ class frmPrinter final : public QDialog {
   QComboBox* cmbPrinter_;
   QSpinBox* numCopies_;
   QCheckBox* chkCollate_;
+  QCheckBox* chkEntries_;
   QRadioButton* optAll_;
   QRadioButton* optRange_;
   QSpinBox* numFrom_;

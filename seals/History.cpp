@@ -94,6 +94,23 @@ std::vector<ChangedValue> ReadChangedValues(dao::Database& log, std::span<const 
   return changed;
 }
 
+std::vector<std::int64_t> ReadChangedExposures(dao::Database& log) {
+  std::vector<std::int64_t> exposures;
+  if (!HasSealTables(log)) return exposures;
+  const std::vector<std::string> fields = {"tXrayCulIntIDPk", "tHistSField"};
+  const auto scan = log.Scan(kHistory, fields, {.order = "tXrayCulIntIDPk"});
+  while (scan->Next()) {
+    const std::int64_t exposure = NumberOf(scan->Values()[0]);
+    const bool isNew = exposures.empty() || exposures.back() != exposure;
+    if (isNew && IsOfValue(scan->Values()[1].text)) exposures.push_back(exposure);
+  }
+  return exposures;
+}
+
+std::int64_t LastEntry(dao::Database& log) {
+  return HasSealTables(log) ? log.Greatest(kHistory, "tHistCulNrPk") : 0;
+}
+
 std::vector<HistoryEntry> ReadHistory(dao::Database& log, std::int64_t exposure) {
   std::vector<HistoryEntry> entries;
   if (!HasSealTables(log)) return entries;

@@ -51,6 +51,12 @@ struct ChangedValue {
 [[nodiscard]] std::vector<ChangedValue> ReadChangedValues(dao::Database& log,
                                                           std::span<const std::int64_t> exposures);
 
+/// All exposures with such a value, in ascending order. Throws dao::EngineError.
+[[nodiscard]] std::vector<std::int64_t> ReadChangedExposures(dao::Database& log);
+
+/// The number of the newest entry; 0 without any. Throws dao::EngineError.
+[[nodiscard]] std::int64_t LastEntry(dao::Database& log);
+
 /// Everything that is known of an exposure, its origin first. An exposure without a seal has none. Throws
 /// dao::EngineError; empty for a log without history.
 [[nodiscard]] std::vector<HistoryEntry> ReadHistory(dao::Database& log, std::int64_t exposure);

@@ -179,6 +179,18 @@ TEST_F(ReportTest, EndsWithTheStateOfTheLogToBeReadAndScanned) {
   EXPECT_EQ(installation_.Ctl("verify --anchor 1-" + std::string(64, '0')).status, 1);
 }
 
+TEST_F(ReportTest, ListsWhatWasEnteredLaterOnDemand) {
+  Logs(30);
+  Comments(
+      "INSERT INTO THistory (tXrayCulIntIDPk, tHistSField, tHistSNew, tHistSKind, tHistNSeal) "
+      "SELECT 7, 'tXraySComment', 'nachgetragen', 'comment', max(tSealCulNrPk) + 1 FROM TSeal;"
+      "UPDATE TXray SET tXraySComment = 'nachgetragen' WHERE tXrayCulIntIDPk = 7");
+  ASSERT_EQ(Report("").status, 0);
+  EXPECT_THAT(PdfPages(Pdf(), installation_)[0], testing::Not(HasSubstr("Geändert: Bemerkung")));
+  ASSERT_EQ(Report("--with-entries").status, 0);
+  EXPECT_THAT(PdfPages(Pdf(), installation_)[0], HasSubstr("Geändert: Bemerkung: – → nachgetragen"));
+}
+
 TEST_F(ReportTest, AnEmptySelectionSaysSoInEveryLanguage) {
   const std::vector<std::string> texts = TextsOf("DRS_EMPTY");
   const std::vector<std::string> languages = {"D", "GB", "E", "I", "F", "NL", "CYR"};

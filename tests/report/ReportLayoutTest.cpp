@@ -185,7 +185,7 @@ TEST_F(ReportLayoutTest, TheStateOfTheLogMovesNothingToAnotherPage) {
     rows_ = some.Rows();
     layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
     const std::vector<Drawing> without = Draw();
-    job_->report.SetLogState(texts, {"7-ABCDE-X", 50, 0});
+    job_->report.SetLogState(texts, {"7-ABCDE-X", 50});
     layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
     const std::vector<Drawing> with = Draw();
     ASSERT_GE(with.size(), without.size());
@@ -195,6 +195,32 @@ TEST_F(ReportLayoutTest, TheStateOfTheLogMovesNothingToAnotherPage) {
         EXPECT_TRUE(with[page].HasAt(text) || text.text.starts_with("DRS_PAGE"))
             << text.text << " of " << rows;
   }
+}
+
+TEST_F(ReportLayoutTest, LaterEntriesStandBelowTheirRowFromPageToPage) {
+  log.Add({}, 60);
+  const auto entriesOf = [](std::int64_t exposure, std::string_view type) {
+    std::vector<std::string> entries;
+    // One exposure has more than two pages of them.
+    const int count = exposure == 5 ? 120 : exposure % 10 == 0 ? 2 : 0;
+    for (int i = 1; i <= count; ++i)
+      entries.push_back(std::string(type) + std::to_string(exposure) + "." + std::to_string(i));
+    return entries;
+  };
+  Begin();
+  layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4, entriesOf);
+  std::vector<std::string> drawn;
+  std::size_t numbers = 0;
+  for (const Drawing& page : Draw()) {
+    numbers += Numbers(page).size();
+    for (const Drawing::Text& text : page.texts)
+      if (text.text.starts_with("XI") && text.text != "XI") drawn.push_back(text.text);
+  }
+  std::vector<std::string> expected;
+  for (int exposure = 1; exposure <= 60; ++exposure)
+    std::ranges::copy(entriesOf(exposure, "XI"), std::back_inserter(expected));
+  EXPECT_EQ(drawn, expected);
+  EXPECT_EQ(numbers, 60U + expected.size()) << "each entry repeats the number of its row";
 }
 
 TEST_F(ReportLayoutTest, RowsChangedWhilePrintingStayOnTheirPage) {
