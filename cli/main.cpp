@@ -24,6 +24,18 @@ enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
   std::_Exit(kFailed);
 }
 
+/// A library may throw where nothing can be caught.
+[[noreturn]] void EndWithoutHandler() {
+  try {
+    if (std::current_exception()) std::rethrow_exception(std::current_exception());
+  } catch (const std::bad_alloc&) {
+    EndWithoutMemory();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "varnlogctl: %s\n", error.what());
+  }
+  std::abort();
+}
+
 void WriteError(const std::string& text) {
   if (!text.empty()) std::fprintf(stderr, "varnlogctl: %s\n", OneLine(text).c_str());
 }
@@ -112,6 +124,7 @@ int Main(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::set_new_handler(EndWithoutMemory);
+  std::set_terminate(EndWithoutHandler);
   varnlog::platform::MakeBrokenPipesErrors();
   try {
     return Main(argc, argv);

@@ -7,8 +7,12 @@
 
 namespace varnlog::faults {
 
-/// The power is cut behind changes of the recorded run; what is found then is judged by the next run. States
+/// The power is cut behind changes of a recorded run; what is found then is judged by the next run. States
 /// that look the same are tried once. `cuts` in the order of the run.
-void CutPower(Scene& scene, const std::vector<PowerCut>& cuts, Disk::Flushing flushing, Findings& findings);
+void CutPower(Scene& scene, const std::vector<Step>& run, const std::vector<PowerCut>& cuts,
+              Disk::Flushing flushing, Findings& findings);
+
+/// Each flush fails once, and the power goes at the end of that run.
+void CutPowerAfterFailedFlushes(Scene& scene, Findings& findings);
 
 }  // namespace varnlog::faults

@@ -4,7 +4,9 @@
 #include <csignal>
 #include <stdexcept>
 
+#include "core/LogCheck.h"
 #include "platform/CodePage.h"
+#include "seals/Verifier.h"
 #include "tests/Paths.h"
 
 namespace varnlog::faults {
@@ -137,10 +139,15 @@ void Scene::BeginAnew() {
   if (!arriving_.empty()) WriteFile(arrival_, arriving_);
 }
 
-int Scene::BeginsAfterPowerCut(const Files& found, std::uint64_t after) {
+std::vector<Step> Scene::Records(const FaultPlan& plan) {
+  BeginAnew();
+  return Traced(scenario_.arguments, plan);
+}
+
+int Scene::BeginsAfterPowerCut(const Files& found, const std::vector<Step>& run, std::uint64_t after) {
   BeginAnew();
   WriteFolder(folder(), found);
-  for (const Step& step : recorded_) {
+  for (const Step& step : run) {
     if (step.number > after) break;
     if (step.call == Call::kArrive) fs::remove(arrival_);
     if (step.path.ends_with(kAcknowledged)) ++corrected_;
@@ -211,12 +218,18 @@ std::string Scene::WrongWith(const Outcome& outcome) {
   }
   if (scenario_.promise == Promise::kShown) return WrongWithShown(outcome);
   if (outcome.status != 0) return "";
+  if (scenario_.promise == Promise::kTaken && NothingWasRemoved()) return "status 0, but nothing was removed";
   if (scenario_.promise == Promise::kCorrected && corrected_ != kCorrections)
     return "status 0, but " + std::to_string(corrected_) + " corrections";
   const std::string wrong = scenario_.promise == Promise::kConverted
                                 ? WrongWithConverted()
                                 : WrongInLog(suite_, {patients_ - late_, corrected_, informed_});
   return wrong.empty() ? "" : "status 0, but " + wrong;
+}
+
+bool Scene::NothingWasRemoved() const {
+  const auto before = beginning_.find(exchange().filename().string());
+  return before != beginning_.end() && ReadFile(exchange()).starts_with(before->second);
 }
 
 std::string Scene::WrongWithConverted() {
@@ -284,6 +297,9 @@ std::string WrongInLog(const cli::Installation& suite, const Expected& expected)
         wrong += WrongInRow(number, *rows, expected);
       }
       for (const std::string& finding : log.Check()) wrong += "check: " + finding + "; ";
+      for (const std::string& finding : core::CheckLog(log)) wrong += "check: " + finding + "; ";
+      const seals::Verification seals = seals::Verify(log);
+      if (!seals.IsSound()) wrong += "seals: " + std::to_string(seals.allFindings) + " findings; ";
     });
   } catch (const std::exception& error) {
     return std::string("the log cannot be read: ") + error.what();

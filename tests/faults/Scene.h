@@ -48,9 +48,11 @@ class Scene {
   [[nodiscard]] const Files& Beginning() const { return beginning_; }
   /// Puts the folder into another state than the beginning.
   void Has(const Files& files) const { WriteFolder(folder(), files); }
-  /// The folder is found like that after a power cut behind the call of this number. How many corrections
-  /// were acknowledged by then.
-  int BeginsAfterPowerCut(const Files& found, std::uint64_t after);
+  /// What a run with the plan does, from the beginning on.
+  [[nodiscard]] std::vector<Step> Records(const FaultPlan& plan);
+  /// The folder is found like that after a power cut behind the call of this number of the run. How many
+  /// corrections were acknowledged by then.
+  int BeginsAfterPowerCut(const Files& found, const std::vector<Step>& run, std::uint64_t after);
   /// The scenario's command, with everything that happens meanwhile.
   Outcome Runs(const FaultPlan& plan = {});
   /// Any command; `later` seconds lie between the beginning and this run.
@@ -66,6 +68,7 @@ class Scene {
   /// When a run begins to write to the log, which is when exposures arrive.
   [[nodiscard]] FaultPlan Arrival(const std::string& arguments);
   void ArriveAfterAll(std::ofstream& held);
+  [[nodiscard]] bool NothingWasRemoved() const;
   [[nodiscard]] std::string WrongWithConverted();
   [[nodiscard]] std::string WrongWithShown(const Outcome& outcome) const;
   [[nodiscard]] std::string LeftOvers() const;

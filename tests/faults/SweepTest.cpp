@@ -37,7 +37,6 @@ TEST_P(SweepTest, AllocationsFail) {
 #ifdef VARNLOG_SANITIZED
   GTEST_SKIP() << "the sanitizers bring their own allocation";
 #endif
-  if (GetParam().name == "report") GTEST_SKIP() << "the libraries that find fonts do not survive it";
   Tries("allocations", Chosen(EveryAllocation(scene_.Allocations()), 25));
 }
 
@@ -52,7 +51,19 @@ TEST_P(ChangingSweepTest, Kills) {
 TEST_P(ChangingSweepTest, PowerCuts) {
   constexpr int kVariants = 12;
   Findings findings("power cuts " + GetParam().name);
-  CutPower(scene_, Chosen(EveryPowerCut(scene_.Recorded(), kVariants), 25), Disk::Flushing::kWorks, findings);
+  CutPower(scene_, scene_.Recorded(), Chosen(EveryPowerCut(scene_.Recorded(), kVariants), 25),
+           Disk::Flushing::kWorks, findings);
+  Expect(findings);
+}
+
+class FlushTest : public SweepTest {};
+
+INSTANTIATE_TEST_SUITE_P(Faults, FlushTest,
+                         testing::Values(ScenarioNamed("update_new"), ScenarioNamed("correct")), NameOf);
+
+TEST_P(FlushTest, AFailureBeforeAPowerCut) {
+  Findings findings("failed flushes and power cuts " + GetParam().name);
+  CutPowerAfterFailedFlushes(scene_, findings);
   Expect(findings);
 }
 
@@ -61,7 +72,7 @@ TEST_P(ChangingSweepTest, PowerCuts) {
 TEST(MethodTest, PowerCutsSeeThatFlushingIsMissing) {
   Scene scene(ScenarioNamed("update_new"));
   Findings findings("power cuts without flushing");
-  CutPower(scene, EveryPowerCut(scene.Recorded(), 5), Disk::Flushing::kIsIgnored, findings);
+  CutPower(scene, scene.Recorded(), EveryPowerCut(scene.Recorded(), 5), Disk::Flushing::kIsIgnored, findings);
   EXPECT_GT(findings.Failed(), findings.Tried() / 10) << findings.Text();
 }
 
