@@ -36,8 +36,10 @@ bool IntakeSources::AnythingThere() const {
 
 /// As long as there is a copy, what was moved aside stays: should the copy be damaged, the bytes are there.
 void IntakeSources::Sweep() const {
-  platform::SweepUnfinished(copy_.Path());
-  platform::SweepUnfinished(ShiftJournal(exchange_).Path());
+  for (const std::filesystem::path& path : {copy_.Path(), ShiftJournal(exchange_).Path()}) {
+    platform::SweepUnfinished(path);
+    platform::SweepFormer(std::filesystem::path(path) += ".tmp");
+  }
   platform::SweepUnfinished(RestPath(exchange_));
   if (!copy_.Exists()) SweepTakenFiles(exchange_, options_.grace);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -87,6 +88,10 @@ class File {
   void Truncate(std::uint64_t size, std::error_code& error);
   /// Returns when the content is on the disk.
   void Flush(std::error_code& error);
+
+  /// Whether the file is this user's, has no other name and has not changed for so long. Not when that cannot
+  /// be asked.
+  [[nodiscard]] bool IsOwnAndUntouchedFor(std::chrono::seconds time) const;
 
   /// Gives the file owner, group and permissions of another one, as far as the system lets this user, and
   /// never to more people; its owner may always read and write. Of a folder: who may make files there may use

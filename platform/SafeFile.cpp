@@ -204,4 +204,14 @@ void SweepUnfinished(const fs::path& target) {
   }
 }
 
+void SweepFormer(const fs::path& path, const std::function<bool(const File&)>& isLeftOver) {
+  constexpr std::chrono::hours kDay(24);
+  std::error_code error;
+  File left = File::Open(path, File::Mode::kReadWrite, error, File::Links::kRefuse);
+  if (error || !left.IsOwnAndUntouchedFor(kDay) || !isLeftOver(left)) return;
+  if (left.TrySolitude() != File::Solitude::kShared && left.Identity() == IdentityOf(path))
+    static_cast<void>(RemoveName(path));
+  left.EndSolitude();
+}
+
 }  // namespace varnlog::platform

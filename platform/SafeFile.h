@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string_view>
@@ -92,6 +93,13 @@ enum class Keep { kMove, kSecondName, kCopy };
 
 /// Removes what a crash left of new files for `target`; those still being written are recognised and stay.
 void SweepUnfinished(const std::filesystem::path& target);
+
+/// Removes what an earlier version of this program may have left under a name that it always used: a plain
+/// file of this user that nobody has open and that has not changed for a day. Where the name alone does not
+/// tell, `isLeftOver` is asked about the content.
+void SweepFormer(
+    const std::filesystem::path& path,
+    const std::function<bool(const File&)>& isLeftOver = [](const File&) { return true; });
 
 /// Makes renames and removals in `folder` survive a power cut. No error where the system needs nothing or
 /// knows no such thing.

@@ -1,11 +1,13 @@
 #include "report/PdfFile.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
 #include <QIODevice>
 #include <QPdfWriter>
 
+#include "platform/Ascii.h"
 #include "platform/SafeFile.h"
 #include "report/PaintedReport.h"
 
@@ -77,6 +79,33 @@ void RequirePlainFile(const std::string& file) {
   if (isOther) throw SaveError(file, "not a plain file");
 }
 
+bool IsUnfinishedPdf(const platform::File& file) {
+  std::error_code error;
+  const std::uint64_t size = file.Size(error);
+  std::string ends(16, '\0');
+  const auto read = [&](std::uint64_t place) {
+    return std::string(ends, 0, file.ReadAt(place, ends, error));
+  };
+  if (error || size == 0) return !error;
+  const bool isPdf = read(0).starts_with("%PDF-");
+  return !error && isPdf &&
+         read(size - std::min<std::uint64_t>(size, ends.size())).find("%%EOF") == std::string::npos && !error;
+}
+
+/// Drafts of reports that earlier versions never finished: FILE.pdf and six letters.
+void SweepFormerDrafts(const std::filesystem::path& target) {
+  constexpr std::size_t kLetters = 6;
+  const std::string start = platform::FromPath(target.filename()) + ".";
+  std::error_code error;
+  std::filesystem::directory_iterator entry(target.has_parent_path() ? target.parent_path() : ".", error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::string name = platform::FromPath(entry->path().filename());
+    if (name.size() == start.size() + kLetters && name.starts_with(start) &&
+        std::all_of(name.end() - kLetters, name.end(), platform::ascii::IsLetter))
+      platform::SweepFormer(entry->path(), IsUnfinishedPdf);
+  }
+}
+
 void RequireDone(const std::string& file, const std::error_code& error) {
   if (error) throw SaveError(file, error.message());
 }
@@ -88,6 +117,7 @@ bool SavePdf(const ReportJob& job, const QPageLayout& page, const PdfTarget& tar
   RequirePlainFile(target.file);
   PaintedReport report(job, page);
   if (!report.Paginate(progress)) return false;
+  SweepFormerDrafts(platform::ToPath(target.file));
   std::error_code error;
   platform::NewFile made(platform::ToPath(target.file), error, platform::ToPath(target.log));
   RequireDone(target.file, error);

@@ -172,6 +172,14 @@ void File::Flush(std::error_code& error) {
   if (Retry([&] { return fsync(Descriptor(handle_)); }) != 0) error = LastError();
 }
 
+bool File::IsOwnAndUntouchedFor(std::chrono::seconds time) const {
+  struct stat info {};
+  if (fstat(Descriptor(handle_), &info) != 0) return false;
+  const auto changed = std::chrono::system_clock::from_time_t(info.st_mtime);
+  return S_ISREG(info.st_mode) && info.st_uid == geteuid() && info.st_nlink == 1 &&
+         std::chrono::system_clock::now() - changed >= time;
+}
+
 void File::GiveAccessOf(const std::filesystem::path& model) {
   struct stat info {};
   if (stat(model.c_str(), &info) != 0) return;

@@ -305,6 +305,20 @@ TEST_F(ReportTest, IsForThoseWhoMayReadTheLog) {
   }
 }
 
+TEST_F(ReportTest, SweepsDraftsThatWereNeverFinished) {
+  const auto beside = [this](const char* ending) { return fs::path(Pdf()) += ending; };
+  const auto files = {std::pair{".QxYzAb", "%PDF-1.4 cut off"},
+                      {".backup", "%PDF-1.4 whole\n%%EOF\n"},
+                      {".umsatz", "another"}};
+  for (const auto& [ending, content] : files) {
+    Installation::Write(beside(ending), content);
+    fs::last_write_time(beside(ending), fs::file_time_type::clock::now() - std::chrono::hours(25));
+  }
+  EXPECT_EQ(Report("").status, 0);
+  EXPECT_FALSE(fs::exists(beside(".QxYzAb")));
+  EXPECT_TRUE(fs::exists(beside(".backup")) && fs::exists(beside(".umsatz")));
+}
+
 TEST_F(ReportTest, WithoutAFileItIsWrongUsage) {
   EXPECT_EQ(installation_.Ctl("report").status, 2);
   EXPECT_EQ(installation_.Ctl("report --type XI --output x.pdf").status, 2);

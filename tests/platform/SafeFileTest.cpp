@@ -177,5 +177,26 @@ TEST_F(SafeFile, SweepsWhatACrashLeftAndNothingElse) {
   EXPECT_TRUE(fs::exists(folder_ / "liste.pdf.neu"));
 }
 
+TEST_F(SafeFile, SweepsFormerLeftOversThatAreItsOwnAndOld) {
+  const auto old = fs::file_time_type::clock::now() - std::chrono::hours(25);
+  const fs::path left = Holding("log.intake.tmp", "VLINTAK1");
+  const fs::path other = Holding("another", "of somebody");
+  SweepFormer(left);
+  EXPECT_TRUE(fs::exists(left)) << "a run may be writing it";
+  fs::last_write_time(left, old);
+  SweepFormer(left, [](const File&) { return false; });
+  {
+    const std::ifstream open(left);
+    SweepFormer(left);
+  }
+  EXPECT_TRUE(fs::exists(left)) << "open, or something else by its content";
+  fs::last_write_time(other, old);
+  fs::create_symlink(other, folder_ / "link");
+  SweepFormer(folder_ / "link");
+  EXPECT_TRUE(fs::exists(other) && fs::is_symlink(folder_ / "link"));
+  SweepFormer(left);
+  EXPECT_FALSE(fs::exists(left));
+}
+
 }  // namespace
 }  // namespace varnlog::platform
