@@ -170,7 +170,7 @@ TEST_F(EditingTest, ARowThatIsGoneIsReportedAsDeleted) {
 
 // The editor was open when another workstation entered and locked the value.
 TEST_F(EditingTest, AValueThatWasLockedMeanwhileIsNotOverwritten) {
-  TakesOpenExposure({{"tXraySVolt", "60"}});
+  TakesOpenExposure({{"tXraySVolt", "60"}, {"tXraySType", "XI"}});
   const auto rows = Rows();
   log_->Execute("UPDATE TXray SET tXrayBEdVolt = 0");
   const RowWritten written =
@@ -180,6 +180,23 @@ TEST_F(EditingTest, AValueThatWasLockedMeanwhileIsNotOverwritten) {
   EXPECT_EQ(Stored(0, "tXraySCur"), "") << "all of it or nothing";
   EXPECT_EQ(Stored(0, "tXrayBEdVolt"), "0");
   EXPECT_EQ(edits_.Count(), 0U);
+
+  // In the moment between reading the row and writing it, when the region's form is asked for.
+  struct LocksMeanwhile final : intake::ToothScheme {
+    explicit LocksMeanwhile(dao::Database& log) : log_(log) {}
+    [[nodiscard]] bool SchemeUS() const override {
+      log_.Execute("UPDATE TXray SET tXrayBEdCur = 0");
+      return false;
+    }
+    dao::Database& log_;
+  };
+  try {
+    static_cast<void>(Edits(0, Entered({{kRegionColumn, "11"}, {8, "7"}}), LocksMeanwhile(*log_)));
+    ADD_FAILURE() << "written over";
+  } catch (const dao::EngineError& error) {
+    EXPECT_EQ(error.number(), dao::ErrorNumber::kDataChanged);
+  }
+  EXPECT_EQ(Stored(0, "tXraySCur"), "");
 }
 
 TEST_F(EditingTest, APendingEntryIsTakenBackToTheValueBeforeTheFirstCorrection) {

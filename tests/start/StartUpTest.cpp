@@ -54,7 +54,10 @@ class StartUp : public testing::Test {
 };
 
 TEST_F(StartUp, InstallsAnEmptyLogOnce) {
+  const std::string journal = globals_.strDataFileGl + "-journal";
+  std::ofstream(journal) << "of a log that was moved away";
   EXPECT_TRUE(InstallDataFile(globals_, services_));
+  EXPECT_TRUE(fs::exists(journal + ".aside") && !fs::exists(journal));
   ASSERT_TRUE(Open(globals_.strDataFileGl)) << user_.TakeKeys();
   EXPECT_EQ(globals_.DBVersionGl, "1.1");
   EXPECT_FALSE(globals_.ReadOnlyGl);

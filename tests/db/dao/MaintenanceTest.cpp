@@ -160,7 +160,13 @@ TEST_F(MaintenanceTest, TheNewFileHasTheNameAndPermissionsOfTheOld) {
       fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read | fs::perms::group_write;
   fs::permissions(path_, group);
   Open(path_)->Execute("DELETE FROM TXray WHERE rowid > 10");
-  engine_.CompactInPlace(path_, Path("log.TMP"));
+  engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption, [&](double) {
+    for (const std::string& name : FilesInFolder()) {
+      const bool isTemporary = name.starts_with("log.TMP");
+      EXPECT_TRUE(!isTemporary || fs::status(Path(name)).permissions() == group) << name;
+    }
+    return true;
+  });
   EXPECT_TRUE(fs::is_symlink(path_));
   EXPECT_EQ(Ids((folder_ / "share" / "real.mdb").string()).size(), 10U);
   EXPECT_LT(fs::file_size(path_), 10 * kPage);
