@@ -175,9 +175,8 @@ std::function<void()> frmProperties::RunJob(Job job) {
     return true;
   });
   if (job == Job::kRepair)
-    return [this, repair = start::RepairLog(engine, globals_.strDataFileGl, services_.clock)] {
-      ReportRepair(repair);
-    };
+    return [this, repair = start::RepairLog(engine, globals_.strDataFileGl, globals_.AuthorGl,
+                                            services_.clock)] { ReportRepair(repair); };
   engine.CompactDatabase(globals_.strDataFileGl);
   const std::string error = engine.LastNumber() == 0 ? std::string() : engine.LastError();
   return [this, error, before] { ReportCompaction(error, before); };

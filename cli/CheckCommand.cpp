@@ -8,10 +8,9 @@ namespace {
 
 using namespace core::literals;
 
-/// An older log has none yet, and neither has an empty one. What a repair could not save is known; to say
-/// which seals it broke is left to "verify".
+/// An older log has none yet, and neither has an empty one.
 bool HasSealsToCheck(dao::Database& log) {
-  return seals::HasSealTables(log) && seals::ReadHead(log).number > 0 && !core::NotesLosses(log);
+  return seals::HasSealTables(log) && seals::ReadHead(log).number > 0;
 }
 
 }  // namespace

@@ -32,7 +32,8 @@ void WriteReport(Output& output, const start::LogRepair& repair) {
 void RunRepairCommand(Session& session, const Options& /*options*/, Output& output) {
   session.RequireLogFile();
   session.RefuseOldLog();
-  const start::LogRepair repair = start::RepairLog(session.Engine(), session.LogFile(), session.clock());
+  const start::LogRepair repair =
+      start::RepairLog(session.Engine(), session.LogFile(), session.globals().AuthorGl, session.clock());
   WriteReport(output, repair);
   if (!repair.IsWhole()) session.FailWith(start::RepairText(session.texts(), repair));
   output.Write("ok\n");

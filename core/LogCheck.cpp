@@ -163,13 +163,6 @@ std::vector<IdRange> MissingExposures(dao::Database& log) {
   return unused.empty() ? unused : Difference(unused, NotedMissing(log));
 }
 
-bool NotesLosses(dao::Database& log) {
-  if (!db::TableExists(log, kConfigTable)) return false;
-  const std::string query =
-      Named("SELECT TConfig.tCfgSKey From TConfig WHERE TConfig.tCfgSKey Like '", kRepairedKey, "*'");
-  return !log.OpenRecordset(query, dao::RecordsetType::kSnapshot)->IsEOF();
-}
-
 void NoteMissingExposures(dao::Database& log, const std::vector<IdRange>& missing) {
   constexpr std::size_t kMost = 255;
   std::string row;

@@ -25,7 +25,6 @@ std::vector<std::string> CompleteLog(dao::Database& log);
 
 /// A repair that lost exposures notes it in TConfig under this name and the time.
 inline constexpr std::string_view kRepairedKey = "Repaired ";
-[[nodiscard]] bool NotesLosses(dao::Database& log);
 
 /// Notes in the log that these are missing, so that later checks know of them.
 void NoteMissingExposures(dao::Database& log, const std::vector<dao::IdRange>& missing);

@@ -17,6 +17,7 @@ constexpr std::pair<std::string_view, core::TextKey> kOrigins[] = {
     {"intake", "HI_ORIGIN_INTAKE"_key},
     {"conversion", "HI_ORIGIN_CONVERSION"_key},
     {"takeover", "HI_ORIGIN_TAKEOVER"_key},
+    {"repair", "HI_ORIGIN_REPAIR"_key},
 };
 constexpr std::pair<std::string_view, core::TextKey> kChanges[] = {
     {"entry", "HI_ENTRY"_key}, {"correction", "HI_CORRECTION"_key}, {"comment", "HI_COMMENT"_key},

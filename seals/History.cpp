@@ -40,11 +40,13 @@ Origin ReadOrigin(dao::Database& log, std::int64_t seal) {
   return unknown;
 }
 
-// Ranges of exposures do not overlap, so the one that ends first behind the number is the only candidate.
+// The first range that ends behind the number is the exposure's own, unless its seal was lost: then a repair
+// has sealed it among all that was left.
 std::optional<Origin> ReadRowOrigin(dao::Database& log, std::int64_t exposure) {
   const auto scan = log.Scan(kSeals, OriginFields(), {.order = "tSealNLastRow", .first = exposure});
-  if (!scan->Next() || NumberOf(scan->Values().back()) > exposure) return std::nullopt;
-  return ToOrigin(scan->Values());
+  while (scan->Next())
+    if (NumberOf(scan->Values().back()) <= exposure) return ToOrigin(scan->Values());
+  return std::nullopt;
 }
 
 std::optional<std::string> Optional(const dao::CellView& value) {

@@ -46,6 +46,10 @@ class Location {
     findings_.Add({fault, exposure, other, {}});
   }
 
+  void UndoTo(std::vector<dao::CellView>& values, const std::vector<Change>& changes) const {
+    Undo(values, Behind(changes, range_.undoneTo), Findings([](const Finding&) {}));
+  }
+
   void ReadMarks() {
     const std::vector<std::string> fields = {"tSealSMarks"};
     const auto scan = log_.Scan(kSeals, fields, {.first = range_.seal, .last = range_.seal});
@@ -62,7 +66,7 @@ class Location {
     while (scan->Next()) {
       std::vector<dao::CellView> values = scan->Values();
       const std::int64_t id = NumberOf(values[0]);
-      Undo(values, changes.Of(id, [](std::int64_t) {}), Findings([](const Finding&) {}));
+      UndoTo(values, changes.Of(id, [](std::int64_t) {}));
       line.clear();
       AppendLine(line, values);
       AppendMark(rowMarks_, line);
@@ -122,7 +126,7 @@ class Location {
     if (!scan->Next()) return;
     std::vector<dao::CellView> values = scan->Values();
     ChangeWalk changes(log_, changed.id);
-    Undo(values, changes.Of(changed.id, [](std::int64_t) {}), Findings([](const Finding&) {}));
+    UndoTo(values, changes.Of(changed.id, [](std::int64_t) {}));
     values.erase(values.begin());
     AppendLine(changed.content, values);
   }

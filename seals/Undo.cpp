@@ -1,5 +1,7 @@
 #include "seals/Undo.h"
 
+#include <algorithm>
+
 #include "db/dao/DBEngine.h"
 #include "seals/Canonical.h"
 #include "seals/SealTables.h"
@@ -74,7 +76,13 @@ void ChangeWalk::Finish(const std::function<void(std::int64_t)>& homeless) {
   for (; hasRow_; Advance()) homeless(NumberOf(scan_->Values()[kExposureAt]));
 }
 
-void Undo(std::vector<dao::CellView>& values, const std::vector<Change>& changes, const Findings& findings) {
+std::span<const Change> Behind(std::span<const Change> changes, std::int64_t entry) {
+  const auto first = std::find_if(changes.begin(), changes.end(),
+                                  [entry](const Change& change) { return change.number > entry; });
+  return changes.subspan(static_cast<std::size_t>(first - changes.begin()));
+}
+
+void Undo(std::vector<dao::CellView>& values, std::span<const Change> changes, const Findings& findings) {
   for (auto change = changes.rbegin(); change != changes.rend(); ++change) {
     const auto field = SealedFieldAt(change->field);
     if (!field || !WasAllowed(values, *change, *field)) {

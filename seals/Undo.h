@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,9 @@ class ChangeWalk {
 
 /// Takes an exposure's values back to what they were when it was added. Says what does not fit on the way: a
 /// value that is not the last one that was written, a change that no program was allowed to make.
-void Undo(std::vector<dao::CellView>& values, const std::vector<Change>& changes, const Findings& findings);
+void Undo(std::vector<dao::CellView>& values, std::span<const Change> changes, const Findings& findings);
+
+/// Those behind the entry of that number.
+[[nodiscard]] std::span<const Change> Behind(std::span<const Change> changes, std::int64_t entry);
 
 }  // namespace varnlog::seals

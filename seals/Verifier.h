@@ -8,6 +8,7 @@
 #include "db/dao/DBEngine.h"
 #include "seals/Anchor.h"
 #include "seals/Finding.h"
+#include "seals/RepairSeal.h"
 #include "seals/SealTables.h"
 
 namespace varnlog::seals {
@@ -18,6 +19,7 @@ struct Note {
     kClockSetBack,   // the seal's time lies before that of the seal before it
     kFoundUnsealed,  // the seal took over exposures or entries that had none
     kWentOn,         // a workstation missed a state that it had seen, and its user went on
+    kRepaired,       // the log was put together from what could be read of a damaged file
   };
   What what = What::kClockSetBack;
   std::int64_t seal = 0;
@@ -32,6 +34,8 @@ struct Verification {
   std::vector<Finding> findings;  // the first kMostFindings
   std::int64_t allFindings = 0;
   std::vector<Note> notes;
+  std::vector<Loss> losses;    // what repairs could not save
+  std::vector<Finding> known;  // what did not fit already when the log was repaired; the first kMostFindings
   bool isCancelled = false;
 
   static constexpr std::size_t kMostFindings = 100;

@@ -79,7 +79,8 @@ void SealWalk::CheckLine(const Values& seal) {
   if (number != head_.number + 1) {
     findings_.Add({Fault::kSealDeleted, head_.number + 1, 0, {}});
     SkipEntries(NumberOf(seal[kFirstHistory]) - 1);
-    return;
+    // A repair knows which one it followed.
+    if (seal[kKind].text != NameOf(SealKind::kRepair)) return;
   }
   if (platform::Sha256Hex(StoredLine(head_.digest, seal)) != seal[kDigest].text)
     findings_.Add({Fault::kSealChanged, number, 0, {}});
@@ -96,14 +97,16 @@ void SealWalk::TakeNotes(const Values& seal) {
   const std::int64_t number = NumberOf(seal[kNumber]);
   if (time < time_) notes_.push_back({Note::What::kClockSetBack, number});
   time_ = time;
+  if (seal[kKind].text == NameOf(SealKind::kRepair)) notes_.push_back({Note::What::kRepaired, number});
   if (number == 1 || seal[kKind].text != NameOf(SealKind::kTakeover)) return;
   const bool isEmpty = NumberOf(seal[kRows]) == 0 && seal[kHistoryDigest].text.empty();
   notes_.push_back({isEmpty ? Note::What::kWentOn : Note::What::kFoundUnsealed, number});
 }
 
 void SealWalk::TakeRange(const Values& seal) {
+  if (seal[kKind].text == NameOf(SealKind::kRepair)) return;
   RowRange range{NumberOf(seal[kNumber]), NumberOf(seal[kFirstRow]), NumberOf(seal[kLastRow]),
-                 NumberOf(seal[kRows]), TextOf(seal[kRowDigest])};
+                 NumberOf(seal[kRows]),   TextOf(seal[kRowDigest]),  0};
   if (range.rows != 0 || !range.digest.empty()) ranges_.push_back(std::move(range));
 }
 

@@ -19,6 +19,7 @@ struct RowRange {
   std::int64_t last = 0;
   std::int64_t rows = 0;
   std::string digest;
+  std::int64_t undoneTo = 0;  // entries up to this number are not undone
 };
 
 /// Walks the seals and the history side by side: whether each seal follows from the one before, and the

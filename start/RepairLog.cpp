@@ -6,6 +6,7 @@
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
 #include "db/modCommon.h"
+#include "seals/RepairSeal.h"
 
 namespace varnlog::start {
 
@@ -92,12 +93,14 @@ std::string RepairText(const core::TextLookup& texts, const LogRepair& repair) {
   return all;
 }
 
-LogRepair RepairLog(db::CJetEngine& engine, const std::string& file, const platform::Clock& clock) {
+LogRepair RepairLog(db::CJetEngine& engine, const std::string& file, const platform::Author& author,
+                    const platform::Clock& clock) {
   LogRepair repair;
   if (engine.WorkspaceName().empty()) engine.OpenWorkspace("RepairWs", "Admin", "");
   engine.SetFinishRepair([&](dao::Database& mended, const dao::RepairReport&) {
     // In the same step in which the mended content takes its place, so that no crash loses the note.
     Complete(mended, repair, clock);
+    seals::SealRepaired(mended, repair.missing, author, clock);
   });
   engine.RepairDatabase(file);
   engine.SetFinishRepair({});

@@ -6,6 +6,7 @@
 
 #include "core/TextLookup.h"
 #include "db/CJetEngine.h"
+#include "platform/Author.h"
 #include "platform/Clock.h"
 
 namespace varnlog::start {
@@ -34,9 +35,9 @@ struct LogRepair {
 /// The same in the user's language.
 [[nodiscard]] std::string RepairText(const core::TextLookup& texts, const LogRepair& repair);
 
-/// Repairs the file and puts back what the log lacks. The log must not be open in `engine`, and is closed
-/// afterwards; a workspace is made when there is none.
+/// Repairs the file, puts back what the log lacks and seals what came of it. The log must not be open in
+/// `engine`, and is closed afterwards; a workspace is made when there is none.
 [[nodiscard]] LogRepair RepairLog(db::CJetEngine& engine, const std::string& file,
-                                  const platform::Clock& clock);
+                                  const platform::Author& author, const platform::Clock& clock);
 
 }  // namespace varnlog::start

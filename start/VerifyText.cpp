@@ -17,16 +17,30 @@ constexpr std::array kFindingKeys = {"SF_NOSEALS"_key,      "SF_RULES"_key,     
                                      "SF_SEALCHANGED"_key,  "SF_SEALDELETED"_key,   "SF_SEALROWS"_key,
                                      "SF_SEALENTRIES"_key,  "SF_ANCHOR"_key};
 // In the order of seals::Note::What.
-constexpr std::array kNoteKeys = {"VN_CLOCK"_key, "VN_FOUND"_key, "VN_WENTON"_key};
+constexpr std::array kNoteKeys = {"VN_CLOCK"_key, "VN_FOUND"_key, "VN_WENTON"_key, "VN_REPAIRED"_key};
+// In the order of seals::Loss::What.
+constexpr std::array kLossKeys = {"VN_LOSTXR"_key, "VN_LOSTENTRIES"_key, "VN_LOSTSEALS"_key};
 
 std::string Describe(const seals::Note& note, const core::TextLookup& texts) {
   return core::FilledText(texts, kNoteKeys.at(static_cast<std::size_t>(note.what)),
                           {{"lngNumber", std::to_string(note.seal)}});
 }
 
+std::string Describe(const seals::Loss& loss, const core::TextLookup& texts) {
+  return core::FilledText(texts, kLossKeys.at(static_cast<std::size_t>(loss.what)),
+                          {{"lngNumber", std::to_string(loss.seal)}, {"strNumbers", loss.numbers}});
+}
+
+/// What is gone is told by its loss.
+bool IsLoss(const seals::Finding& finding) {
+  using enum seals::Fault;
+  return finding.fault == kExposureDeleted || finding.fault == kEntryDeleted || finding.fault == kSealDeleted;
+}
+
 core::TextKey OutcomeOf(const seals::Verification& result) {
   if (result.isCancelled) return "VF_CANCELLED"_key;
-  return result.allFindings == 0 ? "VF_SOUND"_key : "VF_BROKEN"_key;
+  if (result.allFindings > 0) return "VF_BROKEN"_key;
+  return result.losses.empty() && result.known.empty() ? "VF_SOUND"_key : "VF_MENDED"_key;
 }
 
 }  // namespace
@@ -46,6 +60,10 @@ std::vector<std::string> VerifyLines(const seals::Verification& result, const co
     lines.push_back(
         core::FilledText(texts, "VF_MORE"_key, {{"lngCount", std::to_string(result.allFindings - told)}}));
   for (const seals::Note& note : result.notes) lines.push_back(Describe(note, texts));
+  for (const seals::Loss& loss : result.losses) lines.push_back(Describe(loss, texts));
+  for (const seals::Finding& finding : result.known)
+    if (!IsLoss(finding))
+      lines.push_back(core::FilledText(texts, "VN_KNOWN"_key, {{"strFinding", Describe(finding, texts)}}));
   return lines;
 }
 

@@ -71,7 +71,12 @@ TEST_F(MaintenanceCommandsTest, ADamagedPageIsFoundAndWhatItCostIsSaid) {
               testing::ContainsRegex("damaged: .+\n(.+\n)*read: [0-9]+ exposures\nmissing: [0-9]+ "
                                      "exposures, numbers .*[0-9]+-[0-9]+\ndamaged file: .+damaged\n"));
   EXPECT_THAT(repair.err, HasSubstr("Es fehlen Aufnahmen!"));
-  EXPECT_EQ(installation_.Ctl("check").out, "ok\n") << "the missing numbers are noted";
+  // The missing numbers are noted, and who repaired the log when.
+  for (const char* command : {"check", "verify"}) {
+    const Ended again = installation_.Ctl(command);
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_THAT(again.out, HasSubstr("Bei der Reparatur fehlten die Aufnahmen"));
+  }
   EXPECT_EQ(installation_.Ctl("repair").out, "ok\n");
 }
 

@@ -40,7 +40,7 @@ class RepairLogTest : public testing::Test {
     log->Close();
   }
   std::vector<std::string> Check() { return core::CheckLog(*Open()); }
-  LogRepair Repair() { return RepairLog(*globals_.LogEngineGl, file_, clock_); }
+  LogRepair Repair() { return RepairLog(*globals_.LogEngineGl, file_, globals_.AuthorGl, clock_); }
 
   test::SuiteFolder folder_;
   core::Globals globals_ = folder_.NewGlobals();
