@@ -69,9 +69,10 @@ void Session::OpenWorkspace() {
 
 void Session::InstallDefaultLog() {
   if (!fileGiven_.empty() || !configured_.empty()) return;
-  const bool wasThere = db::FileExists(LogFile());
+  std::error_code error;
+  const bool isMissing = !std::filesystem::exists(platform::ToPath(LogFile()), error) && !error;
   if (!start::InstallDataFile(globals_, services_)) throw JobError("");
-  if (!wasThere) services_.Messages().Inform("VC_NEWLOG"_key, {{"strFile", LogFile()}});
+  if (isMissing) services_.Messages().Inform("VC_NEWLOG"_key, {{"strFile", LogFile()}});
 }
 
 void Session::RequireLogFile() {

@@ -224,7 +224,7 @@ TEST_F(FileHelpers, FindTablesWithoutRegardToCase) {
   EXPECT_TRUE(TableExists(*database, "txRAY"));
   EXPECT_FALSE(TableExists(*database, "TConfig"));
   database->Close();
-  EXPECT_FALSE(TableExists(*database, "TXray"));
+  EXPECT_THROW(static_cast<void>(TableExists(*database, "TXray")), dao::EngineError);
 }
 
 }  // namespace

@@ -89,6 +89,20 @@ TEST_P(InterruptedRunTest, ADamagedCopyCostsNothingThatIsLeftElsewhere) {
   }
 }
 
+TEST_P(InterruptedRunTest, ADamagedShiftJournalMisalignsNothing) {
+  if (!IsShift(GetParam())) return;
+  test::AppendFile(folder_ / "varnlog.sdx", Exposures(0, 3));
+  const Exposure longer{.lastName = "Patient 3", .firstName = "Anna Katharina"};
+  ASSERT_TRUE(DiesAt(folder_.Path(), GetParam(), longer.New()));
+  const std::filesystem::path journal = folder_ / "varnlog.sdx.shift";
+  std::filesystem::resize_file(journal, std::filesystem::file_size(journal) - 20);
+  test::Practice practice(folder_.Path());
+  for (int run = 0; run < 2; ++run) EXPECT_NE(practice.Updates().outcome, UpdateResult::Outcome::kFailed);
+  EXPECT_EQ(practice.Differences(4), "");
+  const bool isMisaligned = GetParam() == RunStep::kShiftHalf || GetParam() == RunStep::kShiftWritten;
+  EXPECT_EQ(folder_.Count(".damaged"), isMisaligned ? 0 : 1);
+}
+
 TEST(AppenderTest, WhoKeepsTheFileOpenLosesNothing) {
   test::TestFolder folder;
   test::Practice practice(folder.Path());

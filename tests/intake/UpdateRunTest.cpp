@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "db/dao/EngineState.h"
 #include "intake/IntakeCopy.h"
 #include "intake/TakenFiles.h"
 #include "intake/UpdateRun.h"
@@ -420,6 +421,9 @@ TEST_F(UpdateRunTest, FailsCleanlyWhenTheLogIsLocked) {
   EXPECT_EQ(ReadFile(practice_.exchange), Exposure{}.New());
   other.globals.LogEngineGl->TransactionRollback();
   EXPECT_EQ(practice_.Updates().added, 1);
+  // Who waits for the log outlasts an update that waits for the suite.
+  const dao::EngineOptions standard;
+  EXPECT_GT(standard.lockRetry * standard.lockDelay, 2 * RunOptions().patience.count());
 }
 
 TEST_F(UpdateRunTest, LeavesTheExchangeFileThatAnotherLogHasTakenMeanwhile) {
