@@ -1,4 +1,5 @@
 #include "app/Libraries.h"
+#include "app/TakeOverProgress.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
 #include "app/frmVerify.h"
@@ -159,6 +160,15 @@ void frmMDIMain::ShowProperties() {
 
 void frmMDIMain::ShowVerify() {
   frmVerify(this, *context_.globals.LogEngineGl->Database(), context_.services.texts).exec();
+}
+
+seals::Progress frmMDIMain::TakeOverProgress() {
+  // Gone, and with it the window, when the log is open.
+  const auto progress = std::make_shared<app::TakeOverProgress>(this, context_.services.texts);
+  return [progress](std::int64_t done, std::int64_t all) {
+    progress->Advance(done, all);
+    return true;
+  };
 }
 
 void frmMDIMain::ShowAbout() {

@@ -42,6 +42,8 @@ class MainView : public SelectionDialogs {
   virtual void ShowUpdateRun() = 0;
   /// Runs the conversion of an old log and shows how far it is.
   virtual void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) = 0;
+  /// Hears how far the first sealing of a log is.
+  [[nodiscard]] virtual seals::Progress TakeOverProgress() = 0;
   /// `file` was opened: it goes to the head of the recently used files.
   virtual void RememberFile(const std::string& file) = 0;
 };

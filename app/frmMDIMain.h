@@ -100,6 +100,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   [[nodiscard]] std::optional<std::string> AskDataFile(const std::string& folder) override;
   void ShowUpdateRun() override;
   void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) override;
+  [[nodiscard]] seals::Progress TakeOverProgress() override;
   void RememberFile(const std::string& file) override;
 
   // logview::ResultsHost

@@ -8,6 +8,7 @@
 #include "legacy/LoadTables.h"
 #include "legacy/OldFile.h"
 #include "platform/Files.h"
+#include "start/SealedLog.h"
 
 namespace varnlog::cli {
 
@@ -108,6 +109,9 @@ void Session::OpenLog(Access access) {
   if (start::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly) != start::Opened::kYes) {
     throw JobError("");
   }
+  // Once: the only setting that is ever written here.
+  if (access == Access::kWrite && !start::CheckLastHead(globals_, services_))
+    start::RememberHead(globals_, ini_);
 }
 
 void Session::OpenAsItIs() {
