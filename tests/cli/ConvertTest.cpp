@@ -56,15 +56,6 @@ TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
   EXPECT_EQ(std::distance(fs::directory_iterator(new_.parent_path()), {}), 3);
 }
 
-TEST_F(ConvertCommandTest, NeedsNoSuiteAndTakesPathsFromTheCurrentFolder) {
-  HasOldLog("log-1.0-jet3-cp1252.mdb");
-  fs::remove(installation_.suite() / "KVFILEDB.DLL");
-  const Ended run = installation_.Shell("cd '" + old_.parent_path().string() + "' && " +
-                                        installation_.CtlCommand() + " convert Alt.mdb ./Neu.mdb");
-  EXPECT_EQ(run.status, 0) << run.err;
-  EXPECT_TRUE(fs::exists(new_));
-}
-
 TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
   HasOldLog("log-1.1-jet3-cp1251.mdb");
   Installation::Write(new_, "last year's");

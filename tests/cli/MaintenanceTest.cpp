@@ -49,16 +49,6 @@ TEST_F(MaintenanceCommandsTest, ASoundLogStaysAsItIs) {
   EXPECT_EQ(Rows(), before);
 }
 
-TEST_F(MaintenanceCommandsTest, CompactingGivesRoomBack) {
-  installation_.WithLog(
-      false, [](dao::Database& log) { log.Execute("DELETE FROM TXray WHERE tXrayCulIntIDPk > 5"); });
-  const auto before = fs::file_size(installation_.log());
-  const Ended run = installation_.Ctl("compact");
-  const auto after = fs::file_size(installation_.log());
-  EXPECT_LT(after, before);
-  EXPECT_EQ(run.out, "before " + std::to_string(before) + ", after " + std::to_string(after) + "\n");
-}
-
 TEST_F(MaintenanceCommandsTest, ADamagedPageIsFoundAndWhatItCostIsSaid) {
   DamagePageOf("Müller 250");
   const Ended check = installation_.Ctl("check");

@@ -246,16 +246,6 @@ TEST_F(ReportTest, WithoutItsTextsItStillPrintsTheRows) {
   EXPECT_THAT(PdfPages(Pdf(), installation_).at(0), HasSubstr("05.01.2015 08:"));
 }
 
-TEST_F(ReportTest, NamesAreRelativeToTheUsersFolder) {
-  const fs::path folder = installation_.suite() / "anderswo";
-  fs::create_directories(folder);
-  const Ended ended = installation_.Shell("cd '" + folder.string() + "' && " + installation_.CtlCommand() +
-                                          " report --output a.pdf");
-  EXPECT_EQ(ended.status, 0) << ended.err;
-  EXPECT_EQ(ended.err, "");
-  EXPECT_TRUE(fs::exists(folder / "a.pdf"));
-}
-
 TEST_F(ReportTest, NeedsNeitherDisplayNorHome) {
   const Ended ended =
       installation_.Shell("env -i QT_QPA_PLATFORM=xcb DISPLAY=:77 " + installation_.CtlCommand() +
@@ -317,11 +307,6 @@ TEST_F(ReportTest, SweepsDraftsThatWereNeverFinished) {
   EXPECT_EQ(Report("").status, 0);
   EXPECT_FALSE(fs::exists(beside(".QxYzAb")));
   EXPECT_TRUE(fs::exists(beside(".backup")) && fs::exists(beside(".umsatz")));
-}
-
-TEST_F(ReportTest, WithoutAFileItIsWrongUsage) {
-  EXPECT_EQ(installation_.Ctl("report").status, 2);
-  EXPECT_EQ(installation_.Ctl("report --type XI --output x.pdf").status, 2);
 }
 
 }  // namespace

@@ -43,28 +43,6 @@ TEST(ModCommon, CutsAtTheFirstZero) {
   EXPECT_EQ(CutAtZero(std::string_view("\0", 1)), "");
 }
 
-TEST(ModCommon, WritesDatesForSqlAndForTheIniFile) {
-  EXPECT_EQ(SqlDateLiteral(Date("2024-02-09")), "#2/9/2024#");
-  EXPECT_EQ(SqlDateLiteral(Date("1880-12-31 23:59:59")), "#12/31/1880#");
-  EXPECT_EQ(DateToCompactText(Date("0987-02-09")), "09870209");
-}
-
-TEST(ModCommon, ReplacesTheSortClause) {
-  struct Row {
-    const char* sql;
-    const char* clause;
-    const char* expected;
-  };
-  const Row rows[] = {
-      {"SELECT a FROM t ORDER BY a;", "ORDER BY b DESC;", "SELECT a FROM t ORDER BY b DESC;"},
-      {"SELECT a FROM t ORDER BY a;", "", "SELECT a FROM t ORDER BY a;"},
-      {"SELECT a FROM t", "ORDER BY b;", ""},
-      {"ORDER BY a;", "ORDER BY b;", ""},
-      {"SELECT a FROM t order by a;", "ORDER BY b;", ""},
-  };
-  for (const Row& row : rows) EXPECT_EQ(ReplaceSortClause(row.sql, row.clause), row.expected) << row.sql;
-}
-
 TEST(ModCommon, ReadsCompactDates) {
   EXPECT_EQ(CompactTextToDate("20240209"), Date("2024-02-09"));
   EXPECT_EQ(CompactTextToDate("20010231"), Date("2001-03-03"));
@@ -193,19 +171,6 @@ TEST_F(FileHelpers, MakeAllFoldersOfAPath) {
   EXPECT_FALSE(MakeFolderPath(""));
 }
 
-TEST_F(FileHelpers, CopyAndDelete) {
-  const std::string source = Holding("quelle", "Inhalt");
-  EXPECT_TRUE(CopyFile(source, In("ziel")));
-  EXPECT_EQ(fs::file_size(In("ziel")), 6U);
-  EXPECT_FALSE(CopyFile(In("fehlt"), In("ziel")));
-  EXPECT_EQ(fs::file_size(In("ziel")), 6U);
-  EXPECT_TRUE(DeleteFile(In("ziel")));
-  EXPECT_FALSE(DeleteFile(In("ziel")));
-  fs::create_directory(folder_ / "leer");
-  EXPECT_FALSE(DeleteFile(In("leer")));
-  EXPECT_TRUE(FolderExists(In("leer")));
-}
-
 TEST_F(FileHelpers, ChangeTheCurrentFolder) {
   const fs::path before = fs::current_path();
   Holding("kalvero.ini", "x");
@@ -215,16 +180,6 @@ TEST_F(FileHelpers, ChangeTheCurrentFolder) {
   EXPECT_FALSE(ChangeToFolder(In("fehlt")));
   EXPECT_TRUE(FileExists("..\\kalvero.ini"));
   fs::current_path(before);
-}
-
-TEST_F(FileHelpers, FindTablesWithoutRegardToCase) {
-  dao::DBEngine engine;
-  const auto database = engine.CreateDatabase(In("Log.mdb"), "", dao::kNoOption);
-  database->Execute("CREATE TABLE TXray (a INTEGER)");
-  EXPECT_TRUE(TableExists(*database, "txRAY"));
-  EXPECT_FALSE(TableExists(*database, "TConfig"));
-  database->Close();
-  EXPECT_FALSE(TableExists(*database, "TXray"));
 }
 
 }  // namespace

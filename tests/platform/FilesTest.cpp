@@ -69,18 +69,6 @@ int TryPlainLock(const fs::path& path, off_t offset, off_t length) {
   return InAnotherProcess([&] { return TakePlainLock(open(path.c_str(), O_RDWR), offset, length); });
 }
 
-TEST_F(Files, TreatsBothSeparatorsAlike) {
-  Holding("kalvero.ini", "x");
-  fs::create_directory(folder_ / "Programm");
-  EXPECT_EQ(FileSize(ToPath(FromPath(folder_) + "\\Programm\\..\\kalvero.ini")), 1U);
-}
-
-TEST_F(Files, TellsTheSizeOfRegularFilesOnly) {
-  EXPECT_EQ(FileSize(Holding("leer", "")), 0U);
-  EXPECT_EQ(FileSize(folder_), std::nullopt);
-  EXPECT_EQ(FileSize(folder_ / "fehlt"), std::nullopt);
-}
-
 TEST_F(Files, ReadsAWholeFileUpToALimit) {
   const fs::path path = Holding("zehn", "0123456789");
   std::error_code error;
@@ -102,23 +90,6 @@ TEST_F(Files, SaysWhyAFileCannotBeRead) {
   ASSERT_EQ(mkfifo((folder_ / "rohr").c_str(), 0600), 0);
   EXPECT_EQ(ReadWholeFile(folder_ / "rohr", error), std::nullopt);
   EXPECT_TRUE(error);
-}
-
-TEST_F(Files, KnowsAnotherNameOfAFile) {
-  const fs::path path = Holding("eins", "x");
-  fs::create_hard_link(path, folder_ / "zwei");
-  EXPECT_TRUE(SameFile(path, folder_ / "zwei"));
-  EXPECT_FALSE(SameFile(path, Holding("drei", "x")));
-  EXPECT_FALSE(SameFile(path, folder_ / "fehlt"));
-}
-
-TEST_F(Files, OpensAsToldTo) {
-  const fs::path path = Holding("da", "alt");
-  std::error_code error;
-  EXPECT_FALSE(File::Open(path, File::Mode::kCreateNew, error).IsOpen());
-  EXPECT_EQ(error, std::errc::file_exists);
-  EXPECT_FALSE(File::Open(folder_ / "fehlt", File::Mode::kReadWrite, error).IsOpen());
-  EXPECT_EQ(error, std::errc::no_such_file_or_directory);
 }
 
 TEST_F(Files, KnowsWhatOthersMayChange) {
@@ -149,24 +120,6 @@ TEST_F(Files, KnowsTheFileItHasOpenFromAnotherThatTookItsName) {
   std::error_code error;
   EXPECT_FALSE(File::Open(folder_ / "verweis", File::Mode::kRead, error, File::Links::kRefuse).IsOpen());
   EXPECT_EQ(error, std::errc::too_many_symbolic_link_levels);
-}
-
-TEST_F(Files, ReadsAndWritesAtPlaces) {
-  const fs::path path = Holding("datei", "0123456789");
-  File file = OpenReadWrite(path);
-  std::error_code error;
-  file.WriteAt(3, "abc", error);
-  file.Truncate(8, error);
-  file.Flush(error);
-  ASSERT_FALSE(error) << error.message();
-  EXPECT_EQ(file.Size(error), 8U);
-  std::string buffer(10, '.');
-  EXPECT_EQ(file.ReadAt(2, buffer, error), 6U);
-  EXPECT_EQ(buffer, "2abc67....");
-  EXPECT_EQ(file.ReadAt(100, buffer, error), 0U);
-  File moved = std::move(file);
-  EXPECT_TRUE(moved.IsOpen());
-  EXPECT_EQ(moved.Size(error), 8U);
 }
 
 TEST_F(Files, ReportsAFullDiskAndAClosedFile) {

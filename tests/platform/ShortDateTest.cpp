@@ -113,22 +113,20 @@ TEST_F(SystemLocale, GivesTheForm) {
     const char* locale;
     const char* expected;
   };
-  const Row rows[] = {
-      {"de_DE.UTF-8", "01.05.1960"},
-      {"en_US.UTF-8", "5/1/1960"},
-      {"en_GB", "01/05/1960"},
-      {"nl_NL.UTF-8", "01-05-1960"},
-      {"sv_SE@euro", "1960-05-01"},
-      {"fr_CH.UTF-8", "01.05.1960"},
-      {"ru_RU.UTF-8", "01.05.1960"},
-      {"th_TH.UTF-8", "1/5/1960"},
-      {"C", "01.05.1960"},
-      {"C.UTF-8", "01.05.1960"},
-      {"POSIX", "01.05.1960"},
-      {"xx_YY.UTF-8", "01.05.1960"},
-      {"", "01.05.1960"},
-      {"%%%/../..", "01.05.1960"},
-  };
+  const Row rows[] = {{"de_DE.UTF-8", "01.05.1960"},
+                      {"en_US.UTF-8", "5/1/1960"},
+                      {"en_GB", "01/05/1960"},
+                      {"nl_NL.UTF-8", "01-05-1960"},
+                      {"sv_SE@euro", "1960-05-01"},
+                      {"fr_CH.UTF-8", "01.05.1960"},
+                      {"ru_RU.UTF-8", "01.05.1960"},
+                      {"th_TH.UTF-8", "1/5/1960"},
+                      {"C", "01.05.1960"},
+                      {"C.UTF-8", "01.05.1960"},
+                      {"POSIX", "01.05.1960"},
+                      {"xx_YY.UTF-8", "01.05.1960"},
+                      {"", "01.05.1960"},
+                      {"%%%/../..", "01.05.1960"}};
   for (const Row& row : rows) {
     setenv("LANG", row.locale, 1);
     EXPECT_EQ(ShortDate::FromSystem().Format(kFirstOfMay), row.expected) << row.locale;

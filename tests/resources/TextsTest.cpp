@@ -124,10 +124,6 @@ std::string_view ExtraLetters(std::string_view language) {
 
 // ---------------------------------------------------------------------------------------------------------
 
-TEST(Texts, TheHeadingNamesTheLanguages) {
-  EXPECT_EQ(Lines().front(), "key\tD\tGB\tE\tI\tF\tNL\tCYR");
-}
-
 TEST(Texts, EveryKeyStandsOnceAndHasATextInEveryLanguage) {
   const std::regex keyForm("(MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|HP|KVX|CV|VC|VN|VF|HI|SL|SF)(_[A-Z0-9]+)+");
   std::set<std::string> seen;

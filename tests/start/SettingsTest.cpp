@@ -32,15 +32,6 @@ TEST_F(Settings, AreAllOnWithoutAnIniFile) {
   EXPECT_EQ(globals_.SortSelectionGl, SelectionKind::kAll);
 }
 
-TEST_F(Settings, TakeOnlyOneForTrue) {
-  Holds("[User]\nOptBigIcons=true\nOptTbrVisible=yes\nOptSbrVisible=1\n");
-  Load();
-  EXPECT_FALSE(globals_.OptBigIcons);
-  EXPECT_FALSE(globals_.OptTbrVisible);
-  EXPECT_TRUE(globals_.OptSbrVisible);
-  EXPECT_FALSE(globals_.UpdateOnActivation) << "a missing key";
-}
-
 TEST_F(Settings, ComeBackAsTheyWereSaved) {
   globals_.OptBigIcons = false;
   globals_.UpdateOnActivation = false;

@@ -39,25 +39,23 @@ TEST_F(ModIniFile, ReadsValuesByTheRulesOfItsSystem) {
     const char* key;
     const char* expected;
   };
-  const Row rows[] = {
-      {"User", "Leer", ""},
-      {"USER", "blanks", "a b"},
-      {" user ", " Blanks ", "a b"},
-      {"User", "Doppelt", "  x "},
-      {"User", "Einfach", "y"},
-      {"User", "Halb", "\"z"},
-      {"User", "gleich", "a=b=c"},
-      {"User", "SCHLÜSSEL", "Größe ; kein Kommentar"},
-      {"User", "Zweimal", "1"},
-      {"NÄCHSTER [1]", "X", "y"},
-      {"User", "x", ""},
-      {"User", "ohne", ""},
-      {"User", "Kommentar", ""},
-      {"User", "kein Gleichheitszeichen", ""},
-      {"", "ohne", ""},
-      {"fehlt", "x", ""},
-      {"Use", "Leer", ""},
-  };
+  const Row rows[] = {{"User", "Leer", ""},
+                      {"USER", "blanks", "a b"},
+                      {" user ", " Blanks ", "a b"},
+                      {"User", "Doppelt", "  x "},
+                      {"User", "Einfach", "y"},
+                      {"User", "Halb", "\"z"},
+                      {"User", "gleich", "a=b=c"},
+                      {"User", "SCHLÜSSEL", "Größe ; kein Kommentar"},
+                      {"User", "Zweimal", "1"},
+                      {"NÄCHSTER [1]", "X", "y"},
+                      {"User", "x", ""},
+                      {"User", "ohne", ""},
+                      {"User", "Kommentar", ""},
+                      {"User", "kein Gleichheitszeichen", ""},
+                      {"", "ohne", ""},
+                      {"fehlt", "x", ""},
+                      {"Use", "Leer", ""}};
   for (const Row& row : rows) EXPECT_EQ(Read(row.section, row.key), row.expected) << row.section << row.key;
 }
 

@@ -82,15 +82,5 @@ TEST_F(MessageBoxTest, TakesTheHourglassAway) {
   });
 }
 
-TEST_F(MessageBoxTest, AScriptAnswersInsteadOfTheUser) {
-  std::vector<std::string> asked;
-  box_.AnswerWith([&asked](const core::Message& message) {
-    asked.push_back(message.text);
-    return core::MessageAnswer::kRetry;
-  });
-  EXPECT_EQ(box_.Show({.text = "nochmal?", .title = ""}), core::MessageAnswer::kRetry);
-  EXPECT_EQ(asked, std::vector<std::string>{"nochmal?"});
-}
-
 }  // namespace
 }  // namespace varnlog::ui::test

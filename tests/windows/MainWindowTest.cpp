@@ -12,17 +12,6 @@ using core::SelectionKind;
 using core::literals::operator""_key;
 using enum CommandId;
 
-TEST_F(MainWindow, TakesInWhatTheSuiteReportedWhenTheUserAgrees) {
-  Starts();
-  const QString offer = program_->TakeMessages().value(0);
-  EXPECT_TRUE(offer.startsWith(program_->Text("RC_XRNOTUPDATED"_key).section('$', 0, 0)));
-  EXPECT_TRUE(offer.contains(QString::fromStdString(installation_.log().string()))) << "which log";
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
-  EXPECT_FALSE(std::filesystem::exists(installation_.exchangeFile()));
-  EXPECT_TRUE(Child<QLabel>(program_->Window(), "pnlRows").text().contains("4"));
-  EXPECT_EQ(Child<QLabel>(program_->Window(), "pnlFile").text().toStdString(), installation_.log().string());
-}
-
 TEST_F(MainWindow, LeavesThemAfterANoUntilTheUpdateIsAskedFor) {
   Starts(core::MessageAnswer::kNo);
   EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
@@ -115,17 +104,6 @@ TEST_F(MainWindow, EachSelectionShowsItsRowsAndACancelledOneChangesNothing) {
   }
 }
 
-TEST_F(MainWindow, ACancelledPeriodGivesThePatientBack) {
-  Starts();
-  program_->InDialog("frmPatSearch", [](QDialog& dialog) { SearchesAndTakes(dialog, "Zander"); });
-  program_->Triggers(mnuSortPatAll);
-  program_->InDialog("frmPatSearch", [](QDialog& dialog) { SearchesAndTakes(dialog, "Abel"); });
-  program_->InDialog("frmBegEnd", Cancels);
-  program_->Triggers(mnuSortPatPeriod);
-  EXPECT_EQ(program_->Globals().strPatNameGl, "Zander");
-  EXPECT_EQ(Patients(), Names({"Zander"}));
-}
-
 TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
   Starts();
   (void)program_->TakeMessages();
@@ -161,21 +139,6 @@ TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
   program_->Triggers(mnuSortPatAll);
   EXPECT_TRUE(program_->DialogsDone());
   EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
-}
-
-TEST_F(MainWindow, APeriodThatIsNoneKeepsTheDialogOpen) {
-  Starts();
-  (void)program_->TakeMessages();
-  program_->InDialog("frmBegEnd", [&](QDialog& dialog) {
-    for (const char* date : {"30.2.2001", "1.13.2001", "gestern", "'"}) {
-      EntersPeriod(dialog, date, "31.12.2020");
-      EXPECT_EQ(program_->TakeMessages().size(), 1) << date;
-      EXPECT_TRUE(dialog.isVisible()) << date;
-    }
-    Cancels(dialog);
-  });
-  program_->Triggers(mnuSortDateAll);
-  EXPECT_EQ(program_->Globals().SortSelectionGl, SelectionKind::kAll);
 }
 
 }  // namespace

@@ -132,26 +132,6 @@ TEST_F(OldLog, IsOfferedAtStartUpToo) {
   EXPECT_EQ(ShownRows(), 54);
 }
 
-TEST_F(OldLog, GivesItsReadableRowsWhenItIsDamaged) {
-  Finds("log-1.1-jet4-scratch.mdb", 126976);
-  Opens(core::MessageAnswer::kNo);
-  EXPECT_TRUE(program_->TakeMessages().join("").contains("205 von 262"));
-  EXPECT_FALSE(IsOpen());
-  EXPECT_EQ(Content(log_), original_);
-  Opens(core::MessageAnswer::kYes);
-  ExpectMessages({"CV_DAMAGED"_key, "CV_DAMAGED_DONE"_key});
-  EXPECT_EQ(ShownRows(), 205);
-}
-
-TEST_F(OldLog, WaitsForTheOtherProgram) {
-  Finds("log-1.1-jet4-scratch.mdb");
-  std::ofstream(folder_ / "Röntgen.ldb") << "PRAXIS2";
-  Opens(core::MessageAnswer::kCancel);
-  ExpectMessages({"CV_ERR_INUSE"_key});
-  EXPECT_FALSE(IsOpen());
-  EXPECT_EQ(Content(log_), original_);
-}
-
 TEST_F(OldLog, IsShownOnlyWhereItIsWriteProtected) {
   installation_.Reports({cli::NewExposure("Zander", "XI", "03.02.2020", "08:00:00")});
   for (const auto& [sample, rows] :

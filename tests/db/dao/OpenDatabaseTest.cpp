@@ -198,11 +198,6 @@ TEST_F(OpenDatabaseTest, RefusesTablesOfForeignModules) {
   EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path); }), ErrorNumber::kUnrecognisedFormat);
 }
 
-TEST_F(OpenDatabaseTest, IgnoresAPasswordOfAFileThatHasNone) {
-  const auto log = workspace_->OpenDatabase(MakeLog(), false, false, ";pwd=geheim");
-  EXPECT_EQ(log->TableNames().size(), 2U);
-}
-
 TEST_F(OpenDatabaseTest, EverythingOfAClosedDatabaseIsInvalid) {
   const auto log = Open(MakeLog());
   FillLog(*workspace_, *log, 3);
