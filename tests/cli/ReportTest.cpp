@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -11,6 +10,7 @@
 #include "tests/Paths.h"
 #include "tests/cli/Installation.h"
 #include "tests/cli/PdfText.h"
+#include "tests/support/TestFolder.h"
 #include "tools/exchange/ExposureGenerator.h"
 
 namespace varnlog::cli {
@@ -18,11 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-
-std::string ReadAll(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// Records separated by line ends that stand in no quotes.
 std::vector<std::vector<std::string>> ReadCsv(const std::string& csv) {
@@ -279,7 +274,7 @@ TEST_F(ReportTest, AFailureLeavesTheOldFileAndSaysWhy) {
     EXPECT_THAT(ended.err, HasSubstr("Der Bericht konnte nicht gespeichert werden: " + row.output))
         << row.why;
   }
-  EXPECT_EQ(ReadAll(Pdf()), "the old report");
+  EXPECT_EQ(test::ReadFile(Pdf()), "the old report");
   EXPECT_FALSE(fs::is_regular_file("/dev/null"));
   for (const auto& entry : fs::directory_iterator(installation_.suite()))
     EXPECT_TRUE(entry.path() == Pdf() ||

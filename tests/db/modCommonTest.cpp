@@ -1,10 +1,10 @@
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
 #include "db/modCommon.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::db {
 namespace {
@@ -137,17 +137,11 @@ TEST(ModCommon, ReadsTimes) {
 
 class FileHelpers : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "Ärzte Haus XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  void TearDown() override { fs::remove_all(folder_); }
   std::string In(const std::string& name) const { return (folder_ / name).string(); }
   std::string Holding(const std::string& name, const std::string& content) const {
-    std::ofstream(folder_ / name) << content;
-    return In(name);
+    return folder_.Holding(name, content).string();
   }
-  fs::path folder_;
+  test::TestFolder folder_;
 };
 
 TEST_F(FileHelpers, TellFilesFromFolders) {
@@ -156,7 +150,7 @@ TEST_F(FileHelpers, TellFilesFromFolders) {
   EXPECT_FALSE(FolderExists(file));
   EXPECT_FALSE(FileExists(In("")));
   EXPECT_TRUE(FolderExists(In("")));
-  EXPECT_TRUE(FolderExists(folder_.string() + "\\.."));
+  EXPECT_TRUE(FolderExists(folder_.Path().string() + "\\.."));
   EXPECT_FALSE(FileExists(In("fehlt")));
   EXPECT_FALSE(FileExists(""));
   EXPECT_FALSE(FolderExists(""));

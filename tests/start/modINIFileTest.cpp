@@ -21,7 +21,7 @@ class ModIniFile : public testing::Test {
     return ini_.WriteString(section, key, value, path_);
   }
   void Holds(const std::string& bytes) const { test::WriteFile(path_, bytes); }
-  std::string Bytes() const { return test::FileContent(path_); }
+  std::string Bytes() const { return test::ReadFile(path_); }
 
   test::SuiteFolder folder_;
   std::string path_ = (folder_.Program() / "varnlog.ini").string();

@@ -5,7 +5,7 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
-#include "tests/ui/FakeTexts.h"
+#include "tests/support/FakeTexts.h"
 #include "ui/MessageBox.h"
 
 namespace varnlog::ui::test {
@@ -27,7 +27,7 @@ class MessageBoxTest : public ::testing::Test {
     QApplication::sendEvent(&box, &escape);
   }
 
-  FakeTexts texts_;
+  varnlog::test::FakeTexts texts_{{{"GL_YES", "&Ja"}, {"GL_RETRY", ""}}};
   MessageBox box_{texts_};
 };
 

@@ -1,22 +1,15 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QHeaderView>
 #include <QImage>
-#include <QLabel>
-#include <QPushButton>
 #include <QToolButton>
-#include <QTreeWidget>
 #include <gtest/gtest.h>
 
 #include "tests/Paths.h"
-#include "tests/ui/FakeTexts.h"
 #include "ui/GridColors.h"
 #include "ui/KeyNames.h"
-#include "ui/ListView.h"
 #include "ui/Theme.h"
 #include "ui/Toolbar.h"
-#include "ui/frmAbout.h"
 
 namespace varnlog::ui::test {
 namespace {

@@ -22,7 +22,7 @@ TEST_F(DBEngineTest, AWorkspaceNeedsAWorkgroupFileAndAnAccount) {
   EXPECT_EQ(creating("praxis", "geheim"), ErrorNumber::kNone);
   EXPECT_EQ(creating("praxis", "Geheim"), ErrorNumber::kBadAccount);
   EXPECT_EQ(creating("praxis", ""), ErrorNumber::kBadAccount);
-  WriteFile("letter.txt", "no database");
+  folder_.Holding("letter.txt", "no database");
   for (const std::string& file : {std::string(), Path("missing.mdw"), Path("letter.txt"), MakeLog()}) {
     engine_.SetSystemDB(file);
     EXPECT_EQ(creating("Admin", ""), ErrorNumber::kWorkgroupFileMissing) << file;
