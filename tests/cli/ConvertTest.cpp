@@ -72,18 +72,6 @@ TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
   EXPECT_EQ(Converts("--overwrite").status, 0);
 }
 
-TEST_F(ConvertCommandTest, TakesThePartsOfADamagedLogOnlyWhenTold) {
-  HasOldLog("log-1.1-jet4-scratch.mdb", 126976);
-  const Ended refused = Converts();
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.err, testing::AllOf(HasSubstr("205 of 262"), HasSubstr("--partial")));
-  EXPECT_FALSE(fs::exists(new_));
-  const Ended partial = Converts("--partial");
-  EXPECT_EQ(partial.status, 0) << partial.err;
-  EXPECT_THAT(partial.out, HasSubstr("Exposures: 205,"));
-  EXPECT_THAT(partial.err, HasSubstr("205 of 262"));
-}
-
 TEST_F(ConvertCommandTest, RefusesWhatIsNoOldLogAndWrongUsage) {
   EXPECT_EQ(Converts().status, 1) << "no such file";
   Installation::Write(old_, "a letter");

@@ -122,16 +122,6 @@ TEST_F(UpdateCommandTest, AReadOnlyLogIsNotUpdated) {
   EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
 }
 
-TEST_F(UpdateCommandTest, AnotherWorkstationsExclusiveUseIsReported) {
-  EXPECT_EQ(installation_.Ctl("update").status, 0);
-  installation_.WithLog(true, [this](dao::Database&) {
-    const Ended run = installation_.Ctl("list");
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.err, HasSubstr("allein benutzt"));
-  });
-  EXPECT_EQ(installation_.Ctl("list").status, 0);
-}
-
 TEST_F(UpdateCommandTest, WithoutTheSuitesLibraryNothingIsTouched) {
   fs::remove(installation_.suite() / "KVFILEDB.DLL");
   const Ended run = installation_.Ctl("update");

@@ -42,15 +42,6 @@ TEST_F(EmptyLog, HasTheLayoutThatTheProgramKnows) {
   EXPECT_EQ(ReadLogConfig(*log_, kReadOnlyKey), "0");
 }
 
-TEST_F(EmptyLog, KeepsSettingsOfItsOwn) {
-  EXPECT_FALSE(ChangeLogConfig(*log_, "IntakeRun", "7"));
-  EXPECT_EQ(ReadLogConfig(*log_, "IntakeRun"), std::nullopt);
-  WriteLogConfig(*log_, "IntakeRun", "7");
-  WriteLogConfig(*log_, "IntakeRun", "8");
-  EXPECT_EQ(ReadLogConfig(*log_, "IntakeRun"), "8");
-  EXPECT_EQ(log_->OpenRecordset("TConfig")->RecordCount(), 3);
-}
-
 TEST_F(EmptyLog, ProgramFolderIsGivenElseNamedElseTheExecutables) {
   Globals globals;
   SetProgramFolder(globals, "");

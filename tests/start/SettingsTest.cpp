@@ -71,12 +71,6 @@ TEST_F(Settings, ForgetALogThatIsGone) {
   EXPECT_FALSE(later.dBegGl.IsSet());
 }
 
-TEST_F(Settings, FindALogNamedFromTheProgramFolder) {
-  Holds("[User]\nDataFile=..\\Daten\\Log [alt].mdb\n");
-  Load();
-  EXPECT_TRUE(std::filesystem::equivalent(globals_.strDataFileGl, log_)) << globals_.strDataFileGl;
-}
-
 TEST_F(Settings, ReadDatesOfEveryForm) {
   struct Row {
     const char* text;

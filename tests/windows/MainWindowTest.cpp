@@ -55,29 +55,6 @@ TEST_F(MainWindow, AHeadingSortsAndTheNumbersHeadingBeeps) {
   EXPECT_EQ(program_->Grid().horizontalHeader()->sortIndicatorSection(), logview::kPatientColumn);
 }
 
-TEST_F(MainWindow, AValueCanBeCorrectedUntilTheLogIsClosedAndNeverAgain) {
-  Starts();
-  for (const char* voltage : {"63", "65"}) {
-    program_->Enters(0, kVoltageColumn, voltage);
-    EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), voltage);
-    EXPECT_EQ(Stored("tXraySVolt"), voltage);
-  }
-  EXPECT_TRUE(Child<QLabel>(program_->Window(), "pnlPending").isVisible());
-  ASSERT_TRUE(program_->Quits());
-
-  Starts();
-  (void)program_->TakeMessages();
-  EXPECT_EQ(program_->Grid().StateOf(0, kVoltageColumn), ui::CellState::kLocked);
-  program_->Enters(0, kVoltageColumn, "70");
-  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RS_ERR_CHANGE"_key)));
-  EXPECT_EQ(Stored("tXraySVolt"), "65");
-  for (const char* comment : {"ohne Befund", "Karies 36"}) {
-    program_->Enters(0, logview::kCommentColumn, comment);
-    EXPECT_EQ(Stored("tXraySComment"), comment);
-  }
-  EXPECT_TRUE(program_->TakeMessages().isEmpty());
-}
-
 TEST_F(MainWindow, EachSelectionShowsItsRowsAndACancelledOneChangesNothing) {
   Starts();
   const auto year = [](QDialog& dialog) { EntersPeriod(dialog, "1.1.2020", "31.12.2020"); };
