@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "core/EngineMessages.h"
 #include "seals/Ledger.h"
 #include "seals/LogSeals.h"
 #include "start/VerifyText.h"
@@ -32,7 +33,8 @@ void PrepareSeals(core::Globals& globals, const Services& services) {
   } catch (const dao::EngineError& error) {
     globals.LedgerGl.reset();
     globals.ReadOnlyGl = true;
-    services.Messages().Critical("SL_ERR_OPEN"_key, {{"strError", error.what()}});
+    services.Messages().Critical("SL_ERR_OPEN"_key,
+                                 {{"strError", core::EngineErrorText(services.texts, error)}});
   }
 }
 
@@ -59,7 +61,7 @@ void CheckLastHead(const core::Globals& globals, const Services& services) {
   try {
     if (seen && !seals::Holds(log, *seen)) WarnOfLostHead(globals, services, *seen);
   } catch (const dao::EngineError& error) {
-    services.Messages().ShowText(error.what());
+    services.Messages().ShowText(core::EngineErrorText(services.texts, error));
   }
   RememberHead(globals, services.ini);
 }

@@ -81,6 +81,20 @@ TEST_F(MaintenanceCommandsTest, ALogWithoutItsVersionIsNotOk) {
   EXPECT_EQ(installation_.Ctl("check").out, "ok\n");
 }
 
+TEST_F(MaintenanceCommandsTest, AnEngineErrorIsToldInTheUsersLanguage) {
+  installation_.Reports({NewExposure("Neu", "XI", "01.03.2004", "20:00:00")});
+  installation_.WithLog(false, [this](dao::Database& log) {
+    const dao::ChangeGroup writes = log.BeginChanges();
+    for (const auto& [language, text] : {std::pair{"D", "3045: Die Datei wird gerade von einem anderen"},
+                                         {"GB", "3045: The file is in use by another workstation"}}) {
+      installation_.SetLanguage(language);
+      for (const char* command : {"update", "compact", "repair"}) {
+        EXPECT_THAT(installation_.Ctl(command).err, HasSubstr(text)) << command;
+      }
+    }
+  });
+}
+
 TEST_F(MaintenanceCommandsTest, FilesThatAreNoLogAreRefusedByEveryCommand) {
   const fs::path folder = installation_.suite() / "Data";
   Installation::Write(folder / "text.mdb", "This is a letter to the dentist.\n" + std::string(5000, 'x'));
