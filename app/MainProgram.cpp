@@ -74,6 +74,7 @@ bool MainProgram::Open(const std::string& file) {
                                    : start::OpenAndCheckDataFile(globals_, services_, file, isOld);
   const bool opened = result == start::Opened::kYes;
   if (opened) edits_.Clear();
+  if (opened) newRows_.Forget();
   if (opened) start::CheckLastHead(globals_, services_);
   if (opened && isOld) start::TellOldLogIsProtected(services_, file);
   view_.RefreshCommands();
@@ -138,6 +139,7 @@ void MainProgram::RunUpdate() {
   // The modal update dialog lets activations and timer shots through.
   if (updating_) return;
   updating_ = true;
+  newRows_.BeginUpdate(*globals_.LogEngineGl->Database());
   view_.ShowUpdateRun();
   updating_ = false;
 }

@@ -219,7 +219,7 @@ void frmMDIMain::ViewResults() {
   } else {
     const logview::ViewContext view{context_.globals,       context_.services.texts, context_.services.ini,
                                     context_.services.user, context_.scheme,         context_.shortDate,
-                                    program_.Edits()};
+                                    program_.Edits(),       program_.NewRows()};
     results_ = new logview::frmResults(view, *this);
     AddChild(results_);
   }

@@ -32,6 +32,9 @@ TEST_F(MainWindow, LeavesThemAfterANoUntilTheUpdateIsAskedFor) {
   EXPECT_EQ(program_->Grid().ApproximateCount(), 5) << "activation updates again, without a question";
   EXPECT_EQ(program_->Grid().Row(), 4) << "on the same exposure as before";
   EXPECT_EQ(program_->Grid().Col(), int{logview::kCommentColumn});
+  const auto meaning = [this](int row) { return program_->Grid().Model().Description(row, 0); };
+  EXPECT_EQ(meaning(0), program_->Text("RS_STATE_NEW"_key));
+  EXPECT_EQ(meaning(1), "") << "came with the update before";
   (void)program_->TakeMessages();
   program_->Triggers(mnuEditUpdate);
   EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("MN_NOXR"_key)));
