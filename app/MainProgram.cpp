@@ -78,6 +78,7 @@ bool MainProgram::Open(const std::string& file) {
   const bool opened = result == start::Opened::kYes;
   if (opened) edits_.Clear();
   if (opened) {
+    newRows_.Forget();
     start::CheckLastHead(globals_, services_);
     start::RememberHead(globals_, services_.ini);
   }
@@ -144,6 +145,7 @@ void MainProgram::RunUpdate() {
   // The modal update dialog lets activations and timer shots through.
   if (updating_) return;
   updating_ = true;
+  newRows_.BeginUpdate(*globals_.LogEngineGl->Database());
   view_.ShowUpdateRun();
   updating_ = false;
 }

@@ -8,6 +8,7 @@
 #include "app/SelectionCommands.h"
 #include "core/Globals.h"
 #include "logview/CEdits.h"
+#include "logview/NewRows.h"
 #include "start/OldDataFile.h"
 #include "start/StartUp.h"
 
@@ -93,6 +94,7 @@ class MainProgram {
 
   [[nodiscard]] CommandState State() const;
   [[nodiscard]] logview::CEdits& Edits() { return edits_; }
+  [[nodiscard]] const logview::NewRows& NewRows() const { return newRows_; }
 
  private:
   void ReplaceDataFile(const std::string& file);
@@ -110,6 +112,7 @@ class MainProgram {
   start::Services services_;
   MainView& view_;
   logview::CEdits edits_;
+  logview::NewRows newRows_;
   bool updating_ = false;
   bool reopening_ = false;
   bool offeringRepair_ = false;

@@ -37,7 +37,11 @@ struct WindowContext {
 };
 
 /// The program's only top-level window. It is built from the command tables and shows what MainProgram does.
-class frmMDIMain final : public QMainWindow, private MainView, private logview::ResultsHost, private MruMenu {
+class frmMDIMain final : public QMainWindow,
+                         private MainView,
+                         private CommandHost,
+                         private logview::ResultsHost,
+                         private MruMenu {
  public:
   explicit frmMDIMain(const WindowContext& context);
   ~frmMDIMain() override;
@@ -64,12 +68,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void ShowHistory();
   void ApplyViewOptions();
   void Run(CommandId id);
-  void RunView(CommandId id);
-  void RunPrint(CommandId id);
-  void ShowAbout();
-  void ShowVerify();
   [[nodiscard]] report::PrintContext PrintContext();
-  void ShowPreview();
   void ShowStatus();
   /// Shows a window in the frame, as large as that and of a useful size when it is not.
   void AddChild(QWidget* window);
@@ -82,6 +81,19 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void OpenRecent(const std::string& file);
   void ApplicationStateChanged(Qt::ApplicationState state);
   void UpdateWhenFree();
+
+  // CommandHost
+  [[nodiscard]] MainProgram& Program() override { return program_; }
+  void Quit() override { close(); }
+  void Print() override;
+  void ShowPreview() override;
+  void SetUpPrinter() override;
+  void ShowVerify() override;
+  void Toggle(bool core::Globals::*option) override;
+  void ReloadView() override;
+  void ShowPropertiesOfLog() override { ShowProperties(); }
+  void ShowHelp(HelpPart part) override;
+  void ShowAbout() override;
 
   // MainView
   bool AskPeriod() override;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "core/EngineMessages.h"
 #include "core/Installation.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
@@ -137,7 +138,7 @@ void Session::FailToOpen(std::int32_t error) {
   const bool isInUse = error == static_cast<std::int32_t>(dao::ErrorNumber::kFileInUse);
   const core::TextKey key = isInUse ? "MN_ERR_DBOPENEX"_key : "MN_ERR_DBOPEN"_key;
   const std::string text = Text(key, {{"strFile", LogFile()}});
-  FailWith(isInUse ? text : text + " (" + Engine().LastError() + ")");
+  FailWith(isInUse ? text : text + " (" + core::EngineErrorText(texts_, Engine()) + ")");
 }
 
 void Session::FailWith(const std::string& message) {

@@ -15,6 +15,7 @@
 #include "intake/CodeMappings.h"
 #include "logview/CEdits.h"
 #include "logview/CTDBGColumnsINI.h"
+#include "logview/NewRows.h"
 #include "logview/RowDisplay.h"
 #include "logview/WriteRow.h"
 #include "platform/ShortDate.h"
@@ -31,6 +32,7 @@ struct ViewContext {
   const intake::ToothScheme& scheme;
   const platform::ShortDate& shortDate;
   CEdits& edits;
+  const NewRows& newRows;
 
   [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/EngineMessages.h"
 #include "seals/Ledger.h"
 #include "seals/LogSeals.h"
 #include "start/VerifyText.h"
@@ -44,7 +45,8 @@ void PrepareSeals(core::Globals& globals, const Services& services) {
   } catch (const dao::EngineError& error) {
     globals.LedgerGl.reset();
     globals.ReadOnlyGl = true;
-    services.Messages().Critical("SL_ERR_OPEN"_key, {{"strError", error.what()}});
+    services.Messages().Critical("SL_ERR_OPEN"_key,
+                                 {{"strError", core::EngineErrorText(services.texts, error)}});
   }
 }
 
@@ -72,7 +74,7 @@ bool CheckLastHead(const core::Globals& globals, const Services& services) {
     if (!seen || seals::Holds(log, *seen)) return true;
     WarnOfLostHead(globals, services, *seen);
   } catch (const dao::EngineError& error) {
-    services.Messages().ShowText(error.what());
+    services.Messages().ShowText(core::EngineErrorText(services.texts, error));
   }
   return false;
 }
