@@ -161,7 +161,7 @@ TEST_F(MaintenanceTest, TheNewFileHasTheNameAndPermissionsOfTheOld) {
   fs::permissions(path_, group);
   Open(path_)->Execute("DELETE FROM TXray WHERE rowid > 10");
   engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption, [&](double) {
-    for (const std::string& name : FilesInFolder()) {
+    for (const std::string& name : folder_.Names()) {
       const bool isTemporary = name.starts_with("log.TMP");
       EXPECT_TRUE(!isTemporary || fs::status(Path(name)).permissions() == group) << name;
     }
