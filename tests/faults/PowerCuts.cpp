@@ -1,6 +1,6 @@
 #include "tests/faults/PowerCuts.h"
 
-#include <array>
+#include <algorithm>
 #include <set>
 
 namespace varnlog::faults {
@@ -21,13 +21,20 @@ void CutPower(Scene& scene, const std::vector<Step>& run, const std::vector<Powe
 }
 
 void CutPowerAfterFailedFlushes(Scene& scene, Findings& findings) {
-  constexpr std::array kVariants = {PowerCut::kNothing, PowerCut::kNamesOnly, PowerCut::kContentOnly};
-  for (const Step& flush : std::vector(scene.Recorded())) {
-    if (flush.call != Call::kSync) continue;
-    const std::vector<Step> run = scene.Records(FaultPlan().Fail(flush.number, EIO));
-    std::vector<PowerCut> cuts;
-    for (const int variant : kVariants) cuts.push_back({run.back().number, variant});
-    CutPower(scene, run, cuts, Disk::Flushing::kWorks, findings);
+  constexpr int kVariants = 8;
+  constexpr std::size_t kFew = 30;
+  std::vector<std::uint64_t> flushes;
+  for (const Step& step : scene.Recorded()) {
+    if (step.call == Call::kSync && step.path == scene.folder()) flushes.push_back(step.number);
+  }
+  for (std::size_t i = 0; i < flushes.size(); ++i) {
+    FaultPlan plan;
+    for (const std::size_t failing : {i, std::min(i + 1, flushes.size() - 1)})
+      plan.Fail(flushes[failing], EIO);
+    const std::vector<Step> run = scene.Records(plan);
+    std::vector<PowerCut> cuts = EveryPowerCut(run, kVariants);
+    std::erase_if(cuts, [&](const PowerCut& cut) { return cut.after < flushes[i]; });
+    CutPower(scene, run, Chosen(cuts, kFew), Disk::Flushing::kWorks, findings);
   }
 }
 

@@ -12,7 +12,8 @@ namespace varnlog::faults {
 void CutPower(Scene& scene, const std::vector<Step>& run, const std::vector<PowerCut>& cuts,
               Disk::Flushing flushing, Findings& findings);
 
-/// Each flush fails once, and the power goes at the end of that run.
+/// Each flush of the folder fails together with the next one, which would make up for it, and the power goes
+/// at some time after it.
 void CutPowerAfterFailedFlushes(Scene& scene, Findings& findings);
 
 }  // namespace varnlog::faults

@@ -1,6 +1,10 @@
 #include "db/dao/sqlite/CountingVfs.h"
 
+#include <exception>
+
 #include <sqlite3.h>
+
+#include "platform/SafeFile.h"
 
 namespace varnlog::dao {
 
@@ -13,6 +17,7 @@ struct CountedFile {
   sqlite3_file base;
   int lockLevel;
   bool isDatabase;
+  const char* unflushedJournal;  // its path, until its name is on the disk
 };
 
 sqlite3_vfs* SystemVfs(sqlite3_vfs* vfs) {
@@ -42,7 +47,25 @@ int Write(sqlite3_file* file, const void* buffer, int amount, sqlite3_int64 offs
 int Truncate(sqlite3_file* file, sqlite3_int64 size) {
   return InnerMethods(file).xTruncate(Inner(file), size);
 }
+
+// The system's own file flushes the folder of a new journal as well, but takes a failure for none: the power
+// goes, the journal is not there, and what was overwritten is lost.
+int FlushFolderOf(const char* journal) noexcept {
+  try {
+    return platform::FlushFolder(platform::ToPath(journal).parent_path()) ? SQLITE_IOERR_DIR_FSYNC
+                                                                          : SQLITE_OK;
+  } catch (const std::exception&) {
+    return SQLITE_NOMEM;
+  }
+}
+
 int Sync(sqlite3_file* file, int flags) {
+  const char*& journal = reinterpret_cast<CountedFile*>(file)->unflushedJournal;
+  if (journal != nullptr) {
+    const int flushed = FlushFolderOf(journal);
+    if (flushed != SQLITE_OK) return flushed;
+    journal = nullptr;
+  }
   return InnerMethods(file).xSync(Inner(file), flags);
 }
 int FileSize(sqlite3_file* file, sqlite3_int64* size) {
@@ -123,6 +146,7 @@ int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int*
   auto& counted = *reinterpret_cast<CountedFile*>(file);
   counted.lockLevel = SQLITE_LOCK_NONE;
   counted.isDatabase = (flags & SQLITE_OPEN_MAIN_DB) != 0;
+  counted.unflushedJournal = (flags & SQLITE_OPEN_MAIN_JOURNAL) != 0 ? name : nullptr;
   return result;
 }
 
