@@ -4,6 +4,8 @@
 
 #include <QCommandLinkButton>
 
+#include "ui/QtText.h"
+
 namespace varnlog::app {
 
 namespace {
@@ -48,8 +50,8 @@ void Desk::Offer(const QString& title, std::vector<Choice> choices) {
     button->setIconSize({kIconSize, kIconSize});
     // Wider than it asks for, it would not be as high as it asks for.
     button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    button->setToolTip(choice.description);  // a long path is cut
-    button->setAutoDefault(true);            // the return key presses it
+    button->setToolTip(ui::PlainToolTip(choice.description));  // a long path is cut
+    button->setAutoDefault(true);                              // the return key presses it
     button->setAccessibleName(choice.text);
     button->setAccessibleDescription(choice.description);
     connect(button, &QAbstractButton::clicked, this, std::move(choice.run));

@@ -2,12 +2,14 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QTextDocument>
 #include <QToolButton>
 #include <gtest/gtest.h>
 
 #include "tests/Paths.h"
 #include "ui/GridColors.h"
 #include "ui/KeyNames.h"
+#include "ui/QtText.h"
 #include "ui/Theme.h"
 #include "ui/Toolbar.h"
 
@@ -121,6 +123,20 @@ TEST(KeyNames, StandInMenusAsInTheHelp) {
   QCoreApplication::installTranslator(&names);
   EXPECT_EQ(QKeySequence("Ctrl+Shift+PgUp").toString(QKeySequence::NativeText), "CTRL+SHIFT+PGUP");
   EXPECT_EQ(QKeySequence("Alt+Return").toString(QKeySequence::NativeText), "Alt+RETURN");
+}
+
+TEST(PlainToolTip, ShowsMarkUpInsteadOfObeyingIt) {
+  for (const char* const each : {"/logs/<b>2024</b>/Varnlog.mdb", "a & b", "plain"}) {
+    const QString text = QString::fromUtf8(each);
+    QTextDocument shown;
+    const QString tip = PlainToolTip(text);
+    if (Qt::mightBeRichText(tip)) {
+      shown.setHtml(tip);
+    } else {
+      shown.setPlainText(tip);
+    }
+    EXPECT_EQ(shown.toPlainText(), text);
+  }
 }
 
 }  // namespace
