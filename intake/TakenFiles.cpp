@@ -69,6 +69,12 @@ bool IsOldEnough(const TakenFile& taken, std::chrono::milliseconds grace) {
   return now - taken.stamp >= static_cast<std::uint64_t>(grace.count());
 }
 
+/// Another run has just given it another name, or somebody has put something else there.
+bool IsNoFile(const std::error_code& why) {
+  return why == std::errc::no_such_file_or_directory || why == std::errc::is_a_directory ||
+         why == std::errc::not_supported;
+}
+
 /// A file system that cannot tell who has a file open gives everybody a day to close it.
 constexpr std::chrono::hours kGraceWithoutSolitude{24};
 
@@ -83,10 +89,16 @@ std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange, std
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
     std::optional<TakenFile> taken = ParseName(platform::FromPath(entry->path().filename()), exchangeName);
-    const auto size = taken ? platform::FileSize(entry->path()) : std::nullopt;
-    if (!size) continue;
+    if (!taken) continue;
+    std::error_code why;
     taken->path = entry->path();
-    taken->size = *size;
+    taken->size = std::filesystem::file_size(taken->path, why);
+    if (IsNoFile(why)) continue;
+    // Not to know whether something is pending in it is not to know that nothing is.
+    if (why) {
+      error = why;
+      break;
+    }
     found.push_back(std::move(*taken));
   }
   if (error == std::errc::no_such_file_or_directory) error.clear();
