@@ -80,10 +80,9 @@ TEST(HelpPages, EveryDialogHasAPageThatExists) {
     EXPECT_THAT(PageNames(), testing::Contains(HelpPageOf(dialog))) << dialog;
   }
   const std::pair<const char*, const char*> topics[] = {
-      {"RC_XRNOTUPDATED", "update"},     {"RS_ERR_CHANGE", "entering"},
-      {"PS_ERR_NOTFOUND", "patients"},   {"MN_OPENXRLOG", "datafiles"},
-      {"DRS_SAVEPDF_TITLE", "printing"}, {"CV_ASK", "oldlogs"}, {"SL_ANCHOR", "history"},
-      {"MN_ERR_DBOPEN", "trouble"},      {"", "trouble"}};
+      {"RC_XRNOTUPDATED", "update"}, {"RS_ERR_CHANGE", "entering"},     {"PS_ERR_NOTFOUND", "patients"},
+      {"MN_OPENXRLOG", "datafiles"}, {"DRS_SAVEPDF_TITLE", "printing"}, {"CV_ASK", "oldlogs"},
+      {"SL_ANCHOR", "history"},      {"MN_ERR_DBOPEN", "trouble"},      {"", "trouble"}};
   for (const auto& [key, page] : topics) {
     EXPECT_EQ(HelpPageOf("MessageBox", key), page) << key;
     EXPECT_THAT(PageNames(), testing::Contains(page));
