@@ -25,7 +25,7 @@ std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
       {"frmPatSearch", "patients"},  {"frmBegEnd", "patients"},       {"frmRunUpdate", "update"},
       {"frmCancelUpdate", "update"}, {"frmUpdateNotices", "update"},  {"frmProperties", "datafiles"},
       {"frmPrinter", "printing"},    {"frmPrinterSetup", "printing"}, {"frmConvert", "oldlogs"},
-      {"frmAbout", "overview"},
+      {"frmVerify", "history"},      {"frmAbout", "overview"},
   };
   // Keys carry the prefix of the window that uses them.
   static constexpr std::pair<std::string_view, std::string_view> kKeys[] = {
@@ -42,6 +42,7 @@ std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
       {"DRS_", "printing"},
       {"MN_ERR_NOPRINTER", "printing"},
       {"CV_", "oldlogs"},
+      {"SL_", "history"},
   };
   const auto* const page =
       std::ranges::find_if(kDialogs, [dialog](const auto& row) { return row.first == dialog; });

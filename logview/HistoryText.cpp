@@ -94,8 +94,12 @@ HistoryLine HistoryText::Line(const seals::HistoryEntry& entry, std::string_view
 
 std::string HistoryText::Note(const seals::HistoryEntry& entry) const {
   std::string note = What(entry);
-  for (const std::string& part : {When(entry.origin), WhoOf(entry.origin), entry.origin.place})
-    if (!part.empty()) note += (note.size() == What(entry).size() ? " \u2013 " : ", ") + part;
+  const char* before = " \u2013 ";
+  for (const std::string& part : {When(entry.origin), WhoOf(entry.origin), entry.origin.place}) {
+    if (part.empty()) continue;
+    note += before + part;
+    before = ", ";
+  }
   return note;
 }
 

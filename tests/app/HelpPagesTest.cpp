@@ -76,14 +76,13 @@ TEST(HelpPages, TheKeyboardPageNamesEveryShortcut) {
 TEST(HelpPages, EveryDialogHasAPageThatExists) {
   for (const char* dialog :
        {"frmPatSearch", "frmBegEnd", "frmRunUpdate", "frmCancelUpdate", "frmUpdateNotices", "frmProperties",
-        "frmPrinter", "frmPrinterSetup", "frmConvert", "frmAbout", "MessageBox", ""}) {
+        "frmPrinter", "frmPrinterSetup", "frmConvert", "frmVerify", "frmAbout", "MessageBox", ""}) {
     EXPECT_THAT(PageNames(), testing::Contains(HelpPageOf(dialog))) << dialog;
   }
   const std::pair<const char*, const char*> topics[] = {
-      {"RC_XRNOTUPDATED", "update"},     {"RS_ERR_CHANGE", "entering"},
-      {"PS_ERR_NOTFOUND", "patients"},   {"MN_OPENXRLOG", "datafiles"},
-      {"DRS_SAVEPDF_TITLE", "printing"}, {"CV_ASK", "oldlogs"},
-      {"MN_ERR_DBOPEN", "trouble"},      {"", "trouble"}};
+      {"RC_XRNOTUPDATED", "update"}, {"RS_ERR_CHANGE", "entering"},     {"PS_ERR_NOTFOUND", "patients"},
+      {"MN_OPENXRLOG", "datafiles"}, {"DRS_SAVEPDF_TITLE", "printing"}, {"CV_ASK", "oldlogs"},
+      {"SL_ANCHOR", "history"},      {"MN_ERR_DBOPEN", "trouble"},      {"", "trouble"}};
   for (const auto& [key, page] : topics) {
     EXPECT_EQ(HelpPageOf("MessageBox", key), page) << key;
     EXPECT_THAT(PageNames(), testing::Contains(page));
