@@ -42,13 +42,6 @@ TEST_F(RoughUse, AnotherWorkstationsWorkShowsWhenAValueIsEntered) {
   EXPECT_EQ(Stored("tXraySVolt"), program_->Grid().CellText(0, kVoltageColumn).toStdString());
   EXPECT_EQ(entering(1, kVoltageColumn, "66"), program_->Text("RS_ERR_RECDEL"_key).toStdString());
 
-  dao::DBEngine engine;
-  engine.SetSystemDB((installation_.program() / "system.mdw").string());
-  const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
-  const auto log = workspace->OpenDatabase(installation_.log().string(), false, false);
-  workspace->BeginTrans();
-  EXPECT_EQ(entering(0, logview::kCommentColumn, "gesperrt"), inUse);
-  workspace->Rollback();
   EXPECT_TRUE(entering(0, logview::kCommentColumn, "frei").empty());
   EXPECT_EQ(Stored("tXraySComment"), "frei");
   program_->Triggers(mnuViewLoad);
