@@ -18,7 +18,6 @@ class ByteReader {
 
   [[nodiscard]] std::uint8_t U8(std::size_t offset) { return Number<std::uint8_t, 1>(offset); }
   [[nodiscard]] std::uint16_t U16(std::size_t offset) { return Number<std::uint16_t, 2>(offset); }
-  [[nodiscard]] std::uint32_t U24(std::size_t offset) { return Number<std::uint32_t, 3>(offset); }
   [[nodiscard]] std::uint32_t U32(std::size_t offset) { return Number<std::uint32_t, 4>(offset); }
   [[nodiscard]] std::uint64_t U64(std::size_t offset) { return Number<std::uint64_t, 8>(offset); }
   [[nodiscard]] double F64(std::size_t offset) { return std::bit_cast<double>(U64(offset)); }

@@ -15,7 +15,6 @@ class SharedLibrary {
   SharedLibrary(const SharedLibrary&) = delete;
   SharedLibrary& operator=(const SharedLibrary&) = delete;
 
-  [[nodiscard]] bool IsLoaded() const { return handle_ != nullptr; }
   [[nodiscard]] const std::string& Error() const { return error_; }
 
   /// The exported function, or nullptr.

@@ -30,9 +30,6 @@ class CFileDialog {
   void SetHelpTopic(std::string_view textKey) { helpTopic_ = textKey; }
 
   [[nodiscard]] const std::string& InitDir() const { return initDir_; }
-  [[nodiscard]] const std::string& DialogTitle() const { return title_; }
-  [[nodiscard]] const std::string& Filter() const { return filter_; }
-  [[nodiscard]] const std::string& DefaultExt() const { return defaultExt_; }
   [[nodiscard]] const std::string& FileName() const { return fileName_; }
 
   /// The full path of an existing file, or nothing when the user cancelled.

@@ -122,18 +122,8 @@ void TDBGrid::SetColumns(std::vector<GridColumn> columns) {
   SetSortIndicator(std::nullopt);
 }
 
-void TDBGrid::SetHeading(int column, const QString& heading) {
-  model_.Column(column).heading = heading;
-  model_.HeadingChanged(column);
-}
-
 void TDBGrid::SetMaxLength(int column, std::optional<int> characters) {
   model_.Column(column).maxLength = characters;
-}
-
-void TDBGrid::SetColumnList(int column, const QStringList& entries) {
-  model_.Column(column).list = entries;
-  viewport()->update();
 }
 
 void TDBGrid::SetColumnWidth(int column, int width) {

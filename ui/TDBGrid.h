@@ -42,10 +42,8 @@ class TDBGrid final : public QTableView {
   /// Removes the existing columns. Forgets the sort indicator.
   void SetColumns(std::vector<GridColumn> columns);
   [[nodiscard]] int ColumnCount() const { return model_.columnCount(); }
-  void SetHeading(int column, const QString& heading);
   /// Characters, not bytes; nothing: no limit.
   void SetMaxLength(int column, std::optional<int> characters);
-  void SetColumnList(int column, const QStringList& entries);
   /// Device-independent pixels; kept between kNarrowest and kWidest. The last column is shown wider where
   /// there is room.
   void SetColumnWidth(int column, int width);

@@ -53,7 +53,6 @@ class TDBGridModel final : public QAbstractTableModel {
   [[nodiscard]] const GridColumn& Column(int column) const {
     return columns_.at(static_cast<std::size_t>(column));
   }
-  void HeadingChanged(int column) { emit headerDataChanged(Qt::Horizontal, column, column); }
 
   /// Forgets the rows and shows `count` others.
   void ReBind(std::int64_t count);

@@ -40,18 +40,6 @@ std::multiset<std::string> Bones(const std::string& page) {
   return {std::sregex_token_iterator(page.begin(), page.end(), bone), {}};
 }
 
-TEST(HelpPages, EachLanguageHasThePagesOfTheList) {
-  const auto names = PageNames();
-  ASSERT_THAT(names, testing::Contains("overview"));
-  for (const std::string language : kLanguages) {
-    std::set<std::string> files;
-    for (const auto& entry : fs::directory_iterator(HelpFolder() / language)) {
-      files.insert(entry.path().stem().string());
-    }
-    EXPECT_THAT(files, testing::UnorderedElementsAreArray(names)) << language;
-  }
-}
-
 TEST(HelpPages, SayTheSameInEachLanguage) {
   for (const std::string& name : PageNames()) {
     const auto german = Bones(Page("D", name));

@@ -89,7 +89,9 @@ TEST_F(MaintenanceCommandsTest, AnEngineErrorIsToldInTheUsersLanguage) {
                                          {"GB", "3045: The file is in use by another workstation"}}) {
       installation_.SetLanguage(language);
       for (const char* command : {"update", "compact", "repair"}) {
-        EXPECT_THAT(installation_.Ctl(command).err, HasSubstr(text)) << command;
+        const Ended run = installation_.Ctl(command);
+        EXPECT_EQ(run.status, 1) << command;
+        EXPECT_THAT(run.err, HasSubstr(text)) << command;
       }
     }
   });

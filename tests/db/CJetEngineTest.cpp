@@ -200,6 +200,18 @@ TEST_F(CJetEngineTest, AFailedCompactionNeverTouchesTheSource) {
   EXPECT_GT(fs::file_size(itself), 0U);
 }
 
+// The text of a failure stays; whether the last operation failed, its number says.
+TEST_F(CJetEngineTest, ASecondFailureWithTheSameTextIsAFailure) {
+  const std::string path = MakeDatabase("Log.mdb");
+  for (int i = 0; i < 2; ++i) {
+    jet_.CompactDatabase(Path("none.mdb"));
+    EXPECT_EQ(jet_.LastNumber(), 3024) << i;
+  }
+  jet_.CompactDatabase(path);
+  EXPECT_EQ(jet_.LastNumber(), 0);
+  EXPECT_FALSE(jet_.LastError().empty());
+}
+
 TEST_F(CJetEngineTest, CreatesDatabases) {
   const std::string path = Path("New.mdb");
   const std::int32_t size = jet_.CreateDatabase(path, 0, true);

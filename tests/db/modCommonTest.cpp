@@ -176,5 +176,15 @@ TEST_F(FileHelpers, ChangeTheCurrentFolder) {
   fs::current_path(before);
 }
 
+TEST_F(FileHelpers, FindTablesWithoutRegardToCase) {
+  dao::DBEngine engine;
+  const auto database = engine.CreateDatabase(In("Log.mdb"), "", dao::kNoOption);
+  database->Execute("CREATE TABLE TXray (a INTEGER)");
+  EXPECT_TRUE(TableExists(*database, "txRAY"));
+  EXPECT_FALSE(TableExists(*database, "TConfig"));
+  database->Close();
+  EXPECT_THROW(static_cast<void>(TableExists(*database, "TXray")), dao::EngineError);
+}
+
 }  // namespace
 }  // namespace varnlog::db

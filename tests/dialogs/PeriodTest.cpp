@@ -102,5 +102,9 @@ TEST_F(PeriodTest, SaysWhatItIsAskedForAndWhenItIsReversed) {
   }
 }
 
+TEST_F(PeriodTest, CurrentYearRunsFromNewYearToToday) {
+  EXPECT_EQ(Period(selection, shortDate, clock).CurrentYear(), (PeriodBoxes{"01.01.2024", "17.05.2024"}));
+}
+
 }  // namespace
 }  // namespace varnlog::dialogs

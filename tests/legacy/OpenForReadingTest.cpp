@@ -71,25 +71,6 @@ TEST_F(OpenForReading, RecordSetsOfEveryKindAndSeekWork) {
   EXPECT_EQ(table->Fields("tXraySName").Text(), all->Fields("tXraySName").Text());
 }
 
-TEST_F(OpenForReading, NothingCanBeChanged) {
-  HasSample("log-1.1-jet3-cp1252.mdb");
-  const auto log = Open(log_());
-  EXPECT_TRUE(log->IsReadOnly());
-  EXPECT_EQ(log->Name(), log_().string());
-  const auto rows = log->OpenRecordset("SELECT * FROM TXray", RecordsetType::kDynaset);
-  EXPECT_EQ(test::ErrorOf([&] {
-              rows->Edit();
-              rows->Fields("tXraySDr").SetText("X");
-              rows->Update();
-            }),
-            ErrorNumber::kReadOnlyDatabase);
-  EXPECT_EQ(test::ErrorOf([&] { rows->AddNew(); }), ErrorNumber::kReadOnlyDatabase);
-  EXPECT_EQ(test::ErrorOf(
-                [&] { log->TableDefs("TXray").Append({.name = "tNew", .type = dao::FieldType::kBoolean}); }),
-            ErrorNumber::kReadOnlyDatabase);
-  EXPECT_EQ(samples::Read(log_()), original_);
-}
-
 TEST_F(OpenForReading, WhatCannotBeOpenedSaysWhyAndInWhichFile) {
   const std::string sound = samples::ReadOurs("log-1.1-jet4-scratch.mdb");
   struct Row {

@@ -58,6 +58,9 @@ TEST_F(EditingTest, OnlyOpenValuesCanBeEdited) {
     EXPECT_FALSE(decision.beep) << row.column;
     EXPECT_EQ(CellStateOf(*rows, row.column), row.state) << row.column;
   }
+  const EditDecision pressed = ButtonClick(*rows, kRetakeColumn);
+  EXPECT_TRUE(!pressed.allowed && pressed.beep);
+  EXPECT_EQ(pressed.message, "RS_ERR_CHANGE"_key);
 }
 
 TEST_F(EditingTest, ThePregnancyOfAMaleBeepsEvenWhenItsFlagIsSet) {

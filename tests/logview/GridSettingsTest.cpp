@@ -34,8 +34,14 @@ TEST(CRGBColorINI, ReadsColoursAndNeverOverflows) {
   }
 }
 
-TEST(GridColors, ComeFromTheirOwnKeys) {
+TEST(GridColors, ComeFromTheirOwnKeysOrAreTheDefaults) {
   FakeSettings settings;
+  const GridColors unset = LoadGridColors(settings, "varnlog.ini");
+  EXPECT_EQ(unset.lockedBack, 0x80000013U);
+  EXPECT_EQ(unset.lockedFore, 0U);
+  EXPECT_EQ(unset.editFore, 0xFF0000U);
+  EXPECT_EQ(unset.editBack, 0xFFFFFFU);
+  EXPECT_EQ(unset.noneEditBack, 65535U);
   settings.values[{"GridColors", "LockedBackColor"}] = "R=1;G=0;B=0";
   settings.values[{"GridColors", "LockedForeColor"}] = "R=2;G=0;B=0";
   settings.values[{"GridColors", "EditForeColor"}] = "R=3;G=0;B=0";

@@ -165,5 +165,10 @@ TEST(Columns, WriteAndSortByFieldsOfTheLog) {
   }
 }
 
+TEST_F(SelectionTest, ANameThatHoldsTheMarkerIsShownAsItIs) {
+  selection_.strPatNameGl = "$strPatName$";
+  EXPECT_EQ(Select(SelectionKind::kPatient).headline, "Nachweis: $strPatName$, Käthe *01.02.1960");
+}
+
 }  // namespace
 }  // namespace varnlog::logview

@@ -122,16 +122,11 @@ TEST_F(Values, AValueIsEmptiedOnPurposeOnly) {
 }
 
 TEST_F(Values, ARefusedEntryStaysInItsEditor) {
-  {
-    dao::DBEngine engine;
-    engine.SetSystemDB((installation_.program() / "system.mdw").string());
-    const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
-    const auto log = workspace->OpenDatabase(installation_.log().string(), false, false);
-    workspace->BeginTrans();
+  installation_.WithLog(false, [this](dao::Database& log) {
+    const dao::ChangeGroup others = log.BeginChanges();
     program_->Enters(0, kVoltageColumn, "65");
     EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RS_ERR_RECORDEX"_key)));
-    workspace->Rollback();
-  }
+  });
   ASSERT_TRUE(program_->Grid().IsEditing());
   program_->Triggers(mnuViewLoad);
   EXPECT_EQ(Stored("tXraySVolt"), "65");
@@ -157,17 +152,14 @@ TEST_F(Values, QuittingNamesWhatWillBeLockedAndShowsItOnRequest) {
 
 TEST_F(Values, QuittingWaitsForAnotherWorkstationAndLeavesNothingOpenByItself) {
   program_->Enters(0, kVoltageColumn, "63");
-  dao::DBEngine engine;
-  engine.SetSystemDB((installation_.program() / "system.mdw").string());
-  const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
-  const auto log = workspace->OpenDatabase(installation_.log().string(), false, false);
-  workspace->BeginTrans();
-  program_->AnswersFirst({core::MessageAnswer::kYes, core::MessageAnswer::kCancel});
-  EXPECT_FALSE(program_->Quits());
-  const QString failure = program_->TakeMessages().value(1);
-  EXPECT_TRUE(failure.contains("3045: " + program_->Text("GL_ERR_3045"_key))) << failure.toStdString();
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "nothing was closed";
-  workspace->Rollback();
+  installation_.WithLog(false, [this](dao::Database& log) {
+    const dao::ChangeGroup others = log.BeginChanges();
+    program_->AnswersFirst({core::MessageAnswer::kYes, core::MessageAnswer::kCancel});
+    EXPECT_FALSE(program_->Quits());
+    const QString failure = program_->TakeMessages().value(1);
+    EXPECT_TRUE(failure.contains("3045: " + program_->Text("GL_ERR_3045"_key))) << failure.toStdString();
+    EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "nothing was closed";
+  });
   ASSERT_TRUE(program_->Quits());
   EXPECT_EQ(Stored("tXrayBEdVolt"), "0");
 }
