@@ -19,6 +19,7 @@ constexpr CommandDef kCommands[] = {
     {mnuFilePrintSetup, "mnuFilePrintSetup", "MN_MNU_FILEPRINTSETUP", "", "", kPrintable, false},
     {mnuFileVerify, "mnuFileVerify", "MN_MNU_FILEVERIFY", "", "", kDataFileOpen, false},
     {mnuFileEnd, "mnuFileEnd", "MN_MNU_FILEEND", "", "Ctrl+Q", kAlways, false},
+    {mnuFileExport, "mnuFileExport", "MN_MNU_FILEEXPORT", "", "Ctrl+E", kPrintable, false},
     {mnuEditUpdate, "mnuEditUpdate", "MN_MNU_UPDATE", "Update", "Ctrl+U", kUpdatable, false},
     {mnuSortPatAll, "mnuSortPatAll", "MN_MNU_SELPATALL", "PatAll", "Ctrl+F", kDataFileOpen, false},
     {mnuSortPatPeriod, "mnuSortPatPeriod", "MN_MNU_PATPERIOD", "PatPeriod", "Ctrl+Shift+F", kDataFileOpen,
@@ -52,7 +53,7 @@ constexpr MenuEntry kRecentFiles{MenuEntry::Kind::kRecentFiles, mnuFileNew};
 constexpr MenuEntry kFileMenu[] = {Item(mnuFileNew),   Item(mnuFileOpen),
                                    kSeparator,         Item(mnuFilePrintPreview),
                                    Item(mnuFilePrint), Item(mnuFilePrintSetup),
-                                   kSeparator,         Item(mnuFileVerify),
+                                   kSeparator,         Item(mnuFileVerify), Item(mnuFileExport),
                                    kRecentFiles,       kSeparator,
                                    Item(mnuFileEnd)};
 constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate)};

@@ -16,6 +16,7 @@ enum class CommandId {
   mnuFilePrintSetup,
   mnuFileVerify,
   mnuFileEnd,
+  mnuFileExport,
   mnuEditUpdate,
   mnuSortPatAll,
   mnuSortPatPeriod,

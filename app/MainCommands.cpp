@@ -1,3 +1,4 @@
+#include "app/ExportCommand.h"
 #include "app/Libraries.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
@@ -65,6 +66,9 @@ void frmMDIMain::Run(CommandId id) {
     case CommandId::mnuHelpSearch:
       help_->Show(HelpPart::kSearch);
       break;
+    case CommandId::mnuFileExport:
+      ExportShownRows();
+      break;
     case CommandId::mnuFilePrint:
     case CommandId::mnuFilePrintPreview:
     case CommandId::mnuFilePrintSetup:
@@ -96,6 +100,22 @@ report::PrintContext frmMDIMain::PrintContext() {
           .site = [this] { return context_.globals.SiteGl; },
           .log = [this] { return context_.globals.strDataFileGl; },
           .open = open};
+}
+
+void frmMDIMain::ExportShownRows() {
+  const ShownRows shown{results_->ShownRows(), results_->ShownColumns(), results_->Headline()};
+  if (!shown.rows) return context_.services.user.Beep();
+  ExportShown(this,
+              {.texts = context_.services.texts,
+               .user = context_.services.user,
+               .clock = context_.services.clock,
+               .scheme = context_.scheme,
+               .shortDate = context_.shortDate,
+               .ini = context_.services.ini,
+               .iniFile = context_.globals.IniFileGl,
+               .site = context_.globals.SiteGl,
+               .log = context_.globals.strDataFileGl},
+              shown);
 }
 
 void frmMDIMain::RunPrint(CommandId id) {

@@ -68,6 +68,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void RunPrint(CommandId id);
   void ShowAbout();
   void ShowVerify();
+  void ExportShownRows();
   [[nodiscard]] report::PrintContext PrintContext();
   void ShowPreview();
   void ShowStatus();

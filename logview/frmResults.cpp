@@ -267,6 +267,18 @@ bool frmResults::OpenRows(const std::string& sql) {
   return true;
 }
 
+std::unique_ptr<dao::Recordset> frmResults::ShownRows() const {
+  return data1_ ? data1_->Clone() : nullptr;
+}
+
+std::vector<int> frmResults::ShownColumns() const {
+  std::vector<int> shown;
+  for (int i = 0; i < kColumnCount; ++i) {
+    if (!grid_->isColumnHidden(i)) shown.push_back(i);
+  }
+  return shown;
+}
+
 void frmResults::CountFurtherRows() {
   try {
     populated_ = data1_->Populate(kRowsPerSlice);

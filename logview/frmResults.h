@@ -80,6 +80,10 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   [[nodiscard]] const std::string& RecordSource() const { return recordSource_; }
   /// What the rows are, as the report's title says it.
   [[nodiscard]] const std::string& Headline() const { return headline_; }
+  /// The rows shown, in their order, with a current row of their own; nullptr when none can be read.
+  [[nodiscard]] std::unique_ptr<dao::Recordset> ShownRows() const;
+  /// The numbers of the columns shown, from left to right.
+  [[nodiscard]] std::vector<int> ShownColumns() const;
   [[nodiscard]] ui::TDBGrid& Grid() { return *grid_; }
   /// The number of the exposure in the current row; nothing when there is none.
   [[nodiscard]] std::optional<std::int64_t> CurrentExposure() const;

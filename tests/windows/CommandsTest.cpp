@@ -9,7 +9,9 @@
 #include <QStatusBar>
 #include <QTreeWidget>
 
+#include "logview/Columns.h"
 #include "report/frmPreview.h"
+#include "tests/support/Databases.h"
 #include "tests/windows/MainWindow.h"
 #include "tools/exchange/ExposureGenerator.h"
 #include "ui/FileDialog.h"
@@ -94,7 +96,7 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
                                        mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
                                        mnuSortAll,       mnuViewLoad,      mnuFileVerify};
-  const std::set<CommandId> withView = {mnuFilePrint, mnuFilePrintPreview, mnuFilePrintSetup};
+  const std::set<CommandId> withView = {mnuFilePrint, mnuFilePrintPreview, mnuFilePrintSetup, mnuFileExport};
   const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
     a.insert(b.begin(), b.end());
     return a;
@@ -161,13 +163,35 @@ TEST_F(Commands, StandInMenusAndToolbarInTheirOrder) {
     }
   }
   EXPECT_EQ(entries.join(' ').toStdString(),
-            "mnuFile: FileNew FileOpen - FilePrintPreview FilePrint FilePrintSetup - FileVerify - - FileEnd "
+            "mnuFile: FileNew FileOpen - FilePrintPreview FilePrint FilePrintSetup - FileVerify FileExport - - FileEnd "
             "mnuEdit: "
             "EditUpdate mnuSort: "
             "SortPatAll SortPatPeriod - SortDateAll SortDateAllXI SortDateAllXP SortDateAllXC SortDateAllXS "
             "SortDateAllXV - SortAll mnuView: ViewToolbar ViewStatusbar ViewBigIcons ViewHistory - ViewLoad "
             "ViewProperties mnuHelp: "
             "HelpOnHelp HelpContents HelpIndex HelpSearch - HelpInfo");
+}
+
+TEST_F(Commands, ExportExactlyWhatIsShown) {
+  StartsQuietly();
+  program_->ClicksHeading(logview::kPatientColumn);
+  program_->Grid().setColumnHidden(logview::kDoseColumn, true);
+  std::vector<std::string> proposed;
+  const fs::path file = installation_.suite() / "Übergabe.json";
+  ui::CFileDialog::AnswerWith([&](const ui::CFileDialog& dialog) {
+    proposed.push_back(dialog.FileName());
+    return file.string();
+  });
+  program_->Triggers(mnuFileExport);
+  EXPECT_TRUE(program_->TakeMessages().value(0).contains(QString::fromStdString(file.string())));
+  EXPECT_TRUE(proposed.at(0).ends_with(".xlsx"));
+  const QString exported = QString::fromStdString(varnlog::test::Content(file));
+  EXPECT_FALSE(exported.contains("mGycm2"));
+  qsizetype at = 0;
+  for (const QString& patient : program_->ColumnTexts(logview::kPatientColumn)) {
+    at = exported.indexOf('"' + patient + '"', at + 1);
+    EXPECT_GT(at, 0) << patient.toStdString();
+  }
 }
 
 TEST_F(Commands, OpenAnotherLogAndKnowTheLastFour) {
