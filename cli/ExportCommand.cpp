@@ -28,8 +28,8 @@ class BarProgress final : public exports::ExportProgress {
 void WriteFile(Session& session, dao::Recordset& rows, const std::string& headline,
                const exports::ExportTarget& target) {
   const start::HostToothScheme scheme(session.globals(), session.ini());
-  const auto source = exports::MakeDisplayedRows(rows, {session.texts(), scheme, session.shortDate()},
-                                                 exports::AllColumns());
+  const auto source =
+      exports::MakeDisplayedRows(rows, {session.texts(), scheme, session.shortDate()}, exports::AllColumns());
   BarProgress progress(session.user());
   (void)exports::Export({.rows = rows,
                          .source = *source,

@@ -88,10 +88,9 @@ WorkbookForm FormOf(const ExportJob& job) {
 std::optional<std::int64_t> WriteText(const ExportJob& job, const ExportTarget& target, platform::File& file,
                                       ExportProgress& progress) {
   FileSink sink(file, target);
-  const auto writer =
-      target.format == Format::kCsv
-          ? MakeCsvWriter(sink, {.separator = target.listSeparator, .byteOrderMark = true})
-          : MakeJsonWriter(sink);
+  const auto writer = target.format == Format::kCsv
+                          ? MakeCsvWriter(sink, {.separator = target.listSeparator, .byteOrderMark = true})
+                          : MakeJsonWriter(sink);
   const auto written = WriteRows(job, *writer, progress);
   if (written) sink.Drain();
   return written;

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <map>
 #include <system_error>
-
 #include <xlsxwriter.h>
 
 #include "exports/ZipDirectory.h"
@@ -41,7 +40,8 @@ void Require(lxw_error error) {
 /// What spreadsheets accept as the name of a sheet.
 std::string SheetName(std::string_view wanted) {
   std::string name;
-  for (const char c : wanted) name += std::string_view("[]:*?/\\'").find(c) == std::string_view::npos ? c : ' ';
+  for (const char c : wanted)
+    name += std::string_view("[]:*?/\\'").find(c) == std::string_view::npos ? c : ' ';
   return std::string(platform::FirstCharacters(name, kLongestSheetName));
 }
 

@@ -19,7 +19,7 @@ struct WorkbookForm {
   std::string infoName = {};     // of the sheet with `facts`
   std::vector<std::pair<std::string, std::string>> facts = {};  // label and value, a line each
   std::string rowsLabel = {};                                   // of the line with the number of rows
-  std::int64_t rowsPerSheet = (std::int64_t{1} << 20U) - 1;  // the format's limit, without the headings
+  std::int64_t rowsPerSheet = (std::int64_t{1} << 20U) - 1;     // the format's limit, without the headings
 };
 
 /// The workbook could not be written; `what()` is the reason.
