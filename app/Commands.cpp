@@ -21,8 +21,13 @@ constexpr CommandDef kCommands[] = {
     {mnuFileEnd, "mnuFileEnd", "MN_MNU_FILEEND", "", "Ctrl+Q", kAlways, false},
     {mnuFileExport, "mnuFileExport", "MN_MNU_FILEEXPORT", "", "Ctrl+E", kPrintable, false},
     {mnuEditUpdate, "mnuEditUpdate", "MN_MNU_UPDATE", "Update", "Ctrl+U", kUpdatable, false},
+    {mnuEditFind, "mnuEditFind", "MN_MNU_EDITFIND", "", "Ctrl+Shift+F", kPrintable, false},
+    {mnuEditIncomplete, "mnuEditIncomplete", "MN_MNU_EDITINCOMPLETE", "", "Ctrl+Shift+I", kPrintable, true},
+    {mnuEditNextMissing, "mnuEditNextMissing", "MN_MNU_EDITNEXTMISSING", "", "F8", kPrintable, false},
+    {mnuEditPreviousMissing, "mnuEditPreviousMissing", "MN_MNU_EDITPREVMISSING", "", "Shift+F8", kPrintable,
+     false},
     {mnuSortPatAll, "mnuSortPatAll", "MN_MNU_SELPATALL", "PatAll", "Ctrl+F", kDataFileOpen, false},
-    {mnuSortPatPeriod, "mnuSortPatPeriod", "MN_MNU_PATPERIOD", "PatPeriod", "Ctrl+Shift+F", kDataFileOpen,
+    {mnuSortPatPeriod, "mnuSortPatPeriod", "MN_MNU_PATPERIOD", "PatPeriod", "Ctrl+Shift+D", kDataFileOpen,
      false},
     {mnuSortDateAll, "mnuSortDateAll", "MN_MNU_SELDATEALL", "DateAll", "Ctrl+D", kDataFileOpen, false},
     {mnuSortDateAllXI, "mnuSortDateAllXI", "MN_MNU_SELDATEALLXI", "", "", kDataFileOpen, false},
@@ -50,13 +55,15 @@ constexpr MenuEntry Item(CommandId id) {
 constexpr MenuEntry kSeparator{MenuEntry::Kind::kSeparator, mnuFileNew};
 constexpr MenuEntry kRecentFiles{MenuEntry::Kind::kRecentFiles, mnuFileNew};
 
-constexpr MenuEntry kFileMenu[] = {Item(mnuFileNew),   Item(mnuFileOpen),
-                                   kSeparator,         Item(mnuFilePrintPreview),
-                                   Item(mnuFilePrint), Item(mnuFilePrintSetup),
-                                   kSeparator,         Item(mnuFileVerify), Item(mnuFileExport),
-                                   kRecentFiles,       kSeparator,
-                                   Item(mnuFileEnd)};
-constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate)};
+constexpr MenuEntry kFileMenu[] = {Item(mnuFileNew),    Item(mnuFileOpen),
+                                   kSeparator,          Item(mnuFilePrintPreview),
+                                   Item(mnuFilePrint),  Item(mnuFilePrintSetup),
+                                   kSeparator,          Item(mnuFileVerify),
+                                   Item(mnuFileExport), kRecentFiles,
+                                   kSeparator,          Item(mnuFileEnd)};
+constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate),      kSeparator,
+                                   Item(mnuEditFind),        Item(mnuEditIncomplete),
+                                   Item(mnuEditNextMissing), Item(mnuEditPreviousMissing)};
 constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
                                         Item(mnuSortPatPeriod),
                                         kSeparator,

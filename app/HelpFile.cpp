@@ -40,6 +40,7 @@ std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
       {"PP_", "datafiles"},
       {"MN_OPENXRLOG", "datafiles"},
       {"EX_", "exporting"},
+      {"FD_", "selections"},
       {"DRS_", "printing"},
       {"MN_ERR_NOPRINTER", "printing"},
       {"CV_", "oldlogs"},

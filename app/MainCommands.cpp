@@ -66,6 +66,19 @@ void frmMDIMain::Run(CommandId id) {
     case CommandId::mnuHelpSearch:
       help_->Show(HelpPart::kSearch);
       break;
+    case CommandId::mnuEditFind:
+      results_->BeginFind();
+      break;
+    case CommandId::mnuEditIncomplete:
+      results_->SetOnlyIncomplete(!results_->OnlyIncomplete());
+      RefreshCommands();
+      break;
+    case CommandId::mnuEditNextMissing:
+      results_->GoToMissing(1);
+      break;
+    case CommandId::mnuEditPreviousMissing:
+      results_->GoToMissing(-1);
+      break;
     case CommandId::mnuFileExport:
       ExportShownRows();
       break;
@@ -84,7 +97,8 @@ report::PrintContext frmMDIMain::PrintContext() {
     report::PrintSource source;
     dao::Database& log = *context_.globals.LogEngineGl->Database();
     source.state = report::ReadLogState(log);
-    source.rows = log.OpenRecordset(results_->RecordSource(), dao::RecordsetType::kDynaset);
+    source.rows = results_->ShownRows();
+    if (!source.rows) source.rows = log.OpenRecordset(results_->RecordSource(), dao::RecordsetType::kDynaset);
     source.laterEntries =
         [entries = logview::LaterEntries(log, context_.services.texts, context_.scheme, context_.shortDate)](
             std::int64_t exposure, std::string_view type) { return entries.Of(exposure, type); };

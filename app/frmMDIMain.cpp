@@ -205,6 +205,8 @@ void frmMDIMain::BuildStatusBar() {
   pendingPanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_PENDINGTIP"_key));
   readOnlyPanel_ = panel("pnlReadOnly");
   readOnlyPanel_->setText(Caption(context_.services.texts, "MN_STATUS_READONLY"_key));
+  incompletePanel_ = panel("pnlIncomplete");
+  incompletePanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_INCOMPLETETIP"_key));
   rowsPanel_ = panel("pnlRows");
 }
 
@@ -226,6 +228,7 @@ void frmMDIMain::RefreshCommands() {
   for (const CommandDef& command : AllCommands()) {
     actions_.at(command.id)->setEnabled(IsEnabled(command.enabledWhen, state));
   }
+  actions_.at(CommandId::mnuEditIncomplete)->setChecked(results_ && results_->OnlyIncomplete());
   if (!state.dataFileOpen) SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
   CurrentRowChanged();
   ShowStatus();
@@ -244,6 +247,7 @@ void frmMDIMain::ShowStatus() {
   pendingPanel_->setVisible(pending > 0);
   pendingPanel_->setText(Caption(texts, "MN_STATUS_PENDING"_key, {{"lngCount", std::to_string(pending)}}));
   rowsPanel_->setVisible(state.logViewShown);
+  if (!state.logViewShown) ShowIncomplete(std::nullopt);
 }
 
 void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
@@ -252,6 +256,12 @@ void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
   if (!complete) text += QStringLiteral("...");
   rowsPanel_->setText(text);
   rowsPanel_->setVisible(true);
+}
+
+void frmMDIMain::ShowIncomplete(std::optional<std::int64_t> rows) {
+  incompletePanel_->setVisible(rows.value_or(0) > 0);
+  incompletePanel_->setText(Caption(context_.services.texts, "MN_STATUS_INCOMPLETE"_key,
+                                    {{"lngCount", std::to_string(rows.value_or(0))}}));
 }
 
 void frmMDIMain::SetCaption(const std::string& caption) {

@@ -106,6 +106,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   // logview::ResultsHost
   [[nodiscard]] QIcon PictureOf(const std::string& iconKey) const override;
   void ShowRowCount(std::int64_t rows, bool complete) override;
+  void ShowIncomplete(std::optional<std::int64_t> rows) override;
   void CurrentRowChanged() override;
   void LogReplaced() override;
   void ResultsClosed() override;
@@ -133,6 +134,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   logview::HistoryPane* history_;
   QTimer historyTimer_;
   QLabel* rowsPanel_ = nullptr;
+  QLabel* incompletePanel_ = nullptr;
   QLabel* filePanel_ = nullptr;
   QLabel* otherPanel_ = nullptr;
   QLabel* readOnlyPanel_ = nullptr;

@@ -75,6 +75,7 @@ const std::array<Column, kColumnCount> kColumns = {{
      .form = Form::kRetake,
      .field = "tXraySDiagRetry",
      .editFlag = "tXrayBEdDiagRetry",
+     .mayBeEmpty = true,
      .choices = kRetakes,
      .digits = 11},
     {.headingKey = "RS_PERSCHARGE",

@@ -31,6 +31,7 @@ struct Column {
   std::string_view field = {};     // the field that an edit writes; empty when the column is never written
   std::string_view editFlag = {};  // yes/no field that says whether `field` is open; empty: always open
   bool exceptForMen = false;       // never open for a male patient
+  bool mayBeEmpty = false;         // nothing is a value, too
   bool limitsInput = true;         // the grid takes no more characters than the field
   std::span<const core::TextKey> choices =
       {};                 // texts to choose from, beside an empty one; empty: typed freely

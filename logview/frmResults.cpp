@@ -135,6 +135,16 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   grid_->setAccessibleName(ui::Caption(context_.texts, "RS_ACC_GRID"_key));
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
+  find_ = new frmFind(context_.texts,
+                      {.changed =
+                           [this](const FindQuery& query) {
+                             filter_.SetQuery(query);
+                             FilterChanged();
+                           },
+                       .toRows = [this] { grid_->setFocus(); },
+                       .ended = [this] { EndFind(); }},
+                      this);
+  layout->addWidget(find_);
   layout->addWidget(grid_);
   setFocusProxy(grid_);
 
@@ -146,6 +156,8 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   connect(grid_, &QWidget::customContextMenuRequested, this, &frmResults::ShowContextMenu);
   countTimer_.setInterval(0);
   connect(&countTimer_, &QTimer::timeout, this, &frmResults::CountFurtherRows);
+  filterTimer_.setInterval(0);
+  connect(&filterTimer_, &QTimer::timeout, this, &frmResults::ReadForFilter);
 
   LoadColors();
   BuildColumns();
@@ -239,8 +251,10 @@ void frmResults::ShowPending() {
 bool frmResults::OpenRows(const std::string& sql) {
   countTimer_.stop();
   recordSource_ = sql;
+  filterTimer_.stop();
   rowSource_.reset();
   data1_.reset();
+  all_.reset();
   entered_.clear();
   populated_ = true;
   std::int64_t count = 0;
@@ -248,12 +262,15 @@ bool frmResults::OpenRows(const std::string& sql) {
   try {
     const HourGlass hourGlass;
     if (const auto& log = context_.globals.LogEngineGl->Database()) {
-      data1_ = log->OpenRecordset(sql, dao::RecordsetType::kDynaset);
-      populated_ = data1_->Populate(kRowsPerSlice);
+      all_ = log->OpenRecordset(sql, dao::RecordsetType::kDynaset);
+      populated_ = all_->Populate(kRowsPerSlice);
+      filter_.Renew(log);
+      data1_ = filter_.IsActive() ? filter_.Shown(*all_) : all_->Clone();
       count = data1_->RecordCount();
     }
   } catch (const dao::EngineError& error) {
     data1_.reset();
+    all_.reset();
     grid_->SetEmptyText(ui::Caption(context_.texts, "RS_UNREADABLE"_key));
     grid_->ReBind(0);
     host_.ShowRowCount(0, true);
@@ -262,13 +279,17 @@ bool frmResults::OpenRows(const std::string& sql) {
   }
   grid_->ReBind(count);
   MarkSort();
-  host_.ShowRowCount(count, populated_);
-  if (!populated_) countTimer_.start();
+  ShowCounts();
+  (populated_ ? filterTimer_ : countTimer_).start();
   return true;
 }
 
 std::unique_ptr<dao::Recordset> frmResults::ShownRows() const {
-  return data1_ ? data1_->Clone() : nullptr;
+  if (!data1_) return nullptr;
+  if (data1_->RecordCount() == 0) return data1_->Only({});
+  auto rows = data1_->Clone();
+  rows->MoveFirst();
+  return rows;
 }
 
 std::vector<int> frmResults::ShownColumns() const {
@@ -281,16 +302,20 @@ std::vector<int> frmResults::ShownColumns() const {
 
 void frmResults::CountFurtherRows() {
   try {
-    populated_ = data1_->Populate(kRowsPerSlice);
+    populated_ = all_->Populate(kRowsPerSlice);
   } catch (const dao::EngineError& error) {
     populated_ = true;
     countTimer_.stop();
     ShowError(error);
     return;
   }
-  if (populated_) countTimer_.stop();
+  if (populated_) {
+    countTimer_.stop();
+    filterTimer_.start();
+  }
+  if (filter_.IsActive()) return;
   grid_->SetApproximateCount(data1_->RecordCount());
-  host_.ShowRowCount(data1_->RecordCount(), populated_);
+  ShowCounts();
 }
 
 int frmResults::DigitWidth() const {
@@ -340,10 +365,13 @@ void frmResults::ReloadGrid() {
 
 void frmResults::CloseData() {
   countTimer_.stop();
+  filterTimer_.stop();
+  filter_.Close();
   grid_->SetEvents(nullptr);
   grid_->ReBind(0);
   rowSource_.reset();
   data1_.reset();
+  all_.reset();
 }
 
 void frmResults::ApplyReadOnly() {
@@ -453,18 +481,23 @@ bool frmResults::ConfirmEmptied(const ui::RowBuffer& entered) {
 }
 
 void frmResults::NoteEntries(int row, const RowBuffer& entered) {
+  const std::int64_t id = data1_->Ids()[static_cast<std::size_t>(row)];
   for (int column = 0; column < kColumnCount; ++column)
-    if (entered.at(static_cast<std::size_t>(column))) entered_.push_back({row, column});
+    if (entered.at(static_cast<std::size_t>(column))) entered_.push_back({id, column});
 }
 
+/// An entry whose exposure is not shown stays for later.
 std::optional<frmResults::Cell> frmResults::EntryToTakeBack() {
   const auto isPending = [this](const Cell& cell) {
     return grid_->StateOf(cell.row, cell.column) == ui::CellState::kPending;
   };
   const Cell current{grid_->Row(), grid_->Col()};
   if (current.row >= 0 && isPending(current)) return current;
-  while (!entered_.empty() && !isPending(entered_.back())) entered_.pop_back();
-  return entered_.empty() ? std::nullopt : std::optional(entered_.back());
+  for (auto entry = entered_.rbegin(); entry != entered_.rend(); ++entry) {
+    const auto cell = CellAt(*entry);
+    if (cell && isPending(*cell)) return cell;
+  }
+  return std::nullopt;
 }
 
 void frmResults::TakeBackEntry() {
@@ -517,6 +550,7 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
                                         context_.scheme, context_.edits);
     if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};
     NoteEntries(static_cast<int>(rows->AbsolutePosition()), entered);
+    NoteMissing(*rows);
   } catch (const dao::EngineError& error) {
     return WriteFailureOf(context_.texts, error);
   }

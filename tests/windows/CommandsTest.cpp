@@ -96,7 +96,9 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
                                        mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
                                        mnuSortAll,       mnuViewLoad,      mnuFileVerify};
-  const std::set<CommandId> withView = {mnuFilePrint, mnuFilePrintPreview, mnuFilePrintSetup, mnuFileExport};
+  const std::set<CommandId> withView = {mnuFilePrint,       mnuFilePrintPreview,   mnuFilePrintSetup,
+                                        mnuFileExport,      mnuEditFind,           mnuEditIncomplete,
+                                        mnuEditNextMissing, mnuEditPreviousMissing};
   const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
     a.insert(b.begin(), b.end());
     return a;
@@ -163,9 +165,10 @@ TEST_F(Commands, StandInMenusAndToolbarInTheirOrder) {
     }
   }
   EXPECT_EQ(entries.join(' ').toStdString(),
-            "mnuFile: FileNew FileOpen - FilePrintPreview FilePrint FilePrintSetup - FileVerify FileExport - - FileEnd "
+            "mnuFile: FileNew FileOpen - FilePrintPreview FilePrint FilePrintSetup - FileVerify FileExport - "
+            "- FileEnd "
             "mnuEdit: "
-            "EditUpdate mnuSort: "
+            "EditUpdate - EditFind EditIncomplete EditNextMissing EditPreviousMissing mnuSort: "
             "SortPatAll SortPatPeriod - SortDateAll SortDateAllXI SortDateAllXP SortDateAllXC SortDateAllXS "
             "SortDateAllXV - SortAll mnuView: ViewToolbar ViewStatusbar ViewBigIcons ViewHistory - ViewLoad "
             "ViewProperties mnuHelp: "
