@@ -277,9 +277,10 @@ QIcon frmMDIMain::PictureOf(const std::string& iconKey) const {
 }
 
 bool frmMDIMain::AskPeriod() {
-  dialogs::frmBegEnd dialog(this,
-                            dialogs::Period(context_.globals, context_.shortDate, context_.services.clock),
-                            context_.services.texts, context_.services.user);
+  dialogs::frmBegEnd dialog(
+      this,
+      dialogs::Period(context_.globals, context_.shortDate, context_.services.clock, context_.services.texts),
+      context_.services.texts, context_.services.user);
   return dialog.exec() == QDialog::Accepted;
 }
 

@@ -108,6 +108,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void ShowRowCount(std::int64_t rows, bool complete) override;
   void ShowIncomplete(std::optional<std::int64_t> rows) override;
   void CurrentRowChanged() override;
+  void ShowSelection(const core::Selection& selection) override { program_.Show(selection); }
   void LogReplaced() override;
   void ResultsClosed() override;
 

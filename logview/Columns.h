@@ -61,6 +61,9 @@ enum ColumnIndex : int {
 inline constexpr int kColumnCount = 13;
 extern const std::array<Column, kColumnCount> kColumns;
 
+/// A type of exposure in plain words; "" for a code that is none.
+[[nodiscard]] std::string TypeName(std::string_view code, const core::TextLookup& texts);
+
 /// A heading in the current language; "" outside 0 to 12.
 [[nodiscard]] std::string ColumnHeading(int column, const core::TextLookup& texts);
 

@@ -21,6 +21,8 @@ class IncompleteRows {
 
   /// Those of the rows read so far.
   [[nodiscard]] dao::IdSet Find() const;
+  /// They have been found and need not be found again.
+  void Forget() { index_->Forget(); }
 
  private:
   std::unique_ptr<dao::ValueIndex> index_;

@@ -34,6 +34,7 @@ bool RowFilter::Read(std::int64_t rows) {
   if (incompleteIds_) return true;
   if (!incomplete_->Read(rows)) return false;
   incompleteIds_ = incomplete_->Find();
+  incomplete_->Forget();
   return true;
 }
 

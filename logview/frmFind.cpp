@@ -14,6 +14,12 @@ namespace varnlog::logview {
 
 using core::literals::operator""_key;
 
+namespace {
+
+constexpr int kMargin = 4;
+
+}  // namespace
+
 frmFind::frmFind(const core::TextLookup& texts, Events events, QWidget* parent)
     : QWidget(parent),
       texts_(texts),
@@ -37,6 +43,7 @@ frmFind::frmFind(const core::TextLookup& texts, Events events, QWidget* parent)
   close->setToolTip(ui::Caption(texts, "FD_CLOSE"_key));
   close->setAccessibleName(close->toolTip());
   auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
   row->addWidget(label);
   row->addWidget(txtFind_, 1);
   row->addWidget(chkAccents_);
@@ -54,6 +61,10 @@ void frmFind::Begin() {
   show();
   txtFind_->setFocus(Qt::ShortcutFocusReason);
   txtFind_->selectAll();
+}
+
+void frmFind::SetText(const std::string& text) {
+  txtFind_->setText(ui::ToQString(text));
 }
 
 FindQuery frmFind::Query() const {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 #include <QCheckBox>
 #include <QLabel>
@@ -26,6 +27,7 @@ class frmFind final : public QWidget {
 
   /// Shows the bar, with what was looked for last selected in it.
   void Begin();
+  void SetText(const std::string& text);
   [[nodiscard]] FindQuery Query() const;
   /// How many of all rows were found; more may come while that is not `complete`.
   void ShowCount(std::int64_t found, std::int64_t all, bool complete);

@@ -4,7 +4,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QMenu>
+#include <QHeaderView>
 #include <QVBoxLayout>
 
 #include "core/EngineMessages.h"
@@ -154,6 +154,9 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   columnsIni_.SetTDBGrid(this);
   grid_->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(grid_, &QWidget::customContextMenuRequested, this, &frmResults::ShowContextMenu);
+  QHeaderView* const headings = grid_->horizontalHeader();
+  headings->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(headings, &QWidget::customContextMenuRequested, this, &frmResults::ShowHeadingMenu);
   countTimer_.setInterval(0);
   connect(&countTimer_, &QTimer::timeout, this, &frmResults::CountFurtherRows);
   filterTimer_.setInterval(0);
@@ -243,6 +246,10 @@ void frmResults::ShowIcon(const std::string& key) {
 
 void frmResults::ShowPending() {
   if (!grid_->CommitEdit()) return;
+  // None of them may be left out.
+  find_->hide();
+  filter_.SetQuery({});
+  filter_.SetOnlyIncomplete(false);
   headline_ = context_.texts.GetText("RS_PENDING"_key);
   host_.SetCaption(headline_);
   (void)OpenRows(PendingRows(context_.edits));
@@ -332,27 +339,12 @@ void frmResults::SaveColumns() {
 void frmResults::RestoreColumns() {
   storedDigit_ = context_.ini.ReadInteger(kColumnsSection, kDigitKey, context_.globals.IniFileGl);
   columnsIni_.RestoreColumns();
+  HideStoredColumns();
 }
 
 void frmResults::SetWidth(int column, int width) {
   const std::int64_t scaled = storedDigit_ > 0 ? std::int64_t{width} * DigitWidth() / storedDigit_ : width;
   grid_->SetColumnWidth(column, static_cast<int>(std::min<std::int64_t>(scaled, ui::TDBGrid::kWidest)));
-}
-
-void frmResults::ShowContextMenu(const QPoint& position) {
-  QMenu menu(this);
-  const auto add = [this, &menu](core::TextKey key, const QKeySequence& shortcut, auto run) {
-    QAction* action = menu.addAction(ui::Caption(context_.texts, key));
-    action->setShortcut(shortcut);
-    connect(action, &QAction::triggered, this, run);
-  };
-  add("RS_CONFIRM"_key, Qt::CTRL | Qt::Key_Return, [this] {
-    if (!grid_->ConfirmValue()) context_.user.Beep();
-  });
-  add("RS_TAKEBACK"_key, QKeySequence::Undo, [this] { TakeBackEntry(); });
-  menu.addSeparator();
-  add("RS_COPY"_key, QKeySequence::Copy, [this] { grid_->CopySelection(); });
-  menu.exec(grid_->viewport()->mapToGlobal(position));
 }
 
 void frmResults::ReloadGrid() {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QProgressDialog>
 #include <QTimer>
 #include <QWidget>
@@ -52,6 +53,8 @@ class ResultsHost {
   virtual void ShowIncomplete(std::optional<std::int64_t> rows) = 0;
   /// Another row became the current one, or is shown anew.
   virtual void CurrentRowChanged() = 0;
+  /// Shows another selection.
+  virtual void ShowSelection(const core::Selection& selection) = 0;
   /// The log's file was replaced since it was opened: this view has nothing to show any more. Returns before
   /// anything is done about it.
   virtual void LogReplaced() = 0;
@@ -113,7 +116,15 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   [[nodiscard]] int DigitWidth() const;
   void SaveColumns();
   void RestoreColumns();
+  class Entries;
   void ShowContextMenu(const QPoint& position);
+  void ShowHeadingMenu(const QPoint& position);
+  void AddColumnMenu(QMenu& menu);
+  void ShowColumn(int column, bool shown);
+  void HideStoredColumns();
+  void ExplainColumn(int column);
+  void ExplainCell();
+  void ShowPatientOfRow();
   void LoadColors();
   void ShowIcon(const std::string& key);
   bool OpenRows(const std::string& sql);
@@ -166,6 +177,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void EditRefused() override;
   void RowColChange() override;
   [[nodiscard]] QString CellNote(std::int64_t bookmark, int colIndex) override;
+  [[nodiscard]] QString CellTip(std::int64_t bookmark, int colIndex) override;
   void Undo() override { TakeBackEntry(); }
   bool CopyProgress(std::int64_t copied, std::int64_t selected) override;
 

@@ -16,6 +16,9 @@ constexpr std::int64_t kRowsPerSlice = 20'000;
 // While the log is being read, rows appear at this pace.
 constexpr int kMillisecondsBetweenViews = 150;
 
+// Another workstation is writing; what nobody waits for is read a little later.
+constexpr int kMillisecondsUntilRetry = 1'000;
+
 }  // namespace
 
 void frmResults::BeginFind() {
@@ -95,6 +98,7 @@ void frmResults::ApplyFilter() {
 }
 
 void frmResults::ReadForFilter() {
+  filterTimer_.setInterval(0);
   try {
     const bool complete = filter_.Read(kRowsPerSlice);
     if (complete) filterTimer_.stop();
@@ -103,6 +107,7 @@ void frmResults::ReadForFilter() {
     if (complete) ShowCounts();
   } catch (const dao::EngineError& error) {
     filterTimer_.stop();
+    if (error.number() == dao::ErrorNumber::kFileInUse) return filterTimer_.start(kMillisecondsUntilRetry);
     ShowError(error);
   }
 }
@@ -118,7 +123,7 @@ std::optional<int> frmResults::MissingIn(std::int64_t row, int column, int step)
   try {
     data1_->SetAbsolutePosition(row);
     for (; column >= 0 && column < kColumnCount; column += step) {
-      if (IsMissing(*data1_, column)) return column;
+      if (!grid_->isColumnHidden(column) && IsMissing(*data1_, column)) return column;
     }
   } catch (const dao::EngineError& error) {
     if (error.number() != dao::ErrorNumber::kRecordDeleted) throw;

@@ -40,6 +40,8 @@ class ValueIndex {
   [[nodiscard]] bool IsComplete() const { return complete_; }
   /// Nobody has changed the file since the first slice.
   [[nodiscard]] bool IsCurrent() const;
+  /// Gives the memory back; from now on only IsCurrent() and IsComplete() say anything.
+  void Forget();
 
   /// The different values that a column has had so far are numbered from 0.
   [[nodiscard]] std::size_t ValueCount(std::size_t column) const;

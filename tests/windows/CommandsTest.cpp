@@ -178,7 +178,7 @@ TEST_F(Commands, StandInMenusAndToolbarInTheirOrder) {
 TEST_F(Commands, ExportExactlyWhatIsShown) {
   StartsQuietly();
   program_->ClicksHeading(logview::kPatientColumn);
-  program_->Grid().setColumnHidden(logview::kDoseColumn, true);
+  program_->Grid().SetColumnShown(logview::kDoseColumn, false);
   std::vector<std::string> proposed;
   const fs::path file = installation_.suite() / "Übergabe.json";
   ui::CFileDialog::AnswerWith([&](const ui::CFileDialog& dialog) {

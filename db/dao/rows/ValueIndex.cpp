@@ -113,6 +113,10 @@ bool ValueIndex::Read(std::int64_t rows) {
   return complete_;
 }
 
+void ValueIndex::Forget() {
+  columns_ = std::make_unique<ValueColumns>(0);
+}
+
 std::size_t ValueIndex::ValueCount(std::size_t column) const {
   return columns_->dictionaries[column].Size();
 }
