@@ -3,50 +3,94 @@
 #include <algorithm>
 #include <array>
 
+#include "app/MainProgram.h"
+
 namespace varnlog::app {
 
 namespace {
 
 using enum CommandId;
 using enum EnabledWhen;
+using core::Globals;
+using enum core::SelectionKind;
+
+template <core::SelectionKind kind>
+void Select(CommandHost& host) {
+  host.Program().Select(kind);
+}
+template <bool Globals::*option>
+void Toggle(CommandHost& host) {
+  host.Toggle(option);
+}
+template <HelpPart part>
+void Help(CommandHost& host) {
+  host.ShowHelp(part);
+}
 
 constexpr CommandDef kCommands[] = {
-    {mnuFileNew, "mnuFileNew", "MN_MNU_FILENEW", "New", "", kNever, false},
-    {mnuFileOpen, "mnuFileOpen", "MN_MNU_FILEOPEN", "Open", "Ctrl+O", kAlways, false},
+    {mnuFileNew, "mnuFileNew", "MN_MNU_FILENEW", "New", "", kNever, false, [](CommandHost&) {}},
+    {mnuFileOpen, "mnuFileOpen", "MN_MNU_FILEOPEN", "Open", "Ctrl+O", kAlways, false,
+     [](CommandHost& host) { host.Program().FileOpen(); }},
     {mnuFilePrintPreview, "mnuFilePrintPreview", "MN_MNU_FILEPRINTPREVIEW", "Preview", "Ctrl+Shift+P",
-     kPrintable, false},
-    {mnuFilePrint, "mnuFilePrint", "MN_MNU_FILEPRINT", "Print", "Ctrl+P", kPrintable, false},
-    {mnuFilePrintSetup, "mnuFilePrintSetup", "MN_MNU_FILEPRINTSETUP", "", "", kPrintable, false},
-    {mnuFileVerify, "mnuFileVerify", "MN_MNU_FILEVERIFY", "", "", kDataFileOpen, false},
-    {mnuFileEnd, "mnuFileEnd", "MN_MNU_FILEEND", "", "Ctrl+Q", kAlways, false},
-    {mnuFileExport, "mnuFileExport", "MN_MNU_FILEEXPORT", "", "Ctrl+E", kPrintable, false},
-    {mnuEditUpdate, "mnuEditUpdate", "MN_MNU_UPDATE", "Update", "Ctrl+U", kUpdatable, false},
-    {mnuEditFind, "mnuEditFind", "MN_MNU_EDITFIND", "", "Ctrl+Shift+F", kPrintable, false},
-    {mnuEditIncomplete, "mnuEditIncomplete", "MN_MNU_EDITINCOMPLETE", "", "Ctrl+Shift+I", kPrintable, true},
-    {mnuEditNextMissing, "mnuEditNextMissing", "MN_MNU_EDITNEXTMISSING", "", "F8", kPrintable, false},
+     kPrintable, false, [](CommandHost& host) { host.ShowPreview(); }},
+    {mnuFilePrint, "mnuFilePrint", "MN_MNU_FILEPRINT", "Print", "Ctrl+P", kPrintable, false,
+     [](CommandHost& host) { host.Print(); }},
+    {mnuFilePrintSetup, "mnuFilePrintSetup", "MN_MNU_FILEPRINTSETUP", "", "", kPrintable, false,
+     [](CommandHost& host) { host.SetUpPrinter(); }},
+    {mnuFileVerify, "mnuFileVerify", "MN_MNU_FILEVERIFY", "", "", kDataFileOpen, false,
+     [](CommandHost& host) { host.ShowVerify(); }},
+    {mnuFileEnd, "mnuFileEnd", "MN_MNU_FILEEND", "", "Ctrl+Q", kAlways, false,
+     [](CommandHost& host) { host.Quit(); }},
+    {mnuFileExport, "mnuFileExport", "MN_MNU_FILEEXPORT", "", "Ctrl+E", kPrintable, false,
+     [](CommandHost& host) { host.ExportShownRows(); }},
+    {mnuEditUpdate, "mnuEditUpdate", "MN_MNU_UPDATE", "Update", "Ctrl+U", kUpdatable, false,
+     [](CommandHost& host) { host.Program().Update(); }},
+    {mnuEditFind, "mnuEditFind", "MN_MNU_EDITFIND", "", "Ctrl+Shift+F", kPrintable, false,
+     [](CommandHost& host) { host.FindInList(); }},
+    {mnuEditIncomplete, "mnuEditIncomplete", "MN_MNU_EDITINCOMPLETE", "", "Ctrl+Shift+I", kPrintable, true,
+     [](CommandHost& host) { host.ToggleIncomplete(); }},
+    {mnuEditNextMissing, "mnuEditNextMissing", "MN_MNU_EDITNEXTMISSING", "", "F8", kPrintable, false,
+     [](CommandHost& host) { host.GoToMissing(1); }},
     {mnuEditPreviousMissing, "mnuEditPreviousMissing", "MN_MNU_EDITPREVMISSING", "", "Shift+F8", kPrintable,
-     false},
-    {mnuSortPatAll, "mnuSortPatAll", "MN_MNU_SELPATALL", "PatAll", "Ctrl+F", kDataFileOpen, false},
+     false, [](CommandHost& host) { host.GoToMissing(-1); }},
+    {mnuSortPatAll, "mnuSortPatAll", "MN_MNU_SELPATALL", "PatAll", "Ctrl+F", kDataFileOpen, false,
+     Select<kPatient>},
     {mnuSortPatPeriod, "mnuSortPatPeriod", "MN_MNU_PATPERIOD", "PatPeriod", "Ctrl+Shift+D", kDataFileOpen,
-     false},
-    {mnuSortDateAll, "mnuSortDateAll", "MN_MNU_SELDATEALL", "DateAll", "Ctrl+D", kDataFileOpen, false},
-    {mnuSortDateAllXI, "mnuSortDateAllXI", "MN_MNU_SELDATEALLXI", "", "", kDataFileOpen, false},
-    {mnuSortDateAllXP, "mnuSortDateAllXP", "MN_MNU_SELDATEALLXP", "", "", kDataFileOpen, false},
-    {mnuSortDateAllXC, "mnuSortDateAllXC", "MN_MNU_SELDATEALLXC", "", "", kDataFileOpen, false},
-    {mnuSortDateAllXS, "mnuSortDateAllXS", "MN_MNU_SELDATEALLXS", "", "", kDataFileOpen, false},
-    {mnuSortDateAllXV, "mnuSortDateAllXV", "MN_MNU_SELDATEALLXV", "", "", kDataFileOpen, false},
-    {mnuSortAll, "mnuSortAll", "MN_MNU_SELALL", "All", "Ctrl+Shift+A", kDataFileOpen, false},
-    {mnuViewToolbar, "mnuViewToolbar", "MN_MNU_VIEWTOOLBAR", "", "", kAlways, true},
-    {mnuViewStatusbar, "mnuViewStatusbar", "MN_MNU_VIEWSTATUSBAR", "", "", kAlways, true},
-    {mnuViewBigIcons, "mnuViewBigIcons", "MN_MNU_VIEWBIGICONS", "", "", kAlways, true},
-    {mnuViewHistory, "mnuViewHistory", "MN_MNU_VIEWHISTORY", "", "Ctrl+H", kAlways, true},
-    {mnuViewLoad, "mnuViewLoad", "MN_MNU_VIEWLOAD", "", "F5", kDataFileOpen, false},
-    {mnuViewProperties, "mnuViewProperties", "MN_MNU_VIEWPROPERTIES", "", "Alt+Return", kAlways, false},
-    {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kAlways, false},
-    {mnuHelpContents, "mnuHelpContents", "MN_MNU_HELPCONTENTS", "", "F1", kAlways, false},
-    {mnuHelpIndex, "mnuHelpIndex", "MN_MNU_HELPINDEX", "Help", "Shift+F1", kAlways, false},
-    {mnuHelpSearch, "mnuHelpSearch", "MN_MNU_HELPSEARCH", "", "", kAlways, false},
-    {mnuHelpInfo, "mnuHelpInfo", "MN_MNU_HELPINFO", "", "", kAlways, false},
+     false, Select<kPatientPeriod>},
+    {mnuSortDateAll, "mnuSortDateAll", "MN_MNU_SELDATEALL", "DateAll", "Ctrl+D", kDataFileOpen, false,
+     Select<kPeriod>},
+    {mnuSortDateAllXI, "mnuSortDateAllXI", "MN_MNU_SELDATEALLXI", "", "", kDataFileOpen, false,
+     Select<kPeriodXI>},
+    {mnuSortDateAllXP, "mnuSortDateAllXP", "MN_MNU_SELDATEALLXP", "", "", kDataFileOpen, false,
+     Select<kPeriodXP>},
+    {mnuSortDateAllXC, "mnuSortDateAllXC", "MN_MNU_SELDATEALLXC", "", "", kDataFileOpen, false,
+     Select<kPeriodXC>},
+    {mnuSortDateAllXS, "mnuSortDateAllXS", "MN_MNU_SELDATEALLXS", "", "", kDataFileOpen, false,
+     Select<kPeriodXS>},
+    {mnuSortDateAllXV, "mnuSortDateAllXV", "MN_MNU_SELDATEALLXV", "", "", kDataFileOpen, false,
+     Select<kPeriodXV>},
+    {mnuSortAll, "mnuSortAll", "MN_MNU_SELALL", "All", "Ctrl+Shift+A", kDataFileOpen, false, Select<kAll>},
+    {mnuViewToolbar, "mnuViewToolbar", "MN_MNU_VIEWTOOLBAR", "", "", kAlways, true,
+     Toggle<&Globals::OptTbrVisible>},
+    {mnuViewStatusbar, "mnuViewStatusbar", "MN_MNU_VIEWSTATUSBAR", "", "", kAlways, true,
+     Toggle<&Globals::OptSbrVisible>},
+    {mnuViewBigIcons, "mnuViewBigIcons", "MN_MNU_VIEWBIGICONS", "", "", kAlways, true,
+     Toggle<&Globals::OptBigIcons>},
+    {mnuViewHistory, "mnuViewHistory", "MN_MNU_VIEWHISTORY", "", "Ctrl+H", kAlways, true,
+     Toggle<&Globals::OptHistoryVisible>},
+    {mnuViewLoad, "mnuViewLoad", "MN_MNU_VIEWLOAD", "", "F5", kDataFileOpen, false,
+     [](CommandHost& host) { host.ReloadView(); }},
+    {mnuViewProperties, "mnuViewProperties", "MN_MNU_VIEWPROPERTIES", "", "Alt+Return", kAlways, false,
+     [](CommandHost& host) { host.ShowPropertiesOfLog(); }},
+    {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kAlways, false,
+     Help<HelpPart::kHelpOnHelp>},
+    {mnuHelpContents, "mnuHelpContents", "MN_MNU_HELPCONTENTS", "", "F1", kAlways, false,
+     Help<HelpPart::kContents>},
+    {mnuHelpIndex, "mnuHelpIndex", "MN_MNU_HELPINDEX", "Help", "Shift+F1", kAlways, false,
+     Help<HelpPart::kIndex>},
+    {mnuHelpSearch, "mnuHelpSearch", "MN_MNU_HELPSEARCH", "", "", kAlways, false, Help<HelpPart::kSearch>},
+    {mnuHelpInfo, "mnuHelpInfo", "MN_MNU_HELPINFO", "", "", kAlways, false,
+     [](CommandHost& host) { host.ShowAbout(); }},
 };
 
 constexpr MenuEntry Item(CommandId id) {

@@ -53,6 +53,34 @@ enum class EnabledWhen {
   kPrintable,     // the log view is shown
 };
 
+/// Where the help begins.
+enum class HelpPart { kContents, kIndex, kSearch, kHelpOnHelp };
+
+class MainProgram;
+
+/// What commands ask of the window besides what MainProgram does.
+class CommandHost {
+ public:
+  virtual ~CommandHost() = default;
+  [[nodiscard]] virtual MainProgram& Program() = 0;
+  virtual void Quit() = 0;
+  virtual void Print() = 0;
+  virtual void ShowPreview() = 0;
+  virtual void SetUpPrinter() = 0;
+  virtual void ShowVerify() = 0;
+  virtual void ExportShownRows() = 0;
+  virtual void FindInList() = 0;
+  virtual void ToggleIncomplete() = 0;
+  /// `step` is 1 or -1.
+  virtual void GoToMissing(int step) = 0;
+  /// Turns one of the view's options over.
+  virtual void Toggle(bool core::Globals::*option) = 0;
+  virtual void ReloadView() = 0;
+  virtual void ShowPropertiesOfLog() = 0;
+  virtual void ShowHelp(HelpPart part) = 0;
+  virtual void ShowAbout() = 0;
+};
+
 struct CommandDef {
   CommandId id;
   std::string_view name;     // object name of the action
@@ -61,6 +89,8 @@ struct CommandDef {
   std::string_view shortcut;
   EnabledWhen enabledWhen;
   bool isChecked;  // shows a check mark
+  /// What it does. An open entry has been stored before.
+  void (*run)(CommandHost& host);
 };
 
 [[nodiscard]] std::span<const CommandDef> AllCommands();

@@ -7,14 +7,13 @@
 #include <QObject>
 
 #include "app/CFormPosIni.h"
+#include "app/Commands.h"
 #include "app/HelpCollection.h"
 #include "app/PlacedWidget.h"
 #include "app/frmHelp.h"
 #include "start/StartUp.h"
 
 namespace varnlog::app {
-
-enum class HelpPart { kContents, kIndex, kSearch, kHelpOnHelp };
 
 /// The program's help, in the program's language. Its window is made when it is first asked for. While this
 /// lives, F1 in a dialog or message shows the page about it; the window can be used beside the dialog.

@@ -1,5 +1,6 @@
 #include "app/ExportCommand.h"
 #include "app/Libraries.h"
+#include "app/TakeOverProgress.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
 #include "app/frmVerify.h"
@@ -12,84 +13,12 @@
 
 namespace varnlog::app {
 
-using core::SelectionKind;
 using core::literals::operator""_key;
-
-namespace {
-
-const std::map<CommandId, SelectionKind> kSelections = {
-    {CommandId::mnuSortAll, SelectionKind::kAll},
-    {CommandId::mnuSortDateAll, SelectionKind::kPeriod},
-    {CommandId::mnuSortPatAll, SelectionKind::kPatient},
-    {CommandId::mnuSortPatPeriod, SelectionKind::kPatientPeriod},
-    {CommandId::mnuSortDateAllXI, SelectionKind::kPeriodXI},
-    {CommandId::mnuSortDateAllXP, SelectionKind::kPeriodXP},
-    {CommandId::mnuSortDateAllXC, SelectionKind::kPeriodXC},
-    {CommandId::mnuSortDateAllXS, SelectionKind::kPeriodXS},
-    {CommandId::mnuSortDateAllXV, SelectionKind::kPeriodXV},
-};
-
-}  // namespace
 
 void frmMDIMain::Run(CommandId id) {
   // What stands in an open editor is an entry like any other: it is stored before rows are read or printed.
   if (results_ && !results_->CommitEdit()) return;
-  if (const auto selection = kSelections.find(id); selection != kSelections.end()) {
-    program_.Select(selection->second);
-    return;
-  }
-  switch (id) {
-    case CommandId::mnuFileOpen:
-      program_.FileOpen();
-      break;
-    case CommandId::mnuEditUpdate:
-      program_.Update();
-      break;
-    case CommandId::mnuFileEnd:
-      close();
-      break;
-    case CommandId::mnuFileVerify:
-      ShowVerify();
-      break;
-    case CommandId::mnuHelpInfo:
-      ShowAbout();
-      break;
-    case CommandId::mnuHelpOnHelp:
-      help_->Show(HelpPart::kHelpOnHelp);
-      break;
-    case CommandId::mnuHelpContents:
-      help_->Show(HelpPart::kContents);
-      break;
-    case CommandId::mnuHelpIndex:
-      help_->Show(HelpPart::kIndex);
-      break;
-    case CommandId::mnuHelpSearch:
-      help_->Show(HelpPart::kSearch);
-      break;
-    case CommandId::mnuEditFind:
-      results_->BeginFind();
-      break;
-    case CommandId::mnuEditIncomplete:
-      results_->SetOnlyIncomplete(!results_->OnlyIncomplete());
-      RefreshCommands();
-      break;
-    case CommandId::mnuEditNextMissing:
-      results_->GoToMissing(1);
-      break;
-    case CommandId::mnuEditPreviousMissing:
-      results_->GoToMissing(-1);
-      break;
-    case CommandId::mnuFileExport:
-      ExportShownRows();
-      break;
-    case CommandId::mnuFilePrint:
-    case CommandId::mnuFilePrintPreview:
-    case CommandId::mnuFilePrintSetup:
-      RunPrint(id);
-      break;
-    default:
-      RunView(id);
-  }
+  Def(id).run(*this);
 }
 
 report::PrintContext frmMDIMain::PrintContext() {
@@ -132,14 +61,25 @@ void frmMDIMain::ExportShownRows() {
               shown);
 }
 
-void frmMDIMain::RunPrint(CommandId id) {
-  if (id == CommandId::mnuFilePrintSetup) {
-    print_.PageSetup(this);
-  } else if (id == CommandId::mnuFilePrint) {
-    print_.Print(this);
-  } else {
-    ShowPreview();
-  }
+void frmMDIMain::FindInList() {
+  results_->BeginFind();
+}
+
+void frmMDIMain::ToggleIncomplete() {
+  results_->SetOnlyIncomplete(!results_->OnlyIncomplete());
+  RefreshCommands();
+}
+
+void frmMDIMain::GoToMissing(int step) {
+  results_->GoToMissing(step);
+}
+
+void frmMDIMain::SetUpPrinter() {
+  print_.PageSetup(this);
+}
+
+void frmMDIMain::Print() {
+  print_.Print(this);
 }
 
 void frmMDIMain::ShowPreview() {
@@ -147,35 +87,18 @@ void frmMDIMain::ShowPreview() {
   if (preview != nullptr) AddChild(preview);
 }
 
-void frmMDIMain::RunView(CommandId id) {
-  core::Globals& globals = context_.globals;
-  switch (id) {
-    case CommandId::mnuViewToolbar:
-      globals.OptTbrVisible = !globals.OptTbrVisible;
-      ApplyViewOptions();
-      break;
-    case CommandId::mnuViewStatusbar:
-      globals.OptSbrVisible = !globals.OptSbrVisible;
-      ApplyViewOptions();
-      break;
-    case CommandId::mnuViewBigIcons:
-      globals.OptBigIcons = !globals.OptBigIcons;
-      ApplyViewOptions();
-      break;
-    case CommandId::mnuViewHistory:
-      globals.OptHistoryVisible = !globals.OptHistoryVisible;
-      ApplyViewOptions();
-      break;
-    case CommandId::mnuViewLoad:
-      ViewResults();
-      FocusLogView();
-      break;
-    case CommandId::mnuViewProperties:
-      ShowProperties();
-      break;
-    default:
-      break;
-  }
+void frmMDIMain::Toggle(bool core::Globals::*option) {
+  context_.globals.*option = !(context_.globals.*option);
+  ApplyViewOptions();
+}
+
+void frmMDIMain::ReloadView() {
+  ViewResults();
+  FocusLogView();
+}
+
+void frmMDIMain::ShowHelp(HelpPart part) {
+  help_->Show(part);
 }
 
 void frmMDIMain::ShowProperties() {
@@ -195,23 +118,18 @@ void frmMDIMain::ShowVerify() {
   frmVerify(this, *context_.globals.LogEngineGl->Database(), context_.services.texts).exec();
 }
 
+seals::Progress frmMDIMain::TakeOverProgress() {
+  // Gone, and with it the window, when the log is open.
+  const auto progress = std::make_shared<app::TakeOverProgress>(this, context_.services.texts);
+  return [progress](std::int64_t done, std::int64_t all) {
+    progress->Advance(done, all);
+    return true;
+  };
+}
+
 void frmMDIMain::ShowAbout() {
   ui::frmAbout dialog(context_.services.texts, VARNLOG_VERSION, UsedLibraries(), this);
   dialog.exec();
-}
-
-void frmMDIMain::BuildHistory() {
-  addDockWidget(Qt::BottomDockWidgetArea, history_);
-  history_->hide();
-  // Its own button hides it as well.
-  connect(history_->toggleViewAction(), &QAction::toggled, this, [this](bool isShown) {
-    context_.globals.OptHistoryVisible = isShown;
-    actions_.at(CommandId::mnuViewHistory)->setChecked(isShown);
-    CurrentRowChanged();
-  });
-  historyTimer_.setSingleShot(true);
-  historyTimer_.setInterval(0);
-  connect(&historyTimer_, &QTimer::timeout, this, &frmMDIMain::ShowHistory);
 }
 
 // Rows that are only passed on the way are not read.

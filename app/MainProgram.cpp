@@ -69,12 +69,19 @@ bool MainProgram::Open(const std::string& file) {
   const start::OpenAs how = start::PrepareDataFile(
       globals_, services_, file, [this](const auto& conversion) { view_.ShowConversion(conversion); });
   const bool isOld = how == start::OpenAs::kOldLog;
+  start::Services services = services_;
+  services.progress = view_.TakeOverProgress();
   const start::Opened result = how == start::OpenAs::kNothing
                                    ? start::Opened::kNo
-                                   : start::OpenAndCheckDataFile(globals_, services_, file, isOld);
+                                   : start::OpenAndCheckDataFile(globals_, services, file, isOld);
+  services.progress = {};
   const bool opened = result == start::Opened::kYes;
   if (opened) edits_.Clear();
-  if (opened) start::CheckLastHead(globals_, services_);
+  if (opened) {
+    newRows_.Forget();
+    start::CheckLastHead(globals_, services_);
+    start::RememberHead(globals_, services_.ini);
+  }
   if (opened && isOld) start::TellOldLogIsProtected(services_, file);
   view_.RefreshCommands();
   return opened || (result == start::Opened::kDamaged && OfferRepair(file));
@@ -138,6 +145,7 @@ void MainProgram::RunUpdate() {
   // The modal update dialog lets activations and timer shots through.
   if (updating_) return;
   updating_ = true;
+  newRows_.BeginUpdate(*globals_.LogEngineGl->Database());
   view_.ShowUpdateRun();
   updating_ = false;
 }

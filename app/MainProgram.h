@@ -8,6 +8,7 @@
 #include "app/SelectionCommands.h"
 #include "core/Globals.h"
 #include "logview/CEdits.h"
+#include "logview/NewRows.h"
 #include "start/OldDataFile.h"
 #include "start/StartUp.h"
 
@@ -42,6 +43,8 @@ class MainView : public SelectionDialogs {
   virtual void ShowUpdateRun() = 0;
   /// Runs the conversion of an old log and shows how far it is.
   virtual void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) = 0;
+  /// Hears how far the first sealing of a log is.
+  [[nodiscard]] virtual seals::Progress TakeOverProgress() = 0;
   /// `file` was opened: it goes to the head of the recently used files.
   virtual void RememberFile(const std::string& file) = 0;
 };
@@ -92,6 +95,7 @@ class MainProgram {
 
   [[nodiscard]] CommandState State() const;
   [[nodiscard]] logview::CEdits& Edits() { return edits_; }
+  [[nodiscard]] const logview::NewRows& NewRows() const { return newRows_; }
 
  private:
   void ReplaceDataFile(const std::string& file);
@@ -109,6 +113,7 @@ class MainProgram {
   start::Services services_;
   MainView& view_;
   logview::CEdits edits_;
+  logview::NewRows newRows_;
   bool updating_ = false;
   bool reopening_ = false;
   bool offeringRepair_ = false;

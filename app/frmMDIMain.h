@@ -37,7 +37,11 @@ struct WindowContext {
 };
 
 /// The program's only top-level window. It is built from the command tables and shows what MainProgram does.
-class frmMDIMain final : public QMainWindow, private MainView, private logview::ResultsHost, private MruMenu {
+class frmMDIMain final : public QMainWindow,
+                         private MainView,
+                         private CommandHost,
+                         private logview::ResultsHost,
+                         private MruMenu {
  public:
   explicit frmMDIMain(const WindowContext& context);
   ~frmMDIMain() override;
@@ -64,13 +68,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void ShowHistory();
   void ApplyViewOptions();
   void Run(CommandId id);
-  void RunView(CommandId id);
-  void RunPrint(CommandId id);
-  void ShowAbout();
-  void ShowVerify();
-  void ExportShownRows();
   [[nodiscard]] report::PrintContext PrintContext();
-  void ShowPreview();
   void ShowStatus();
   /// Shows a window in the frame, as large as that and of a useful size when it is not.
   void AddChild(QWidget* window);
@@ -83,6 +81,23 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   void OpenRecent(const std::string& file);
   void ApplicationStateChanged(Qt::ApplicationState state);
   void UpdateWhenFree();
+
+  // CommandHost
+  [[nodiscard]] MainProgram& Program() override { return program_; }
+  void Quit() override { close(); }
+  void Print() override;
+  void ShowPreview() override;
+  void SetUpPrinter() override;
+  void ShowVerify() override;
+  void ExportShownRows() override;
+  void FindInList() override;
+  void ToggleIncomplete() override;
+  void GoToMissing(int step) override;
+  void Toggle(bool core::Globals::*option) override;
+  void ReloadView() override;
+  void ShowPropertiesOfLog() override { ShowProperties(); }
+  void ShowHelp(HelpPart part) override;
+  void ShowAbout() override;
 
   // MainView
   bool AskPeriod() override;
@@ -101,6 +116,7 @@ class frmMDIMain final : public QMainWindow, private MainView, private logview::
   [[nodiscard]] std::optional<std::string> AskDataFile(const std::string& folder) override;
   void ShowUpdateRun() override;
   void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) override;
+  [[nodiscard]] seals::Progress TakeOverProgress() override;
   void RememberFile(const std::string& file) override;
 
   // logview::ResultsHost

@@ -161,7 +161,8 @@ void frmProperties::SetReadOnly(bool readOnly) {
     core::WriteLogConfig(*globals_.LogEngineGl->Database(), core::kReadOnlyKey, readOnly ? "1" : "0");
     globals_.ReadOnlyGl = readOnly;
   } catch (const dao::EngineError& error) {
-    services_.Messages().Critical("PP_ERR_READONLY"_key, {{"strError", error.what()}});
+    services_.Messages().Critical("PP_ERR_READONLY"_key,
+                                  {{"strError", core::EngineErrorText(services_.texts, error)}});
   }
   ShowFacts();
 }
@@ -178,7 +179,8 @@ std::function<void()> frmProperties::RunJob(Job job) {
     return [this, repair = start::RepairLog(engine, globals_.strDataFileGl, globals_.AuthorGl,
                                             services_.clock)] { ReportRepair(repair); };
   engine.CompactDatabase(globals_.strDataFileGl);
-  const std::string error = engine.LastNumber() == 0 ? std::string() : engine.LastError();
+  const std::string error =
+      engine.LastNumber() == 0 ? std::string() : core::EngineErrorText(services_.texts, engine);
   return [this, error, before] { ReportCompaction(error, before); };
 }
 

@@ -27,6 +27,9 @@ constexpr std::array kCommands = {
             RunCompactCommand},
     Command{"repair", "mend a damaged log file as far as its rows can be read", nullptr, nullptr,
             RunRepairCommand},
+    Command{"backup", "copy the log into a folder while others work, and check the copy", AddBackupOptions,
+            nullptr, RunBackupCommand},
+    Command{"restore", "give the log the content of a copy", AddRestoreOptions, nullptr, RunRestoreCommand},
 };
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "cli/Command.h"
+#include "core/EngineMessages.h"
 #include "platform/Files.h"
 
 namespace varnlog::cli {
@@ -21,7 +22,8 @@ void RunCompactCommand(Session& session, const Options& /*options*/, Output& out
   const std::string before = SizeOf(session.LogFile());
   session.Engine().CompactDatabase(session.LogFile());
   if (session.Engine().LastNumber() != 0) {
-    session.Fail("PP_ERR_COMPACT"_key, {{"strError", session.Engine().LastError()}});
+    session.Fail("PP_ERR_COMPACT"_key,
+                 {{"strError", core::EngineErrorText(session.texts(), session.Engine())}});
   }
   output.Write("before " + before + ", after " + SizeOf(session.LogFile()) + "\n");
 }

@@ -32,6 +32,11 @@ struct Options {
   std::string oldLog;  // to convert
   std::string newLog;  //
   std::string anchor;  // a state that the log must contain
+  std::string backupFolder;
+  std::string backupFile;
+  int keepCount = 0;  // 0: as the settings say
+  int keepDays = 0;
+  bool isSure = false;
   bool partial = false;
   bool overwrite = false;
   bool despiteClock = false;

@@ -3,11 +3,13 @@
 #include <filesystem>
 #include <system_error>
 
+#include "core/EngineMessages.h"
 #include "core/Installation.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "legacy/OldFile.h"
 #include "platform/Files.h"
+#include "start/SealedLog.h"
 
 namespace varnlog::cli {
 
@@ -69,9 +71,10 @@ void Session::OpenWorkspace() {
 
 void Session::InstallDefaultLog() {
   if (!fileGiven_.empty() || !configured_.empty()) return;
-  const bool wasThere = db::FileExists(LogFile());
+  std::error_code error;
+  const bool isMissing = !std::filesystem::exists(platform::ToPath(LogFile()), error) && !error;
   if (!start::InstallDataFile(globals_, services_)) throw JobError("");
-  if (!wasThere) services_.Messages().Inform("VC_NEWLOG"_key, {{"strFile", LogFile()}});
+  if (isMissing) services_.Messages().Inform("VC_NEWLOG"_key, {{"strFile", LogFile()}});
 }
 
 void Session::RequireLogFile() {
@@ -107,6 +110,9 @@ void Session::OpenLog(Access access) {
   if (start::OpenAndCheckDataFile(globals_, services_, LogFile(), readOnly) != start::Opened::kYes) {
     throw JobError("");
   }
+  // Once: the only setting that is ever written here.
+  if (access == Access::kWrite && !start::CheckLastHead(globals_, services_))
+    start::RememberHead(globals_, ini_);
 }
 
 void Session::OpenAsItIs() {
@@ -132,7 +138,7 @@ void Session::FailToOpen(std::int32_t error) {
   const bool isInUse = error == static_cast<std::int32_t>(dao::ErrorNumber::kFileInUse);
   const core::TextKey key = isInUse ? "MN_ERR_DBOPENEX"_key : "MN_ERR_DBOPEN"_key;
   const std::string text = Text(key, {{"strFile", LogFile()}});
-  FailWith(isInUse ? text : text + " (" + Engine().LastError() + ")");
+  FailWith(isInUse ? text : text + " (" + core::EngineErrorText(texts_, Engine()) + ")");
 }
 
 void Session::FailWith(const std::string& message) {

@@ -21,7 +21,8 @@ class JobError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// The program's start-up and shut-down without windows. Settings are read and never written.
+/// The program's start-up and shut-down without windows. Settings are read and never written, but for the
+/// log's state when it lacks the one that this workstation has seen.
 class Session {
  public:
   /// Makes the program folder the current one and chooses the language. Throws JobError.

@@ -62,7 +62,11 @@ std::string EngineErrorText(const TextLookup& texts, const dao::EngineError& err
 }
 
 std::string EngineErrorText(const TextLookup& texts, const db::CJetEngine& engine) {
-  return EngineErrorText(texts, static_cast<dao::ErrorNumber>(engine.LastNumber()), engine.LastError());
+  return EngineErrorText(texts, TrappedError(engine));
+}
+
+dao::EngineError TrappedError(const db::CJetEngine& engine) {
+  return {static_cast<dao::ErrorNumber>(engine.LastNumber()), engine.LastError()};
 }
 
 }  // namespace varnlog::core

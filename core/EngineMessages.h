@@ -14,7 +14,9 @@ namespace varnlog::core {
 [[nodiscard]] std::string EngineErrorText(const TextLookup& texts, dao::ErrorNumber number,
                                           std::string_view detail);
 [[nodiscard]] std::string EngineErrorText(const TextLookup& texts, const dao::EngineError& error);
-/// The same for the engine's last error.
+/// The same for the last error that the engine has trapped.
 [[nodiscard]] std::string EngineErrorText(const TextLookup& texts, const db::CJetEngine& engine);
+/// That error itself, for who has no texts at hand.
+[[nodiscard]] dao::EngineError TrappedError(const db::CJetEngine& engine);
 
 }  // namespace varnlog::core

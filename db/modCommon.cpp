@@ -107,15 +107,11 @@ std::string ReplaceSortClause(std::string_view sql, std::string_view clause) {
 }
 
 bool TableExists(const dao::Database& database, std::string_view name) {
-  try {
-    const std::string wanted = platform::UpperCase(name);
-    const std::vector<std::string> names = database.TableNames();
-    return std::any_of(names.begin(), names.end(), [&wanted](const std::string& candidate) {
-      return platform::UpperCase(candidate) == wanted;
-    });
-  } catch (const dao::EngineError&) {
-    return false;
-  }
+  const std::string wanted = platform::UpperCase(name);
+  const std::vector<std::string> names = database.TableNames();
+  return std::any_of(names.begin(), names.end(), [&wanted](const std::string& candidate) {
+    return platform::UpperCase(candidate) == wanted;
+  });
 }
 
 std::string DateToCompactText(platform::DateTime date) {

@@ -24,7 +24,8 @@ namespace varnlog::db {
 /// "ORDER BY ", or one that begins with it, gives "".
 [[nodiscard]] std::string ReplaceSortClause(std::string_view sql, std::string_view clause);
 
-/// Compares in upper case.
+/// Compares in upper case. Throws dao::EngineError: a database that cannot be read just now is not one
+/// without the table.
 [[nodiscard]] bool TableExists(const dao::Database& database, std::string_view name);
 
 /// "yyyymmdd", the form of dates in the INI file.

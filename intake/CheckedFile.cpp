@@ -100,6 +100,29 @@ std::optional<bool> SameBytes(const FilePiece& a, const FilePiece& b) {
   return same;
 }
 
+std::optional<bool> IsMixOf(const FilePiece& piece, const FilePiece& a, const FilePiece& b) {
+  if (a.length != piece.length) return false;
+  bool isMix = true;
+  bool isRead = true;
+  const auto part = [&isRead](const FilePiece& of, std::uint64_t done, std::size_t size) {
+    std::string bytes(std::min<std::uint64_t>(size, of.length - std::min(of.length, done)), '\0');
+    std::error_code error;
+    bytes.resize(of.file->ReadAt(of.offset + done, bytes, error));
+    isRead = isRead && !error;
+    return bytes;
+  };
+  const auto compare = [&](std::string_view bytes, std::uint64_t done) {
+    const std::string inA = part(a, done, bytes.size());
+    const std::string inB = part(b, done, bytes.size());
+    for (std::size_t i = 0; i < bytes.size() && isMix; ++i)
+      isMix = (i < inA.size() && inA[i] == bytes[i]) || (i < inB.size() && inB[i] == bytes[i]);
+    return isMix && isRead;
+  };
+  const bool whole = ReadPortions(piece, compare);
+  if (!isRead || (!whole && isMix)) return std::nullopt;
+  return isMix;
+}
+
 std::error_code CopyBytes(const FilePiece& from, platform::File& to, std::uint64_t offset) {
   std::error_code error;
   const bool whole = ReadPortions(from, [&](std::string_view bytes, std::uint64_t done) {

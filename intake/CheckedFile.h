@@ -46,6 +46,10 @@ class Checksum {
 /// Whether `b` holds exactly the bytes of `a`, and has them all; nothing when they cannot be read.
 [[nodiscard]] std::optional<bool> SameBytes(const FilePiece& a, const FilePiece& b);
 
+/// Whether each byte of the piece is that of `a`, which is as long, or that of `b` at the same place; nothing
+/// when they cannot be read.
+[[nodiscard]] std::optional<bool> IsMixOf(const FilePiece& piece, const FilePiece& a, const FilePiece& b);
+
 /// Writes bytes of one file into another in portions.
 [[nodiscard]] std::error_code CopyBytes(const FilePiece& from, platform::File& to, std::uint64_t offset);
 

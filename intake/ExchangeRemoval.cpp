@@ -125,4 +125,30 @@ bool ExchangeRemoval::Recover() {
   return !error;
 }
 
+ExchangeRemoval::Realigned ExchangeRemoval::RealignAlone(File& file, const FilePiece& read) {
+  std::error_code error;
+  const std::uint64_t size = file.Size(error);
+  if (error) return Realigned::kFailed;
+  if (size <= read.length) return Realigned::kNotNeeded;
+  const FilePiece front{&file, 0, read.length};
+  const FilePiece rest{&file, read.length, size - read.length};
+  const std::optional<bool> isUntouched = SameBytes(front, read);
+  const std::optional<bool> isHalfShifted = IsMixOf(front, read, rest);
+  if (!isUntouched || !isHalfShifted) return Realigned::kFailed;
+  if (*isUntouched || !*isHalfShifted) return Realigned::kNotNeeded;
+  const RangeLock lock(file, rest.length);
+  if (!lock.IsHeld()) return Realigned::kFailed;
+  return journal_.Shift(file, read.length, options_) ? Realigned::kFailed : Realigned::kDone;
+}
+
+ExchangeRemoval::Realigned ExchangeRemoval::Realign(const FilePiece& read) {
+  std::error_code error;
+  File file = File::Open(exchange_, File::Mode::kReadWrite, error, File::Links::kRefuse);
+  if (error == std::errc::no_such_file_or_directory) return Realigned::kNotNeeded;
+  if (error || WaitForSolitude(file) == Solitude::kShared) return Realigned::kFailed;
+  const Realigned result = RealignAlone(file, read);
+  file.EndSolitude();
+  return result;
+}
+
 }  // namespace varnlog::intake

@@ -42,6 +42,12 @@ class ExchangeRemoval {
   /// disk fails or the journal is damaged: the file must not be read before this has succeeded.
   [[nodiscard]] bool Recover();
 
+  enum class Realigned { kNotNeeded, kDone, kFailed };
+  /// For an interrupted shift whose journal is damaged. `read` are the bytes that were about to be removed
+  /// from the beginning of the file, from the safe copy. When there is nothing in their place but themselves
+  /// and a part of what stands behind them, that is the remainder, whole, and is moved once more.
+  [[nodiscard]] Realigned Realign(const FilePiece& read);
+
  private:
   using Solitude = platform::File::Solitude;
   [[nodiscard]] Solitude WaitForSolitude(platform::File& file) const;
@@ -49,6 +55,7 @@ class ExchangeRemoval {
                                           const std::optional<ReadBytes>& read);
   [[nodiscard]] RunTimeError RemoveAlone(platform::File& file, std::uint64_t count);
   [[nodiscard]] RunTimeError RemoveInCompany(platform::File& file, std::uint64_t count);
+  [[nodiscard]] Realigned RealignAlone(platform::File& file, const FilePiece& read);
   [[nodiscard]] RunTimeError TakeAside(const platform::File& file, std::uint64_t count);
 
   std::filesystem::path exchange_;

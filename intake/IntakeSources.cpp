@@ -84,7 +84,7 @@ IntakeSources::Opened IntakeSources::Open(const RunId& committed, const std::vec
   std::error_code error;
   if (std::filesystem::is_symlink(exchange_, error)) return Opened::kIsLink;
   const ShiftJournal journal(exchange_);
-  if (journal.IsDamaged() && !PutAway(journal.Path())) return Opened::kCannotRead;
+  if (journal.IsDamaged() && !SettleDamagedJournal(journal.Path())) return Opened::kCannotRead;
   if (!ExchangeRemoval(exchange_, options_).Recover()) return Opened::kCannotOpen;
   if (!ListTaken()) return Opened::kCannotRead;
   const Opened copy = OpenCopy(committed);
@@ -119,6 +119,20 @@ void IntakeSources::OpenToLook() {
     if (taken.IsPending()) static_cast<void>(OpenTaken(taken, false));
   }
   if (MayExist(exchange_)) static_cast<void>(OpenExchange());
+}
+
+/// What the journal said can be seen from the safe copy of the same run, if that is whole.
+bool IntakeSources::SettleDamagedJournal(const std::filesystem::path& journal) {
+  using Realigned = ExchangeRemoval::Realigned;
+  copy_.Load();
+  Realigned realigned =
+      copy_.GetState() == IntakeCopy::State::kUnreadable ? Realigned::kFailed : Realigned::kNotNeeded;
+  for (const CopySection& section : copy_.Sections()) {
+    if (section.source == CopySection::Source::kExchange && realigned == Realigned::kNotNeeded)
+      realigned = ExchangeRemoval(exchange_, options_).Realign(section.bytes);
+  }
+  if (realigned == Realigned::kNotNeeded) return PutAway(journal);
+  return realigned == Realigned::kDone;
 }
 
 IntakeSources::Opened IntakeSources::OpenCopy(const RunId& committed) {

@@ -91,6 +91,7 @@ class IntakeSources {
     std::optional<ExchangeRemoval::ReadBytes> read;  // of the exchange file, once it is secured
     CPAXTOTokens tokens;
   };
+  [[nodiscard]] bool SettleDamagedJournal(const std::filesystem::path& journal);
   [[nodiscard]] Opened OpenCopy(const RunId& committed);
   [[nodiscard]] Opened SetDamagedCopyAside(const RunId& committed);
   [[nodiscard]] bool ListTaken();

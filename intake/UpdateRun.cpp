@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/EngineMessages.h"
 #include "core/Messages.h"
 #include "intake/ExposureWriter.h"
 #include "intake/IntakeSources.h"
@@ -90,6 +91,9 @@ class Run {
   void TidyUp(db::CJetEngine& engine) const;
   void Decline();
   void Fail(core::TextKey key, std::string_view reason = {});
+  void FailToWrite(const db::CJetEngine& engine) {
+    Fail("RU_ERR_WRITE"_key, core::EngineErrorText(texts_, engine));
+  }
   void Conclude();
 
   core::Globals& globals_;
@@ -204,7 +208,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   if (!id.empty()) {
     WriteRunMark(log, id);
     // A full disk must show now, while nothing is removed yet, and not at the commit.
-    if (!engine.RefreshCache()) return Fail("RU_ERR_WRITE"_key, engine.LastError());
+    if (!engine.RefreshCache()) return FailToWrite(engine);
     options_.Reached(RunStep::kRowsWritten);
   }
   const bool secured = sources_.Secure(id);
@@ -214,7 +218,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   if (!stays.empty()) WriteRunMark(log, stays);
   const bool removed = secured && sources_.RemoveRead();
   WriteAppliedBytes(log, removed ? std::vector<AppliedBytes>() : sources_.ReadButNotRemoved());
-  if (!transaction.Commit()) return Fail("RU_ERR_WRITE"_key, engine.LastError());
+  if (!transaction.Commit()) return FailToWrite(engine);
   result_.leftInFile = !removed;
   options_.Reached(RunStep::kCommitted);
   TidyUp(engine);
@@ -244,7 +248,7 @@ Run::Question Run::Attempt(db::CJetEngine& engine) {
     const seals::Purpose purpose(globals_.LedgerGl.get(), seals::SealKind::kIntake);
     Transaction transaction(engine);
     if (!transaction.IsOpen()) {
-      Fail("RU_ERR_WRITE"_key, engine.LastError());
+      FailToWrite(engine);
       return Question::kNone;
     }
     dao::Database& log = *engine.Database();
@@ -266,7 +270,7 @@ Run::Question Run::Attempt(db::CJetEngine& engine) {
     if (result_.outcome == Outcome::kDone) Finish(engine, transaction);
     return question;
   } catch (const dao::EngineError& error) {
-    Fail("RU_ERR_WRITE"_key, error.what());
+    Fail("RU_ERR_WRITE"_key, core::EngineErrorText(texts_, error));
     return Question::kNone;
   }
 }
@@ -293,7 +297,7 @@ void Run::Take(db::CJetEngine& engine) {
   try {
     if (!ClockIsBelieved(engine)) return;
   } catch (const dao::EngineError& error) {
-    return Fail("RU_ERR_WRITE"_key, error.what());
+    return Fail("RU_ERR_WRITE"_key, core::EngineErrorText(texts_, error));
   }
   sources_.AwaitWhatIsBeingWritten();
   if (!DatesAreAccepted()) return;
@@ -337,8 +341,10 @@ UpdateResult Run::Execute() {
     return result_;
   }
   db::CJetEngine* const engine = globals_.LogEngineGl.get();
-  if (engine == nullptr || engine->Database() == nullptr) {
-    Fail("RU_ERR_WRITE"_key, engine == nullptr ? std::string() : engine->LastError());
+  if (engine == nullptr) {
+    Fail("RU_ERR_WRITE"_key);
+  } else if (engine->Database() == nullptr) {
+    FailToWrite(*engine);
   } else {
     Take(*engine);
   }

@@ -76,7 +76,7 @@ bool PutJournalAside(ConversionRun& run, const fs::path& log) {
     dao::DBEngine::PutJournalAside(platform::FromPath(log));
     return true;
   } catch (const dao::EngineError& failure) {
-    return run.Fail(run.Text("CV_ERR_WRITE"_key, failure.what()));
+    return run.FailToWrite(failure);
   }
 }
 
@@ -111,7 +111,7 @@ bool SettleReplaced(ConversionRun& run, const ConversionContext& context, const 
     return true;
   } catch (const dao::EngineError& failure) {
     if (failure.number() == dao::ErrorNumber::kUnrecognisedFormat) return true;
-    return run.Fail(run.Text("CV_ERR_WRITE"_key, failure.what()));
+    return run.FailToWrite(failure);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/EngineMessages.h"
 #include "core/LogCheck.h"
 #include "core/Messages.h"
 #include "legacy/OldFile.h"
@@ -42,6 +43,10 @@ ConversionRun::~ConversionRun() = default;
 
 std::string ConversionRun::TextNaming(const fs::path& file, core::TextKey key) const {
   return core::FilledText(context_.texts, key, {{"strFile", platform::FromPath(file)}});
+}
+
+bool ConversionRun::FailToWrite(const dao::EngineError& failure) {
+  return Fail(Text("CV_ERR_WRITE"_key, core::EngineErrorText(context_.texts, failure)));
 }
 
 std::string ConversionRun::Text(core::TextKey key, const std::string& error) const {
@@ -223,7 +228,7 @@ bool ConversionRun::Build(const fs::path& growing) {
     NoteUnusedIds(growing);
   } catch (const dao::EngineError& failure) {
     if (failure.number() == dao::ErrorNumber::kCancelled) return Cancel();
-    return Fail(Text("CV_ERR_WRITE"_key, failure.what()));
+    return FailToWrite(failure);
   }
   return Finish(growing);
 }

@@ -34,6 +34,7 @@ class ConversionRun {
   [[nodiscard]] bool Ask(const std::string& text);
   void Tell(const std::string& text);
   [[nodiscard]] bool Fail(const std::string& text);
+  [[nodiscard]] bool FailToWrite(const dao::EngineError& failure);
   [[nodiscard]] bool End(ConversionResult::Outcome outcome);
   /// The text of a key with the places for files and numbers filled in.
   [[nodiscard]] std::string Text(core::TextKey key, const std::string& error = {}) const;

@@ -10,13 +10,11 @@
 #include "core/EngineMessages.h"
 #include "db/modCommon.h"
 #include "logview/CRGBColorINI.h"
-#include "logview/CellMarks.h"
 #include "logview/Columns.h"
 #include "logview/EditRules.h"
 #include "logview/GridPlace.h"
 #include "logview/PendingEdits.h"
 #include "logview/Selection.h"
-#include "logview/WriteRow.h"
 #include "ui/QtText.h"
 
 namespace varnlog::logview {
@@ -44,86 +42,6 @@ class HourGlass {
   HourGlass(const HourGlass&) = delete;
   HourGlass& operator=(const HourGlass&) = delete;
 };
-
-ui::CellState ShownState(CellState state) {
-  switch (state) {
-    case CellState::kEdit:
-      return ui::CellState::kEdit;
-    case CellState::kLocked:
-      return ui::CellState::kLocked;
-    case CellState::kNoneEdit:
-      return ui::CellState::kNoneEdit;
-    case CellState::kPlain:
-      break;
-  }
-  return ui::CellState::kPlain;
-}
-
-/// An open value whose correction waits for the log to be closed.
-bool IsPending(dao::Recordset& rows, int column, const CEdits& edits) {
-  if (edits.Count() == 0) return false;
-  const std::string_view flag = kColumns.at(static_cast<std::size_t>(column)).editFlag;
-  if (flag.empty()) return false;
-  return edits.Contains(CEdit{std::string(rows.Fields("tXrayCulIntIDPk").Text()), std::string(flag)}.Key());
-}
-
-ui::DataFailure FailureOf(const core::TextLookup& texts, const dao::EngineError& error) {
-  return {DataErrorOf(error.number()), ui::ToQString(core::EngineErrorText(texts, error))};
-}
-
-/// A refused entry can be handed in again, but never over a value that its author has not seen.
-ui::DataFailure WriteFailureOf(const core::TextLookup& texts, const dao::EngineError& error) {
-  ui::DataFailure failure = FailureOf(texts, error);
-  failure.keepsEntry = error.number() != dao::ErrorNumber::kDataChanged &&
-                       error.number() != dao::ErrorNumber::kFileReplaced &&
-                       failure.number != static_cast<std::int32_t>(DataError::kRecordDeleted);
-  return failure;
-}
-
-void FillRow(dao::Recordset& rows, const RowDisplay& display, const CellStates& states, const CEdits& edits,
-             ui::RowBuffer& rowBuf, int row) {
-  for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
-    rowBuf.SetValue(row, column, ui::ToQString(display.Text(column)));
-    const ui::CellState state = ShownState(states.Of(column));
-    const bool pending = state == ui::CellState::kEdit && IsPending(rows, column, edits);
-    rowBuf.SetState(row, column, pending ? ui::CellState::kPending : state);
-  }
-}
-
-/// Keeps its place until the view is loaded anew, so that the numbers of the rows below stay.
-void FillDeletedRow(const dao::Recordset& rows, const core::TextLookup& texts, ui::RowBuffer& rowBuf,
-                    int row) {
-  for (int column = 0; column < rowBuf.ColumnCount(); ++column) {
-    rowBuf.SetValue(row, column, QString());
-    rowBuf.SetState(row, column, ui::CellState::kPlain);
-  }
-  rowBuf.SetValue(row, kNumberColumn, QString::number(rows.AbsolutePosition() + 1));
-  rowBuf.SetValue(row, kPatientColumn, ui::Caption(texts, "RS_DELETED"_key));
-}
-
-/// The rows of `rows` from its current one on, as texts and states. The numbers of their exposures, 0 for a
-/// row that is not there any more.
-std::vector<std::int64_t> FillBuffer(dao::Recordset& rows, const RowDisplay& display, const CEdits& edits,
-                                     const core::TextLookup& texts, ui::RowBuffer& rowBuf) {
-  const CellStates states(rows);
-  const dao::Field& number = rows.Fields("tXrayCulIntIDPk");
-  std::vector<std::int64_t> exposures;
-  int filled = 0;
-  for (; filled < rowBuf.RowCount() && !rows.IsBOF() && !rows.IsEOF(); ++filled) {
-    try {
-      FillRow(rows, display, states, edits, rowBuf, filled);
-      exposures.push_back(number.Number());
-    } catch (const dao::EngineError& error) {
-      if (error.number() != dao::ErrorNumber::kRecordDeleted) throw;
-      FillDeletedRow(rows, texts, rowBuf, filled);
-      exposures.push_back(0);
-    }
-    rowBuf.SetBookmark(filled, rows.Bookmark().position);
-    rows.MoveNext();
-  }
-  rowBuf.SetRowCount(filled);
-  return exposures;
-}
 
 }  // namespace
 
@@ -190,6 +108,7 @@ void frmResults::LoadColors() {
   grid_->SetStateText(ui::CellState::kPending, ui::Caption(context_.texts, "RS_STATE_PENDING"_key));
   grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, "RS_STATE_LOCKED"_key));
   grid_->SetStateText(ui::CellState::kNoneEdit, ui::Caption(context_.texts, "RS_STATE_NEVER"_key));
+  grid_->SetNewText(ui::Caption(context_.texts, "RS_STATE_NEW"_key));
 }
 
 void frmResults::BuildColumns() {
@@ -420,196 +339,6 @@ void frmResults::ShowError(const dao::EngineError& error) {
   context_.Messages().ShowText(core::EngineErrorText(context_.texts, error));
 }
 
-/// A row that another workstation deleted or works on has a text of its own.
-void frmResults::ShowEditError(const dao::EngineError& error) {
-  const auto key = DataErrorKey(DataErrorOf(error.number()));
-  if (!key) return ShowError(error);
-  context_.Messages().Critical(*key);
-  host_.RefreshCommands();
-}
-
-std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
-    ui::RowBuffer& rowBuf, const std::optional<std::int64_t>& startLocation, std::int64_t offset,
-    std::optional<std::int64_t>& approximatePosition) {
-  if (!data1_ || data1_->RecordCount() == 0) {
-    rowBuf.SetRowCount(0);
-    return std::nullopt;
-  }
-  try {
-    rowSource_ = data1_->Clone();
-    if (startLocation) {
-      rowSource_->SetBookmark(dao::Bookmark{*startLocation});
-    } else if (offset < 0) {
-      rowSource_->MoveLast();
-      rowSource_->MoveNext();
-    } else {
-      rowSource_->MoveFirst();
-      rowSource_->MovePrevious();
-    }
-    rowSource_->Move(offset);
-    const std::int64_t position = rowSource_->AbsolutePosition();
-    const RowDisplay display(*rowSource_, codeTexts_, context_.scheme, context_.shortDate);
-    MarkChanged(Log(), FillBuffer(*rowSource_, display, context_.edits, context_.texts, rowBuf), rowBuf);
-    if (position >= 0) approximatePosition = position;
-    if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
-  } catch (const dao::EngineError& error) {
-    rowBuf.SetRowCount(0);
-    return FailureOf(context_.texts, error);
-  }
-  return std::nullopt;
-}
-
-/// An open value that is emptied would be locked empty when the log is closed; in a list, the empty entry is
-/// chosen.
-bool frmResults::ConfirmEmptied(const ui::RowBuffer& entered) {
-  for (int column = 0; column < kColumnCount; ++column) {
-    const auto& value = entered.Value(0, column);
-    const Column& emptied = kColumns.at(static_cast<std::size_t>(column));
-    if (!value || !value->isEmpty() || emptied.IsList() || emptied.editFlag.empty()) continue;
-    return context_.Messages().Confirm("RS_ASK_EMPTY"_key,
-                                       {{"strColumn", ColumnHeading(column, context_.texts)}});
-  }
-  return true;
-}
-
-void frmResults::NoteEntries(int row, const RowBuffer& entered) {
-  const std::int64_t id = data1_->Ids()[static_cast<std::size_t>(row)];
-  for (int column = 0; column < kColumnCount; ++column)
-    if (entered.at(static_cast<std::size_t>(column))) entered_.push_back({id, column});
-}
-
-/// An entry whose exposure is not shown stays for later.
-std::optional<frmResults::Cell> frmResults::EntryToTakeBack() {
-  const auto isPending = [this](const Cell& cell) {
-    return grid_->StateOf(cell.row, cell.column) == ui::CellState::kPending;
-  };
-  const Cell current{grid_->Row(), grid_->Col()};
-  if (current.row >= 0 && isPending(current)) return current;
-  for (auto entry = entered_.rbegin(); entry != entered_.rend(); ++entry) {
-    const auto cell = CellAt(*entry);
-    if (cell && isPending(*cell)) return cell;
-  }
-  return std::nullopt;
-}
-
-void frmResults::TakeBackEntry() {
-  const auto cell = context_.globals.ReadOnlyGl ? std::nullopt : EntryToTakeBack();
-  const auto bookmark = cell ? grid_->BookmarkOf(cell->row) : std::nullopt;
-  if (!bookmark) {
-    context_.user.Beep();
-    return;
-  }
-  grid_->SetCurrentCell(cell->row, cell->column);
-  try {
-    const auto rows = data1_->Clone();
-    if (!TakeEntryBack(*rows, dao::Bookmark{*bookmark}, cell->column, context_.edits)) {
-      Refuse({.allowed = false, .beep = false, .message = "RS_ERR_CHANGE"_key});
-    }
-  } catch (const dao::EngineError& error) {
-    ShowEditError(error);
-  }
-  grid_->RefetchRow(cell->row);
-  host_.RefreshCommands();
-}
-
-/// Nobody overwrites a correction that another workstation made and that he has not seen.
-bool frmResults::IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) const {
-  const RowDisplay display(rows, codeTexts_, context_.scheme, context_.shortDate);
-  const int row = static_cast<int>(rows.AbsolutePosition());
-  for (int column = 0; column < kColumnCount; ++column) {
-    if (!entered.Value(0, column)) continue;
-    if (grid_->CellText(row, column) != ui::ToQString(display.Text(column))) return false;
-  }
-  return true;
-}
-
-std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer& rowBuf,
-                                                            std::int64_t writeLocation) {
-  RowBuffer entered;
-  for (int column = 0; column < kColumnCount; ++column) {
-    if (const auto& value = rowBuf.Value(0, column)) {
-      entered.at(static_cast<std::size_t>(column)) = ui::FromQString(*value);
-    }
-  }
-  if (!ConfirmEmptied(rowBuf)) return std::nullopt;
-  try {
-    const auto rows = data1_->Clone();
-    rows->SetBookmark(dao::Bookmark{writeLocation});
-    if (!IsAsShown(*rows, rowBuf)) {
-      return FailureOf(context_.texts, dao::EngineError(dao::ErrorNumber::kDataChanged, ""));
-    }
-    const RowWritten written = WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts,
-                                        context_.scheme, context_.edits);
-    if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};
-    NoteEntries(static_cast<int>(rows->AbsolutePosition()), entered);
-    NoteMissing(*rows);
-  } catch (const dao::EngineError& error) {
-    return WriteFailureOf(context_.texts, error);
-  }
-  host_.RefreshCommands();
-  return std::nullopt;
-}
-
-bool frmResults::LocateRow(int row) {
-  if (!data1_ || row < 0) return false;
-  // The running number is the row's place in the record set plus one.
-  data1_->SetAbsolutePosition(grid_->CellText(row, kNumberColumn).toLongLong() - 1);
-  return true;
-}
-
-std::int64_t frmResults::ExposureAt(std::int64_t bookmark) const {
-  const auto row = data1_->Clone();
-  row->SetBookmark(dao::Bookmark{bookmark});
-  return row->Fields("tXrayCulIntIDPk").Number();
-}
-
-std::optional<std::int64_t> frmResults::CurrentExposure() const {
-  const auto bookmark = data1_ && grid_->Row() >= 0 ? grid_->BookmarkOf(grid_->Row()) : std::nullopt;
-  try {
-    return bookmark ? std::optional(ExposureAt(*bookmark)) : std::nullopt;
-  } catch (const dao::EngineError&) {
-    return std::nullopt;  // deleted meanwhile
-  }
-}
-
-QString frmResults::CellNote(std::int64_t bookmark, int colIndex) {
-  const HistoryText text(codeTexts_, context_.scheme, context_.shortDate);
-  return ui::ToQString(NoteOf(Log(), ExposureAt(bookmark), colIndex, text));
-}
-
-void frmResults::Refuse(const EditDecision& decision) {
-  if (decision.beep) context_.user.Beep();
-  if (!decision.message) return;
-  context_.Messages().Inform(*decision.message);
-  grid_->Refresh();
-  host_.RefreshCommands();
-}
-
-void frmResults::BeforeColEdit(int colIndex, int /*keyAscii*/, bool& cancel) {
-  cancel = true;
-  try {
-    if (!LocateRow(grid_->Row())) return;
-    const EditDecision decision = logview::BeforeColEdit(*data1_, colIndex);
-    cancel = !decision.allowed;
-    if (cancel) Refuse(decision);
-  } catch (const dao::EngineError& error) {
-    ShowEditError(error);
-  }
-}
-
-void frmResults::ButtonClick(int colIndex) {
-  try {
-    if (!LocateRow(grid_->Row())) return;
-    const EditDecision decision = logview::ButtonClick(*data1_, colIndex);
-    if (decision.allowed) return;
-    grid_->CancelEdit();
-    Refuse(decision);
-  } catch (const dao::EngineError& error) {
-    grid_->CancelEdit();
-    ShowEditError(error);
-  }
-}
-
 void frmResults::HeadClick(int colIndex) {
   if (colIndex == kNumberColumn) {
     context_.user.Beep();
@@ -633,24 +362,6 @@ void frmResults::MarkSort() {
     order = descending ? Qt::DescendingOrder : Qt::AscendingOrder;
   }
   grid_->SetSortIndicator(sorted, order);
-}
-
-void frmResults::Error(int dataError, int& response) {
-  if (dataError == static_cast<int>(dao::ErrorNumber::kFileReplaced)) {
-    response = 0;
-    return host_.LogReplaced();
-  }
-  grid_->Refresh();
-  if (const auto key = DataErrorKey(dataError)) {
-    const bool isRule = dataError == static_cast<std::int32_t>(DataError::kLocked);
-    context_.Messages().Show(
-        {.key = *key, .icon = isRule ? core::MessageIcon::kInformation : core::MessageIcon::kCritical});
-    host_.RefreshCommands();
-    response = 0;
-    return;
-  }
-  // A failure without a text of its own is left to the grid as well, which beeps.
-  context_.Messages().ShowText(ui::FromQString(grid_->ErrorText()));
 }
 
 }  // namespace varnlog::logview

@@ -17,6 +17,7 @@
 #include "intake/CodeMappings.h"
 #include "logview/CEdits.h"
 #include "logview/CTDBGColumnsINI.h"
+#include "logview/NewRows.h"
 #include "logview/RowDisplay.h"
 #include "logview/RowFilter.h"
 #include "logview/WriteRow.h"
@@ -35,6 +36,7 @@ struct ViewContext {
   const intake::ToothScheme& scheme;
   const platform::ShortDate& shortDate;
   CEdits& edits;
+  const NewRows& newRows;
 
   [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };

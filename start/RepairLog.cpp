@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/EngineMessages.h"
 #include "core/LogCheck.h"
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
@@ -55,16 +56,16 @@ void LookAgain(dao::Database& log, LogRepair& repair) {
 void CompleteAndLook(db::CJetEngine& engine, const std::string& file, LogRepair& repair,
                      const platform::Clock& clock) {
   if (engine.OpenDBInWorkspace(file, false, false) != 0) {
-    repair.error = engine.LastError();
+    repair.error = core::TrappedError(engine);
     return;
   }
   try {
     if (!repair.damage.empty() || CompleteOpen(engine, repair, clock))
       LookAgain(*engine.Database(), repair);
     else
-      repair.error = engine.LastError();
+      repair.error = core::TrappedError(engine);
   } catch (const dao::EngineError& error) {
-    repair.error = error.what();
+    repair.error = error;
   }
   engine.CloseDBInWorkspace();
 }
@@ -75,7 +76,8 @@ std::string RepairText(const core::TextLookup& texts, const LogRepair& repair) {
   const auto text = [&](core::TextKey key, const core::Placeholders& values) {
     return core::FilledText(texts, key, values);
   };
-  if (!repair.IsDone()) return text("PP_ERR_REPAIR"_key, {{"strError", repair.error}});
+  if (!repair.IsDone())
+    return text("PP_ERR_REPAIR"_key, {{"strError", core::EngineErrorText(texts, *repair.error)}});
   constexpr std::size_t kMostIds = 120;
   const std::string count = std::to_string(repair.exposures);
   const bool wasMended = !repair.damage.empty() || !repair.restored.empty();
@@ -106,7 +108,7 @@ LogRepair RepairLog(db::CJetEngine& engine, const std::string& file, const platf
   engine.SetFinishRepair({});
   if (engine.LastNumber() != 0) {
     LogRepair failed;
-    failed.error = engine.LastError();
+    failed.error = core::TrappedError(engine);
     return failed;
   }
   repair.damage = engine.Repaired().findings;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,8 @@ namespace varnlog::start {
 
 /// What came of repairing a log.
 struct LogRepair {
-  /// Why it could not be repaired or looked at; "" otherwise.
-  std::string error;
+  /// Why it could not be repaired or looked at.
+  std::optional<dao::EngineError> error;
   /// What was damaged in the file; empty when that was sound.
   std::vector<std::string> damage;
   /// Names of what the log lacked and has again.
@@ -28,7 +29,7 @@ struct LogRepair {
   /// What is wrong with the log still.
   std::vector<std::string> remaining;
 
-  [[nodiscard]] bool IsDone() const { return error.empty(); }
+  [[nodiscard]] bool IsDone() const { return !error; }
   [[nodiscard]] bool IsWhole() const { return IsDone() && missing.empty() && remaining.empty(); }
 };
 

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "core/EngineMessages.h"
 #include "seals/Ledger.h"
 #include "seals/LogSeals.h"
 #include "start/VerifyText.h"
@@ -13,12 +16,22 @@ using namespace core::literals;
 
 namespace {
 
+/// One message, whatever was found.
 void Tell(const Services& services, const seals::OpenReport& report) {
-  const core::Messages messages = services.Messages();
-  if (report.rulesRestored) messages.Critical("SL_RULES"_key);
-  if (report.found > 0) messages.Inform("SL_FOUND"_key, {{"lngCount", std::to_string(report.found)}});
+  std::vector<std::string> parts;
+  if (report.rulesRestored) parts.push_back(services.texts.GetText("SL_RULES"_key));
   if (report.finding)
-    messages.Critical("SL_BROKEN"_key, {{"strFinding", Describe(*report.finding, services.texts)}});
+    parts.push_back(core::FilledText(services.texts, "SL_BROKEN"_key,
+                                     {{"strFinding", Describe(*report.finding, services.texts)}}));
+  const bool isBroken = !parts.empty();
+  if (report.found > 0)
+    parts.push_back(
+        core::FilledText(services.texts, "SL_FOUND"_key, {{"lngCount", std::to_string(report.found)}}));
+  if (parts.empty()) return;
+  std::string all = parts.front();
+  for (std::size_t i = 1; i < parts.size(); ++i) all += "\r\r" + parts[i];
+  services.Messages().ShowText(all,
+                               isBroken ? core::MessageIcon::kCritical : core::MessageIcon::kInformation);
 }
 
 }  // namespace
@@ -32,7 +45,8 @@ void PrepareSeals(core::Globals& globals, const Services& services) {
   } catch (const dao::EngineError& error) {
     globals.LedgerGl.reset();
     globals.ReadOnlyGl = true;
-    services.Messages().Critical("SL_ERR_OPEN"_key, {{"strError", error.what()}});
+    services.Messages().Critical("SL_ERR_OPEN"_key,
+                                 {{"strError", core::EngineErrorText(services.texts, error)}});
   }
 }
 
@@ -52,16 +66,17 @@ void WarnOfLostHead(const core::Globals& globals, const Services& services, cons
 
 }  // namespace
 
-void CheckLastHead(const core::Globals& globals, const Services& services) {
+bool CheckLastHead(const core::Globals& globals, const Services& services) {
   dao::Database& log = *globals.LogEngineGl->Database();
   const auto seen =
       seals::ReadAnchor(services.ini.ReadString(globals.strDataFileGl, HeadKey(globals), globals.IniFileGl));
   try {
-    if (seen && !seals::Holds(log, *seen)) WarnOfLostHead(globals, services, *seen);
+    if (!seen || seals::Holds(log, *seen)) return true;
+    WarnOfLostHead(globals, services, *seen);
   } catch (const dao::EngineError& error) {
-    services.Messages().ShowText(error.what());
+    services.Messages().ShowText(core::EngineErrorText(services.texts, error));
   }
-  RememberHead(globals, services.ini);
+  return false;
 }
 
 void RememberHead(const core::Globals& globals, core::SettingsStore& ini) {

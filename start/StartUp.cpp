@@ -28,7 +28,10 @@ bool OpenLogWorkspace(core::Globals& globals) {
 
 bool InstallDataFile(const core::Globals& globals, const Services& services) {
   platform::SweepUnfinished(platform::ToPath(globals.strDataFileGl));
-  if (db::FileExists(globals.strDataFileGl)) return true;
+  // A log that cannot be looked at is not missing: the journal beside it may be its own.
+  std::error_code ignored;
+  const auto log = std::filesystem::symlink_status(platform::ToPath(globals.strDataFileGl), ignored);
+  if (log.type() != std::filesystem::file_type::not_found) return true;
   const std::filesystem::path emptyLog = platform::ToPath(core::DeliveredFile(globals, core::kEmptyLog));
   // A journal of a log that was moved away would be applied to the new one.
   try {

@@ -47,6 +47,18 @@ void DrawMark(QPainter& painter, const QRect& cell, const QColor& back) {
       QPolygon({cell.topLeft(), cell.topLeft() + QPoint(size, 0), cell.topLeft() + QPoint(0, size)}));
 }
 
+// A bar at the beginning of the row, whose number is bold as well.
+void DrawNewRow(QPainter& painter, const QRect& cell, const QColor& back) {
+  static const QColor kNew(0x1b, 0x7a, 0x4b);
+  painter.fillRect(QRect(cell.topLeft(), QSize(kTextMargin - 1, cell.height())), ReadableOn(back, kNew));
+}
+
+QFont FontOf(const QStyleOptionViewItem& option, bool isNew) {
+  QFont font = option.font;
+  if (isNew) font.setBold(true);
+  return font;
+}
+
 void DrawFocus(QPainter& painter, const QStyleOptionViewItem& option, const QColor& color) {
   if (!option.state.testFlag(QStyle::State_HasFocus)) return;
   painter.setPen(QPen(color, 1, Qt::DotLine));
@@ -121,10 +133,11 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->fillRect(option.rect, colors.back);
     const QRect textRect = TextRect(option.rect, look.button);
     painter->setPen(colors.fore);
-    painter->setFont(option.font);
+    painter->setFont(FontOf(option, look.cell.isNew));
     painter->drawText(
         textRect, static_cast<int>((column.alignment | Qt::AlignVCenter).toInt()) | Qt::TextSingleLine,
         option.fontMetrics.elidedText(look.cell.text, Qt::ElideRight, textRect.width(), Qt::TextSingleLine));
+    if (look.cell.isNew) DrawNewRow(*painter, option.rect, colors.back);
     if (look.cell.isMarked) DrawMark(*painter, option.rect, colors.back);
     if (look.button) DrawButton(*painter, ButtonRect(option.rect), option.palette);
     DrawFocus(*painter, option, colors.fore);

@@ -34,7 +34,8 @@ class RowBuffer {
         rowCount_(rows),
         columnCount_(columns),
         cells_(static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns)),
-        bookmarks_(static_cast<std::size_t>(rows), -1) {}
+        bookmarks_(static_cast<std::size_t>(rows), -1),
+        new_(static_cast<std::size_t>(rows)) {}
 
   [[nodiscard]] int RowCount() const { return rowCount_; }
   void SetRowCount(int rows) { rowCount_ = std::clamp(rows, 0, capacity_); }
@@ -53,6 +54,10 @@ class RowBuffer {
   /// A mark says that somebody changed the value; who, TDBGridEvents::CellNote tells.
   [[nodiscard]] bool IsMarked(int row, int column) const { return cells_[At(row, column)].isMarked; }
   void SetMarked(int row, int column) { cells_[At(row, column)].isMarked = true; }
+
+  /// A new row is marked in its first column.
+  [[nodiscard]] bool IsNew(int row) const { return new_[static_cast<std::size_t>(row)]; }
+  void SetNew(int row) { new_[static_cast<std::size_t>(row)] = true; }
 
   /// Opaque to the grid: it hands the number back when it writes the row.
   [[nodiscard]] std::int64_t Bookmark(int row) const { return bookmarks_[static_cast<std::size_t>(row)]; }
@@ -74,6 +79,7 @@ class RowBuffer {
   int columnCount_;
   std::vector<Cell> cells_;
   std::vector<std::int64_t> bookmarks_;
+  std::vector<bool> new_;
 };
 
 }  // namespace varnlog::ui

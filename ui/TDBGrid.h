@@ -63,6 +63,8 @@ class TDBGrid final : public QTableView {
   void SetColors(const GridColors& colors);
   /// What a state means, for the tooltip and for screen readers.
   void SetStateText(CellState state, const QString& text);
+  /// What the mark of a new row means, likewise.
+  void SetNewText(const QString& text) { model_.SetNewText(text); }
   /// Shown in place of rows when there are none.
   void SetEmptyText(const QString& text);
   [[nodiscard]] const QString& EmptyText() const { return emptyText_; }

@@ -66,7 +66,7 @@ TDBGridModel::Cell TDBGridModel::CellAt(int row, int column) const {
   const CellState state = found.buffer->State(found.index, column);
   return {found.buffer->Value(found.index, column).value_or(QString()),
           !allowUpdate_ && IsOpen(state) ? CellState::kLocked : state,
-          found.buffer->IsMarked(found.index, column)};
+          found.buffer->IsMarked(found.index, column), column == 0 && found.buffer->IsNew(found.index)};
 }
 
 std::optional<std::int64_t> TDBGridModel::BookmarkAt(int row) const {
@@ -80,7 +80,9 @@ void TDBGridModel::SetStateText(CellState state, const QString& text) {
 }
 
 QString TDBGridModel::StateText(int row, int column) const {
-  const CellState state = CellAt(row, column).state;
+  const Cell cell = CellAt(row, column);
+  const CellState state = cell.state;
+  if (cell.isNew) return newText_;
   if (const QString& text = Column(column).openText; state == CellState::kEdit && !text.isEmpty())
     return text;
   return stateTexts_.at(static_cast<std::size_t>(state));

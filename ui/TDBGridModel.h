@@ -40,6 +40,7 @@ class TDBGridModel final : public QAbstractTableModel {
     QString text;
     CellState state = CellState::kPlain;
     bool isMarked = false;
+    bool isNew = false;  // the first cell of a new row
   };
 
   explicit TDBGridModel(QObject* parent = nullptr);
@@ -71,6 +72,8 @@ class TDBGridModel final : public QAbstractTableModel {
   void SetAllowUpdate(bool allow) { allowUpdate_ = allow; }
   [[nodiscard]] bool AllowUpdate() const { return allowUpdate_; }
   void SetStateText(CellState state, const QString& text);
+  /// What it means that a row is new.
+  void SetNewText(const QString& text) { newText_ = text; }
   /// What the cell's text stands for; "" when that needs no words.
   [[nodiscard]] QString TipText(int row, int column) const;
   /// What the state of the cell means, for those who do not see its colour.
@@ -107,6 +110,7 @@ class TDBGridModel final : public QAbstractTableModel {
   bool writing_ = false;
   bool readFailureTold_ = false;
   std::array<QString, kCellStates> stateTexts_;
+  QString newText_;
 };
 
 }  // namespace varnlog::ui

@@ -57,6 +57,10 @@ class RulesSuspension {
   bool wereObeyed_;
 };
 
+/// What a long maintenance operation reports: the part done, 0 to 1. Returning false stops it with
+/// kCancelled, leaving the source as it was.
+using MaintenanceProgress = std::function<bool(double)>;
+
 /// An open database file. Record sets keep the file open as long as they live; Close() makes every further
 /// use of them throw kObjectInvalid.
 class Database {
@@ -123,6 +127,15 @@ class Database {
   [[nodiscard]] bool ObeyRules(std::span<const std::string> rules);
   /// For a writer whose journal refuses by itself what the rules would.
   [[nodiscard]] RulesSuspension SuspendRules() { return RulesSuspension(connection_); }
+
+  /// Writes a copy of the file as it is at this moment, page by page, while others go on reading; who wants
+  /// to write waits. The copy is verified; a failure leaves none. Throws kFileExists, kInvalidPath,
+  /// kNoPermission, kNotEnoughDiskSpace, kDamaged, kCancelled.
+  void CopyTo(const std::string& target, const MaintenanceProgress& progress = {});
+  /// Puts this file's content into another one, which others may have open: nobody else can use it meanwhile,
+  /// and a failure or a power cut leaves its old content, of which a copy stays beside it in any case: the
+  /// result, NAME.replaced. Throws kFileInUse, kCancelled, what opening throws.
+  std::string CopyInto(const std::string& existing, const MaintenanceProgress& progress = {});
 
   /// Everything that is wrong with the file, one finding an entry; empty when it is sound.
   [[nodiscard]] std::vector<std::string> Check();
@@ -204,10 +217,6 @@ enum class EngineStatistic : int {
   kLocksPlaced = 4,
   kLocksReleased = 5,
 };
-
-/// What a long maintenance operation reports: the part done, 0 to 1. Returning false stops it with
-/// kCancelled, leaving the source as it was.
-using MaintenanceProgress = std::function<bool(double)>;
 
 /// Is given what a repair has saved before it takes the damaged file's place, to add to it what the engine
 /// knows nothing of. What it throws stops the repair.

@@ -12,6 +12,7 @@
 #include "app/Commands.h"
 #include "app/HelpFile.h"
 #include "tests/Paths.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::app {
 namespace {
@@ -24,13 +25,8 @@ fs::path HelpFolder() {
   return fs::path(VARNLOG_SOURCE_DIR) / "resources" / "help";
 }
 
-std::string ReadAll(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 std::string Page(const std::string& language, const std::string& name) {
-  return ReadAll(HelpFolder() / language / (name + ".html"));
+  return test::ReadFile(HelpFolder() / language / (name + ".html"));
 }
 
 std::vector<std::string> PageNames() {

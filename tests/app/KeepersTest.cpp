@@ -84,16 +84,6 @@ TEST_F(FormPosition, IsReadFromWhatStandsThere) {
   }
 }
 
-TEST_F(FormPosition, IsTheMiddleOfTheScreenWhenCentred) {
-  Window window;
-  window.place = {0, 0, 400, 300};
-  CFormPosIni keeper(ini_);
-  keeper.SetForm(&window);
-  keeper.CenterForm();
-  EXPECT_EQ(window.Text(), "760,390,400x300 0");
-  EXPECT_EQ(keeper.IniFile(), "test_app.ini");
-}
-
 class Menu final : public MruMenu {
  public:
   void ShowEntries(const std::vector<MruEntry>& shown) override {

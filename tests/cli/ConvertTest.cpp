@@ -1,11 +1,9 @@
-#include <fstream>
-#include <iterator>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/Paths.h"
 #include "tests/cli/Installation.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::cli {
 namespace {
@@ -13,10 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-std::string Content(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
+using test::ReadFile;
 
 class ConvertCommandTest : public testing::Test {
  protected:
@@ -24,7 +19,7 @@ class ConvertCommandTest : public testing::Test {
   /// An old log, cut to its first `length` bytes.
   void HasOldLog(const std::string& sample, std::size_t length = std::string::npos) {
     const fs::path file = fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / sample;
-    Installation::Write(old_, Content(file).substr(0, length));
+    Installation::Write(old_, ReadFile(file).substr(0, length));
   }
   Ended Converts(const std::string& options = "") {
     return installation_.Ctl("convert '" + old_.string() + "' '" + new_.string() + "' " + options);
@@ -40,7 +35,7 @@ class ConvertCommandTest : public testing::Test {
 
 TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
   HasOldLog("log-1.1-jet4-scratch.mdb");
-  const std::string before = Content(old_);
+  const std::string before = ReadFile(old_);
   Installation::Write(new_.string() + "-journal", "of a log that was moved away");
   const std::string listed = OnOldLog("list --format csv").out;
   const Ended run = Converts();
@@ -49,20 +44,11 @@ TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
             "Exposures: 262, first: 1895-11-08 17:30:01, last: 1998-02-08 11:51:45\n"
             "Values compared: 6,556, all equal\n");
   EXPECT_EQ(run.err, "");
-  EXPECT_EQ(Content(old_), before);
+  EXPECT_EQ(ReadFile(old_), before);
   EXPECT_EQ(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, listed);
   EXPECT_EQ(installation_.Ctl("check --file '" + new_.string() + "'").out, "ok\n");
-  EXPECT_EQ(Content(new_.string() + "-journal.aside"), "of a log that was moved away");
+  EXPECT_EQ(ReadFile(new_.string() + "-journal.aside"), "of a log that was moved away");
   EXPECT_EQ(std::distance(fs::directory_iterator(new_.parent_path()), {}), 3);
-}
-
-TEST_F(ConvertCommandTest, NeedsNoSuiteAndTakesPathsFromTheCurrentFolder) {
-  HasOldLog("log-1.0-jet3-cp1252.mdb");
-  fs::remove(installation_.suite() / "KVFILEDB.DLL");
-  const Ended run = installation_.Shell("cd '" + old_.parent_path().string() + "' && " +
-                                        installation_.CtlCommand() + " convert Alt.mdb ./Neu.mdb");
-  EXPECT_EQ(run.status, 0) << run.err;
-  EXPECT_TRUE(fs::exists(new_));
 }
 
 TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
@@ -71,12 +57,12 @@ TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
   const Ended refused = Converts();
   EXPECT_EQ(refused.status, 1);
   EXPECT_THAT(refused.err, HasSubstr("will not be overwritten"));
-  EXPECT_EQ(Content(new_), "last year's");
+  EXPECT_EQ(ReadFile(new_), "last year's");
   fs::permissions(old_, fs::perms::owner_read | fs::perms::owner_write);
   const Ended replaced = Converts("--overwrite");
   EXPECT_EQ(replaced.status, 0);
   EXPECT_THAT(replaced.out, HasSubstr("Neu.mdb.replaced"));
-  EXPECT_EQ(Content(new_.string() + ".replaced"), "last year's");
+  EXPECT_EQ(ReadFile(new_.string() + ".replaced"), "last year's");
   EXPECT_EQ(fs::status(new_).permissions(), fs::perms(0600)) << "for whom the old log was";
   EXPECT_THAT(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, HasSubstr("Щука"));
 
@@ -84,18 +70,6 @@ TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
   new_ = installation_.log();
   installation_.WithLog(true, [&](dao::Database&) { EXPECT_EQ(Converts("--overwrite").status, 1); });
   EXPECT_EQ(Converts("--overwrite").status, 0);
-}
-
-TEST_F(ConvertCommandTest, TakesThePartsOfADamagedLogOnlyWhenTold) {
-  HasOldLog("log-1.1-jet4-scratch.mdb", 126976);
-  const Ended refused = Converts();
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.err, testing::AllOf(HasSubstr("205 of 262"), HasSubstr("--partial")));
-  EXPECT_FALSE(fs::exists(new_));
-  const Ended partial = Converts("--partial");
-  EXPECT_EQ(partial.status, 0) << partial.err;
-  EXPECT_THAT(partial.out, HasSubstr("Exposures: 205,"));
-  EXPECT_THAT(partial.err, HasSubstr("205 of 262"));
 }
 
 TEST_F(ConvertCommandTest, RefusesWhatIsNoOldLogAndWrongUsage) {
@@ -117,7 +91,7 @@ TEST_F(ConvertCommandTest, RefusesWhatIsNoOldLogAndWrongUsage) {
 
 TEST_F(ConvertCommandTest, AnOldLogCanBeReadButNotChanged) {
   HasOldLog("log-1.0-jet3-cp1252.mdb");
-  const std::string before = Content(old_);
+  const std::string before = ReadFile(old_);
   EXPECT_EQ(OnOldLog("check").out, "ok\n");
   EXPECT_THAT(OnOldLog("list --display --from 1.1.1895 --to 31.12.1895").out, HasSubstr("1895"));
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
@@ -128,7 +102,7 @@ TEST_F(ConvertCommandTest, AnOldLogCanBeReadButNotChanged) {
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err, HasSubstr("varnlogctl convert"));
   }
-  EXPECT_EQ(Content(old_), before);
+  EXPECT_EQ(ReadFile(old_), before);
   EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
   HasOldLog("log-1.1-jet4-scratch.mdb", 126976);
   EXPECT_EQ(OnOldLog("check").status, 1);

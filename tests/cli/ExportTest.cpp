@@ -3,7 +3,7 @@
 
 #include "tests/Paths.h"
 #include "tests/cli/Installation.h"
-#include "tests/support/Databases.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::cli {
 namespace {
@@ -73,7 +73,7 @@ TEST_F(ExportCommandTest, ReadsBackAsTheListShowsItInEveryFormat) {
     if (ending != ".xlsx") continue;
     EXPECT_THAT(compared.out, HasSubstr("ndssssnnnnnsn A2 A1:M8"));
   }
-  EXPECT_THAT(test::Content(File(".csv")), testing::StartsWith("\xEF\xBB\xBFNr.;"));
+  EXPECT_THAT(test::ReadFile(File(".csv")), testing::StartsWith("\xEF\xBB\xBFNr.;"));
 }
 
 TEST_F(ExportCommandTest, NeitherOverwritesUnaskedNorLeavesHalfAFile) {
@@ -91,7 +91,7 @@ TEST_F(ExportCommandTest, NeitherOverwritesUnaskedNorLeavesHalfAFile) {
     EXPECT_THAT(full.err, HasSubstr(File(ending).string()));
   }
   EXPECT_EQ(FilesInSuite(), files);
-  EXPECT_EQ(test::Content(File(".xlsx")), "mine");
+  EXPECT_EQ(test::ReadFile(File(".xlsx")), "mine");
   EXPECT_EQ(Exports(".xlsx", "--overwrite").status, 0);
   EXPECT_EQ(Compared(".xlsx").status, 0);
 }

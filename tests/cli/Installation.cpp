@@ -2,24 +2,19 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/CodePage.h"
 #include "tests/Paths.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::cli {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string ReadAll(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 std::string Quoted(const fs::path& path) {
   return "'" + path.string() + "'";
@@ -60,14 +55,16 @@ Ended Installation::Shell(const std::string& command) const {
   const std::string line = "{ " + command + "; } </dev/null >" + Quoted(out) + " 2>" + Quoted(err);
   const int result =
       std::system(line.c_str());  // NOLINT(bugprone-command-processor): it is the shell we want
-  return {.status = WIFEXITED(result) ? WEXITSTATUS(result) : -1, .out = ReadAll(out), .err = ReadAll(err)};
+  return {.status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
+          .out = test::ReadFile(out),
+          .err = test::ReadFile(err)};
 }
 
 void Installation::Reports(const std::vector<tools::Exposure>& exposures) const {
   const platform::CodePage oem(850);
   std::string records;
   for (const tools::Exposure& exposure : exposures) tools::AppendRecord(exposure, oem, records);
-  std::ofstream(exchangeFile(), std::ios::binary | std::ios::app) << records;
+  test::AppendFile(exchangeFile(), records);
 }
 
 void Installation::SetLanguage(const std::string& code) const {

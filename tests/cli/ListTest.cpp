@@ -139,13 +139,6 @@ TEST_F(ListCommandTest, CombinationsThatAreNoSelectionAreWrongUsage) {
   EXPECT_EQ(installation_->Ctl("--help").status, 0);
 }
 
-TEST_F(ListCommandTest, ANameWithAnApostropheIsAnErrorAndNothingElse) {
-  const Ended run = installation_->Ctl("list --patient \"O'Brien, Seán *01.02.1960\"");
-  EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.err, HasSubstr("3075"));
-  EXPECT_THAT(installation_->Ctl("check").out, "ok\n");
-}
-
 TEST_F(ListCommandTest, OutputThatCannotBeWrittenIsAnErrorWithAReason) {
   const Ended full = installation_->Shell(installation_->CtlCommand() + " list >/dev/full");
   EXPECT_EQ(full.status, 1);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -11,6 +10,7 @@
 #include "tests/Paths.h"
 #include "tests/cli/Installation.h"
 #include "tests/cli/PdfText.h"
+#include "tests/support/TestFolder.h"
 #include "tools/exchange/ExposureGenerator.h"
 
 namespace varnlog::cli {
@@ -18,11 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-
-std::string ReadAll(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// Records separated by line ends that stand in no quotes.
 std::vector<std::vector<std::string>> ReadCsv(const std::string& csv) {
@@ -246,16 +241,6 @@ TEST_F(ReportTest, WithoutItsTextsItStillPrintsTheRows) {
   EXPECT_THAT(PdfPages(Pdf(), installation_).at(0), HasSubstr("05.01.2015 08:"));
 }
 
-TEST_F(ReportTest, NamesAreRelativeToTheUsersFolder) {
-  const fs::path folder = installation_.suite() / "anderswo";
-  fs::create_directories(folder);
-  const Ended ended = installation_.Shell("cd '" + folder.string() + "' && " + installation_.CtlCommand() +
-                                          " report --output a.pdf");
-  EXPECT_EQ(ended.status, 0) << ended.err;
-  EXPECT_EQ(ended.err, "");
-  EXPECT_TRUE(fs::exists(folder / "a.pdf"));
-}
-
 TEST_F(ReportTest, NeedsNeitherDisplayNorHome) {
   const Ended ended =
       installation_.Shell("env -i QT_QPA_PLATFORM=xcb DISPLAY=:77 " + installation_.CtlCommand() +
@@ -289,7 +274,7 @@ TEST_F(ReportTest, AFailureLeavesTheOldFileAndSaysWhy) {
     EXPECT_THAT(ended.err, HasSubstr("Der Bericht konnte nicht gespeichert werden: " + row.output))
         << row.why;
   }
-  EXPECT_EQ(ReadAll(Pdf()), "the old report");
+  EXPECT_EQ(test::ReadFile(Pdf()), "the old report");
   EXPECT_FALSE(fs::is_regular_file("/dev/null"));
   for (const auto& entry : fs::directory_iterator(installation_.suite()))
     EXPECT_TRUE(entry.path() == Pdf() ||
@@ -317,11 +302,6 @@ TEST_F(ReportTest, SweepsDraftsThatWereNeverFinished) {
   EXPECT_EQ(Report("").status, 0);
   EXPECT_FALSE(fs::exists(beside(".QxYzAb")));
   EXPECT_TRUE(fs::exists(beside(".backup")) && fs::exists(beside(".umsatz")));
-}
-
-TEST_F(ReportTest, WithoutAFileItIsWrongUsage) {
-  EXPECT_EQ(installation_.Ctl("report").status, 2);
-  EXPECT_EQ(installation_.Ctl("report --type XI --output x.pdf").status, 2);
 }
 
 }  // namespace

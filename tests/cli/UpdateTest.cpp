@@ -106,32 +106,6 @@ TEST_F(UpdateCommandTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {
   EXPECT_THAT(run.err, HasSubstr("Maier"));
 }
 
-TEST_F(UpdateCommandTest, MessagesComeInTheConfiguredLanguage) {
-  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
-  installation_.SetLanguage("GB");
-  EXPECT_THAT(installation_.Ctl("list --file nowhere.mdb").err, HasSubstr("not found"));
-  installation_.SetLanguage("D");
-  EXPECT_THAT(installation_.Ctl("list --file nowhere.mdb").err, HasSubstr("nicht gefunden"));
-}
-
-TEST_F(UpdateCommandTest, AnExchangeFileThatCannotBeOpenedCancelsTheRun) {
-  fs::create_directory(installation_.exchangeFile());
-  Installation::Write(installation_.exchangeFile() / "x", "");
-  const Ended run = installation_.Ctl("update");
-  // A folder of that name is no exchange file; either answer leaves log and folder alone.
-  EXPECT_LE(run.status, 1) << run.err;
-  EXPECT_TRUE(fs::is_directory(installation_.exchangeFile()));
-}
-
-TEST_F(UpdateCommandTest, ADamagedExchangeFileIsLeftAlone) {
-  const std::string noise("\x50\x00T \x01garbage without an end", 26);
-  Installation::Write(installation_.exchangeFile(), std::string("\x02\x00", 2) + noise);
-  const Ended run = installation_.Ctl("update");
-  EXPECT_EQ(run.status, 1);
-  EXPECT_NE(run.err, "");
-  EXPECT_EQ(fs::file_size(installation_.exchangeFile()), noise.size() + 2);
-}
-
 TEST_F(UpdateCommandTest, AReadOnlyLogIsNotUpdated) {
   EXPECT_EQ(installation_.Ctl("update").status, 0);
   installation_.WithLog(false, [](dao::Database& log) {
@@ -146,16 +120,6 @@ TEST_F(UpdateCommandTest, AReadOnlyLogIsNotUpdated) {
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("schreibgeschützt"));
   EXPECT_TRUE(fs::exists(installation_.exchangeFile()));
-}
-
-TEST_F(UpdateCommandTest, AnotherWorkstationsExclusiveUseIsReported) {
-  EXPECT_EQ(installation_.Ctl("update").status, 0);
-  installation_.WithLog(true, [this](dao::Database&) {
-    const Ended run = installation_.Ctl("list");
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.err, HasSubstr("allein benutzt"));
-  });
-  EXPECT_EQ(installation_.Ctl("list").status, 0);
 }
 
 TEST_F(UpdateCommandTest, WithoutTheSuitesLibraryNothingIsTouched) {

@@ -6,8 +6,7 @@
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
 #include "platform/Files.h"
-#include "tests/support/Databases.h"
-#include "tests/support/TestFolder.h"
+#include "tests/support/LogFolder.h"
 
 namespace varnlog::core {
 namespace {
@@ -30,11 +29,9 @@ std::vector<std::string> Described(std::span<const LogField> fields) {
   return lines;
 }
 
-class EmptyLog : public testing::Test {
+class EmptyLog : public testing::Test, protected test::LogFolder {
  protected:
-  test::TestFolder folder_;
-  dao::DBEngine engine_;
-  std::shared_ptr<dao::Database> log_ = test::MakeDatabase(engine_, folder_ / "log.mdb", "log.sql");
+  std::shared_ptr<dao::Database> log_ = Make("log.mdb", "log.sql");
 };
 
 TEST_F(EmptyLog, HasTheLayoutThatTheProgramKnows) {
@@ -43,15 +40,6 @@ TEST_F(EmptyLog, HasTheLayoutThatTheProgramKnows) {
   EXPECT_EQ(Described(log_->TableDefs(kConfigTable).Fields()), Described(ConfigFields()));
   EXPECT_EQ(ReadLogConfig(*log_, kVersionKey), kLogVersion);
   EXPECT_EQ(ReadLogConfig(*log_, kReadOnlyKey), "0");
-}
-
-TEST_F(EmptyLog, KeepsSettingsOfItsOwn) {
-  EXPECT_FALSE(ChangeLogConfig(*log_, "IntakeRun", "7"));
-  EXPECT_EQ(ReadLogConfig(*log_, "IntakeRun"), std::nullopt);
-  WriteLogConfig(*log_, "IntakeRun", "7");
-  WriteLogConfig(*log_, "IntakeRun", "8");
-  EXPECT_EQ(ReadLogConfig(*log_, "IntakeRun"), "8");
-  EXPECT_EQ(log_->OpenRecordset("TConfig")->RecordCount(), 3);
 }
 
 TEST_F(EmptyLog, ProgramFolderIsGivenElseNamedElseTheExecutables) {

@@ -4,6 +4,7 @@
 
 #include "core/Messages.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/FakeUser.h"
 
 namespace varnlog::core {
 namespace {
@@ -81,28 +82,20 @@ TEST(Placeholder, NumbersAreGroupedByTheLanguage) {
   }
 }
 
-class Listener final : public UserDialog {
- public:
-  MessageAnswer Show(const Message& message) override {
-    shown = message;
-    return MessageAnswer::kNo;
-  }
-  void Beep() override {}
-  Message shown;
-};
-
 TEST(Messages, HaveTheProgramsTitleUnlessOneIsGiven) {
-  Listener user;
+  test::FakeUser user;
+  user.answer = MessageAnswer::kNo;
   const test::FakeTexts texts;
   const Messages messages(user, texts);
   EXPECT_FALSE(messages.Confirm("RC_QUIT"_key));
-  EXPECT_EQ(user.shown.text, "RC_QUIT");
-  EXPECT_EQ(user.shown.key, "RC_QUIT") << "for the help about it";
-  EXPECT_EQ(user.shown.title, "GL_TITLE");
-  EXPECT_EQ(user.shown.icon, MessageIcon::kQuestion);
-  EXPECT_EQ(user.shown.buttons, MessageButtons::kYesNo);
+  const Message& shown = user.messages.back();
+  EXPECT_EQ(shown.text, "RC_QUIT");
+  EXPECT_EQ(shown.key, "RC_QUIT") << "for the help about it";
+  EXPECT_EQ(shown.title, "GL_TITLE");
+  EXPECT_EQ(shown.icon, MessageIcon::kQuestion);
+  EXPECT_EQ(shown.buttons, MessageButtons::kYesNo);
   messages.Show({.key = "RU_SUCCESS"_key, .icon = MessageIcon::kInformation, .title = "RU_XRUPDATE"_key});
-  EXPECT_EQ(user.shown.title, "RU_XRUPDATE");
+  EXPECT_EQ(user.messages.back().title, "RU_XRUPDATE");
 }
 
 }  // namespace

@@ -2,12 +2,12 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "db/CJetEngine.h"
 #include "platform/Files.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::db {
 
@@ -53,18 +53,12 @@ class WatchedEngine final : public dao::DBEngine {
 
 class CJetEngineTest : public testing::Test {
  protected:
-  CJetEngineTest() : folder_(fs::temp_directory_path() / ("Buch ö " + std::to_string(::getpid()))) {
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
+  CJetEngineTest() {
     auto workgroup = engine_.CreateDatabase(Path("system.mdw"), "", 0);
     workgroup->Execute(
         "CREATE TABLE Accounts (Name TEXT(20) COLLATE JET, Salt TEXT, PasswordHash TEXT);"
         "INSERT INTO Accounts VALUES ('Admin', '', '')");
     workgroup->Close();
-  }
-  ~CJetEngineTest() override {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
   }
 
   [[nodiscard]] std::string Path(const std::string& name) const { return (folder_ / name).string(); }
@@ -84,7 +78,7 @@ class CJetEngineTest : public testing::Test {
     return static_cast<std::int32_t>(fs::file_size(path));
   }
 
-  fs::path folder_;
+  test::TestFolder folder_;
   WatchedEngine engine_;
   CJetEngine jet_{engine_};
 };
@@ -172,7 +166,7 @@ TEST_F(CJetEngineTest, CompactingInPlaceGoesByWayOfTheBaseName) {
 TEST_F(CJetEngineTest, ThePathMayHaveEitherSeparatorOrNone) {
   MakeDatabase("Log.mdb");
   const fs::path before = fs::current_path();
-  fs::current_path(folder_);
+  fs::current_path(folder_.Path());
   jet_.CompactDatabase("Log.mdb");
   EXPECT_EQ(engine_.temporary_, "Log.TMP") << "in the current folder";
   fs::create_directory("Sub.Folder");

@@ -1,10 +1,10 @@
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
 #include "db/modCommon.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::db {
 namespace {
@@ -41,28 +41,6 @@ TEST(ModCommon, CutsAtTheFirstZero) {
   EXPECT_EQ(CutAtZero(std::string_view("ab\0cd\0", 6)), "ab");
   EXPECT_EQ(CutAtZero("abc"), "abc");
   EXPECT_EQ(CutAtZero(std::string_view("\0", 1)), "");
-}
-
-TEST(ModCommon, WritesDatesForSqlAndForTheIniFile) {
-  EXPECT_EQ(SqlDateLiteral(Date("2024-02-09")), "#2/9/2024#");
-  EXPECT_EQ(SqlDateLiteral(Date("1880-12-31 23:59:59")), "#12/31/1880#");
-  EXPECT_EQ(DateToCompactText(Date("0987-02-09")), "09870209");
-}
-
-TEST(ModCommon, ReplacesTheSortClause) {
-  struct Row {
-    const char* sql;
-    const char* clause;
-    const char* expected;
-  };
-  const Row rows[] = {
-      {"SELECT a FROM t ORDER BY a;", "ORDER BY b DESC;", "SELECT a FROM t ORDER BY b DESC;"},
-      {"SELECT a FROM t ORDER BY a;", "", "SELECT a FROM t ORDER BY a;"},
-      {"SELECT a FROM t", "ORDER BY b;", ""},
-      {"ORDER BY a;", "ORDER BY b;", ""},
-      {"SELECT a FROM t order by a;", "ORDER BY b;", ""},
-  };
-  for (const Row& row : rows) EXPECT_EQ(ReplaceSortClause(row.sql, row.clause), row.expected) << row.sql;
 }
 
 TEST(ModCommon, ReadsCompactDates) {
@@ -159,17 +137,11 @@ TEST(ModCommon, ReadsTimes) {
 
 class FileHelpers : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "Ärzte Haus XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  void TearDown() override { fs::remove_all(folder_); }
   std::string In(const std::string& name) const { return (folder_ / name).string(); }
   std::string Holding(const std::string& name, const std::string& content) const {
-    std::ofstream(folder_ / name) << content;
-    return In(name);
+    return folder_.Holding(name, content).string();
   }
-  fs::path folder_;
+  test::TestFolder folder_;
 };
 
 TEST_F(FileHelpers, TellFilesFromFolders) {
@@ -178,7 +150,7 @@ TEST_F(FileHelpers, TellFilesFromFolders) {
   EXPECT_FALSE(FolderExists(file));
   EXPECT_FALSE(FileExists(In("")));
   EXPECT_TRUE(FolderExists(In("")));
-  EXPECT_TRUE(FolderExists(folder_.string() + "\\.."));
+  EXPECT_TRUE(FolderExists(folder_.Path().string() + "\\.."));
   EXPECT_FALSE(FileExists(In("fehlt")));
   EXPECT_FALSE(FileExists(""));
   EXPECT_FALSE(FolderExists(""));
@@ -193,19 +165,6 @@ TEST_F(FileHelpers, MakeAllFoldersOfAPath) {
   EXPECT_FALSE(MakeFolderPath(""));
 }
 
-TEST_F(FileHelpers, CopyAndDelete) {
-  const std::string source = Holding("quelle", "Inhalt");
-  EXPECT_TRUE(CopyFile(source, In("ziel")));
-  EXPECT_EQ(fs::file_size(In("ziel")), 6U);
-  EXPECT_FALSE(CopyFile(In("fehlt"), In("ziel")));
-  EXPECT_EQ(fs::file_size(In("ziel")), 6U);
-  EXPECT_TRUE(DeleteFile(In("ziel")));
-  EXPECT_FALSE(DeleteFile(In("ziel")));
-  fs::create_directory(folder_ / "leer");
-  EXPECT_FALSE(DeleteFile(In("leer")));
-  EXPECT_TRUE(FolderExists(In("leer")));
-}
-
 TEST_F(FileHelpers, ChangeTheCurrentFolder) {
   const fs::path before = fs::current_path();
   Holding("kalvero.ini", "x");
@@ -215,16 +174,6 @@ TEST_F(FileHelpers, ChangeTheCurrentFolder) {
   EXPECT_FALSE(ChangeToFolder(In("fehlt")));
   EXPECT_TRUE(FileExists("..\\kalvero.ini"));
   fs::current_path(before);
-}
-
-TEST_F(FileHelpers, FindTablesWithoutRegardToCase) {
-  dao::DBEngine engine;
-  const auto database = engine.CreateDatabase(In("Log.mdb"), "", dao::kNoOption);
-  database->Execute("CREATE TABLE TXray (a INTEGER)");
-  EXPECT_TRUE(TableExists(*database, "txRAY"));
-  EXPECT_FALSE(TableExists(*database, "TConfig"));
-  database->Close();
-  EXPECT_FALSE(TableExists(*database, "TXray"));
 }
 
 }  // namespace

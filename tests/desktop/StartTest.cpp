@@ -1,8 +1,6 @@
-#include <fstream>
-#include <iterator>
-
 #include "tests/Paths.h"
 #include "tests/desktop/RealProgram.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::desktop {
 namespace {
@@ -14,10 +12,7 @@ class Start : public RealProgram {
  protected:
   Start() : RealProgram(0) {}
 
-  [[nodiscard]] std::string Ini() const {
-    std::ifstream file(installation_.program() / "varnlog.ini");
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  [[nodiscard]] std::string Ini() const { return test::ReadFile(installation_.program() / "varnlog.ini"); }
 };
 
 TEST_F(Start, AnotherCopyBringsTheFirstToTheFrontAndLeavesTheSettingsAlone) {

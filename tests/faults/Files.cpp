@@ -1,26 +1,16 @@
 #include "tests/faults/Files.h"
 
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace varnlog::faults {
 
 namespace fs = std::filesystem;
 
-std::string ReadFile(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 void WriteFile(const fs::path& file, std::string_view bytes) {
   std::ofstream stream(file, std::ios::binary);
   if (!stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush())
     throw std::runtime_error("cannot write " + file.string());
-}
-
-void AppendFile(const fs::path& file, std::string_view bytes) {
-  std::ofstream(file, std::ios::binary | std::ios::app) << bytes;
 }
 
 Files ReadFolder(const fs::path& folder) {

@@ -5,11 +5,15 @@
 #include <string>
 #include <string_view>
 
+#include "tests/support/TestFolder.h"
+
 namespace varnlog::faults {
 
-[[nodiscard]] std::string ReadFile(const std::filesystem::path& file);
+using test::AppendFile;
+using test::ReadFile;
+
+/// Throws when that is not possible.
 void WriteFile(const std::filesystem::path& file, std::string_view bytes);
-void AppendFile(const std::filesystem::path& file, std::string_view bytes);
 
 /// What lies in a folder: names and contents.
 using Files = std::map<std::string, std::string>;

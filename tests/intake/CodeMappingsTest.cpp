@@ -28,22 +28,6 @@ class Scheme final : public ToothScheme {
 const Scheme kUS(true);
 const Scheme kFDI(false);
 
-TEST(CodeMappingsTest, ShowsAndReadsPregnancyAndRepeat) {
-  const struct {
-    const char* code;
-    const char* text;
-  } pregnancy[] = {{"J", "Ja"}, {"N", "Nein"}, {"-", "Unbek."}},
-    repeat[] = {{"Wdh.", "Wiederholung"}, {"N.d.", "Nicht diagn."}};
-  for (const auto& row : pregnancy) {
-    EXPECT_EQ(PregnancyCodeToText(row.code, kGerman), row.text);
-    EXPECT_EQ(PregnancyTextToCode(row.text, kGerman), row.code);
-  }
-  for (const auto& row : repeat) {
-    EXPECT_EQ(RepeatCodeToText(row.code, kGerman), row.text);
-    EXPECT_EQ(RepeatTextToCode(row.text, kGerman), row.code);
-  }
-}
-
 TEST(CodeMappingsTest, AnswersAnythingElseWithNothing) {
   for (const char* code : {"j", "n", "", " J", "JN", "wdh.", "N.D."}) {
     EXPECT_EQ(PregnancyCodeToText(code, kGerman), "") << code;

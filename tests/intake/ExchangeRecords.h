@@ -2,9 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <initializer_list>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -12,6 +10,8 @@
 
 namespace varnlog::intake::test {
 
+using varnlog::test::AppendFile;
+using varnlog::test::ReadFile;
 using varnlog::test::TestFolder;
 
 /// A record as the imaging suite writes it.
@@ -64,16 +64,7 @@ struct Exposure {
 /// A new file each time: emptying an old one makes some file systems wait for the disk.
 inline void WriteFile(const std::filesystem::path& path, const std::string& bytes) {
   std::filesystem::remove(path);
-  std::ofstream(path, std::ios::binary) << bytes;
-}
-
-inline void AppendFile(const std::filesystem::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::app) << bytes;
-}
-
-inline std::string ReadFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  varnlog::test::WriteFile(path, bytes);
 }
 
 }  // namespace varnlog::intake::test

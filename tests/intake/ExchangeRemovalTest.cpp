@@ -1,6 +1,4 @@
 #include <fcntl.h>
-#include <functional>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -9,6 +7,7 @@
 #include "intake/ExchangeRemoval.h"
 #include "intake/TakenFiles.h"
 #include "tests/intake/ExchangeRecords.h"
+#include "tests/support/Child.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::intake {
@@ -18,36 +17,6 @@ using std::chrono::milliseconds;
 using test::AppendFile;
 using test::ReadFile;
 using test::WriteFile;
-
-/// Another program. It ends when the object does.
-class OtherProgram {
- public:
-  explicit OtherProgram(const std::function<void()>& work) {
-    int ready[2] = {-1, -1};
-    if (pipe(ready) != 0) return;
-    child_ = fork();
-    if (child_ == 0) {
-      work();
-      if (write(ready[1], "r", 1) == 1) pause();
-      _exit(0);
-    }
-    char byte = 0;
-    isReady_ = read(ready[0], &byte, 1) == 1;
-    close(ready[0]);
-    close(ready[1]);
-  }
-  ~OtherProgram() {
-    kill(child_, SIGKILL);
-    waitpid(child_, nullptr, 0);
-  }
-  OtherProgram(const OtherProgram&) = delete;
-  OtherProgram& operator=(const OtherProgram&) = delete;
-  [[nodiscard]] bool IsReady() const { return isReady_; }
-
- private:
-  pid_t child_ = -1;
-  bool isReady_ = false;
-};
 
 class RemovalTest : public testing::Test {
  protected:
@@ -59,16 +28,13 @@ class RemovalTest : public testing::Test {
   }
   /// A process shortens the file by 500 bytes and ends at `step`.
   void DiesAt(RunStep step) {
-    const pid_t run = fork();
-    if (run == 0) {
+    varnlog::test::Child run([&] {
       options_.onStep = [step](RunStep reached) {
         if (reached == step) _exit(9);
       };
-      _exit(Removes(500) == kNoError ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(run, &status, 0), run);
-    ASSERT_EQ(WEXITSTATUS(status), 9);
+      return Removes(500) == kNoError ? 0 : 1;
+    });
+    ASSERT_EQ(run.Wait(), 9);
   }
 
   test::TestFolder folder_;
@@ -122,15 +88,16 @@ TEST_F(RemovalTest, DeletesAnEmptyFile) {
 
 TEST_F(RemovalTest, GivesUpWhenAnotherProgramLocksTheBytesThatItWrites) {
   WriteFile(file_, "0123456789");
-  const OtherProgram suite([this] {
+  const varnlog::test::Holder suite([this] {
     const int file = open(file_.c_str(), O_RDWR);
     struct flock range {};
     range.l_type = F_WRLCK;
     range.l_start = 2;
     range.l_len = 1;
     fcntl(file, F_SETLK, &range);
+    return nullptr;
   });
-  ASSERT_TRUE(suite.IsReady());
+  ASSERT_TRUE(suite.Holds());
   EXPECT_EQ(Removes(4), kDeviceError);  // six bytes remain, so 0 to 5 are written to
   EXPECT_EQ(ReadFile(file_), "0123456789");
   EXPECT_EQ(Removes(8), kNoError);  // 0 to 1: not locked

@@ -1,10 +1,8 @@
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "tests/intake/ExchangeRecords.h"
 #include "tests/intake/Practice.h"
+#include "tests/support/Child.h"
 
 namespace varnlog::intake {
 namespace {
@@ -22,8 +20,7 @@ std::string Exposures(int first, int count) {
 /// Runs an update in a process of its own that ends, without any clean-up, when it reaches `step`; records
 /// arrive while it reads. True when it got there.
 bool DiesAt(const std::filesystem::path& folder, RunStep step, const std::string& arriving) {
-  const pid_t child = fork();
-  if (child == 0) {
+  varnlog::test::Child child([&] {
     test::Practice practice(folder);
     practice.view.onAdvance = [&](std::int64_t done) {
       if (done == 1) practice.Reports(arriving);
@@ -32,11 +29,9 @@ bool DiesAt(const std::filesystem::path& folder, RunStep step, const std::string
     options.onStep = [step](RunStep reached) {
       if (reached == step) _exit(9);
     };
-    _exit(practice.Updates(options).outcome == UpdateResult::Outcome::kDone ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) && WEXITSTATUS(status) == 9;
+    return practice.Updates(options).outcome == UpdateResult::Outcome::kDone ? 0 : 1;
+  });
+  return child.Wait() == 9;
 }
 
 std::vector<RunStep> AllSteps() {
@@ -87,6 +82,20 @@ TEST_P(InterruptedRunTest, ADamagedCopyCostsNothingThatIsLeftElsewhere) {
   for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
     EXPECT_EQ(entry.path().string().find(".new-"), std::string::npos) << entry.path();
   }
+}
+
+TEST_P(InterruptedRunTest, ADamagedShiftJournalMisalignsNothing) {
+  if (!IsShift(GetParam())) return;
+  test::AppendFile(folder_ / "varnlog.sdx", Exposures(0, 3));
+  const Exposure longer{.lastName = "Patient 3", .firstName = "Anna Katharina"};
+  ASSERT_TRUE(DiesAt(folder_.Path(), GetParam(), longer.New()));
+  const std::filesystem::path journal = folder_ / "varnlog.sdx.shift";
+  std::filesystem::resize_file(journal, std::filesystem::file_size(journal) - 20);
+  test::Practice practice(folder_.Path());
+  for (int run = 0; run < 2; ++run) EXPECT_NE(practice.Updates().outcome, UpdateResult::Outcome::kFailed);
+  EXPECT_EQ(practice.Differences(4), "");
+  const bool isMisaligned = GetParam() == RunStep::kShiftHalf || GetParam() == RunStep::kShiftWritten;
+  EXPECT_EQ(folder_.Count(".damaged"), isMisaligned ? 0 : 1);
 }
 
 TEST(AppenderTest, WhoKeepsTheFileOpenLosesNothing) {

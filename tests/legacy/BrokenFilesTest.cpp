@@ -19,32 +19,6 @@ LogExamination ExamineContent(const std::string& content) {
   return Examine(samples::AsBytes(content));
 }
 
-TEST(BrokenFiles, SoundLogsAreSoundAndTellWhatTheyHold) {
-  struct Row {
-    const char* name;
-    const char* version;
-    std::uint64_t rows;
-    std::uint32_t lastId;
-    const char* first;
-  };
-  const Row rows[] = {
-      {"log-1.0-jet3-cp1252.mdb", "1.0", 98, 120, "1895-11-08 17:30:01"},
-      {"log-1.1-jet3-cp1251.mdb", "1.1", 171, 200, "1895-11-08 17:30:01"},
-      {"log-1.1-jet4-password-encoded.mdb", "1.1", 54, 60, "1895-11-08 17:30:01"},
-      {"log-1.1-upgraded-jet4.mdb", "1.1", 160, 160, "1895-11-08 17:30:01"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto found = ExamineContent(samples::ReadOurs(row.name));
-    EXPECT_EQ(found.verdict, Verdict::kSound);
-    EXPECT_EQ(found.version, row.version);
-    EXPECT_EQ(found.exposures.declared, row.rows);
-    EXPECT_EQ(found.exposures.whole, row.rows);
-    EXPECT_EQ(found.lastId, row.lastId);
-    EXPECT_EQ(found.first.ToIso(), row.first);
-  }
-}
-
 struct BrokenFile {
   const char* name;
   std::string content;

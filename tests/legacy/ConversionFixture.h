@@ -2,19 +2,17 @@
 
 #include <deque>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "legacy/Conversion.h"
 #include "tests/legacy/Samples.h"
-#include "tests/support/Databases.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/LogFolder.h"
 
 namespace varnlog::legacy {
 
@@ -57,21 +55,12 @@ class ScriptedView : public ConversionView {
 };
 
 /// A practice's data folder with an old log in it, and a program folder.
-class ConversionFixture : public testing::Test {
+class ConversionFixture : public testing::Test, protected test::LogFolder {
  protected:
-  void SetUp() override {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = std::filesystem::temp_directory_path() /
-              ("Röntgen Bücher " + std::to_string(getpid()) + " " + test->name());
-    std::filesystem::create_directories(folder_);
-    test::MakeDatabase(engine_, folder_ / "varnlog.md0", "log.sql")->Close();
-    test::MakeDatabase(engine_, folder_ / "system.mdw", "workgroup.sql")->Close();
-    engine_.SetSystemDB((folder_ / "system.mdw").string());
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
+  void SetUp() override { MakeLog("varnlog.md0"); }
 
   void HasOldLog(const std::string& content) {
-    std::ofstream(log_(), std::ios::binary) << content;
+    test::WriteFile(log_(), content);
     original_ = content;
   }
   void HasSample(const std::string& name) { HasOldLog(samples::ReadOurs(name)); }
@@ -89,6 +78,7 @@ class ConversionFixture : public testing::Test {
   /// The same of the sample's expectation; version 1.0 gets its two fields.
   [[nodiscard]] static std::vector<std::string> ExpectedRows(const std::string& sample);
   [[nodiscard]] std::string Setting(const std::filesystem::path& file, const std::string& key);
+  /// For reading, at a workstation of its own.
   [[nodiscard]] std::shared_ptr<dao::Database> Open(const std::filesystem::path& file);
 
   void ExpectOnlyTheOldLog() const {
@@ -97,19 +87,16 @@ class ConversionFixture : public testing::Test {
     ExpectNothingGrowing();
   }
   void ExpectNothingGrowing() const {
-    for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
-      EXPECT_EQ(entry.path().string().find(".converting"), std::string::npos) << entry.path();
+    for (const std::string& name : folder_.Names()) {
+      EXPECT_EQ(name.find(".converting"), std::string::npos) << name;
     }
   }
 
-  std::filesystem::path folder_;
   std::string original_;
-  dao::DBEngine engine_;
   test::FakeTexts texts_{{}, "|$strFile$|$lngReadable$/$lngCount$|$strError$"};
   platform::Author author_;
   platform::SystemClock clock_;
   ScriptedView view_;
-  std::shared_ptr<dao::Workspace> workspace_;
 };
 
 }  // namespace varnlog::legacy

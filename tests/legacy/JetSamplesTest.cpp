@@ -96,50 +96,5 @@ TEST(JetSamples, ReadAsExpectedInAFolderGivenFromOutside) {
   }
 }
 
-TEST(JetSamples, TellVersionCodePagePasswordAndEncoding) {
-  struct Row {
-    const char* name;
-    JetVersion version;
-    int codePage;
-    bool hasPassword;
-    bool isEncoded;
-  };
-  const Row rows[] = {
-      {"log-1.0-jet3-cp1252.mdb", JetVersion::kJet3, 1252, false, false},
-      {"log-1.1-jet3-cp1250.mdb", JetVersion::kJet3, 1250, false, false},
-      {"log-1.1-jet3-cp1251.mdb", JetVersion::kJet3, 1251, false, false},
-      {"log-1.1-jet3-password-encoded.mdb", JetVersion::kJet3, 1252, true, true},
-      {"log-1.1-jet4-scratch.mdb", JetVersion::kJet4, 1252, false, false},
-      {"log-1.1-jet4-password.mdb", JetVersion::kJet4, 1252, true, false},
-      {"log-1.1-jet4-password-encoded.mdb", JetVersion::kJet4, 1252, true, true},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto header = ReadHeader(samples::AsBytes(samples::ReadOurs(row.name)));
-    ASSERT_TRUE(header);
-    EXPECT_EQ(header->version, row.version);
-    EXPECT_EQ(header->codePage, row.codePage);
-    EXPECT_EQ(header->hasPassword, row.hasPassword);
-    EXPECT_EQ(header->IsEncoded(), row.isEncoded);
-  }
-}
-
-TEST(JetSamples, TellTypesSizesAndTheCounterOfALog) {
-  for (const char* name : {"log-1.1-jet3-cp1252.mdb", "log-1.1-jet4-scratch.mdb"}) {
-    SCOPED_TRACE(name);
-    const std::string content = samples::ReadOurs(name);
-    const auto database = JetDatabase::Open(samples::AsBytes(content));
-    ASSERT_TRUE(database);
-    const auto table = database->Table("txray");
-    ASSERT_TRUE(table);
-    EXPECT_TRUE(table->Column("tXrayCulIntIDPk")->isCounter);
-    EXPECT_EQ(table->Column("TXRAYSNAME")->size, 32);
-    EXPECT_EQ(table->Column("tXraySComment")->size, 255);
-    EXPECT_EQ(table->Column("tXrayTs")->type, ColumnType::kDate);
-    EXPECT_EQ(table->Column("tXrayBEdDr")->type, ColumnType::kBoolean);
-    EXPECT_EQ(table->Column("tXrayBEd"), nullptr);
-  }
-}
-
 }  // namespace
 }  // namespace varnlog::legacy

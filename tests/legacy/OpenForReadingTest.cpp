@@ -77,24 +77,16 @@ TEST_F(OpenForReading, NothingCanBeChanged) {
   EXPECT_TRUE(log->IsReadOnly());
   EXPECT_EQ(log->Name(), log_().string());
   const auto rows = log->OpenRecordset("SELECT * FROM TXray", RecordsetType::kDynaset);
-  const auto change = [&](const auto& run) {
-    try {
-      run();
-      return ErrorNumber::kNone;
-    } catch (const dao::EngineError& error) {
-      return error.number();
-    }
-  };
-  EXPECT_EQ(change([&] {
+  EXPECT_EQ(test::ErrorOf([&] {
               rows->Edit();
               rows->Fields("tXraySDr").SetText("X");
               rows->Update();
             }),
             ErrorNumber::kReadOnlyDatabase);
-  EXPECT_EQ(change([&] { rows->AddNew(); }), ErrorNumber::kReadOnlyDatabase);
-  EXPECT_EQ(
-      change([&] { log->TableDefs("TXray").Append({.name = "tNew", .type = dao::FieldType::kBoolean}); }),
-      ErrorNumber::kReadOnlyDatabase);
+  EXPECT_EQ(test::ErrorOf([&] { rows->AddNew(); }), ErrorNumber::kReadOnlyDatabase);
+  EXPECT_EQ(test::ErrorOf(
+                [&] { log->TableDefs("TXray").Append({.name = "tNew", .type = dao::FieldType::kBoolean}); }),
+            ErrorNumber::kReadOnlyDatabase);
   EXPECT_EQ(samples::Read(log_()), original_);
 }
 

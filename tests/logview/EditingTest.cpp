@@ -40,18 +40,16 @@ TEST_F(EditingTest, OnlyOpenValuesCanBeEdited) {
     bool allowed;
     bool locked;
     CellState state;
-  } cases[] = {
-      {-1, false, false, CellState::kPlain},
-      {kNumberColumn, false, false, CellState::kPlain},
-      {kDateColumn, false, false, CellState::kPlain},
-      {kPatientColumn, false, false, CellState::kPlain},
-      {kPregnancyColumn, true, false, CellState::kEdit},
-      {7, false, true, CellState::kLocked},
-      {8, true, false, CellState::kEdit},
-      {kRetakeColumn, false, true, CellState::kLocked},
-      {kCommentColumn, true, false, CellState::kEdit},
-      {13, false, false, CellState::kPlain},
-  };
+  } cases[] = {{-1, false, false, CellState::kPlain},
+               {kNumberColumn, false, false, CellState::kPlain},
+               {kDateColumn, false, false, CellState::kPlain},
+               {kPatientColumn, false, false, CellState::kPlain},
+               {kPregnancyColumn, true, false, CellState::kEdit},
+               {7, false, true, CellState::kLocked},
+               {8, true, false, CellState::kEdit},
+               {kRetakeColumn, false, true, CellState::kLocked},
+               {kCommentColumn, true, false, CellState::kEdit},
+               {13, false, false, CellState::kPlain}};
   const auto rows = Rows();
   for (const auto& row : cases) {
     const EditDecision decision = BeforeColEdit(*rows, row.column);
@@ -73,15 +71,6 @@ TEST_F(EditingTest, ThePregnancyOfAMaleBeepsEvenWhenItsFlagIsSet) {
   }
   EXPECT_EQ(CellStateOf(*rows, kPregnancyColumn), CellState::kNoneEdit);
   EXPECT_TRUE(ButtonClick(*rows, kRetakeColumn).allowed);
-}
-
-TEST_F(EditingTest, AButtonOfALockedValueSaysSoAndBeeps) {
-  TakesExposure({{"tXraySSex", "f"}});
-  const auto rows = Rows();
-  const EditDecision decision = ButtonClick(*rows, kRetakeColumn);
-  EXPECT_FALSE(decision.allowed);
-  EXPECT_TRUE(decision.beep);
-  EXPECT_EQ(decision.message, "RS_ERR_CHANGE"_key);
 }
 
 TEST_F(EditingTest, TypedTextsAreLimitedToTheirFields) {
@@ -233,14 +222,6 @@ TEST_F(EditingTest, PendingValuesAreNamedByPatientDateAndColumn) {
   EXPECT_TRUE(lines.ends_with("\nund 2 weitere")) << lines;
 }
 
-TEST_F(EditingTest, DataErrorsHaveTheirMessages) {
-  EXPECT_EQ(DataErrorKey(16389), "RS_ERR_RECORDEX"_key);
-  EXPECT_EQ(DataErrorKey(3585), "RS_ERR_RECDEL"_key);
-  EXPECT_EQ(DataErrorKey(18), "RS_ERR_FIELDLEN"_key);
-  EXPECT_FALSE(DataErrorKey(DataErrorOf(dao::ErrorNumber::kNotEnoughDiskSpace)));
-  EXPECT_EQ(DataErrorKey(DataErrorOf(dao::ErrorNumber::kDataChanged)), "RS_ERR_RECORDEX"_key);
-}
-
 TEST_F(EditingTest, AValueCorrectedTwiceIsLockedOnceByTheFlush) {
   TakesExposure({{"tXrayBEdVolt", "1"}, {"tXrayBEdCur", "1"}});
   Edits(0, Entered({{7, "65"}}));
@@ -281,11 +262,6 @@ TEST_F(EditingTest, AFailedFlushLocksNothing) {
   EXPECT_EQ(result.locked, 0U);
   EXPECT_EQ(edits_.Count(), 3U);
   EXPECT_EQ(Stored(0, "tXrayBEdVolt"), "1");
-}
-
-TEST_F(EditingTest, AFlushOfNothingDoesNotTouchTheLog) {
-  log_->Close();
-  EXPECT_FALSE(FlushPendingEdits(*log_, edits_, user_).error);
 }
 
 }  // namespace

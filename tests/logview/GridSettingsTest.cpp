@@ -12,20 +12,18 @@ TEST(CRGBColorINI, ReadsColoursAndNeverOverflows) {
   const struct {
     const char* stored;
     Color expected;
-  } cases[] = {
-      {"", kFallback},
-      {"R=255;G=255;B=0", 0x00FFFF},
-      {"R=1,G=2,B=3", 0x030201},
-      {"R=1G=2B=3", 0x030201},
-      {"B=3 G=2 R=1", 0x030201},
-      {"R=255;G=255", kFallback},
-      {"r=1;g=2;b=3", kFallback},
-      {"R=999;G=0;B=0", 0x0000FF},
-      {"R=0;G=0;B=99999999999999999999999999", 0xFF0000},
-      {"R=;G=x;B=7", 0x070000},
-      {"R=-5;G=0;B=0", 0x000000},
-      {"red", kFallback},
-  };
+  } cases[] = {{"", kFallback},
+               {"R=255;G=255;B=0", 0x00FFFF},
+               {"R=1,G=2,B=3", 0x030201},
+               {"R=1G=2B=3", 0x030201},
+               {"B=3 G=2 R=1", 0x030201},
+               {"R=255;G=255", kFallback},
+               {"r=1;g=2;b=3", kFallback},
+               {"R=999;G=0;B=0", 0x0000FF},
+               {"R=0;G=0;B=99999999999999999999999999", 0xFF0000},
+               {"R=;G=x;B=7", 0x070000},
+               {"R=-5;G=0;B=0", 0x000000},
+               {"red", kFallback}};
   FakeSettings settings;
   CRGBColorINI colors(settings);
   colors.SetIniFile("varnlog.ini");
@@ -34,16 +32,6 @@ TEST(CRGBColorINI, ReadsColoursAndNeverOverflows) {
     settings.values[{"GridColors", "EditForeColor"}] = row.stored;
     EXPECT_EQ(colors.RestoreColor("EditForeColor", kFallback), row.expected) << row.stored;
   }
-}
-
-TEST(GridColors, HaveTheirDefaultsWithoutAnIniFile) {
-  const FakeSettings settings;
-  const GridColors colors = LoadGridColors(settings, "varnlog.ini");
-  EXPECT_EQ(colors.lockedBack, 0x80000013U);
-  EXPECT_EQ(colors.lockedFore, 0U);
-  EXPECT_EQ(colors.editFore, 0xFF0000U);
-  EXPECT_EQ(colors.editBack, 0xFFFFFFU);
-  EXPECT_EQ(colors.noneEditBack, 65535U);
 }
 
 TEST(GridColors, ComeFromTheirOwnKeys) {
@@ -122,12 +110,6 @@ TEST_F(ColumnWidthsTest, RestoresWhatIsThereAndLeavesTheRest) {
       {"W0=1000000;W1=99999999999999999999;W2=0;", {1, 2, 3}, {100'000, 100'000, 0}},
   };
   for (const auto& row : cases) EXPECT_EQ(Restored(row.stored, row.widths), row.expected) << row.stored;
-}
-
-TEST_F(ColumnWidthsTest, WithoutAGridNothingHappens) {
-  EXPECT_TRUE(columns_.SaveColumns());
-  columns_.RestoreColumns();
-  EXPECT_TRUE(settings_.values.empty());
 }
 
 }  // namespace

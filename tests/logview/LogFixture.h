@@ -8,31 +8,20 @@
 
 #include "db/dao/DBEngine.h"
 #include "tests/logview/LogviewFakes.h"
-#include "tests/support/Databases.h"
-#include "tests/support/TestFolder.h"
+#include "tests/support/LogFolder.h"
 
 namespace varnlog::logview {
 
 /// A small log of its own for each test.
-class LogFixture : public testing::Test {
+class LogFixture : public testing::Test, protected test::LogFolder {
  protected:
-  LogFixture() { log_ = test::MakeDatabase(engine_, folder_ / "Prüf log.mdb", "log.sql"); }
   ~LogFixture() override { log_->Close(); }
 
   /// Text fields as they are, yes/no fields as "1" and "0", dates as in the log. Not named: NULL.
   void TakesExposure(const std::map<std::string, std::string>& values) {
     const auto rows = log_->OpenRecordset("TXray", dao::RecordsetType::kTable);
     rows->AddNew();
-    for (const auto& [name, value] : values) {
-      dao::Field& field = rows->Fields(name);
-      if (field.Type() == dao::FieldType::kBoolean) {
-        field.SetBoolean(value == "1");
-      } else if (field.Type() == dao::FieldType::kDate) {
-        field.SetDate(platform::DateTime::FromIso(value).value());
-      } else {
-        field.SetText(value);
-      }
-    }
+    for (const auto& [name, value] : values) test::SetField(rows->Fields(name), value);
     rows->Update();
   }
 
@@ -50,9 +39,7 @@ class LogFixture : public testing::Test {
 
   void LosesRow(int id) { log_->Execute("DELETE FROM TXray WHERE tXrayCulIntIDPk = " + std::to_string(id)); }
 
-  test::TestFolder folder_;
-  dao::DBEngine engine_;
-  std::shared_ptr<dao::Database> log_;
+  std::shared_ptr<dao::Database> log_ = Make("log.mdb", "log.sql");
   FakeTexts texts_;
   FakeToothScheme fdi_{false};
   FakeToothScheme us_{true};

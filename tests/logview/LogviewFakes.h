@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "core/SettingsStore.h"
-#include "core/UserDialog.h"
 #include "intake/CodeMappings.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/FakeUser.h"
 
 namespace varnlog::logview {
 
@@ -51,12 +51,6 @@ class FakeSettings final : public core::SettingsStore {
   }
 };
 
-/// Counts the beeps; nothing in the log view's logic asks a question.
-class FakeUser final : public core::UserDialog {
- public:
-  int beeps = 0;
-  core::MessageAnswer Show(const core::Message& /*message*/) override { return core::MessageAnswer::kOk; }
-  void Beep() override { ++beeps; }
-};
+using test::FakeUser;
 
 }  // namespace varnlog::logview

@@ -40,14 +40,6 @@ TEST_F(RowDisplayTest, ShowsARowInThirteenColumns) {
   EXPECT_EQ(Shown(*rows, us_).at(kRegionColumn), "32");
 }
 
-TEST_F(RowDisplayTest, AColumnThatIsNoneIsEmpty) {
-  TakesExposure({{"tXraySComment", "x"}});
-  const auto rows = Rows();
-  const platform::ShortDate shortDate;
-  const RowDisplay display(*rows, texts_, fdi_, shortDate);
-  for (const int column : {-1, 13, 1'000'000}) EXPECT_EQ(display.Text(column), "") << column;
-}
-
 TEST_F(RowDisplayTest, WithoutATypeTheRegionStaysEmpty) {
   TakesExposure({{"tXraySRegio", "48"}});
   EXPECT_EQ(Shown(*Rows(), fdi_).at(kRegionColumn), "");

@@ -99,11 +99,6 @@ TEST_F(SelectionTest, HeadlinesNamePeriodAndPatient) {
             "Müller, Käthe *01.02.1960 vom 09.02.2004 bis 30.11.2004");
 }
 
-TEST_F(SelectionTest, ANameThatHoldsTheMarkerIsShownAsItIs) {
-  selection_.strPatNameGl = "$strPatName$";
-  EXPECT_EQ(Select(SelectionKind::kPatient).headline, "Nachweis: $strPatName$, Käthe *01.02.1960");
-}
-
 TEST_F(SelectionTest, PutsNamesIntoTheQueryAsTheyAre) {
   selection_.strPatNameGl = "O'Brien";
   EXPECT_NE(Select(SelectionKind::kPatient).sql.find("(TXray.tXraySName)='O'Brien')"), std::string::npos);
@@ -168,20 +163,6 @@ TEST(Columns, WriteAndSortByFieldsOfTheLog) {
     EXPECT_EQ(typeOf(column.field), dao::FieldType::kText) << column.field;
     EXPECT_TRUE(column.editFlag.empty() || typeOf(column.editFlag) == dao::FieldType::kBoolean);
   }
-}
-
-TEST(Columns, HeadingsAreTextsButForTheDose) {
-  const FakeTexts texts;
-  EXPECT_EQ(ColumnHeading(kNumberColumn, texts), "RS_NR");
-  EXPECT_EQ(ColumnHeading(kDoseColumn, texts), "mGycm2");
-  EXPECT_EQ(ColumnHeading(kCommentColumn, texts), "RS_COMMENT");
-  EXPECT_EQ(ColumnHeading(-1, texts), "");
-  EXPECT_EQ(ColumnHeading(13, texts), "");
-}
-
-TEST(FormatPatient, JoinsNameFirstNameAndBirthDate) {
-  EXPECT_EQ(FormatPatient("Muster", "Max", Day(1960, 2, 1), ShortDate()), "Muster, Max *01.02.1960");
-  EXPECT_EQ(FormatPatient("", "", DateTime(), ShortDate()), ",  *");
 }
 
 }  // namespace

@@ -55,27 +55,8 @@ TEST(CodePage, GivesEveryByteACharacterAndAsciiItself) {
   }
 }
 
-TEST(CodePage, KeepsTheUndefinedBytesOfWindowsPages) {
-  EXPECT_EQ(CodePage(1252).ToUtf8("\x81"), "\xC2\x81");
-  EXPECT_EQ(CodePage(1251).ToUtf8("\x98"), "\xC2\x98");
-}
-
 TEST(CodePage, PutsAQuestionMarkForWhatItDoesNotHave) {
   EXPECT_EQ(CodePage(850).FromUtf8("Иван 😀 Ä\xFF"), "???? ? \x8E?");
-}
-
-TEST(CodePage, AppendsBehindWhatIsThere) {
-  std::string out = "x";
-  const std::string longAscii(1000, 'a');
-  CodePage(850).AppendUtf8(longAscii + "\x81" + longAscii, out);
-  EXPECT_EQ(out, "x" + longAscii + "ü" + longAscii);
-}
-
-TEST(CodePage, FollowsTheLanguage) {
-  EXPECT_EQ(CodePage::Oem("D").number(), 850);
-  EXPECT_EQ(CodePage::Oem("CYR").number(), 866);
-  EXPECT_EQ(CodePage::Ansi("D").number(), 1252);
-  EXPECT_EQ(CodePage::Ansi("CYR").number(), 1251);
 }
 
 TEST(CodePage, RefusesPagesItCannotHold) {
@@ -122,17 +103,6 @@ TEST(Utf8, CutsBetweenCharacters) {
 TEST(Utf8, RaisesLettersOfEveryAlphabet) {
   EXPECT_EQ(UpperCase("größe éà иванов ς Ab1"), "GRÖßE ÉÀ ИВАНОВ Σ AB1");
   EXPECT_EQ(UpperCase("a\xFFz"), "A\xFFZ");
-}
-
-TEST(Utf8, DecodesTextFilesOfEitherKind) {
-  const CodePage ansi = CodePage::Ansi("D");
-  EXPECT_EQ(DecodeTextFile("\xEF\xBB\xBF"
-                           "Zähne",
-                           ansi),
-            "Zähne");
-  EXPECT_EQ(DecodeTextFile("Zähne", ansi), "Zähne");
-  EXPECT_EQ(DecodeTextFile("Z\xE4hne", ansi), "Zähne");
-  EXPECT_EQ(DecodeTextFile("", ansi), "");
 }
 
 }  // namespace

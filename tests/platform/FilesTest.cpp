@@ -1,16 +1,16 @@
 #include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
 #include <functional>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "platform/Files.h"
+#include "tests/support/Child.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::platform {
 namespace {
@@ -19,22 +19,12 @@ namespace fs = std::filesystem;
 
 class Files : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "Röntgen Buch XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  fs::path Holding(const std::string& name, const std::string& content) {
-    std::ofstream(folder_ / name, std::ios::binary) << content;
-    return folder_ / name;
+  fs::path Holding(const std::string& name, const std::string& content) const {
+    return folder_.Holding(name, content);
   }
   static std::string Content(const fs::path& path) {
     std::error_code error;
     return ReadWholeFile(path, error).value_or("cannot be read: " + error.message());
-  }
-  std::size_t Entries() const {
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
   }
   File OpenReadWrite(const fs::path& path) {
     std::error_code error;
@@ -43,17 +33,8 @@ class Files : public testing::Test {
     return file;
   }
 
-  fs::path folder_;
+  test::TestFolder folder_;
 };
-
-/// Runs `work` in another process, which holds none of this one's locks; its result is the exit status.
-int InAnotherProcess(const std::function<int()>& work) {
-  const pid_t child = fork();
-  if (child == 0) _exit(work());
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 /// A plain record lock, as other programs take it. 0 when it was granted.
 int TakePlainLock(int descriptor, off_t offset, off_t length) {
@@ -66,19 +47,7 @@ int TakePlainLock(int descriptor, off_t offset, off_t length) {
 }
 
 int TryPlainLock(const fs::path& path, off_t offset, off_t length) {
-  return InAnotherProcess([&] { return TakePlainLock(open(path.c_str(), O_RDWR), offset, length); });
-}
-
-TEST_F(Files, TreatsBothSeparatorsAlike) {
-  Holding("kalvero.ini", "x");
-  fs::create_directory(folder_ / "Programm");
-  EXPECT_EQ(FileSize(ToPath(FromPath(folder_) + "\\Programm\\..\\kalvero.ini")), 1U);
-}
-
-TEST_F(Files, TellsTheSizeOfRegularFilesOnly) {
-  EXPECT_EQ(FileSize(Holding("leer", "")), 0U);
-  EXPECT_EQ(FileSize(folder_), std::nullopt);
-  EXPECT_EQ(FileSize(folder_ / "fehlt"), std::nullopt);
+  return test::Child([&] { return TakePlainLock(open(path.c_str(), O_RDWR), offset, length); }).Wait();
 }
 
 TEST_F(Files, ReadsAWholeFileUpToALimit) {
@@ -97,28 +66,11 @@ TEST_F(Files, SaysWhyAFileCannotBeRead) {
   std::error_code error;
   EXPECT_EQ(ReadWholeFile(folder_ / "fehlt", error), std::nullopt);
   EXPECT_EQ(error, std::errc::no_such_file_or_directory);
-  EXPECT_EQ(ReadWholeFile(folder_, error), std::nullopt);
+  EXPECT_EQ(ReadWholeFile(folder_.Path(), error), std::nullopt);
   EXPECT_EQ(error, std::errc::is_a_directory);
   ASSERT_EQ(mkfifo((folder_ / "rohr").c_str(), 0600), 0);
   EXPECT_EQ(ReadWholeFile(folder_ / "rohr", error), std::nullopt);
   EXPECT_TRUE(error);
-}
-
-TEST_F(Files, KnowsAnotherNameOfAFile) {
-  const fs::path path = Holding("eins", "x");
-  fs::create_hard_link(path, folder_ / "zwei");
-  EXPECT_TRUE(SameFile(path, folder_ / "zwei"));
-  EXPECT_FALSE(SameFile(path, Holding("drei", "x")));
-  EXPECT_FALSE(SameFile(path, folder_ / "fehlt"));
-}
-
-TEST_F(Files, OpensAsToldTo) {
-  const fs::path path = Holding("da", "alt");
-  std::error_code error;
-  EXPECT_FALSE(File::Open(path, File::Mode::kCreateNew, error).IsOpen());
-  EXPECT_EQ(error, std::errc::file_exists);
-  EXPECT_FALSE(File::Open(folder_ / "fehlt", File::Mode::kReadWrite, error).IsOpen());
-  EXPECT_EQ(error, std::errc::no_such_file_or_directory);
 }
 
 TEST_F(Files, KnowsWhatOthersMayChange) {
@@ -151,24 +103,6 @@ TEST_F(Files, KnowsTheFileItHasOpenFromAnotherThatTookItsName) {
   EXPECT_EQ(error, std::errc::too_many_symbolic_link_levels);
 }
 
-TEST_F(Files, ReadsAndWritesAtPlaces) {
-  const fs::path path = Holding("datei", "0123456789");
-  File file = OpenReadWrite(path);
-  std::error_code error;
-  file.WriteAt(3, "abc", error);
-  file.Truncate(8, error);
-  file.Flush(error);
-  ASSERT_FALSE(error) << error.message();
-  EXPECT_EQ(file.Size(error), 8U);
-  std::string buffer(10, '.');
-  EXPECT_EQ(file.ReadAt(2, buffer, error), 6U);
-  EXPECT_EQ(buffer, "2abc67....");
-  EXPECT_EQ(file.ReadAt(100, buffer, error), 0U);
-  File moved = std::move(file);
-  EXPECT_TRUE(moved.IsOpen());
-  EXPECT_EQ(moved.Size(error), 8U);
-}
-
 TEST_F(Files, ReportsAFullDiskAndAClosedFile) {
   std::error_code error;
   File full = File::Open("/dev/full", File::Mode::kReadWrite, error);
@@ -199,17 +133,15 @@ TEST_F(Files, ItsLockHoldsOffOtherProgramsInItsRangeOnly) {
 
 TEST_F(Files, OtherProgramsLocksHoldItOff) {
   const fs::path path = Holding("varnlog.sdx", "0123456789");
-  const int result = InAnotherProcess([&] {
-    if (TakePlainLock(open(path.c_str(), O_RDWR), 5, 1) != 0) return 9;
-    return InAnotherProcess([&] {
-      std::error_code error;
-      File file = File::Open(path, File::Mode::kReadWrite, error);
-      const bool inside = file.TryLockRange(0, 10, error);
-      const bool outside = file.TryLockRange(0, 5, error);
-      return (inside ? 1 : 0) + (outside ? 0 : 2);
-    });
+  const test::Holder other([&] {
+    TakePlainLock(open(path.c_str(), O_RDWR), 5, 1);
+    return nullptr;
   });
-  EXPECT_EQ(result, 0);
+  ASSERT_TRUE(other.Holds());
+  File file = OpenReadWrite(path);
+  std::error_code error;
+  EXPECT_FALSE(file.TryLockRange(0, 10, error));
+  EXPECT_TRUE(file.TryLockRange(0, 5, error));
 }
 
 TEST_F(Files, KnowsWhetherItHasAFileToItself) {
@@ -231,14 +163,11 @@ TEST_F(Files, ANewcomerWaitsWhileAFileIsHeldAloneAndTheHolderLivesOn) {
   const fs::path path = Holding("varnlog.sdx", "0123456789");
   File file = OpenReadWrite(path);
   if (file.TrySolitude() != File::Solitude::kAlone) GTEST_SKIP() << "no leases on this file system";
-  const pid_t newcomer = fork();
-  if (newcomer == 0) _exit(open(path.c_str(), O_WRONLY | O_APPEND) >= 0 ? 0 : 1);
+  test::Child newcomer([&] { return open(path.c_str(), O_WRONLY | O_APPEND) >= 0 ? 0 : 1; });
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
-  EXPECT_EQ(waitpid(newcomer, nullptr, WNOHANG), 0) << "it must wait";
+  EXPECT_TRUE(newcomer.IsRunning()) << "it must wait";
   file.EndSolitude();
-  int status = -1;
-  EXPECT_EQ(waitpid(newcomer, &status, 0), newcomer);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(newcomer.Wait(), 0);
 }
 
 }  // namespace

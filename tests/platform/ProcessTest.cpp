@@ -32,18 +32,5 @@ TEST(SystemLauncher, SaysWhenThereIsNoSuchProgram) {
   EXPECT_FALSE(launcher.Start({}));
 }
 
-TEST(SharedLibrary, SaysWhyItCannotBeLoaded) {
-  const SharedLibrary missing("no such folder/KVFILEDB.DLL");
-  EXPECT_FALSE(missing.IsLoaded());
-  EXPECT_NE(missing.Error(), "");
-  EXPECT_EQ(missing.Symbol<int()>("FDB_Open"), nullptr);
-  const SharedLibrary text(VARNLOG_SOURCE_DIR "/CMakeLists.txt");
-  EXPECT_FALSE(text.IsLoaded());
-}
-
-TEST(ExecutableFolder, HoldsThisTest) {
-  EXPECT_TRUE(std::filesystem::exists(ExecutableFolder() / "test_platform"));
-}
-
 }  // namespace
 }  // namespace varnlog::platform

@@ -1,11 +1,11 @@
 #include <cstdlib>
-#include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "platform/SafeFile.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::platform {
 namespace {
@@ -14,16 +14,10 @@ namespace fs = std::filesystem;
 
 class SafeFile : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "Röntgen Buch XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  fs::path Holding(const std::string& name, const std::string& content, mode_t mode = 0644) {
-    std::ofstream(folder_ / name, std::ios::binary) << content;
-    EXPECT_EQ(chmod((folder_ / name).c_str(), mode), 0);
-    return folder_ / name;
+  fs::path Holding(const std::string& name, const std::string& content, mode_t mode = 0644) const {
+    const fs::path path = folder_.Holding(name, content);
+    EXPECT_EQ(chmod(path.c_str(), mode), 0);
+    return path;
   }
   static std::string Content(const fs::path& path) {
     std::error_code error;
@@ -36,11 +30,9 @@ class SafeFile : public testing::Test {
     struct stat info {};
     return stat(path.c_str(), &info) == 0 ? info.st_uid : static_cast<uid_t>(-1);
   }
-  std::size_t Entries() const {
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
-  }
+  std::size_t Entries() const { return folder_.Names().size(); }
 
-  fs::path folder_;
+  test::TestFolder folder_;
 };
 
 TEST_F(SafeFile, ASettingsFileIsReplacedWhereItIsAndKeepsItsPermissions) {
@@ -57,8 +49,8 @@ TEST_F(SafeFile, ASettingsFileIsReplacedWhereItIsAndKeepsItsPermissions) {
 }
 
 TEST_F(SafeFile, LeavesEverythingAsItWasWhenReplacingFails) {
-  EXPECT_EQ(ReplaceFile(folder_ / "fehlt" / "datei", "x"), std::errc::no_such_file_or_directory);
-  EXPECT_EQ(ReplaceFile(folder_, "x"), std::errc::is_a_directory);
+  EXPECT_EQ(ReplaceFile(folder_ / "fehlt/datei", "x"), std::errc::no_such_file_or_directory);
+  EXPECT_EQ(ReplaceFile(folder_.Path(), "x"), std::errc::is_a_directory);
   EXPECT_EQ(ReplaceFile(Holding("geschützt", "alt", 0444), "x"), std::errc::permission_denied);
   EXPECT_EQ(Content(folder_ / "geschützt"), "alt");
   ASSERT_EQ(mkfifo((folder_ / "rohr").c_str(), 0600), 0);
@@ -101,7 +93,7 @@ TEST_F(SafeFile, IsForThePeopleOfItsModelOrOfTheFolder) {
   EXPECT_EQ(modeOfNew(Holding("b", "", 0666), log), 0640U) << "rather the model than the file replaced";
   EXPECT_EQ(modeOfNew(Holding("c", "", 0666), {}), 0666U);
   EXPECT_EQ(modeOfNew(folder_ / "d", folder_ / "fehlt"), 0600U);
-  ASSERT_EQ(chmod(folder_.c_str(), 0777), 0);
+  ASSERT_EQ(chmod(folder_.Path().c_str(), 0777), 0);
   EXPECT_EQ(modeOfNew(folder_ / "e", {}), 0660U) << "the folder is the practice's, not everybody's";
   fs::create_symlink(Holding("offen", "", 0666), folder_ / "f");
   EXPECT_EQ(modeOfNew(folder_ / "f", {}), 0660U) << "what a link points to says nothing";
@@ -114,7 +106,7 @@ TEST_F(SafeFile, AnAdministratorLocksNobodyOut) {
   ASSERT_EQ(chown(log.c_str(), kPractice, kPractice), 0);
   EXPECT_FALSE(CopyWholeFile(log, folder_ / "kopie", IfTaken::kFail, log));
   EXPECT_EQ(OwnerOf(folder_ / "kopie"), kPractice);
-  ASSERT_EQ(chown(folder_.c_str(), kPractice, kPractice), 0);
+  ASSERT_EQ(chown(folder_.Path().c_str(), kPractice, kPractice), 0);
   EXPECT_FALSE(ReplaceFile(folder_ / "varnlog.ini", "x"));
   EXPECT_EQ(OwnerOf(folder_ / "varnlog.ini"), kPractice);
 }
@@ -160,8 +152,8 @@ TEST_F(SafeFile, RemovesAFileWithWhatBelongsToItAndNeverAFolder) {
   EXPECT_FALSE(RemoveFile(folder_ / "log", {"-journal", "-wal"}));
   EXPECT_EQ(Entries(), 0U);
   EXPECT_FALSE(RemoveFile(folder_ / "log"));
-  EXPECT_TRUE(RemoveFile(folder_));
-  EXPECT_TRUE(fs::exists(folder_));
+  EXPECT_TRUE(RemoveFile(folder_.Path()));
+  EXPECT_TRUE(fs::exists(folder_.Path()));
 }
 
 TEST_F(SafeFile, SweepsWhatACrashLeftAndNothingElse) {

@@ -2,17 +2,9 @@
 
 #include <algorithm>
 
-#include "tests/support/Databases.h"
-
 namespace varnlog::report {
 
-LogFile::LogFile() {
-  test::MakeDatabase(engine_, folder_ / "system.mdw", "workgroup.sql")->Close();
-  test::MakeDatabase(engine_, folder_ / "log.mdb", "log.sql")->Close();
-  engine_.SetSystemDB((folder_ / "system.mdw").string());
-  workspace_ = engine_.CreateWorkspace("Reports", "Admin", "");
-  database_ = workspace_->OpenDatabase((folder_ / "log.mdb").string(), false, false);
-}
+LogFile::LogFile() : database_(Open(MakeLog())) {}
 
 LogFile::~LogFile() {
   workspace_->Close();
@@ -23,19 +15,21 @@ void LogFile::Add(const LoggedRow& row, int times) {
   const auto table = database_->OpenRecordset("TXray");
   for (int i = 0; i < times; ++i) {
     table->AddNew();
-    table->Fields("tXraySName").SetText(row.name);
-    table->Fields("tXraySFirstname").SetText(row.firstName);
-    table->Fields("tXrayDBirthday").SetDate(row.birth);
-    table->Fields("tXrayTs").SetDate(platform::DateTime::FromSeconds(row.taken.SecondsSinceEpoch() + i));
-    table->Fields("tXraySPreg").SetText(row.pregnancy);
-    table->Fields("tXraySDr").SetText(row.person);
-    table->Fields("tXraySType").SetText(row.type);
-    table->Fields("tXraySRegio").SetText(row.region);
-    table->Fields("tXraySRadDur").SetText("120");
-    table->Fields("tXraySVolt").SetText("60");
-    table->Fields("tXraySCur").SetText("7");
-    table->Fields("tXraySDose").SetText("14.2");
-    table->Fields("tXraySDiagRetry").SetText(row.retry);
+    const auto taken = platform::DateTime::FromSeconds(row.taken.SecondsSinceEpoch() + i);
+    const std::pair<const char*, std::string> values[] = {{"tXraySName", row.name},
+                                                          {"tXraySFirstname", row.firstName},
+                                                          {"tXrayDBirthday", row.birth.ToIso()},
+                                                          {"tXrayTs", taken.ToIso()},
+                                                          {"tXraySPreg", row.pregnancy},
+                                                          {"tXraySDr", row.person},
+                                                          {"tXraySType", row.type},
+                                                          {"tXraySRegio", row.region},
+                                                          {"tXraySRadDur", "120"},
+                                                          {"tXraySVolt", "60"},
+                                                          {"tXraySCur", "7"},
+                                                          {"tXraySDose", "14.2"},
+                                                          {"tXraySDiagRetry", row.retry}};
+    for (const auto& [field, value] : values) test::SetField(table->Fields(field), value);
     if (!row.comment.empty()) table->Fields("tXraySComment").SetText(row.comment);
     table->Update();
   }

@@ -11,7 +11,7 @@
 #include "report/ReportJob.h"
 #include "report/ReportLayout.h"
 #include "tests/support/FakeTexts.h"
-#include "tests/support/TestFolder.h"
+#include "tests/support/LogFolder.h"
 
 namespace varnlog::report {
 
@@ -30,7 +30,7 @@ struct LoggedRow {
 };
 
 /// A log of its own in the temporary folder.
-class LogFile {
+class LogFile : protected test::LogFolder {
  public:
   LogFile();
   ~LogFile();
@@ -44,9 +44,6 @@ class LogFile {
   [[nodiscard]] const std::filesystem::path& Folder() const { return folder_.Path(); }
 
  private:
-  test::TestFolder folder_;
-  dao::DBEngine engine_;
-  std::shared_ptr<dao::Workspace> workspace_;
   std::shared_ptr<dao::Database> database_;
 };
 

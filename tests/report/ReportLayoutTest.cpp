@@ -114,19 +114,6 @@ TEST_F(ReportLayoutTest, EveryRowStandsOnceUnderHeadingsThatRepeat) {
   EXPECT_EQ(expected, 151);
 }
 
-TEST_F(ReportLayoutTest, ShowsWhatARowHolds) {
-  log.Add({.name = "D'Angelo \"Rex\" {x}", .pregnancy = "J", .retry = "N.d.", .comment = "gut"});
-  log.Add({.taken = *DateTime::FromCivil(2024, 2, 9), .pregnancy = "", .retry = "anders"});
-  texts = GivenTexts({{"RC_PREGYES", "ja"}, {"RC_PREGUNKNOWN", "?"}, {"RC_ND", "n.d."}, {"RS_MS", ""}});
-  Begin();
-  const Drawing page = Draw().at(0);
-  for (const char* text :
-       {"D'Angelo \"Rex\" {x}, Max *5.7.1961", "09.02.2024 14:05:33", "ja", "Dr. Weiß", "XI", "36", "120",
-        "60", "7", "n.d.", "gut", "14.2", "09.02.2024", "?", "anders"}) {
-    EXPECT_TRUE(page.Has(text)) << text;
-  }
-}
-
 TEST_F(ReportLayoutTest, LongTextsWrapInTheirColumnsAndLoseNoWord) {
   std::string comment;
   for (int i = 0; i < 40; ++i) comment += "w" + std::to_string(i) + (i % 7 == 0 ? "\r" : " ");
@@ -146,15 +133,6 @@ TEST_F(ReportLayoutTest, LongTextsWrapInTheirColumnsAndLoseNoWord) {
   const auto hebrew = std::ranges::find(first, "\u05D0\u05D1\u05D2, Max *5.7.1961", &Drawing::Text::text);
   ASSERT_NE(hebrew, first.end());
   EXPECT_TRUE(hebrew->rightToLeft);
-}
-
-TEST_F(ReportLayoutTest, AnEmptySelectionSaysSoBetweenHeaderAndFooter) {
-  Begin();
-  const std::vector<Drawing> pages = Draw();
-  ASSERT_EQ(pages.size(), 1U);
-  for (const char* text : {"Alle Patienten", "RS_PATIENT", "DRS_EMPTY", "DRS_PAGE 1 DRS_FROM 1"})
-    EXPECT_TRUE(pages[0].Has(text)) << text;
-  EXPECT_FALSE(pages[0].Has("DRS_COUNT 0"));
 }
 
 TEST_F(ReportLayoutTest, AFullPagePutsTheCountOnAPageOfItsOwn) {

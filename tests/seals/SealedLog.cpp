@@ -1,57 +1,20 @@
 #include "tests/seals/SealedLog.h"
 
-#include <fstream>
-#include <iterator>
-#include <unistd.h>
-
-#include "tests/Paths.h"
-
 namespace varnlog::seals {
 
-namespace fs = std::filesystem;
+using test::SetField;
 
-namespace {
-
-std::string Resource(const std::string& name) {
-  std::ifstream file(fs::path(VARNLOG_SOURCE_DIR) / "resources" / name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void Set(dao::Field& field, const std::string& value) {
-  if (field.Type() == dao::FieldType::kBoolean) {
-    field.SetBoolean(value == "1");
-  } else if (field.Type() == dao::FieldType::kDate) {
-    field.SetDate(platform::DateTime::FromIso(value).value());
-  } else {
-    field.SetText(value);
-  }
-}
-
-}  // namespace
-
-SealedLog::SealedLog() : folder_(fs::temp_directory_path() / ("Röntgen siegel " + std::to_string(getpid()))) {
-  fs::remove_all(folder_);
-  fs::create_directories(folder_);
-  const auto make = [this](const char* name, const char* source) {
-    const auto made = engine_.CreateDatabase((folder_ / name).string(), "", 0);
-    made->Execute(Resource(source));
-    made->Close();
-  };
-  make("system.mdw", "workgroup.sql");
-  make("Varnlog.mdb", "log.sql");
-  engine_.SetSystemDB((folder_ / "system.mdw").string());
-  workspace_ = engine_.CreateWorkspace("Test", "Admin", "");
+SealedLog::SealedLog() {
+  MakeLog("Varnlog.mdb");
 }
 
 SealedLog::~SealedLog() {
   if (log_) log_->Close();
-  workspace_.reset();
-  fs::remove_all(folder_);
 }
 
 void SealedLog::OpensUnsealed() {
   if (log_) log_->Close();
-  log_ = workspace_->OpenDatabase((folder_ / "Varnlog.mdb").string(), false, false);
+  log_ = Open(Path("Varnlog.mdb"));
 }
 
 OpenReport SealedLog::Opens() {
@@ -68,15 +31,15 @@ void SealedLog::TakesIn(int exposures) {
     const std::string number = std::to_string(++taken_);
     const bool isOpen = taken_ % 2 == 1;
     rows->AddNew();
-    Set(rows->Fields("tXraySName"), "Müller " + number);
-    Set(rows->Fields("tXraySFirstname"), "Jörg");
-    Set(rows->Fields("tXrayDBirthday"), "1960-02-01");
-    Set(rows->Fields("tXraySSex"), "f");
-    Set(rows->Fields("tXrayTs"), "2024-06-30 08:00:00");
-    Set(rows->Fields("tXraySType"), "XI");
-    if (!isOpen) Set(rows->Fields("tXraySVolt"), "60");
+    SetField(rows->Fields("tXraySName"), "Müller " + number);
+    SetField(rows->Fields("tXraySFirstname"), "Jörg");
+    SetField(rows->Fields("tXrayDBirthday"), "1960-02-01");
+    SetField(rows->Fields("tXraySSex"), "f");
+    SetField(rows->Fields("tXrayTs"), "2024-06-30 08:00:00");
+    SetField(rows->Fields("tXraySType"), "XI");
+    if (!isOpen) SetField(rows->Fields("tXraySVolt"), "60");
     for (const char* flag : {"tXrayBEdVolt", "tXrayBEdCur", "tXrayBEdDr", "tXrayBEdDiagRetry"})
-      Set(rows->Fields(flag), isOpen ? "1" : "0");
+      SetField(rows->Fields(flag), isOpen ? "1" : "0");
     rows->Update();
   }
   changes.Commit();
@@ -87,7 +50,7 @@ void SealedLog::Edits(std::int64_t exposure, const std::map<std::string, std::st
   rows->SetIndex("PrimaryKey");
   rows->Seek("=", {exposure});
   rows->Edit();
-  for (const auto& [field, value] : values) Set(rows->Fields(field), value);
+  for (const auto& [field, value] : values) SetField(rows->Fields(field), value);
   rows->Update();
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,11 +11,12 @@
 #include "seals/Ledger.h"
 #include "seals/LogSeals.h"
 #include "seals/Verifier.h"
+#include "tests/support/LogFolder.h"
 
 namespace varnlog::seals {
 
 /// A log of its own for each test, at a workstation of its own.
-class SealedLog : public testing::Test {
+class SealedLog : public testing::Test, protected test::LogFolder {
  protected:
   SealedLog();
   ~SealedLog() override;
@@ -39,9 +39,6 @@ class SealedLog : public testing::Test {
   [[nodiscard]] Verification Verified() { return Verify(*log_); }
   void ExpectSound(const std::string& when = {});
 
-  std::filesystem::path folder_;
-  dao::DBEngine engine_;
-  std::shared_ptr<dao::Workspace> workspace_;
   std::shared_ptr<dao::Database> log_;
   platform::Author author_{"anna", "Anna Müller", "Röntgen 1", "varnlog test", "1-1-a"};
   platform::FixedClock clock_{*platform::DateTime::FromCivil(2024, 6, 30, 12)};

@@ -79,27 +79,6 @@ TEST_F(LanguageTexts, ComeFromAnOldDatabaseToo) {
   EXPECT_EQ(language_.GetText("MN_CAPTION"_key), "");
 }
 
-TEST_F(LanguageTexts, AcceptSevenCodesExactly) {
-  for (const std::string_view code : kLanguages) {
-    EXPECT_TRUE(language_.SetLanguage(code));
-    EXPECT_EQ(globals_.LanguageGl, code);
-  }
-  for (const char* code : {"", "d", "gb", "US", "D ", "CYRILLIC"}) {
-    globals_.LanguageGl = "GB";
-    EXPECT_FALSE(language_.SetLanguage(code)) << code;
-    EXPECT_EQ(globals_.LanguageGl, "D") << code;
-  }
-}
-
-TEST_F(LanguageTexts, CloseOnce) {
-  EXPECT_FALSE(language_.CloseLanguage());
-  ASSERT_TRUE(language_.InitLanguage());
-  EXPECT_TRUE(language_.CloseLanguage());
-  EXPECT_FALSE(language_.CloseLanguage());
-  EXPECT_EQ(globals_.LangEngineGl, nullptr);
-  EXPECT_TRUE(language_.InitLanguage()) << "and open again";
-}
-
 TEST_F(LanguageTexts, SayWhyTheyCannotBeOpened) {
   const std::filesystem::path file = folder_.Program() / "verbalo.mdb";
   test::WriteFile(file, std::string(5000, 'x'));

@@ -95,24 +95,5 @@ TEST_F(RepairLogTest, MissingNumbersAreToldOnceAndNoted) {
   EXPECT_THAT(Check(), ElementsAre("2 exposures are missing, numbers 3, 6"));
 }
 
-TEST_F(RepairLogTest, ADamagedLogTellsWhatItLost) {
-  MakeLog(400);
-  std::fstream file(file_, std::ios::in | std::ios::out | std::ios::binary);
-  std::string content{std::istreambuf_iterator<char>(file), {}};
-  constexpr std::size_t kPage = 16384;
-  file.seekp(static_cast<std::streamoff>(content.find("P200xxxx") / kPage * kPage));
-  file << std::string(kPage, '\0') << std::flush;
-  const LogRepair repair = Repair();
-  EXPECT_FALSE(repair.damage.empty());
-  EXPECT_EQ(repair.exposures + dao::CountOf(repair.missing), 400);
-  EXPECT_GT(dao::CountOf(repair.missing), 10);
-  EXPECT_TRUE(fs::exists(repair.damagedFile));
-  EXPECT_THAT(repair.remaining, IsEmpty());
-  EXPECT_FALSE(repair.IsWhole());
-  EXPECT_THAT(Check(), IsEmpty());
-  EXPECT_THAT(core::ReadLogConfig(*Open(), "Repaired 2024-03-01 08:00:00").value_or(""),
-              HasSubstr("exposures missing, numbers"));
-}
-
 }  // namespace
 }  // namespace varnlog::start

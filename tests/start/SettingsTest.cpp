@@ -32,15 +32,6 @@ TEST_F(Settings, AreAllOnWithoutAnIniFile) {
   EXPECT_EQ(globals_.SortSelectionGl, SelectionKind::kAll);
 }
 
-TEST_F(Settings, TakeOnlyOneForTrue) {
-  Holds("[User]\nOptBigIcons=true\nOptTbrVisible=yes\nOptSbrVisible=1\n");
-  Load();
-  EXPECT_FALSE(globals_.OptBigIcons);
-  EXPECT_FALSE(globals_.OptTbrVisible);
-  EXPECT_TRUE(globals_.OptSbrVisible);
-  EXPECT_FALSE(globals_.UpdateOnActivation) << "a missing key";
-}
-
 TEST_F(Settings, ComeBackAsTheyWereSaved) {
   globals_.OptBigIcons = false;
   globals_.UpdateOnActivation = false;
@@ -78,12 +69,6 @@ TEST_F(Settings, ForgetALogThatIsGone) {
   EXPECT_EQ(later.strDataFileGl, folder_.Data("Varnlog.mdb"));
   EXPECT_EQ(later.SortSelectionGl, SelectionKind::kAll);
   EXPECT_FALSE(later.dBegGl.IsSet());
-}
-
-TEST_F(Settings, FindALogNamedFromTheProgramFolder) {
-  Holds("[User]\nDataFile=..\\Daten\\Log [alt].mdb\n");
-  Load();
-  EXPECT_TRUE(std::filesystem::equivalent(globals_.strDataFileGl, log_)) << globals_.strDataFileGl;
 }
 
 TEST_F(Settings, ReadDatesOfEveryForm) {

@@ -167,10 +167,10 @@ TEST_F(StartUp, FinishesAnUpgradeThatWasInterrupted) {
 
 TEST_F(StartUp, LeavesAnOldLogAloneThatMayOnlyBeRead) {
   const std::string file = OldLog();
-  const std::string before = test::FileContent(file);
+  const std::string before = test::ReadFile(file);
   EXPECT_FALSE(Open(file, true));
   EXPECT_EQ(user_.TakeKeys(), "MN_ERR_VERSION!");
-  EXPECT_EQ(test::FileContent(file), before);
+  EXPECT_EQ(test::ReadFile(file), before);
 }
 
 TEST_F(StartUp, HasNoWorkspaceWithoutAWorkgroupFile) {

@@ -21,7 +21,7 @@ class ModIniFile : public testing::Test {
     return ini_.WriteString(section, key, value, path_);
   }
   void Holds(const std::string& bytes) const { test::WriteFile(path_, bytes); }
-  std::string Bytes() const { return test::FileContent(path_); }
+  std::string Bytes() const { return test::ReadFile(path_); }
 
   test::SuiteFolder folder_;
   std::string path_ = (folder_.Program() / "varnlog.ini").string();
@@ -39,25 +39,23 @@ TEST_F(ModIniFile, ReadsValuesByTheRulesOfItsSystem) {
     const char* key;
     const char* expected;
   };
-  const Row rows[] = {
-      {"User", "Leer", ""},
-      {"USER", "blanks", "a b"},
-      {" user ", " Blanks ", "a b"},
-      {"User", "Doppelt", "  x "},
-      {"User", "Einfach", "y"},
-      {"User", "Halb", "\"z"},
-      {"User", "gleich", "a=b=c"},
-      {"User", "SCHLÜSSEL", "Größe ; kein Kommentar"},
-      {"User", "Zweimal", "1"},
-      {"NÄCHSTER [1]", "X", "y"},
-      {"User", "x", ""},
-      {"User", "ohne", ""},
-      {"User", "Kommentar", ""},
-      {"User", "kein Gleichheitszeichen", ""},
-      {"", "ohne", ""},
-      {"fehlt", "x", ""},
-      {"Use", "Leer", ""},
-  };
+  const Row rows[] = {{"User", "Leer", ""},
+                      {"USER", "blanks", "a b"},
+                      {" user ", " Blanks ", "a b"},
+                      {"User", "Doppelt", "  x "},
+                      {"User", "Einfach", "y"},
+                      {"User", "Halb", "\"z"},
+                      {"User", "gleich", "a=b=c"},
+                      {"User", "SCHLÜSSEL", "Größe ; kein Kommentar"},
+                      {"User", "Zweimal", "1"},
+                      {"NÄCHSTER [1]", "X", "y"},
+                      {"User", "x", ""},
+                      {"User", "ohne", ""},
+                      {"User", "Kommentar", ""},
+                      {"User", "kein Gleichheitszeichen", ""},
+                      {"", "ohne", ""},
+                      {"fehlt", "x", ""},
+                      {"Use", "Leer", ""}};
   for (const Row& row : rows) EXPECT_EQ(Read(row.section, row.key), row.expected) << row.section << row.key;
 }
 

@@ -1,10 +1,29 @@
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace varnlog::test {
+
+/// "" when there is no such file.
+[[nodiscard]] inline std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void WriteFile(const std::filesystem::path& path, std::string_view bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+inline void AppendFile(const std::filesystem::path& path, std::string_view bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::app) << bytes;
+}
 
 /// A folder of its own for each test, with a name that careless code stumbles over.
 class TestFolder {
@@ -25,13 +44,25 @@ class TestFolder {
   [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
   [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
 
+  /// A file of this content, and its path.
+  std::filesystem::path Holding(const std::string& name, std::string_view content) const {
+    WriteFile(path_ / name, content);
+    return path_ / name;
+  }
+  /// What lies there, sorted.
+  [[nodiscard]] std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+      names.push_back(entry.path().filename().string());
+    }
+    std::ranges::sort(names);
+    return names;
+  }
   /// How many files there have a name that ends like this.
   [[nodiscard]] int Count(const std::string& ending) const {
-    int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-      if (entry.path().string().ends_with(ending)) ++count;
-    }
-    return count;
+    const auto names = Names();
+    return static_cast<int>(
+        std::ranges::count_if(names, [&](const std::string& name) { return name.ends_with(ending); }));
   }
 
  private:

@@ -43,32 +43,6 @@ TEST(ExposureGenerator, NewExposuresAreNeverTakenAtTheSameTime) {
   }
 }
 
-TEST(ExposureGenerator, HoldsEverythingThatARealFileHolds) {
-  ExposureGenerator generator({.count = kRecords});
-  std::map<std::string, int> types;
-  std::set<std::tuple<std::string, std::string, std::string>> patients;
-  int information = 0;
-  int undiagnosable = 0;
-  int apostrophes = 0;
-  int withoutVoltage = 0;
-  for (int i = 0; i < kRecords; ++i) {
-    const Exposure& exposure = generator.Next();
-    ++types[exposure.typeCode];
-    patients.emplace(exposure.lastName, exposure.firstName, exposure.birthday);
-    information += exposure.kind == Exposure::Kind::kInformation;
-    undiagnosable += exposure.typeExtra == "~~";
-    apostrophes += exposure.lastName.find('\'') != std::string::npos;
-    withoutVoltage += exposure.kind == Exposure::Kind::kNew && exposure.volt.empty();
-  }
-  EXPECT_EQ(types.size(), 5U);
-  EXPECT_GT(types["XV"], kRecords / 100);
-  EXPECT_NEAR(static_cast<double>(patients.size()), kRecords / 50.0, kRecords / 100.0);
-  EXPECT_NEAR(information, kRecords * 0.05, kRecords * 0.01);
-  EXPECT_GT(undiagnosable, 0);
-  EXPECT_GT(apostrophes, 0);
-  EXPECT_GT(withoutVoltage, 0);
-}
-
 TEST(ExchangeRecord, IsReadBackAsItWasWritten) {
   const auto file =
       std::filesystem::temp_directory_path() / ("varnlog écriture " + std::to_string(::getpid()) + ".sdx");
@@ -98,14 +72,6 @@ TEST(ExchangeRecord, IsReadBackAsItWasWritten) {
     reader.CloseMailslot();
     std::filesystem::remove(file);
   }
-}
-
-TEST(ExchangeRecord, RefusesWhatItsLengthCannotSay) {
-  std::string out;
-  Exposure exposure;
-  exposure.dose = std::string(40'000, 'x');
-  EXPECT_THROW(AppendRecord(exposure, platform::CodePage(850), out), std::length_error);
-  EXPECT_EQ(out, "");
 }
 
 }  // namespace

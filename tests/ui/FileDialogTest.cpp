@@ -92,11 +92,5 @@ TEST_F(FileDialogTest, SavingAddsTheExtension) {
   EXPECT_EQ(dialog_.ShowSave(nullptr), (folderPath_ + "/Bericht.MDB").toStdString());
 }
 
-TEST_F(FileDialogTest, AScriptAnswersInsteadOfTheUser) {
-  CFileDialog::AnswerWith([](const CFileDialog& asked) { return asked.InitDir() + "/x.mdb"; });
-  EXPECT_EQ(dialog_.ShowOpen(nullptr), (folderPath_ + "/x.mdb").toStdString());
-  CFileDialog::AnswerWith({});
-}
-
 }  // namespace
 }  // namespace varnlog::ui::test

@@ -5,7 +5,7 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
-#include "tests/ui/FakeTexts.h"
+#include "tests/support/FakeTexts.h"
 #include "ui/MessageBox.h"
 
 namespace varnlog::ui::test {
@@ -27,7 +27,7 @@ class MessageBoxTest : public ::testing::Test {
     QApplication::sendEvent(&box, &escape);
   }
 
-  FakeTexts texts_;
+  varnlog::test::FakeTexts texts_{{{"GL_YES", "&Ja"}, {"GL_RETRY", ""}}};
   MessageBox box_{texts_};
 };
 
@@ -80,16 +80,6 @@ TEST_F(MessageBoxTest, TakesTheHourglassAway) {
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     box.accept();
   });
-}
-
-TEST_F(MessageBoxTest, AScriptAnswersInsteadOfTheUser) {
-  std::vector<std::string> asked;
-  box_.AnswerWith([&asked](const core::Message& message) {
-    asked.push_back(message.text);
-    return core::MessageAnswer::kRetry;
-  });
-  EXPECT_EQ(box_.Show({.text = "nochmal?", .title = ""}), core::MessageAnswer::kRetry);
-  EXPECT_EQ(asked, std::vector<std::string>{"nochmal?"});
 }
 
 }  // namespace

@@ -1,22 +1,15 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QHeaderView>
 #include <QImage>
-#include <QLabel>
-#include <QPushButton>
 #include <QToolButton>
-#include <QTreeWidget>
 #include <gtest/gtest.h>
 
 #include "tests/Paths.h"
-#include "tests/ui/FakeTexts.h"
 #include "ui/GridColors.h"
 #include "ui/KeyNames.h"
-#include "ui/ListView.h"
 #include "ui/Theme.h"
 #include "ui/Toolbar.h"
-#include "ui/frmAbout.h"
 
 namespace varnlog::ui::test {
 namespace {
@@ -128,32 +121,6 @@ TEST(KeyNames, StandInMenusAsInTheHelp) {
   QCoreApplication::installTranslator(&names);
   EXPECT_EQ(QKeySequence("Ctrl+Shift+PgUp").toString(QKeySequence::NativeText), "CTRL+SHIFT+PGUP");
   EXPECT_EQ(QKeySequence("Alt+Return").toString(QKeySequence::NativeText), "Alt+RETURN");
-}
-
-TEST(ListView, HasOneColumnAsWideAsTheList) {
-  QTreeWidget list;
-  MakeOneColumnList(list, "Patient auswählen");
-  list.resize(300, 200);
-  list.show();
-  EXPECT_EQ(list.columnCount(), 1);
-  EXPECT_EQ(list.headerItem()->text(0), "Patient auswählen");
-  EXPECT_EQ(list.header()->sectionSize(0), list.viewport()->width());
-  EXPECT_EQ(list.accessibleName(), "Patient auswählen");
-}
-
-TEST(AboutBox, NamesVersionAndLicences) {
-  const FakeTexts texts;
-  frmAbout about(texts, "1.1.0", {QtLibrary(), {"SQLite", "3.40.1", "Public Domain"}});
-  EXPECT_EQ(about.windowTitle(), "Über");
-  EXPECT_EQ(about.findChild<QLabel*>("lblVersion")->text(), "Version 1.1.0");
-  EXPECT_EQ(about.findChild<QLabel*>("lblText")->text(), "Hält die Angaben fest.\nDruckt sie.");
-  const auto* list = about.findChild<QTreeWidget*>("lvwLibraries");
-  ASSERT_EQ(list->topLevelItemCount(), 2);
-  EXPECT_EQ(list->topLevelItem(0)->text(0), QString("Qt ") + qVersion());
-  EXPECT_EQ(list->topLevelItem(1)->text(1), "Public Domain");
-  about.show();
-  about.findChild<QPushButton*>("cmdOK")->click();
-  EXPECT_FALSE(about.isVisible());
 }
 
 }  // namespace

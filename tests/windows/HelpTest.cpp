@@ -87,30 +87,6 @@ TEST_F(HelpWindow, EveryLanguagesFileHoldsItsPagesTheirLinksAndKeywords) {
   }
 }
 
-TEST_F(HelpWindow, EachCommandShowsItsPart) {
-  Starts();
-  struct Row {
-    CommandId command;
-    int tab;
-    const char* focus;
-    const char* page;
-  };
-  const Row rows[] = {{mnuHelpIndex, 1, "txtKeyword", "overview.html"},
-                      {mnuHelpSearch, 2, "txtWords", "overview.html"},
-                      {mnuHelpOnHelp, 2, nullptr, "help.html"},
-                      {mnuHelpContents, 0, "trvContents", "overview.html"}};
-  for (const Row& row : rows) {
-    program_->Triggers(row.command);
-    const std::string name(Def(row.command).name);
-    EXPECT_EQ(Child<QTabWidget>(Window(), "tabHelp").currentIndex(), row.tab) << name;
-    EXPECT_EQ(Page(), row.page) << name;
-    if (row.focus != nullptr) {
-      EXPECT_EQ(Window().focusWidget()->objectName().toStdString(), row.focus) << name;
-    }
-  }
-  EXPECT_EQ(Headline(), "Wozu das Röntgenkontrollbuch dient");
-}
-
 TEST_F(HelpWindow, TheContentsListThePagesAndFollowThem) {
   Starts();
   program_->Triggers(mnuHelpContents);

@@ -99,5 +99,34 @@ TEST_F(HistoryTest, TheWindowVerifiesTheLogAsVarnlogctlDoes) {
   EXPECT_TRUE(broken.startsWith("Abweichungen: 2"));
 }
 
+TEST_F(HistoryTest, AnOlderCopyIsWarnedOfOnceAndABrokenChainInOneMessage) {
+  namespace fs = std::filesystem;
+  const fs::path copy = installation_.suite() / "old.mdb";
+  Starts();
+  program_->Enters(1, kVoltageColumn, "63");
+  program_.reset();
+  fs::copy_file(installation_.log(), copy);
+  Starts();
+  program_->Enters(1, logview::kCommentColumn, "o. B.");
+  program_.reset();
+  fs::copy_file(copy, installation_.log(), fs::copy_options::overwrite_existing);
+  Starts();
+  EXPECT_EQ(program_->TakeMessages().filter("zuletzt darin gesehen").size(), 1);
+  EXPECT_TRUE(Verifies(*program_, {}).contains("Ein Arbeitsplatz vermisste einen früheren Stand"));
+  program_.reset();
+  installation_.WithLog(false, [](dao::Database& log) {
+    log.Execute(
+        "DROP TRIGGER rSealChange; UPDATE TSeal SET tSealSPlace = 'x' WHERE tSealCulNrPk = 2;"
+        "INSERT INTO TXray (tXraySName) VALUES ('Neu')");
+  });
+  Starts();
+  const QStringList told = program_->TakeMessages().filter("iegel");
+  ASSERT_EQ(told.size(), 1) << told.join("; ").toStdString();
+  for (const char* part : {"Die Regeln", "Siegel 2 wurde verändert", "1 Aufnahmen ohne Siegel"})
+    EXPECT_TRUE(told[0].contains(part)) << told[0].toStdString();
+  program_->Enters(1, logview::kCommentColumn, "neu");
+  EXPECT_EQ(program_->Grid().CellText(1, logview::kCommentColumn), "neu") << "work goes on";
+}
+
 }  // namespace
 }  // namespace varnlog::app::test

@@ -123,6 +123,10 @@ class Inspector {
   void Letter(std::set<QString>& used, const QString& text, const std::string& place) {
     const QString letter = QKeySequence::mnemonic(text).toString();
     if (letter.isEmpty()) return;
+    const QString mark = letter.section('+', -1);
+    const bool isEasilyTyped = mark[0].script() == QChar::Script_Cyrillic || mark[0] < QChar(0x80) ||
+                               QStringLiteral("ÖÜ").contains(mark);
+    EXPECT_TRUE(isEasilyTyped) << place << ": " << text.toStdString();
     EXPECT_TRUE(used.insert(letter).second)
         << place << ": " << letter.toStdString() << " twice, again in " << text.toStdString();
   }

@@ -53,6 +53,19 @@ TEST_F(Values, WhateverRebuildsPrintsOrLeavesStoresTheOpenEntryFirst) {
   EXPECT_EQ(Stored("tXraySVolt"), "62");
 }
 
+/// What the state of a cell means to those who do not see its colour.
+TEST_F(Values, TellHowLongTheyCanBeChanged) {
+  const auto meaning = [this](int column) { return program_->Grid().Model().StateText(0, column); };
+  EXPECT_EQ(meaning(kVoltageColumn), program_->Text("RS_STATE_OPEN"_key));
+  program_->Enters(0, kVoltageColumn, "63");
+  EXPECT_EQ(meaning(kVoltageColumn), program_->Text("RS_STATE_PENDING"_key));
+  EXPECT_EQ(meaning(logview::kCommentColumn), program_->Text("RS_STATE_ALWAYS"_key));
+  program_->Grid().ClickHeading(kVoltageColumn);
+  EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "");
+  program_->Grid().ClickHeading(kVoltageColumn);
+  EXPECT_EQ(meaning(kVoltageColumn), program_->Text("RS_STATE_PENDING"_key)) << "read anew";
+}
+
 TEST_F(Values, AnUpdateOnActivationWaitsForTheEndOfADialogOrAnEntry) {
   ReportsAnother();
   Types("63");
@@ -135,6 +148,9 @@ TEST_F(Values, QuittingNamesWhatWillBeLockedAndShowsItOnRequest) {
   QTest::keyClick(&program_->Grid(), Qt::Key_Z, Qt::ControlModifier);
   program_->Triggers(mnuViewLoad);
   EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  program_->AnswersFirst({core::MessageAnswer::kNo});
+  EXPECT_FALSE(program_->Quits());
+  (void)program_->TakeMessages();
   EXPECT_TRUE(program_->Quits());
   EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RC_QUIT"_key))) << "nothing is pending";
 }

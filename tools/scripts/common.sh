@@ -7,22 +7,24 @@ die() {
   exit 1
 }
 
+# missing_packages FILE...: the packages that these lists name and that are not installed.
 missing_packages() {
   local package
   while read -r package; do
     case $package in '' | '#'*) continue ;; esac
     dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || printf '%s\n' "$package"
-  done <tools/scripts/packages.txt
+  done < <(cat "$@")
 }
 
-# Asks the network only when something is missing.
+# install_missing [FILE...]: what builds and tests the program, and what further lists name. Asks the network only when
+# something is missing.
 install_missing() {
   if ! command -v dpkg-query >/dev/null; then
     say "This is no Debian system; the packages of tools/scripts/packages.txt must be there already."
     return
   fi
   local missing=()
-  mapfile -t missing < <(missing_packages)
+  mapfile -t missing < <(missing_packages tools/scripts/packages.txt "$@")
   if [ ${#missing[@]} -eq 0 ]; then return; fi
   say "Installing: ${missing[*]}"
   local as_root=()

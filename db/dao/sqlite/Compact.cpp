@@ -147,4 +147,34 @@ void DBEngine::CompactInPlace(const std::string& path, const std::string& tempor
   if (progress) progress(1.0);
 }
 
+void Database::CopyTo(const std::string& target, const MaintenanceProgress& progress) {
+  RequireFreePath(target);
+  std::error_code error;
+  platform::NewFile made(FilePath(target), error, FilePath(connection_->Path()));
+  if (error) ThrowFileError(error, target);
+  const std::string path = platform::FromPath(made.path());
+  const Connection::Stamp before = connection_->CurrentStamp();
+  {
+    const auto copy = Connection::CreateIn(path, connection_->State());
+    const ReadScope moment(*connection_);
+    CopyBack(*connection_, *copy, progress);
+    copy->Close();
+  }
+  VerifyCopy(*connection_, before, path, connection_->State());
+  dao::PutJournalAside(target);
+  error = made.TakePlace(platform::IfTaken::kFail);
+  if (error) ThrowFileError(error, target);
+}
+
+std::string Database::CopyInto(const std::string& existing, const MaintenanceProgress& progress) {
+  const auto target =
+      Connection::Open(existing, {.exclusive = true, .readOnly = false}, connection_->State());
+  std::error_code error;
+  const auto kept = platform::KeepAside(FilePath(existing), ".replaced", platform::Keep::kCopy, error);
+  if (!kept) ThrowFileError(error, existing);
+  const ReadScope moment(*connection_);
+  CopyBack(*connection_, *target, progress);
+  return platform::FromPath(*kept);
+}
+
 }  // namespace varnlog::dao

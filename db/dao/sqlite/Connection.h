@@ -51,6 +51,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   [[nodiscard]] const std::string& Path() const { return path_; }
   [[nodiscard]] bool IsReadOnly() const { return mode_.readOnly; }
+  [[nodiscard]] const std::shared_ptr<EngineState>& State() const { return state_; }
   /// kReadOnlyDatabase when the file was opened for reading.
   void RequireWritable() const;
 

@@ -58,7 +58,10 @@ void RequireFreePath(const std::string& path) {
   const fs::path file = Absolute(path);
   std::error_code error;
   RequireFolder(file, path);
-  if (fs::exists(fs::symlink_status(file, error)))
+  const fs::file_type type = fs::symlink_status(file, error).type();
+  if (type == fs::file_type::none)
+    throw EngineError(ErrorNumber::kNoPermission, FileText("The file ", path, " cannot be reached."));
+  if (type != fs::file_type::not_found)
     throw EngineError(ErrorNumber::kFileExists, FileText("The file ", path, " exists already."));
   if (!platform::IsWritable(file.parent_path()))
     throw EngineError(ErrorNumber::kNoPermission,

@@ -1,14 +1,12 @@
 #include <iterator>
-#include <memory>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
-#include "db/dao/sqlite/Collation.h"
+#include "tests/db/dao/MemoryStorage.h"
 
 namespace varnlog::dao {
 namespace {
@@ -171,35 +169,8 @@ TEST(CollationTest, FoldAgreesForAllAscii) {
   }
 }
 
-class TextFunctionsTest : public ::testing::Test {
- protected:
-  TextFunctionsTest() {
-    sqlite3* opened = nullptr;
-    EXPECT_EQ(sqlite3_open(":memory:", &opened), SQLITE_OK);
-    connection_.reset(opened);
-    RegisterText(opened);
-  }
-
-  std::string Value(const std::string& expression) {
-    std::string value = "no row";
-    const auto keep = [](void* out, int, char** values, char**) {
-      *static_cast<std::string*>(out) = values[0] == nullptr ? "NULL" : values[0];
-      return 0;
-    };
-    EXPECT_EQ(sqlite3_exec(connection_.get(), ("SELECT " + expression).c_str(), keep, &value, nullptr),
-              SQLITE_OK)
-        << sqlite3_errmsg(connection_.get());
-    return value;
-  }
-
- private:
-  struct Close {
-    void operator()(sqlite3* connection) const { sqlite3_close(connection); }
-  };
-  std::unique_ptr<sqlite3, Close> connection_;
-};
-
-TEST_F(TextFunctionsTest, AnswerAsTheOperatorsTheyStandFor) {
+TEST(TextFunctionsTest, AnswerAsTheOperatorsTheyStandFor) {
+  MemoryStorage storage;
   const struct {
     const char* expression;
     const char* value;
@@ -222,7 +193,8 @@ TEST_F(TextFunctionsTest, AnswerAsTheOperatorsTheyStandFor) {
        "'XB')",
        "101"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Value(c.expression), c.value) << c.expression;
+  for (const auto& c : cases)
+    EXPECT_EQ(storage.Rows("SELECT " + std::string(c.expression)), c.value) << c.expression;
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ TEST_F(DBEngineTest, AWorkspaceNeedsAWorkgroupFileAndAnAccount) {
   EXPECT_EQ(creating("praxis", "geheim"), ErrorNumber::kNone);
   EXPECT_EQ(creating("praxis", "Geheim"), ErrorNumber::kBadAccount);
   EXPECT_EQ(creating("praxis", ""), ErrorNumber::kBadAccount);
-  WriteFile("letter.txt", "no database");
+  folder_.Holding("letter.txt", "no database");
   for (const std::string& file : {std::string(), Path("missing.mdw"), Path("letter.txt"), MakeLog()}) {
     engine_.SetSystemDB(file);
     EXPECT_EQ(creating("Admin", ""), ErrorNumber::kWorkgroupFileMissing) << file;
@@ -52,26 +52,6 @@ TEST_F(DBEngineTest, CountsReadsWritesAndLocks) {
     EXPECT_EQ(engine_.ISAMStats(statistic, true), counted) << "resetting returns the count";
   }
   EXPECT_EQ(engine_.ISAMStats(EngineStatistic::kReadAheadCacheReads), 0);
-}
-
-TEST_F(DBEngineTest, OptionsTakeTheirTypeOnly) {
-  const auto setting = [&](EngineOption option, const std::variant<std::int32_t, std::string>& value) {
-    return ErrorOf([&] { engine_.SetOption(option, value); });
-  };
-  for (const auto option :
-       {EngineOption::kPageTimeout, EngineOption::kMaxBufferSize, EngineOption::kLockRetry,
-        EngineOption::kExclusiveAsyncDelay, EngineOption::kSharedAsyncDelay, EngineOption::kMaxLocksPerFile,
-        EngineOption::kLockDelay, EngineOption::kRecycleLVs, EngineOption::kFlushTransactionTimeout}) {
-    EXPECT_EQ(setting(option, 5), ErrorNumber::kNone) << static_cast<int>(option);
-    EXPECT_EQ(setting(option, "Yes"), ErrorNumber::kNotSupported) << static_cast<int>(option);
-  }
-  for (const auto option : {EngineOption::kUserCommitSync, EngineOption::kImplicitCommitSync}) {
-    EXPECT_EQ(setting(option, "no"), ErrorNumber::kNone);
-    EXPECT_EQ(setting(option, "Yes"), ErrorNumber::kNone);
-    EXPECT_EQ(setting(option, "maybe"), ErrorNumber::kNotSupported);
-    EXPECT_EQ(setting(option, 1), ErrorNumber::kNotSupported);
-  }
-  EXPECT_EQ(setting(static_cast<EngineOption>(7), 1), ErrorNumber::kNotSupported);
 }
 
 TEST_F(DBEngineTest, ALargerBufferReadsLessFromTheDisk) {

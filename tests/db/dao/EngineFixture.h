@@ -1,27 +1,24 @@
 #pragma once
 
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "db/dao/DBEngine.h"
+#include "tests/support/LogFolder.h"
 
 namespace varnlog::dao {
 
-/// A folder of its own with a workgroup file, an engine and an open workspace.
-class EngineTest : public testing::Test {
- protected:
-  EngineTest();
-  ~EngineTest() override;
+using test::ErrorOf;
+using test::ReadFile;
 
-  [[nodiscard]] std::string Path(const std::string& name) const { return (folder_ / name).string(); }
-  /// A new empty log, closed again.
-  std::string MakeLog(const std::string& name = "log.mdb");
-  [[nodiscard]] std::shared_ptr<Database> Open(const std::string& path, bool readOnly = false);
+class EngineTest : public testing::Test, protected test::LogFolder {
+ protected:
+  // A test does not wait for a lock that stays.
+  EngineTest() { engine_.SetOption(EngineOption::kLockDelay, 5); }
+
   /// Another workstation: an engine and a workspace of its own.
   struct Station {
     std::unique_ptr<DBEngine> engine;
@@ -29,20 +26,11 @@ class EngineTest : public testing::Test {
   };
   [[nodiscard]] Station AnotherStation() const;
 
-  void WriteFile(const std::string& name, const std::string& content) const;
-  [[nodiscard]] std::string ReadFile(const std::string& path) const;
   /// Overwrites `length` bytes from `offset` on.
   static void Damage(const std::string& path, std::uint64_t offset, std::size_t length, char byte = '\0');
-  [[nodiscard]] std::vector<std::string> FilesInFolder() const;
-
-  std::filesystem::path folder_;
-  DBEngine engine_;
-  std::shared_ptr<Workspace> workspace_;
 };
 
-/// The number of the engine error that `operation` throws; kNone when it throws none.
-[[nodiscard]] ErrorNumber ErrorOf(const std::function<void()>& operation);
-/// The text of that error, "" when there is none.
+/// The text of the engine error that `operation` throws, "" when there is none.
 [[nodiscard]] std::string ErrorTextOf(const std::function<void()>& operation);
 
 /// One exposure: the fields by which it is known.

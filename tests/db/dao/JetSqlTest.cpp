@@ -1,30 +1,26 @@
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include "db/dao/EngineError.h"
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Collation.h"
+#include "tests/db/dao/MemoryStorage.h"
 
 namespace varnlog::dao {
 namespace {
 
+using namespace std::string_view_literals;
+
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-/// A storage with one small table, to run translated statements on.
-class Storage {
+/// One small table, to run translated statements on.
+class Storage : public MemoryStorage {
  public:
   Storage() {
-    sqlite3* opened = nullptr;
-    EXPECT_EQ(sqlite3_open(":memory:", &opened), SQLITE_OK);
-    connection_.reset(opened);
-    RegisterText(opened);
     Run("CREATE TABLE TXray (tXrayCulIntIDPk INTEGER PRIMARY KEY, tXraySName TEXT COLLATE JET, "
         "tXraySFirstname TEXT COLLATE JET, tXrayDBirthday DATETIME, tXrayTs DATETIME, "
         "tXraySType TEXT COLLATE JET, tXrayBEdDr YESNO)");
@@ -36,45 +32,25 @@ class Storage {
         "(5, 'O''Neil', '', '1955-05-05 00:00:00', '2001-01-15 08:30:00', 'XI', 1)");
   }
 
-  void Run(const std::string& sql) {
-    EXPECT_EQ(sqlite3_exec(connection_.get(), sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-        << LastError();
-  }
-
-  /// What the storage says to a statement it cannot take; empty when it can.
-  std::string Complaint(const std::string& sql) {
-    sqlite3_stmt* statement = nullptr;
-    const int result = sqlite3_prepare_v2(connection_.get(), sql.c_str(), -1, &statement, nullptr);
-    sqlite3_finalize(statement);
-    return result == SQLITE_OK ? "" : LastError();
-  }
-
-  /// The first column of all rows, separated by blanks.
-  std::string Rows(const std::string& sql) {
-    std::string rows;
-    const auto append = [](void* out, int, char** values, char**) {
-      auto& text = *static_cast<std::string*>(out);
-      text += (text.empty() ? "" : " ") + std::string(values[0] == nullptr ? "NULL" : values[0]);
-      return 0;
-    };
-    EXPECT_EQ(sqlite3_exec(connection_.get(), sql.c_str(), append, &rows, nullptr), SQLITE_OK)
-        << LastError() << " in " << sql;
-    return rows;
-  }
-
   /// The numbers of the rows a condition of the engine's SQL selects.
   std::string IdsWhere(const std::string& condition) {
     const auto statement = ParseSelect("SELECT * FROM TXray WHERE " + condition);
     return Rows("SELECT tXrayCulIntIDPk FROM TXray WHERE " + statement.where + " ORDER BY 1");
   }
-
- private:
-  struct Close {
-    void operator()(sqlite3* connection) const { sqlite3_close(connection); }
-  };
-  std::string LastError() { return sqlite3_errmsg(connection_.get()); }
-  std::unique_ptr<sqlite3, Close> connection_;
 };
+
+/// The parts of a text between its bars.
+std::vector<std::string> Parts(std::string_view text) {
+  std::vector<std::string> parts(1);
+  for (const char c : text) {
+    if (c == '|') {
+      parts.emplace_back();
+    } else {
+      parts.back() += c;
+    }
+  }
+  return parts;
+}
 
 std::string Joined(const SelectStatement& statement) {
   std::string sql = statement.distinct ? "SELECT DISTINCT " : "SELECT ";
@@ -278,28 +254,11 @@ TEST(JetSqlTest, RefusesEverythingElseAndNamesThePlace) {
 }
 
 TEST(JetSqlTest, RefusesDatesThatDoNotExist) {
-  for (const char* date : {"2/30/2001",
-                           "13/1/2001",
-                           "2/29/1900",
-                           "0/1/2001",
-                           "1/0/2001",
-                           "1/1/99",
-                           "1/1/0099",
-                           "1/1/20011",
-                           "1-1-2001",
-                           "1/1",
-                           "",
-                           "x",
-                           "1/1/2001 24:00:00",
-                           "1/1/2001 13:00:00 PM",
-                           "1/1/2001 0:00:00 AM",
-                           "1/1/2001 1:60:00",
-                           "1/1/2001 1:00",
-                           "1/1/2001 1:00:00 XM",
-                           "1/1/2001 1:00:00 PM x",
-                           "2001-01-31",
-                           "1/1/2001T1:00:00"}) {
-    const Failure failure = FailureOf("SELECT * FROM T WHERE a = #" + std::string(date) + "#");
+  for (const std::string& date :
+       Parts("2/30/2001|13/1/2001|2/29/1900|0/1/2001|1/0/2001|1/1/99|1/1/0099|1/1/20011|1-1-2001|1/1||x|"
+             "1/1/2001 24:00:00|1/1/2001 13:00:00 PM|1/1/2001 0:00:00 AM|1/1/2001 1:60:00|1/1/2001 1:00|"
+             "1/1/2001 1:00:00 XM|1/1/2001 1:00:00 PM x|2001-01-31|1/1/2001T1:00:00")) {
+    const Failure failure = FailureOf("SELECT * FROM T WHERE a = #" + date + "#");
     EXPECT_EQ(failure.number, 3075) << date;
     EXPECT_THAT(failure.text, HasSubstr("Syntax error in date")) << date;
   }
@@ -373,44 +332,9 @@ TEST(JetSqlTest, MutatedStatementsNeverGetPastTheParserBroken) {
       "ORDER BY TXray.tXrayTs DESC;",
       "SELECT tXrayTs, 1 + 2 * -3 / 4 AS n FROM TXray WHERE Not (tXrayBEdDr = True Or tXraySType In ('XI', "
       "'O''x')) And tXraySName Is Not Null ORDER BY 1 DESC, n, tXraySName & 'x' ASC"};
-  const std::vector<std::string> pieces = {"(",
-                                           ")",
-                                           "'",
-                                           "\"",
-                                           "#",
-                                           "[",
-                                           "]",
-                                           ",",
-                                           ";",
-                                           ".",
-                                           "*",
-                                           "-",
-                                           "--",
-                                           "/*",
-                                           "&",
-                                           "=",
-                                           "<>",
-                                           " And ",
-                                           " Or ",
-                                           " Not ",
-                                           " Like ",
-                                           " Between ",
-                                           " In (",
-                                           " Is Null",
-                                           "True",
-                                           "Null",
-                                           "0",
-                                           "1",
-                                           "9999999999999999999999",
-                                           "'x'",
-                                           "#2/28/2001#",
-                                           "tXraySName",
-                                           " ORDER BY ",
-                                           " DISTINCT ",
-                                           " AS ",
-                                           std::string(1, '\0'),
-                                           "\xFF",
-                                           "ß"};
+  const std::vector<std::string> pieces = Parts(
+      "(|)|'|\"|#|[|]|,|;|.|*|-|--|/*|&|=|<>| And | Or | Not | Like | Between | In (| Is Null|True|Null|0|1|"
+      "9999999999999999999999|'x'|#2/28/2001#|tXraySName| ORDER BY | DISTINCT | AS |\xFF|ß|\0"sv);
   Storage storage;
   std::mt19937 random(20010131);
   const auto below = [&random](std::size_t n) {

@@ -64,8 +64,8 @@ TEST_F(MaintenanceTest, CompactsIntoANewFile) {
 }
 
 TEST_F(MaintenanceTest, CompactingNeverOverwritesAndLeavesNothingHalf) {
-  WriteFile("there.mdb", "something else");
-  WriteFile("letter.txt", "no database");
+  folder_.Holding("there.mdb", "something else");
+  folder_.Holding("letter.txt", "no database");
   struct Case {
     std::string source;
     std::string target;
@@ -83,7 +83,7 @@ TEST_F(MaintenanceTest, CompactingNeverOverwritesAndLeavesNothingHalf) {
               engine_.CompactDatabase(path_, Path("new.mdb"), kNoOption, [](double) { return false; });
             }),
             ErrorNumber::kCancelled);
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw", "there.mdb"}));
+  EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw", "there.mdb"}));
   EXPECT_EQ(ReadFile(Path("there.mdb")), "something else");
 }
 
@@ -98,7 +98,7 @@ TEST_F(MaintenanceTest, CompactsInPlaceWhileNobodyElseWrites) {
   other.workspace->Rollback();
   const auto rows = otherLog->OpenRecordset("SELECT * FROM TXray ORDER BY tXrayTs");
   engine_.CompactInPlace(path_, Path("log.TMP"));
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+  EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
   EXPECT_LT(fs::file_size(path_), before / 2);
   EXPECT_EQ(Ids(path_), ids);
   // It is still the file that the other station has open.
@@ -140,13 +140,13 @@ TEST_F(MaintenanceTest, TheTemporaryFileOfAnotherIsLeftAlone) {
 
 // The journal of a log that was moved away would be applied to the one that gets its name.
 TEST_F(MaintenanceTest, AJournalOfTheSameNameIsPutAside) {
-  WriteFile("new.mdb-journal", "of an earlier log");
+  folder_.Holding("new.mdb-journal", "of an earlier log");
   engine_.CompactDatabase(path_, Path("new.mdb"));
-  WriteFile("made.mdb-journal", "of another");
+  folder_.Holding("made.mdb-journal", "of another");
   MakeLog("made.mdb");
   EXPECT_EQ(ReadFile(Path("new.mdb-journal.aside")), "of an earlier log");
   EXPECT_EQ(ReadFile(Path("made.mdb-journal.aside")), "of another");
-  WriteFile("made.mdb-journal", "once more");
+  folder_.Holding("made.mdb-journal", "once more");
   DBEngine::PutJournalAside(Path("made.mdb"));
   EXPECT_EQ(ReadFile(Path("made.mdb-journal.aside2")), "once more");
   EXPECT_EQ(Ids(Path("new.mdb")), Ids(path_));
@@ -154,21 +154,21 @@ TEST_F(MaintenanceTest, AJournalOfTheSameNameIsPutAside) {
 
 TEST_F(MaintenanceTest, TheNewFileHasTheNameAndPermissionsOfTheOld) {
   fs::create_directory(folder_ / "share");
-  fs::rename(path_, folder_ / "share" / "real.mdb");
-  fs::create_symlink(folder_ / "share" / "real.mdb", path_);
+  fs::rename(path_, folder_ / "share/real.mdb");
+  fs::create_symlink(folder_ / "share/real.mdb", path_);
   const fs::perms group =
       fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read | fs::perms::group_write;
   fs::permissions(path_, group);
   Open(path_)->Execute("DELETE FROM TXray WHERE rowid > 10");
   engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption, [&](double) {
-    for (const std::string& name : FilesInFolder()) {
+    for (const std::string& name : folder_.Names()) {
       const bool isTemporary = name.starts_with("log.TMP");
       EXPECT_TRUE(!isTemporary || fs::status(Path(name)).permissions() == group) << name;
     }
     return true;
   });
   EXPECT_TRUE(fs::is_symlink(path_));
-  EXPECT_EQ(Ids((folder_ / "share" / "real.mdb").string()).size(), 10U);
+  EXPECT_EQ(Ids((folder_ / "share/real.mdb").string()).size(), 10U);
   EXPECT_LT(fs::file_size(path_), 10 * kPage);
   EXPECT_EQ(fs::status(path_).permissions(), group);
 }
@@ -177,7 +177,7 @@ TEST_F(MaintenanceTest, RepairLeavesASoundFileAlone) {
   const std::string before = ReadFile(path_);
   EXPECT_FALSE(engine_.RepairDatabase(path_).WasDamaged());
   EXPECT_TRUE(ReadFile(path_) == before);
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+  EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
 }
 
 // A page of rows is lost: all other rows, their numbers and their order stay.
@@ -209,7 +209,7 @@ TEST_F(MaintenanceTest, RepairKeepsEveryRowThatCanBeRead) {
   EXPECT_TRUE(after.contains(1) && after.contains(kRows));
   EXPECT_TRUE(Open(path_)->Check().empty());
   EXPECT_TRUE(ReadFile(path_ + ".damaged") == damaged) << "nothing is thrown away";
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "log.mdb.damaged", "system.mdw"}));
+  EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"log.mdb", "log.mdb.damaged", "system.mdw"}));
   const auto log = Open(path_);
   const auto table = log->OpenRecordset("TXray");
   EXPECT_TRUE(FindExposure(*table, {"P9", "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(9)}));
@@ -308,7 +308,7 @@ TEST_F(MaintenanceTest, RepairEndsWellWhateverIsDamaged) {
   const std::string sound = ReadFile(path_);
   std::mt19937 random(20240302);
   for (int round = 0; round < 60; ++round) {
-    WriteFile("log.mdb", sound);
+    folder_.Holding("log.mdb", sound);
     for (int wound = 0; wound < 1 + round % 4; ++wound) {
       const std::uint64_t at = random() % (sound.size() - 600);
       Damage(path_, at, 1 + random() % 600, static_cast<char>(random()));
@@ -322,7 +322,7 @@ TEST_F(MaintenanceTest, RepairEndsWellWhateverIsDamaged) {
     } else {
       EXPECT_TRUE(ReadFile(path_) == damaged) << round << ", error " << static_cast<int>(result);
     }
-    for (const std::string& name : FilesInFolder())
+    for (const std::string& name : folder_.Names())
       if (name != "log.mdb" && name != "system.mdw") {
         EXPECT_EQ(name, "log.mdb.damaged") << round;
         fs::remove(folder_ / name);
@@ -335,10 +335,10 @@ TEST_F(MaintenanceTest, RepairOfWhatCannotBeReadChangesNothing) {
   const std::string before = ReadFile(path_);
   EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_); }), ErrorNumber::kUnrecognisedFormat);
   EXPECT_TRUE(ReadFile(path_) == before);
-  WriteFile("letter.txt", "no database");
+  folder_.Holding("letter.txt", "no database");
   EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("letter.txt")); }), ErrorNumber::kUnrecognisedFormat);
   EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("missing.mdb")); }), ErrorNumber::kFileNotFound);
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw"}));
+  EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw"}));
 }
 
 TEST_F(MaintenanceTest, ACancelledRepairChangesNothing) {
@@ -347,7 +347,7 @@ TEST_F(MaintenanceTest, ACancelledRepairChangesNothing) {
   EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_, [](double) { return false; }); }),
             ErrorNumber::kCancelled);
   EXPECT_TRUE(ReadFile(path_) == before);
-  EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
+  EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
 }
 
 TEST_F(MaintenanceTest, CheckFindsValuesThatAFieldCannotHold) {

@@ -1,60 +1,15 @@
-#include <array>
 #include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <sqlite3.h>
 
 #include "tests/db/dao/EngineFixture.h"
+#include "tests/support/Child.h"
 
 namespace varnlog::dao {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-// Another process that holds a file exclusively until the end of the scope.
-class ExclusiveHolder {
- public:
-  ExclusiveHolder(const std::string& systemDb, const std::string& path) {
-    std::array<int, 2> ready{};
-    std::array<int, 2> quit{};
-    if (pipe(ready.data()) != 0 || pipe(quit.data()) != 0) throw std::runtime_error("no pipe");
-    child_ = fork();
-    if (child_ == 0) {
-      close(quit[1]);
-      Hold(systemDb, path, ready[1], quit[0]);
-    }
-    close(ready[1]);
-    close(quit[0]);
-    quit_ = quit[1];
-    char byte = 0;
-    holds_ = read(ready[0], &byte, 1) == 1;
-    close(ready[0]);
-  }
-  ~ExclusiveHolder() {
-    close(quit_);
-    waitpid(child_, nullptr, 0);
-  }
-  ExclusiveHolder(const ExclusiveHolder&) = delete;
-  ExclusiveHolder& operator=(const ExclusiveHolder&) = delete;
-  [[nodiscard]] bool Holds() const { return holds_; }
-
- private:
-  [[noreturn]] static void Hold(const std::string& systemDb, const std::string& path, int ready, int quit) {
-    char byte = 1;
-    DBEngine engine;
-    engine.SetSystemDB(systemDb);
-    const auto database = engine.CreateWorkspace("Child", "Admin", "")->OpenDatabase(path, true, false);
-    if (write(ready, &byte, 1) != 1) _exit(1);
-    if (read(quit, &byte, 1) > 0) _exit(2);
-    _exit(0);
-  }
-
-  pid_t child_ = -1;
-  int quit_ = -1;
-  bool holds_ = false;
-};
 
 class OpenDatabaseTest : public EngineTest {
  protected:
@@ -64,11 +19,11 @@ class OpenDatabaseTest : public EngineTest {
 };
 
 TEST_F(OpenDatabaseTest, TellsWhyAFileCannotBeOpened) {
-  WriteFile("empty.mdb", "");
-  WriteFile("letter.txt", "Dear Dr. Weiß, this is a letter and no database at all.");
-  WriteFile("short.mdb", "SQLite format 3");
-  WriteFile("old.mdb", std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(4096, 'x'));
-  WriteFile("header.mdb", std::string("SQLite format 3\0", 16) + std::string(4096, '\xff'));
+  folder_.Holding("empty.mdb", "");
+  folder_.Holding("letter.txt", "Dear Dr. Weiß, this is a letter and no database at all.");
+  folder_.Holding("short.mdb", "SQLite format 3");
+  folder_.Holding("old.mdb", std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(4096, 'x'));
+  folder_.Holding("header.mdb", std::string("SQLite format 3\0", 16) + std::string(4096, '\xff'));
   fs::create_directory(folder_ / "folder.mdb");
   struct Case {
     const char* name;
@@ -99,10 +54,10 @@ TEST_F(OpenDatabaseTest, RefusesToWriteWithoutPermissionButReads) {
   EXPECT_EQ(Opening(path), ErrorNumber::kNoPermission);
   EXPECT_EQ(Open(path, true)->TableNames(), (std::vector<std::string>{"TConfig", "TXray"}));
   fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
-  fs::permissions(folder_, fs::perms::owner_read | fs::perms::owner_exec);
+  fs::permissions(folder_.Path(), fs::perms::owner_read | fs::perms::owner_exec);
   EXPECT_EQ(Opening(path), ErrorNumber::kNoPermission) << "no journal can be made in the folder";
   EXPECT_EQ(Opening(path, true), ErrorNumber::kNone);
-  fs::permissions(folder_, fs::perms::owner_all);
+  fs::permissions(folder_.Path(), fs::perms::owner_all);
 }
 
 TEST_F(OpenDatabaseTest, ReadsFromAReadOnlyMedium) {
@@ -123,7 +78,12 @@ TEST_F(OpenDatabaseTest, ReadsFromAReadOnlyMedium) {
 
 TEST_F(OpenDatabaseTest, WaitsForALockAndThenReportsTheFileInUse) {
   const std::string path = MakeLog();
-  const ExclusiveHolder holder(engine_.SystemDB(), path);
+  const test::Holder holder([&] {
+    const auto held = std::make_shared<std::pair<DBEngine, std::shared_ptr<Database>>>();
+    held->first.SetSystemDB(engine_.SystemDB());
+    held->second = held->first.CreateWorkspace("Child", "Admin", "")->OpenDatabase(path, true, false);
+    return held;
+  });
   ASSERT_TRUE(holder.Holds());
   EXPECT_EQ(Opening(path), ErrorNumber::kFileInUse);
   EXPECT_EQ(Opening(path, true), ErrorNumber::kFileInUse);
@@ -196,11 +156,6 @@ TEST_F(OpenDatabaseTest, RefusesTablesOfForeignModules) {
   sqlite3_close(handle);
   EXPECT_EQ(Opening(path), ErrorNumber::kUnrecognisedFormat);
   EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path); }), ErrorNumber::kUnrecognisedFormat);
-}
-
-TEST_F(OpenDatabaseTest, IgnoresAPasswordOfAFileThatHasNone) {
-  const auto log = workspace_->OpenDatabase(MakeLog(), false, false, ";pwd=geheim");
-  EXPECT_EQ(log->TableNames().size(), 2U);
 }
 
 TEST_F(OpenDatabaseTest, EverythingOfAClosedDatabaseIsInvalid) {

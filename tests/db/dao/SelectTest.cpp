@@ -90,17 +90,6 @@ TEST_F(SelectTest, StatementsThatDifferInTheirTextsOnlyKeepThemApart) {
   EXPECT_EQ(count("tXraySName = ''"), 0);
 }
 
-TEST_F(SelectTest, DynasetsOfOneShapeDoNotDisturbEachOther) {
-  const auto one = log_->OpenRecordset("SELECT * FROM TXray WHERE tXraySName = 'Müller'");
-  const auto two = log_->OpenRecordset("SELECT * FROM TXray WHERE tXraySName = 'P3'");
-  one->MoveLast();
-  two->MoveLast();
-  EXPECT_EQ(one->RecordCount(), 2);
-  EXPECT_EQ(two->RecordCount(), 1);
-  EXPECT_EQ(one->Fields("tXrayCulIntIDPk").Number(), 3);
-  EXPECT_EQ(two->Fields("tXrayCulIntIDPk").Number(), 4);
-}
-
 TEST_F(SelectTest, ComputedColumnsAndDistinctRowsAreSnapshots) {
   const auto rows = log_->OpenRecordset(
       "SELECT DISTINCT TXray.tXraySName, TXray.tXraySFirstname, TXray.tXrayDBirthday, "

@@ -1,15 +1,13 @@
 #include <algorithm>
-#include <memory>
 #include <numeric>
 #include <random>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include "db/dao/rows/TextOrder.h"
-#include "db/dao/sqlite/Collation.h"
+#include "tests/db/dao/MemoryStorage.h"
 
 namespace varnlog::dao {
 namespace {
@@ -21,25 +19,15 @@ using Values = std::vector<std::optional<std::string_view>>;
 class SortedTable : public ::testing::Test {
  protected:
   SortedTable() {
-    sqlite3* opened = nullptr;
-    EXPECT_EQ(sqlite3_open(":memory:", &opened), SQLITE_OK);
-    connection_.reset(opened);
-    RegisterText(opened);
-    EXPECT_EQ(
-        Execute(
-            "CREATE TABLE T (id INTEGER PRIMARY KEY, a TEXT COLLATE JET, b TEXT COLLATE JET, d DATETIME)"),
-        SQLITE_OK);
-  }
-
-  int Execute(const std::string& sql) {
-    return sqlite3_exec(connection_.get(), sql.c_str(), nullptr, nullptr, nullptr);
+    storage_.Run(
+        "CREATE TABLE T (id INTEGER PRIMARY KEY, a TEXT COLLATE JET, b TEXT COLLATE JET, d DATETIME)");
   }
 
   /// Calls take(id, values) for the rows of "SELECT id, ...".
   template <typename Take>
   void ForEach(const std::string& sql, Take take) {
     sqlite3_stmt* statement = nullptr;
-    ASSERT_EQ(sqlite3_prepare_v2(connection_.get(), sql.c_str(), -1, &statement, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_prepare_v2(storage_.Handle(), sql.c_str(), -1, &statement, nullptr), SQLITE_OK);
     while (sqlite3_step(statement) == SQLITE_ROW) {
       Values values;
       for (int i = 1; i < sqlite3_column_count(statement); ++i) {
@@ -57,11 +45,7 @@ class SortedTable : public ::testing::Test {
     return ids;
   }
 
- private:
-  struct Close {
-    void operator()(sqlite3* connection) const { sqlite3_close(connection); }
-  };
-  std::unique_ptr<sqlite3, Close> connection_;
+  MemoryStorage storage_;
 };
 
 TEST_F(SortedTable, IsInTheOrderOfTheStorage) {
@@ -70,11 +54,10 @@ TEST_F(SortedTable, IsInTheOrderOfTheStorage) {
                                "NULL",     "''",       "'Zoë'",    "'zoe'"};
   const char* const dates[] = {"'1961-03-12 00:00:00'", "'1880-01-01 00:00:00'", "NULL",
                                "'2001-01-01 00:00:00'"};
-  ASSERT_EQ(Execute("BEGIN"), SQLITE_OK);
+  storage_.Run("BEGIN");
   for (int row = 0; row < 3'000; ++row) {
-    ASSERT_EQ(Execute("INSERT OR IGNORE INTO T VALUES (" + std::to_string(random() % 100'000) + ", " +
-                      names[random() % 9] + ", " + names[random() % 9] + ", " + dates[random() % 4] + ")"),
-              SQLITE_OK);
+    storage_.Run("INSERT OR IGNORE INTO T VALUES (" + std::to_string(random() % 100'000) + ", " +
+                 names[random() % 9] + ", " + names[random() % 9] + ", " + dates[random() % 4] + ")");
   }
   const struct {
     const char* columns;

@@ -50,31 +50,6 @@ TEST_F(PaintedReportTest, WidthsAddUpForTextsThatAreNotJoined) {
   EXPECT_FALSE(metrics.IsRightToLeft("漢字"));
 }
 
-TEST_F(PaintedReportTest, ARangePrintsThosePagesOnly) {
-  log.Add({}, 200);
-  const ReportJob job = Begin();
-  PaintedReport report(job, A4());
-  ASSERT_TRUE(report.Paginate(progress));
-  const int pages = report.PageCount();
-  ASSERT_GE(pages, 4);
-  const struct {
-    PageRange range;
-    std::vector<int> printed;
-  } rows[] = {{{2, 3}, {2, 3}},
-              {{4, 4}, {4}},
-              {{pages, 999}, {pages}},
-              {{1, 1}, {1}},
-              {{pages - 1, 0}, {pages - 1, pages}}};
-  for (const auto& row : rows) {
-    {
-      QPdfWriter writer(QString::fromStdString(File()));
-      writer.setPageLayout(A4());
-      EXPECT_TRUE(report.Paint(writer, row.range, progress));
-    }
-    EXPECT_EQ(FooterNumbers(File(), "DRS_PAGE"), row.printed) << row.range.first << " to " << row.range.last;
-  }
-}
-
 TEST_F(PaintedReportTest, StoppingLeavesTheOldFile) {
   log.Add({}, 200);
   std::ofstream(File()) << "old";
