@@ -41,11 +41,21 @@ constexpr CommandDef kCommands[] = {
      [](CommandHost& host) { host.ShowVerify(); }},
     {mnuFileEnd, "mnuFileEnd", "MN_MNU_FILEEND", "", "Ctrl+Q", kAlways, false,
      [](CommandHost& host) { host.Quit(); }},
+    {mnuFileExport, "mnuFileExport", "MN_MNU_FILEEXPORT", "", "Ctrl+E", kPrintable, false,
+     [](CommandHost& host) { host.ExportShownRows(); }},
     {mnuEditUpdate, "mnuEditUpdate", "MN_MNU_UPDATE", "Update", "Ctrl+U", kUpdatable, false,
      [](CommandHost& host) { host.Program().Update(); }},
+    {mnuEditFind, "mnuEditFind", "MN_MNU_EDITFIND", "", "Ctrl+Shift+F", kPrintable, false,
+     [](CommandHost& host) { host.FindInList(); }},
+    {mnuEditIncomplete, "mnuEditIncomplete", "MN_MNU_EDITINCOMPLETE", "", "Ctrl+Shift+I", kPrintable, true,
+     [](CommandHost& host) { host.ToggleIncomplete(); }},
+    {mnuEditNextMissing, "mnuEditNextMissing", "MN_MNU_EDITNEXTMISSING", "", "F8", kPrintable, false,
+     [](CommandHost& host) { host.GoToMissing(1); }},
+    {mnuEditPreviousMissing, "mnuEditPreviousMissing", "MN_MNU_EDITPREVMISSING", "", "Shift+F8", kPrintable,
+     false, [](CommandHost& host) { host.GoToMissing(-1); }},
     {mnuSortPatAll, "mnuSortPatAll", "MN_MNU_SELPATALL", "PatAll", "Ctrl+F", kDataFileOpen, false,
      Select<kPatient>},
-    {mnuSortPatPeriod, "mnuSortPatPeriod", "MN_MNU_PATPERIOD", "PatPeriod", "Ctrl+Shift+F", kDataFileOpen,
+    {mnuSortPatPeriod, "mnuSortPatPeriod", "MN_MNU_PATPERIOD", "PatPeriod", "Ctrl+Shift+D", kDataFileOpen,
      false, Select<kPatientPeriod>},
     {mnuSortDateAll, "mnuSortDateAll", "MN_MNU_SELDATEALL", "DateAll", "Ctrl+D", kDataFileOpen, false,
      Select<kPeriod>},
@@ -89,13 +99,15 @@ constexpr MenuEntry Item(CommandId id) {
 constexpr MenuEntry kSeparator{MenuEntry::Kind::kSeparator, mnuFileNew};
 constexpr MenuEntry kRecentFiles{MenuEntry::Kind::kRecentFiles, mnuFileNew};
 
-constexpr MenuEntry kFileMenu[] = {Item(mnuFileNew),   Item(mnuFileOpen),
-                                   kSeparator,         Item(mnuFilePrintPreview),
-                                   Item(mnuFilePrint), Item(mnuFilePrintSetup),
-                                   kSeparator,         Item(mnuFileVerify),
-                                   kRecentFiles,       kSeparator,
-                                   Item(mnuFileEnd)};
-constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate)};
+constexpr MenuEntry kFileMenu[] = {Item(mnuFileNew),    Item(mnuFileOpen),
+                                   kSeparator,          Item(mnuFilePrintPreview),
+                                   Item(mnuFilePrint),  Item(mnuFilePrintSetup),
+                                   kSeparator,          Item(mnuFileVerify),
+                                   Item(mnuFileExport), kRecentFiles,
+                                   kSeparator,          Item(mnuFileEnd)};
+constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate),      kSeparator,
+                                   Item(mnuEditFind),        Item(mnuEditIncomplete),
+                                   Item(mnuEditNextMissing), Item(mnuEditPreviousMissing)};
 constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
                                         Item(mnuSortPatPeriod),
                                         kSeparator,

@@ -16,7 +16,12 @@ enum class CommandId {
   mnuFilePrintSetup,
   mnuFileVerify,
   mnuFileEnd,
+  mnuFileExport,
   mnuEditUpdate,
+  mnuEditFind,
+  mnuEditIncomplete,
+  mnuEditNextMissing,
+  mnuEditPreviousMissing,
   mnuSortPatAll,
   mnuSortPatPeriod,
   mnuSortDateAll,
@@ -63,6 +68,11 @@ class CommandHost {
   virtual void ShowPreview() = 0;
   virtual void SetUpPrinter() = 0;
   virtual void ShowVerify() = 0;
+  virtual void ExportShownRows() = 0;
+  virtual void FindInList() = 0;
+  virtual void ToggleIncomplete() = 0;
+  /// `step` is 1 or -1.
+  virtual void GoToMissing(int step) = 0;
   /// Turns one of the view's options over.
   virtual void Toggle(bool core::Globals::*option) = 0;
   virtual void ReloadView() = 0;

@@ -39,6 +39,8 @@ std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
       {"BE_", "patients"},
       {"PP_", "datafiles"},
       {"MN_OPENXRLOG", "datafiles"},
+      {"EX_", "exporting"},
+      {"FD_", "selections"},
       {"DRS_", "printing"},
       {"MN_ERR_NOPRINTER", "printing"},
       {"CV_", "oldlogs"},

@@ -1,3 +1,4 @@
+#include "app/ExportCommand.h"
 #include "app/Libraries.h"
 #include "app/TakeOverProgress.h"
 #include "app/frmMDIMain.h"
@@ -25,7 +26,8 @@ report::PrintContext frmMDIMain::PrintContext() {
     report::PrintSource source;
     dao::Database& log = *context_.globals.LogEngineGl->Database();
     source.state = report::ReadLogState(log);
-    source.rows = log.OpenRecordset(results_->RecordSource(), dao::RecordsetType::kDynaset);
+    source.rows = results_->ShownRows();
+    if (!source.rows) source.rows = log.OpenRecordset(results_->RecordSource(), dao::RecordsetType::kDynaset);
     source.laterEntries =
         [entries = logview::LaterEntries(log, context_.services.texts, context_.scheme, context_.shortDate)](
             std::int64_t exposure, std::string_view type) { return entries.Of(exposure, type); };
@@ -41,6 +43,35 @@ report::PrintContext frmMDIMain::PrintContext() {
           .site = [this] { return context_.globals.SiteGl; },
           .log = [this] { return context_.globals.strDataFileGl; },
           .open = open};
+}
+
+void frmMDIMain::ExportShownRows() {
+  const ShownRows shown{results_->ShownRows(), results_->ShownColumns(), results_->Headline()};
+  if (!shown.rows) return context_.services.user.Beep();
+  ExportShown(this,
+              {.texts = context_.services.texts,
+               .user = context_.services.user,
+               .clock = context_.services.clock,
+               .scheme = context_.scheme,
+               .shortDate = context_.shortDate,
+               .ini = context_.services.ini,
+               .iniFile = context_.globals.IniFileGl,
+               .site = context_.globals.SiteGl,
+               .log = context_.globals.strDataFileGl},
+              shown);
+}
+
+void frmMDIMain::FindInList() {
+  results_->BeginFind();
+}
+
+void frmMDIMain::ToggleIncomplete() {
+  results_->SetOnlyIncomplete(!results_->OnlyIncomplete());
+  RefreshCommands();
+}
+
+void frmMDIMain::GoToMissing(int step) {
+  results_->GoToMissing(step);
 }
 
 void frmMDIMain::SetUpPrinter() {

@@ -169,6 +169,12 @@ void MainProgram::Select(core::SelectionKind kind) {
   view_.FocusLogView();
 }
 
+void MainProgram::Show(const core::Selection& selection) {
+  globals_.CurrentSelection() = selection;
+  view_.ViewResults();
+  view_.FocusLogView();
+}
+
 /// The safe answer is the default: an archive copy must not get today's exposures.
 bool MainProgram::ConfirmOtherLog() {
   return services_.Messages().Show({.key = "RC_XROTHERLOG"_key,

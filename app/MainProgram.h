@@ -69,6 +69,7 @@ class MainProgram {
 
   void Update();
   void Select(core::SelectionKind kind);
+  void Show(const core::Selection& selection);
   /// Asks whether pending exposures are to be taken in; a No also keeps activation from doing it.
   void OfferUpdate();
   /// The program was activated 200 ms ago.

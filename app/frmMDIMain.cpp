@@ -129,6 +129,7 @@ void frmMDIMain::RefreshCommands() {
   for (const CommandDef& command : AllCommands()) {
     actions_.at(command.id)->setEnabled(IsEnabled(command.enabledWhen, state));
   }
+  actions_.at(CommandId::mnuEditIncomplete)->setChecked(results_ && results_->OnlyIncomplete());
   if (!state.dataFileOpen) SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
   CurrentRowChanged();
   ShowStatus();
@@ -147,6 +148,7 @@ void frmMDIMain::ShowStatus() {
   pendingPanel_->setVisible(pending > 0);
   pendingPanel_->setText(Caption(texts, "MN_STATUS_PENDING"_key, {{"lngCount", std::to_string(pending)}}));
   rowsPanel_->setVisible(state.logViewShown);
+  if (!state.logViewShown) ShowIncomplete(std::nullopt);
 }
 
 void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
@@ -155,6 +157,12 @@ void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {
   if (!complete) text += QStringLiteral("...");
   rowsPanel_->setText(text);
   rowsPanel_->setVisible(true);
+}
+
+void frmMDIMain::ShowIncomplete(std::optional<std::int64_t> rows) {
+  incompletePanel_->setVisible(rows.value_or(0) > 0);
+  incompletePanel_->setText(Caption(context_.services.texts, "MN_STATUS_INCOMPLETE"_key,
+                                    {{"lngCount", std::to_string(rows.value_or(0))}}));
 }
 
 void frmMDIMain::SetCaption(const std::string& caption) {
@@ -170,9 +178,10 @@ QIcon frmMDIMain::PictureOf(const std::string& iconKey) const {
 }
 
 bool frmMDIMain::AskPeriod() {
-  dialogs::frmBegEnd dialog(this,
-                            dialogs::Period(context_.globals, context_.shortDate, context_.services.clock),
-                            context_.services.texts, context_.services.user);
+  dialogs::frmBegEnd dialog(
+      this,
+      dialogs::Period(context_.globals, context_.shortDate, context_.services.clock, context_.services.texts),
+      context_.services.texts, context_.services.user);
   return dialog.exec() == QDialog::Accepted;
 }
 

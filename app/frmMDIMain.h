@@ -89,6 +89,10 @@ class frmMDIMain final : public QMainWindow,
   void ShowPreview() override;
   void SetUpPrinter() override;
   void ShowVerify() override;
+  void ExportShownRows() override;
+  void FindInList() override;
+  void ToggleIncomplete() override;
+  void GoToMissing(int step) override;
   void Toggle(bool core::Globals::*option) override;
   void ReloadView() override;
   void ShowPropertiesOfLog() override { ShowProperties(); }
@@ -118,7 +122,9 @@ class frmMDIMain final : public QMainWindow,
   // logview::ResultsHost
   [[nodiscard]] QIcon PictureOf(const std::string& iconKey) const override;
   void ShowRowCount(std::int64_t rows, bool complete) override;
+  void ShowIncomplete(std::optional<std::int64_t> rows) override;
   void CurrentRowChanged() override;
+  void ShowSelection(const core::Selection& selection) override { program_.Show(selection); }
   void LogReplaced() override;
   void ResultsClosed() override;
 
@@ -145,6 +151,7 @@ class frmMDIMain final : public QMainWindow,
   logview::HistoryPane* history_;
   QTimer historyTimer_;
   QLabel* rowsPanel_ = nullptr;
+  QLabel* incompletePanel_ = nullptr;
   QLabel* filePanel_ = nullptr;
   QLabel* otherPanel_ = nullptr;
   QLabel* readOnlyPanel_ = nullptr;

@@ -10,6 +10,8 @@ constexpr std::array kCommands = {
     Command{"update", "take the exposures that the imaging suite reported into the log", AddUpdateOptions,
             nullptr, RunUpdateCommand, Command::Works::kOnLogAndSuite},
     Command{"list", "print rows of the log", AddListOptions, ValidateSelection, RunListCommand},
+    Command{"export", "write the log view as a workbook, CSV or JSON file", AddExportOptions, ValidateExport,
+            RunExportCommand},
 #ifdef VARNLOG_HAS_REPORT  // not in a build without Qt
     Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,
             RunReportCommand},

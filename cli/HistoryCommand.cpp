@@ -1,11 +1,14 @@
 #include "cli/Command.h"
-#include "cli/RowWriter.h"
+#include "cli/ListFormats.h"
 #include "logview/Selection.h"
 #include "seals/History.h"
 
 namespace varnlog::cli {
 
 namespace {
+
+using exports::Cell;
+using exports::Row;
 
 const std::vector<std::string>& Headings() {
   static const std::vector<std::string> kHeadings = {
@@ -23,13 +26,13 @@ Cell TextCell(const std::string& text) {
 Cell NumberCell(std::int64_t number) {
   Cell cell;
   cell.text = std::to_string(number);
-  cell.isNumber = true;
+  cell.kind = Cell::Kind::kNumber;
   return cell;
 }
 
 Cell ValueCell(const std::optional<std::string>& value) {
   Cell cell;
-  cell.isNull = !value;
+  if (!value) cell.kind = Cell::Kind::kNull;
   cell.text = value.value_or("");
   return cell;
 }
@@ -67,7 +70,8 @@ void RunHistoryCommand(Session& session, const Options& options, Output& output)
   session.OpenLog(Session::Access::kRead);
   const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
   const auto rows = session.Log().OpenRecordset(selection.sql);
-  const auto writer = MakeRowWriter(options.format, options.raw ? Values::kRaw : Values::kHarmless, output);
+  const auto writer =
+      MakeRowWriter(options.format, options.raw ? exports::Values::kRaw : exports::Values::kHarmless, output);
   writer->Begin(Headings());
   if (writer->NeedsMeasure() && !rows->IsEOF()) {
     ForEachEntry(session, *rows, [&](const Row& row) { writer->Measure(row); });

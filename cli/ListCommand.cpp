@@ -4,24 +4,18 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/Command.h"
-#include "cli/RowSource.h"
-#include "cli/RowWriter.h"
+#include "cli/ListFormats.h"
+#include "exports/RowSource.h"
 #include "logview/Selection.h"
+#include "start/StartUp.h"
 
 namespace varnlog::cli {
 
 namespace {
 
-/// False when somebody deleted the row meanwhile.
-bool ReadRow(const RowSource& source, Row& row) {
-  try {
-    source.Read(row);
-    return true;
-  } catch (const dao::EngineError& error) {
-    if (error.number() != dao::ErrorNumber::kRecordDeleted) throw;
-    return false;
-  }
-}
+using exports::Row;
+using exports::RowSource;
+using exports::RowWriter;
 
 void WriteRows(dao::Recordset& rows, const RowSource& source, RowWriter& writer) {
   Row row;
@@ -68,9 +62,13 @@ void RunListCommand(Session& session, const Options& options, Output& output) {
   session.OpenLog(Session::Access::kRead);
   const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
   const auto rows = session.Log().OpenRecordset(selection.sql);
-  const auto source = options.display ? MakeDisplayedRows(*rows, session) : MakeStoredRows(*rows);
-  WriteRows(*rows, *source,
-            *MakeRowWriter(options.format, options.raw ? Values::kRaw : Values::kHarmless, output));
+  const start::HostToothScheme scheme(session.globals(), session.ini());
+  const auto source = options.display
+                          ? exports::MakeDisplayedRows(*rows, {session.texts(), scheme, session.shortDate()},
+                                                       exports::AllColumns())
+                          : exports::MakeStoredRows(*rows);
+  const exports::Values values = options.raw ? exports::Values::kRaw : exports::Values::kHarmless;
+  WriteRows(*rows, *source, *MakeRowWriter(options.format, values, output));
 }
 
 }  // namespace varnlog::cli

@@ -28,7 +28,7 @@ struct Options {
   bool display = false;
   bool raw = false;
   bool withEntries = false;
-  std::string output;  // the report's file
+  std::string output;  // the file of a report or an export
   std::string oldLog;  // to convert
   std::string newLog;  //
   std::string anchor;  // a state that the log must contain

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "exports/TextSink.h"
+
 namespace varnlog::cli {
 
 class OutputError : public std::system_error {
@@ -14,13 +16,13 @@ class OutputError : public std::system_error {
 
 /// A text stream whose every failure is noticed: a full disk, a pipe whose reader went away. Write and Flush
 /// throw OutputError.
-class Output {
+class Output final : public exports::TextSink {
  public:
   explicit Output(std::FILE* file) : file_(file) { buffer_.reserve(kBufferSize); }
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
-  void Write(std::string_view text);
+  void Write(std::string_view text) override;
   /// To be called at the end; what was not flushed is lost.
   void Flush();
 

@@ -1,11 +1,16 @@
 #include <algorithm>
 
-#include "cli/RowWriter.h"
+#include "cli/ListFormats.h"
 #include "platform/Terminal.h"
 
 namespace varnlog::cli {
 
 namespace {
+
+using exports::Cell;
+using exports::Row;
+using exports::RowWriter;
+using exports::Values;
 
 constexpr std::string_view kGap = "  ";
 
@@ -63,7 +68,7 @@ class TableWriter final : public RowWriter {
     const std::string text = Shown(cell.text);
     const std::size_t used = platform::DisplayWidth(text);
     const std::string padding(width > used ? width - used : 0, ' ');
-    line_ += cell.isNumber ? padding + text : text + padding;
+    line_ += cell.kind == Cell::Kind::kNumber ? padding + text : text + padding;
   }
 
   Output& output_;
@@ -76,7 +81,15 @@ class TableWriter final : public RowWriter {
 
 }  // namespace
 
-std::unique_ptr<RowWriter> MakeTableWriter(Output& output, Values values) {
+std::unique_ptr<RowWriter> MakeRowWriter(ListFormat format, Values values, Output& output) {
+  switch (format) {
+    case ListFormat::kCsv:
+      return exports::MakeCsvWriter(output, {.values = values});
+    case ListFormat::kJson:
+      return exports::MakeJsonWriter(output);
+    case ListFormat::kTable:
+      break;
+  }
   return std::make_unique<TableWriter>(output, values);
 }
 

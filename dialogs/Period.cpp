@@ -1,18 +1,59 @@
 #include "dialogs/Period.h"
 
+#include "dialogs/DateEntry.h"
+
 namespace varnlog::dialogs {
 
 using core::SelectionKind;
 using core::literals::operator""_key;
 
+namespace {
+
+int DaysSinceMonday(platform::DateTime day) {
+  constexpr std::int64_t kSecondsPerDay = 86'400;
+  constexpr std::int64_t kMonday = 2;  // the days are counted from a Saturday
+  constexpr std::int64_t kDaysPerWeek = 7;
+  const std::int64_t days = day.SecondsSinceEpoch() / kSecondsPerDay;
+  return static_cast<int>(((days - kMonday) % kDaysPerWeek + kDaysPerWeek) % kDaysPerWeek);
+}
+
+}  // namespace
+
 PeriodBoxes Period::CurrentYear() const {
-  const platform::DateTime today = clock_.Today();
-  const platform::DateTime newYear = platform::DateTime::FromSerial(today.Year(), 1, 1);
-  return {shortDate_.Format(newYear), shortDate_.Format(today)};
+  return Boxes(Usual::kThisYear);
 }
 
 std::string Period::Example() const {
   return shortDate_.Format(platform::DateTime::FromSerial(clock_.Today().Year(), 12, 31));
+}
+
+PeriodBoxes Period::Boxes(Usual usual) const {
+  using platform::DateTime;
+  const DateTime today = clock_.Today();
+  const auto boxes = [this](DateTime from, DateTime to) { return PeriodBoxes{Text(from), Text(to)}; };
+  const auto since = [&](int month, int day) {
+    return boxes(DateTime::FromSerial(today.Year(), month, day), today);
+  };
+  switch (usual) {
+    case Usual::kToday:
+      return boxes(today, today);
+    case Usual::kThisWeek:
+      return since(today.Month(), today.Day() - DaysSinceMonday(today));
+    case Usual::kThisMonth:
+      return since(today.Month(), 1);
+    case Usual::kThisQuarter:
+      return since((today.Month() - 1) / 3 * 3 + 1, 1);
+    case Usual::kThisYear:
+      return since(1, 1);
+    case Usual::kLastYear:
+      return boxes(DateTime::FromSerial(today.Year() - 1, 1, 1),
+                   DateTime::FromSerial(today.Year() - 1, 12, 31));
+  }
+  return {};
+}
+
+std::optional<platform::DateTime> Period::Read(const std::string& text) const {
+  return ReadDateEntry(text, shortDate_, clock_.Today(), texts_);
 }
 
 core::TextKey Period::Command() const {
@@ -40,14 +81,14 @@ std::string Period::Patient() const {
 }
 
 bool Period::IsReversed(const PeriodBoxes& boxes) const {
-  const auto from = shortDate_.Parse(boxes[0]);
-  const auto to = shortDate_.Parse(boxes[1]);
+  const auto from = Read(boxes[0]);
+  const auto to = Read(boxes[1]);
   return from && to && to->DatePart() < from->DatePart();
 }
 
 std::optional<PeriodProblem> Period::Validate(const PeriodBoxes& boxes, int box) const {
   const std::string& text = boxes.at(static_cast<std::size_t>(box));
-  if (shortDate_.Parse(text)) return std::nullopt;
+  if (Read(text)) return std::nullopt;
   return PeriodProblem{"BE_DATENOTVALID"_key, text, box};
 }
 
@@ -72,8 +113,8 @@ std::optional<PeriodProblem> Period::Confirm(PeriodBoxes& boxes) {
   for (const int box : {0, 1}) {
     if (auto problem = Validate(boxes, box)) return problem;
   }
-  selection_.dBegGl = shortDate_.Parse(boxes[0])->DatePart();
-  selection_.dEndGl = shortDate_.Parse(boxes[1])->DatePart();
+  selection_.dBegGl = Read(boxes[0])->DatePart();
+  selection_.dEndGl = Read(boxes[1])->DatePart();
   return std::nullopt;
 }
 

@@ -24,11 +24,20 @@ struct PeriodProblem {
 /// What the period dialog decides. The selection kind in `selection` says how a missing date is filled.
 class Period {
  public:
-  Period(core::Selection& selection, const platform::ShortDate& shortDate, const platform::Clock& clock)
-      : selection_(selection), shortDate_(shortDate), clock_(clock) {}
+  Period(core::Selection& selection, const platform::ShortDate& shortDate, const platform::Clock& clock,
+         const core::TextLookup& texts)
+      : selection_(selection), shortDate_(shortDate), clock_(clock), texts_(texts) {}
 
   /// 1 January of this year and today.
   [[nodiscard]] PeriodBoxes CurrentYear() const;
+
+  /// The boxes of a usual period, which ends today unless it is past.
+  enum class Usual { kToday, kThisWeek, kThisMonth, kThisQuarter, kThisYear, kLastYear };
+  [[nodiscard]] PeriodBoxes Boxes(Usual usual) const;
+  /// What stands in a box as a day, also in one of the short forms of DateEntry.h.
+  [[nodiscard]] std::optional<platform::DateTime> Read(const std::string& text) const;
+  /// A day as the boxes show it.
+  [[nodiscard]] std::string Text(platform::DateTime day) const { return shortDate_.Format(day); }
 
   /// A date in the form that the boxes take; its day cannot be mistaken for a month.
   [[nodiscard]] std::string Example() const;
@@ -52,6 +61,7 @@ class Period {
   core::Selection& selection_;
   const platform::ShortDate& shortDate_;
   const platform::Clock& clock_;
+  const core::TextLookup& texts_;
 };
 
 }  // namespace varnlog::dialogs

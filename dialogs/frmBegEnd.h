@@ -2,9 +2,11 @@
 
 #include <array>
 
+#include <QComboBox>
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QToolButton>
 
 #include "core/UserDialog.h"
 #include "dialogs/Period.h"
@@ -18,7 +20,9 @@ class frmBegEnd final : public QDialog {
 
  private:
   [[nodiscard]] PeriodBoxes Boxes() const;
-  void CurrentYear();
+  void Fill(const PeriodBoxes& boxes);
+  [[nodiscard]] QComboBox* UsualPeriods();
+  [[nodiscard]] QToolButton* CalendarFor(QLineEdit* box);
   void Ok();
   void ShowHint();
 

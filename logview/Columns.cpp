@@ -1,5 +1,7 @@
 #include "logview/Columns.h"
 
+#include <utility>
+
 namespace varnlog::logview {
 
 using namespace core::literals;
@@ -75,6 +77,7 @@ const std::array<Column, kColumnCount> kColumns = {{
      .form = Form::kRetake,
      .field = "tXraySDiagRetry",
      .editFlag = "tXrayBEdDiagRetry",
+     .mayBeEmpty = true,
      .choices = kRetakes,
      .digits = 11},
     {.headingKey = "RS_PERSCHARGE",
@@ -97,6 +100,18 @@ std::string Column::SortClause(bool descending) const {
   for (const std::string_view name : sortFields) add(name);
   if (fields.empty()) add(field);
   return fields.empty() ? fields : "ORDER BY " + fields + ";";
+}
+
+std::string TypeName(std::string_view code, const core::TextLookup& texts) {
+  constexpr std::pair<std::string_view, core::TextKey> kTypes[] = {{"XI", "RS_TYPE_XI"_key},
+                                                                   {"XP", "RS_TYPE_XP"_key},
+                                                                   {"XC", "RS_TYPE_XC"_key},
+                                                                   {"XS", "RS_TYPE_XS"_key},
+                                                                   {"XV", "RS_TYPE_XV"_key}};
+  for (const auto& [known, name] : kTypes) {
+    if (known == code) return texts.GetText(name);
+  }
+  return {};
 }
 
 std::string ColumnHeading(int column, const core::TextLookup& texts) {

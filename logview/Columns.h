@@ -31,6 +31,7 @@ struct Column {
   std::string_view field = {};     // the field that an edit writes; empty when the column is never written
   std::string_view editFlag = {};  // yes/no field that says whether `field` is open; empty: always open
   bool exceptForMen = false;       // never open for a male patient
+  bool mayBeEmpty = false;         // nothing is a value, too
   bool limitsInput = true;         // the grid takes no more characters than the field
   std::span<const core::TextKey> choices =
       {};                 // texts to choose from, beside an empty one; empty: typed freely
@@ -59,6 +60,9 @@ enum ColumnIndex : int {
 
 inline constexpr int kColumnCount = 13;
 extern const std::array<Column, kColumnCount> kColumns;
+
+/// A type of exposure in plain words; "" for a code that is none.
+[[nodiscard]] std::string TypeName(std::string_view code, const core::TextLookup& texts);
 
 /// A heading in the current language; "" outside 0 to 12.
 [[nodiscard]] std::string ColumnHeading(int column, const core::TextLookup& texts);

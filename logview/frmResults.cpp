@@ -4,7 +4,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QMenu>
+#include <QHeaderView>
 #include <QVBoxLayout>
 
 #include "core/EngineMessages.h"
@@ -53,6 +53,16 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   grid_->setAccessibleName(ui::Caption(context_.texts, "RS_ACC_GRID"_key));
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
+  find_ = new frmFind(context_.texts,
+                      {.changed =
+                           [this](const FindQuery& query) {
+                             filter_.SetQuery(query);
+                             FilterChanged();
+                           },
+                       .toRows = [this] { grid_->setFocus(); },
+                       .ended = [this] { EndFind(); }},
+                      this);
+  layout->addWidget(find_);
   layout->addWidget(grid_);
   setFocusProxy(grid_);
 
@@ -62,8 +72,13 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   columnsIni_.SetTDBGrid(this);
   grid_->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(grid_, &QWidget::customContextMenuRequested, this, &frmResults::ShowContextMenu);
+  QHeaderView* const headings = grid_->horizontalHeader();
+  headings->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(headings, &QWidget::customContextMenuRequested, this, &frmResults::ShowHeadingMenu);
   countTimer_.setInterval(0);
   connect(&countTimer_, &QTimer::timeout, this, &frmResults::CountFurtherRows);
+  filterTimer_.setInterval(0);
+  connect(&filterTimer_, &QTimer::timeout, this, &frmResults::ReadForFilter);
 
   LoadColors();
   BuildColumns();
@@ -150,6 +165,10 @@ void frmResults::ShowIcon(const std::string& key) {
 
 void frmResults::ShowPending() {
   if (!grid_->CommitEdit()) return;
+  // None of them may be left out.
+  find_->hide();
+  filter_.SetQuery({});
+  filter_.SetOnlyIncomplete(false);
   headline_ = context_.texts.GetText("RS_PENDING"_key);
   host_.SetCaption(headline_);
   (void)OpenRows(PendingRows(context_.edits));
@@ -158,8 +177,10 @@ void frmResults::ShowPending() {
 bool frmResults::OpenRows(const std::string& sql) {
   countTimer_.stop();
   recordSource_ = sql;
+  filterTimer_.stop();
   rowSource_.reset();
   data1_.reset();
+  all_.reset();
   entered_.clear();
   populated_ = true;
   std::int64_t count = 0;
@@ -167,12 +188,15 @@ bool frmResults::OpenRows(const std::string& sql) {
   try {
     const HourGlass hourGlass;
     if (const auto& log = context_.globals.LogEngineGl->Database()) {
-      data1_ = log->OpenRecordset(sql, dao::RecordsetType::kDynaset);
-      populated_ = data1_->Populate(kRowsPerSlice);
+      all_ = log->OpenRecordset(sql, dao::RecordsetType::kDynaset);
+      populated_ = all_->Populate(kRowsPerSlice);
+      filter_.Renew(log);
+      data1_ = filter_.IsActive() ? filter_.Shown(*all_) : all_->Clone();
       count = data1_->RecordCount();
     }
   } catch (const dao::EngineError& error) {
     data1_.reset();
+    all_.reset();
     grid_->SetEmptyText(ui::Caption(context_.texts, "RS_UNREADABLE"_key));
     grid_->ReBind(0);
     host_.ShowRowCount(0, true);
@@ -181,23 +205,43 @@ bool frmResults::OpenRows(const std::string& sql) {
   }
   grid_->ReBind(count);
   MarkSort();
-  host_.ShowRowCount(count, populated_);
-  if (!populated_) countTimer_.start();
+  ShowCounts();
+  (populated_ ? filterTimer_ : countTimer_).start();
   return true;
+}
+
+std::unique_ptr<dao::Recordset> frmResults::ShownRows() const {
+  if (!data1_) return nullptr;
+  if (data1_->RecordCount() == 0) return data1_->Only({});
+  auto rows = data1_->Clone();
+  rows->MoveFirst();
+  return rows;
+}
+
+std::vector<int> frmResults::ShownColumns() const {
+  std::vector<int> shown;
+  for (int i = 0; i < kColumnCount; ++i) {
+    if (!grid_->isColumnHidden(i)) shown.push_back(i);
+  }
+  return shown;
 }
 
 void frmResults::CountFurtherRows() {
   try {
-    populated_ = data1_->Populate(kRowsPerSlice);
+    populated_ = all_->Populate(kRowsPerSlice);
   } catch (const dao::EngineError& error) {
     populated_ = true;
     countTimer_.stop();
     ShowError(error);
     return;
   }
-  if (populated_) countTimer_.stop();
+  if (populated_) {
+    countTimer_.stop();
+    filterTimer_.start();
+  }
+  if (filter_.IsActive()) return;
   grid_->SetApproximateCount(data1_->RecordCount());
-  host_.ShowRowCount(data1_->RecordCount(), populated_);
+  ShowCounts();
 }
 
 int frmResults::DigitWidth() const {
@@ -214,27 +258,12 @@ void frmResults::SaveColumns() {
 void frmResults::RestoreColumns() {
   storedDigit_ = context_.ini.ReadInteger(kColumnsSection, kDigitKey, context_.globals.IniFileGl);
   columnsIni_.RestoreColumns();
+  HideStoredColumns();
 }
 
 void frmResults::SetWidth(int column, int width) {
   const std::int64_t scaled = storedDigit_ > 0 ? std::int64_t{width} * DigitWidth() / storedDigit_ : width;
   grid_->SetColumnWidth(column, static_cast<int>(std::min<std::int64_t>(scaled, ui::TDBGrid::kWidest)));
-}
-
-void frmResults::ShowContextMenu(const QPoint& position) {
-  QMenu menu(this);
-  const auto add = [this, &menu](core::TextKey key, const QKeySequence& shortcut, auto run) {
-    QAction* action = menu.addAction(ui::Caption(context_.texts, key));
-    action->setShortcut(shortcut);
-    connect(action, &QAction::triggered, this, run);
-  };
-  add("RS_CONFIRM"_key, Qt::CTRL | Qt::Key_Return, [this] {
-    if (!grid_->ConfirmValue()) context_.user.Beep();
-  });
-  add("RS_TAKEBACK"_key, QKeySequence::Undo, [this] { TakeBackEntry(); });
-  menu.addSeparator();
-  add("RS_COPY"_key, QKeySequence::Copy, [this] { grid_->CopySelection(); });
-  menu.exec(grid_->viewport()->mapToGlobal(position));
 }
 
 void frmResults::ReloadGrid() {
@@ -247,10 +276,13 @@ void frmResults::ReloadGrid() {
 
 void frmResults::CloseData() {
   countTimer_.stop();
+  filterTimer_.stop();
+  filter_.Close();
   grid_->SetEvents(nullptr);
   grid_->ReBind(0);
   rowSource_.reset();
   data1_.reset();
+  all_.reset();
 }
 
 void frmResults::ApplyReadOnly() {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <QElapsedTimer>
+#include <QMenu>
 #include <QProgressDialog>
 #include <QTimer>
 #include <QWidget>
@@ -17,7 +19,9 @@
 #include "logview/CTDBGColumnsINI.h"
 #include "logview/NewRows.h"
 #include "logview/RowDisplay.h"
+#include "logview/RowFilter.h"
 #include "logview/WriteRow.h"
+#include "logview/frmFind.h"
 #include "platform/ShortDate.h"
 #include "ui/TDBGrid.h"
 
@@ -47,8 +51,12 @@ class ResultsHost {
   virtual void RefreshCommands() = 0;
   /// `complete` is false while rows are still being counted.
   virtual void ShowRowCount(std::int64_t rows, bool complete) = 0;
+  /// How many of the selection's exposures lack a value; nothing while that is not known.
+  virtual void ShowIncomplete(std::optional<std::int64_t> rows) = 0;
   /// Another row became the current one, or is shown anew.
   virtual void CurrentRowChanged() = 0;
+  /// Shows another selection.
+  virtual void ShowSelection(const core::Selection& selection) = 0;
   /// The log's file was replaced since it was opened: this view has nothing to show any more. Returns before
   /// anything is done about it.
   virtual void LogReplaced() = 0;
@@ -72,6 +80,14 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   /// Takes a pending entry back, value and all: that of the current cell, else the last one made in these
   /// rows. Beeps when there is none.
   void TakeBackEntry();
+  /// Shows the bar in which something is looked for.
+  void BeginFind();
+  /// Whether only exposures are shown that lack a value.
+  void SetOnlyIncomplete(bool only);
+  [[nodiscard]] bool OnlyIncomplete() const { return filter_.OnlyIncomplete(); }
+  /// To the next value that is open and empty and must not stay so, `step` being 1, or the previous one, -1.
+  /// Beeps when there is none.
+  void GoToMissing(int step);
   /// Builds the columns anew after the database was changed under the view.
   void ReloadGrid();
   /// Whether values may be entered, after the log was protected or freed.
@@ -81,7 +97,11 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
 
   [[nodiscard]] const std::string& RecordSource() const { return recordSource_; }
   /// What the rows are, as the report's title says it.
-  [[nodiscard]] const std::string& Headline() const { return headline_; }
+  [[nodiscard]] std::string Headline() const;
+  /// The rows shown, in their order, with a current row of their own; nullptr when none can be read.
+  [[nodiscard]] std::unique_ptr<dao::Recordset> ShownRows() const;
+  /// The numbers of the columns shown, from left to right.
+  [[nodiscard]] std::vector<int> ShownColumns() const;
   [[nodiscard]] ui::TDBGrid& Grid() { return *grid_; }
   /// The number of the exposure in the current row; nothing when there is none.
   [[nodiscard]] std::optional<std::int64_t> CurrentExposure() const;
@@ -98,11 +118,27 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   [[nodiscard]] int DigitWidth() const;
   void SaveColumns();
   void RestoreColumns();
+  class Entries;
   void ShowContextMenu(const QPoint& position);
+  void ShowHeadingMenu(const QPoint& position);
+  void AddColumnMenu(QMenu& menu);
+  void ShowColumn(int column, bool shown);
+  void HideStoredColumns();
+  void ExplainColumn(int column);
+  void ExplainCell();
+  void ShowPatientOfRow();
   void LoadColors();
   void ShowIcon(const std::string& key);
   bool OpenRows(const std::string& sql);
   void CountFurtherRows();
+  void FilterChanged();
+  /// Shows the rows that the filter lets through now, and stays at the exposure where the user is.
+  void ApplyFilter();
+  void ReadForFilter();
+  void EndFind();
+  void ShowCounts();
+  void NoteMissing(dao::Recordset& row);
+  [[nodiscard]] std::optional<int> MissingIn(std::int64_t row, int column, int step);
   void MarkSort();
   [[nodiscard]] bool LocateRow(int row);
   [[nodiscard]] std::int64_t ExposureAt(std::int64_t bookmark) const;
@@ -120,6 +156,14 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
     int column = 0;
   };
   [[nodiscard]] std::optional<Cell> EntryToTakeBack();
+  /// A cell by its exposure, in whatever row that stands.
+  struct ExposureCell {
+    std::int64_t id = 0;
+    int column = 0;
+  };
+  /// Nothing when the exposure is not shown.
+  [[nodiscard]] std::optional<Cell> CellAt(const ExposureCell& place) const;
+  void RememberPlace();
   void Refuse(const struct EditDecision& decision);
 
   std::optional<ui::DataFailure> UnboundReadDataEx(ui::RowBuffer& rowBuf,
@@ -133,8 +177,9 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void HeadClick(int colIndex) override;
   void Error(int dataError, int& response) override;
   void EditRefused() override;
-  void RowColChange() override { host_.CurrentRowChanged(); }
+  void RowColChange() override;
   [[nodiscard]] QString CellNote(std::int64_t bookmark, int colIndex) override;
+  [[nodiscard]] QString CellTip(std::int64_t bookmark, int colIndex) override;
   void Undo() override { TakeBackEntry(); }
   bool CopyProgress(std::int64_t copied, std::int64_t selected) override;
 
@@ -148,13 +193,20 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   ui::TDBGrid* grid_;
   CTDBGColumnsINI columnsIni_;
   QTimer countTimer_;
+  RowFilter filter_{context_.scheme, context_.shortDate};
+  frmFind* find_ = nullptr;
+  QTimer filterTimer_;
+  QElapsedTimer filterShown_;
   int storedDigit_ = 0;  // width of a digit when the columns were kept; 0 when that is not known
 
   std::string recordSource_;
   std::string headline_;
-  std::vector<Cell> entered_;  // in the present rows, the latest last
+  std::vector<ExposureCell> entered_;  // since the selection was opened, the latest last
+  std::optional<ExposureCell> here_;   // where the user went last
+  bool rebinding_ = false;             // the cell that becomes the current one is not where the user went
   std::unique_ptr<QProgressDialog> copying_;
-  std::unique_ptr<dao::Recordset> data1_;      // the selection's rows; its current row is the one edited
+  std::unique_ptr<dao::Recordset> all_;        // the selection's rows
+  std::unique_ptr<dao::Recordset> data1_;      // those shown; its current row is the one edited
   std::unique_ptr<dao::Recordset> rowSource_;  // a fresh clone for each read
   bool populated_ = true;
 };

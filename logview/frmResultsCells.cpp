@@ -154,18 +154,23 @@ bool frmResults::ConfirmEmptied(const ui::RowBuffer& entered) {
 }
 
 void frmResults::NoteEntries(int row, const RowBuffer& entered) {
+  const std::int64_t id = data1_->Ids()[static_cast<std::size_t>(row)];
   for (int column = 0; column < kColumnCount; ++column)
-    if (entered.at(static_cast<std::size_t>(column))) entered_.push_back({row, column});
+    if (entered.at(static_cast<std::size_t>(column))) entered_.push_back({id, column});
 }
 
+/// An entry whose exposure is not shown stays for later.
 std::optional<frmResults::Cell> frmResults::EntryToTakeBack() {
   const auto isPending = [this](const Cell& cell) {
     return grid_->StateOf(cell.row, cell.column) == ui::CellState::kPending;
   };
   const Cell current{grid_->Row(), grid_->Col()};
   if (current.row >= 0 && isPending(current)) return current;
-  while (!entered_.empty() && !isPending(entered_.back())) entered_.pop_back();
-  return entered_.empty() ? std::nullopt : std::optional(entered_.back());
+  for (auto entry = entered_.rbegin(); entry != entered_.rend(); ++entry) {
+    const auto cell = CellAt(*entry);
+    if (cell && isPending(*cell)) return cell;
+  }
+  return std::nullopt;
 }
 
 void frmResults::TakeBackEntry() {
@@ -181,6 +186,7 @@ void frmResults::TakeBackEntry() {
     if (!TakeEntryBack(*rows, dao::Bookmark{*bookmark}, cell->column, context_.edits)) {
       Refuse({.allowed = false, .beep = false, .message = "RS_ERR_CHANGE"_key});
     }
+    NoteMissing(*rows);
   } catch (const dao::EngineError& error) {
     ShowEditError(error);
   }
@@ -218,6 +224,7 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
                                         context_.scheme, context_.edits);
     if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};
     NoteEntries(static_cast<int>(rows->AbsolutePosition()), entered);
+    NoteMissing(*rows);
   } catch (const dao::EngineError& error) {
     return WriteFailureOf(context_.texts, error);
   }

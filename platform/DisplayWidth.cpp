@@ -30,6 +30,8 @@ bool IsControl(char32_t character) {
 }  // namespace
 
 std::string PrintableText(std::string_view text, std::string_view kept) {
+  const auto isPlain = [](char c) { return c >= ' ' && c < '\x7F'; };
+  if (std::all_of(text.begin(), text.end(), isPlain)) return std::string(text);
   std::string printable;
   printable.reserve(text.size());
   while (!text.empty()) {

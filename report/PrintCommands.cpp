@@ -2,9 +2,6 @@
 
 #include <algorithm>
 
-#include <QDir>
-#include <QStandardPaths>
-
 #include "db/modCommon.h"
 #include "report/PdfFile.h"
 #include "report/ProgressWindow.h"
@@ -14,6 +11,7 @@
 #include "report/frmPrinterSetup.h"
 #include "ui/FileDialog.h"
 #include "ui/QtText.h"
+#include "ui/SaveFolder.h"
 
 namespace varnlog::report {
 
@@ -21,18 +19,7 @@ using core::literals::operator""_key;
 
 namespace {
 
-// Characters that one or the other system takes for something else in a file name.
-constexpr std::string_view kNotInFileNames = "/\\:*?\"<>|";
-
 constexpr std::string_view kSection = "Printing";
-
-std::string FileNameFor(const ReportJob& job) {
-  std::string name = job.report.Title();
-  for (char& c : name) {
-    if (kNotInFileNames.find(c) != std::string_view::npos) c = ' ';
-  }
-  return ui::FromQString(ui::ToQString(name).simplified()) + ".pdf";
-}
 
 /// A stopped job has to be taken back before it is finished. Printing systems that cannot do that print the
 /// pages drawn so far.
@@ -182,11 +169,12 @@ void PrintCommands::SaveReport(QWidget* parent, const ReportJob& job) {
   dialog.SetHelpTopic("DRS_SAVEPDF_TITLE");
   dialog.SetFilter(context_.texts.GetText("DRS_PDFFILTER"_key));
   dialog.SetDefaultExt("pdf");
-  dialog.SetInitDir(PdfFolder());
-  dialog.SetFileName(FileNameFor(job));
+  ui::SaveFolder folder(context_.ini, context_.iniFile, kSection, "PdfFolder");
+  dialog.SetInitDir(folder.Last());
+  dialog.SetFileName(ui::FileNameFor(job.report.Title(), ".pdf"));
   const auto file = dialog.ShowSave(parent);
   if (!file) return;
-  Keep("PdfFolder", db::FolderPart(*file));
+  folder.Keep(db::FolderPart(*file));
   Guard([&] {
     if (!SaveTo(parent, job, *file)) return;
     context_.Messages().Inform("DRS_SAVED"_key, {{"strFile", *file}});
@@ -205,13 +193,6 @@ std::string PrintCommands::Kept(std::string_view key) const {
 
 void PrintCommands::Keep(std::string_view key, std::string_view value) {
   context_.ini.WriteString(kSection, key, value, context_.iniFile);
-}
-
-/// The one used last, or the user's documents when there is none (any more).
-std::string PrintCommands::PdfFolder() const {
-  const QString last = ui::ToQString(Kept("PdfFolder"));
-  if (!last.isEmpty() && QDir(last).exists()) return ui::FromQString(last);
-  return ui::FromQString(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
 }
 
 void PrintCommands::LoadChoices() {

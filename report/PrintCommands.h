@@ -82,7 +82,6 @@ class PrintCommands {
   [[nodiscard]] bool SaveTo(QWidget* parent, const ReportJob& job, const std::string& file);
   [[nodiscard]] std::string Kept(std::string_view key) const;
   void Keep(std::string_view key, std::string_view value);
-  [[nodiscard]] std::string PdfFolder() const;
   void LoadChoices();
   void KeepChoices();
   void SetUp(QPrinter& printer, const ReportJob& job) const;

@@ -237,7 +237,8 @@ QString CellDelegate::ToolTip(const QStyleOptionViewItem& option, const QModelIn
   const QRect textRect = TextRect(option.rect, HasButton(index.row(), index.column()));
   QStringList lines;
   if (option.fontMetrics.horizontalAdvance(cell.text) > textRect.width()) lines << cell.text;
-  lines << model_.StateText(index.row(), index.column()) << model_.NoteText(index.row(), index.column());
+  lines << model_.TipText(index.row(), index.column()) << model_.StateText(index.row(), index.column())
+        << model_.NoteText(index.row(), index.column());
   lines.removeAll(QString());
   return lines.join('\n');
 }

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QRegularExpression>
 #include <QSplitter>
@@ -44,6 +45,21 @@ void ShowWholeColumns(QFileDialog& dialog) {
   if (auto* places = dialog.findChild<QSplitter*>()) {
     places->setSizes({kPlacesWidth, kDialogSize.width() - kPlacesWidth});
   }
+}
+
+/// A name gets the ending of the type that is chosen, before the dialog asks whether it may be replaced.
+void FollowType(QFileDialog& dialog) {
+  const auto follow = [&dialog](const QString& filter) {
+    static const QRegularExpression kEnding(R"(\(\*\.(\w+)\)$)");
+    const QString ending = kEnding.match(filter).captured(1);
+    if (ending.isEmpty()) return;
+    const QString before = dialog.defaultSuffix();
+    dialog.setDefaultSuffix(ending);
+    const QString name = QFileInfo(dialog.selectedFiles().value(0)).fileName();
+    if (!name.endsWith("." + before, Qt::CaseInsensitive)) return;
+    dialog.selectFile(name.chopped(before.size()) + ending);
+  };
+  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, follow);
 }
 
 }  // namespace
@@ -89,6 +105,7 @@ std::optional<std::string> CFileDialog::Show(QWidget* parent, Mode mode) const {
   if (const QStringList filters = NameFilters(filter_); !filters.isEmpty()) dialog.setNameFilters(filters);
   ShowWholeColumns(dialog);
   dialog.setDefaultSuffix(ToQString(defaultExt_));
+  if (mode == Mode::kSave) FollowType(dialog);
   if (!fileName_.empty()) dialog.selectFile(ToQString(fileName_));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   return FromQString(QDir::toNativeSeparators(dialog.selectedFiles().constFirst()));

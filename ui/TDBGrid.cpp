@@ -128,12 +128,31 @@ void TDBGrid::SetMaxLength(int column, std::optional<int> characters) {
 
 void TDBGrid::SetColumnWidth(int column, int width) {
   const int bounded = std::clamp(width, kNarrowest, kWidest);
+  if (isColumnHidden(column)) {
+    hiddenWidths_[column] = bounded;
+    return;
+  }
   if (column == ColumnCount() - 1) lastWidth_ = bounded;
   setColumnWidth(column, bounded);
   FillWidth();
 }
 
+void TDBGrid::SetColumnShown(int column, bool shown) {
+  if (shown != isColumnHidden(column)) return;
+  if (!shown) {
+    hiddenWidths_[column] = ColumnWidth(column);
+    if (currentIndex().column() == column) setCurrentIndex({});
+  }
+  filling_ = true;
+  setColumnHidden(column, !shown);
+  filling_ = false;
+  if (shown) SetColumnWidth(column, hiddenWidths_[column]);
+  FillWidth();
+}
+
 int TDBGrid::ColumnWidth(int column) const {
+  const auto hidden = hiddenWidths_.find(column);
+  if (isColumnHidden(column) && hidden != hiddenWidths_.end()) return hidden->second;
   return column == ColumnCount() - 1 ? lastWidth_ : columnWidth(column);
 }
 

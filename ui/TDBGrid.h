@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -47,6 +48,8 @@ class TDBGrid final : public QTableView {
   /// Device-independent pixels; kept between kNarrowest and kWidest. The last column is shown wider where
   /// there is room.
   void SetColumnWidth(int column, int width);
+  /// A column that is not shown is skipped by keys and by copying, and keeps its width.
+  void SetColumnShown(int column, bool shown);
   [[nodiscard]] int ColumnWidth(int column) const;
   /// Nothing: no heading is marked.
   void SetSortIndicator(std::optional<int> column, Qt::SortOrder order = Qt::AscendingOrder);
@@ -100,8 +103,9 @@ class TDBGrid final : public QTableView {
   [[nodiscard]] const QString& ErrorText() const { return errorText_; }
 
   /// The selected cells, tabs between columns and a line a row; null when CopyProgress() gave it up.
-  [[nodiscard]] QString SelectionText();
-  void CopySelection();
+  enum class Copied { kCells, kWithHeadings };
+  [[nodiscard]] QString SelectionText(Copied copied = Copied::kCells);
+  void CopySelection(Copied copied = Copied::kCells);
 
   [[nodiscard]] const TDBGridModel& Model() const { return model_; }
   [[nodiscard]] const CellDelegate& Delegate() const { return delegate_; }
@@ -156,9 +160,10 @@ class TDBGrid final : public QTableView {
   CellDelegate delegate_;
   TDBGridEvents* events_ = nullptr;
 
-  int digitWidth_ = 0;  // of the font that the columns are as wide for
-  int lastWidth_ = 0;   // of the last column, when there is nothing left to take
-  bool filling_ = false;
+  int digitWidth_ = 0;               // of the font that the columns are as wide for
+  int lastWidth_ = 0;                // of the last column, when there is nothing left to take
+  bool filling_ = false;             // the widths change by themselves
+  std::map<int, int> hiddenWidths_;  // of columns that are not shown
 
   std::optional<int> sortColumn_;
   Qt::SortOrder sortOrder_ = Qt::AscendingOrder;

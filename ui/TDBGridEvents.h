@@ -61,6 +61,8 @@ class TDBGridEvents {
   [[nodiscard]] virtual QString CellNote(std::int64_t /*bookmark*/, int /*colIndex*/) { return {}; }
   /// Raised for owner-drawn columns only.
   virtual void OwnerDrawCell(OwnerDrawnCell& /*cell*/) {}
+  /// What a cell's short text stands for, in words; "" when it needs none.
+  [[nodiscard]] virtual QString CellTip(std::int64_t /*bookmark*/, int /*colIndex*/) { return {}; }
   /// Raised after the failing call has returned. `response` 0 keeps the grid silent; otherwise it beeps.
   virtual void Error(int /*dataError*/, int& /*response*/) {}
   /// Another cell became the current one.

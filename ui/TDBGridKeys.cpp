@@ -53,13 +53,20 @@ QString OneField(QString text) {
 
 }  // namespace
 
-QString TDBGrid::SelectionText() {
+QString TDBGrid::SelectionText(Copied copied) {
   const QItemSelection selection = selectionModel()->selection();
-  const std::set<int> columns = SelectedColumns(selection);
+  std::set<int> columns = SelectedColumns(selection);
+  std::erase_if(columns, [this](int column) { return isColumnHidden(column); });
   const std::vector<RowSpan> spans = SelectedRows(selection);
   std::int64_t selected = 0;
   for (const auto& [first, last] : spans) selected += last - first + 1;
   QStringList lines;
+  if (copied == Copied::kWithHeadings) {
+    QStringList headings;
+    for (const int column : columns) headings << OneField(model_.Column(column).heading);
+    lines << headings.join('\t');
+    ++selected;
+  }
   for (const auto& [first, last] : spans) {
     for (int row = first; row <= last; ++row) {
       QStringList fields;
@@ -74,9 +81,9 @@ QString TDBGrid::SelectionText() {
   return lines.join('\n');
 }
 
-void TDBGrid::CopySelection() {
+void TDBGrid::CopySelection(Copied copied) {
   if (!selectionModel()->hasSelection()) return;
-  if (const QString text = SelectionText(); !text.isNull()) QApplication::clipboard()->setText(text);
+  if (const QString text = SelectionText(copied); !text.isNull()) QApplication::clipboard()->setText(text);
 }
 
 void TDBGrid::keyPressEvent(QKeyEvent* event) {
@@ -95,6 +102,10 @@ bool TDBGrid::HandleKey(QKeyEvent* event) {
   }
   if (event->matches(QKeySequence::Undo)) {
     if (events_ != nullptr) events_->Undo();
+    return true;
+  }
+  if (event->key() == Qt::Key_C && event->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier)) {
+    CopySelection(Copied::kWithHeadings);
     return true;
   }
   const bool alt = event->modifiers().testFlag(Qt::AltModifier);
@@ -143,7 +154,7 @@ bool TDBGrid::SearchRow(int row) {
     const bool open =
         !model_.AllowUpdate() ||
         (model_.Column(column).editable && IsOpen(StateOf(row, column)) && CellText(row, column).isEmpty());
-    if (!open) continue;
+    if (!open || isColumnHidden(column)) continue;
     SetCurrentCell(row, column);
     return true;
   }

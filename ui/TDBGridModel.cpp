@@ -98,8 +98,18 @@ QString TDBGridModel::NoteText(int row, int column) const {
   }
 }
 
+QString TDBGridModel::TipText(int row, int column) const {
+  const auto bookmark = BookmarkAt(row);
+  if (events_ == nullptr || !bookmark) return {};
+  try {
+    return events_->CellTip(*bookmark, column);
+  } catch (const std::exception&) {
+    return {};  // what cannot be read is told where rows are read
+  }
+}
+
 QString TDBGridModel::Description(int row, int column) const {
-  QStringList parts{StateText(row, column), NoteText(row, column)};
+  QStringList parts{TipText(row, column), StateText(row, column), NoteText(row, column)};
   parts.removeAll(QString());
   return parts.join(QStringLiteral("; "));
 }

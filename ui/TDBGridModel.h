@@ -73,6 +73,8 @@ class TDBGridModel final : public QAbstractTableModel {
   void SetStateText(CellState state, const QString& text);
   /// What it means that a row is new.
   void SetNewText(const QString& text) { newText_ = text; }
+  /// What the cell's text stands for; "" when that needs no words.
+  [[nodiscard]] QString TipText(int row, int column) const;
   /// What the state of the cell means, for those who do not see its colour.
   [[nodiscard]] QString StateText(int row, int column) const;
   /// What the mark of the cell says; "" where there is none.

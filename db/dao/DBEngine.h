@@ -24,6 +24,8 @@ class ChangeJournal;
 class Connection;  // one open file; private to this folder
 class WriteScope;  // likewise
 class TableScan;
+class ValueIndex;
+struct IndexedColumn;
 struct ScanRange;
 struct EngineState;  // options and statistics; private to this folder
 
@@ -106,6 +108,9 @@ class Database {
   /// name that is no field).
   [[nodiscard]] std::unique_ptr<TableScan> Scan(std::string_view table, std::span<const std::string> fields,
                                                 const ScanRange& range);
+  /// For searching in a table's texts as they are typed; see ValueIndex.h. Throws as Scan() does.
+  [[nodiscard]] std::unique_ptr<ValueIndex> IndexValues(std::string_view table,
+                                                        std::span<const IndexedColumn> columns);
   /// The greatest value of a field of whole numbers; 0 when there is none.
   [[nodiscard]] std::int64_t Greatest(std::string_view table, std::string_view field);
 

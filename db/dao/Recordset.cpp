@@ -58,6 +58,12 @@ void Recordset::SetBookmark(dao::Bookmark /*bookmark*/) {
 std::unique_ptr<Recordset> Recordset::Clone() {
   ThrowNotSupported("Clone");
 }
+std::span<const std::int64_t> Recordset::Ids() const {
+  ThrowNotSupported("Ids");
+}
+std::unique_ptr<Recordset> Recordset::Only(std::vector<std::int64_t> /*ids*/) const {
+  ThrowNotSupported("Only");
+}
 void Recordset::AddNew() {
   ThrowNotSupported("AddNew");
 }

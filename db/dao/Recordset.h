@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "db/dao/EngineError.h"
 #include "db/dao/Field.h"
@@ -68,6 +70,11 @@ class Recordset {
   virtual void SetBookmark(dao::Bookmark bookmark);
   /// Shares the rows, has its own current row (none until moved or bookmarked).
   [[nodiscard]] virtual std::unique_ptr<Recordset> Clone();
+
+  /// A dynaset's rows known so far, by their numbers, in its order; until more are known.
+  [[nodiscard]] virtual std::span<const std::int64_t> Ids() const;
+  /// A dynaset of these rows in this order, whatever rows this one has.
+  [[nodiscard]] virtual std::unique_ptr<Recordset> Only(std::vector<std::int64_t> ids) const;
 
   // Writing. Update without AddNew or Edit throws kUpdateWithoutEdit; a database open for reading
   // kReadOnlyDatabase. Update writes the changed fields only; kDataChanged when another user changed one of

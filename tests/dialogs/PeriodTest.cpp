@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "dialogs/DateEntry.h"
 #include "dialogs/Period.h"
+#include "tests/support/FakeTexts.h"
 
 namespace varnlog::dialogs {
 namespace {
@@ -13,11 +15,12 @@ class PeriodTest : public testing::Test {
   std::optional<PeriodProblem> Confirms(SelectionKind kind, PeriodBoxes& boxes) {
     selection.SortSelectionGl = kind;
     selection.dPatBirthdayGl = *DateTime::FromCivil(1961, 3, 12);
-    return Period(selection, shortDate, clock).Confirm(boxes);
+    return Period(selection, shortDate, clock, texts).Confirm(boxes);
   }
   std::string Chosen() const { return selection.dBegGl.ToIso() + " to " + selection.dEndGl.ToIso(); }
 
   core::Selection selection;
+  test::FakeTexts texts{{{"BE_WORDTODAY", "сегодня"}, {"BE_WORDYESTERDAY", "aujourd’hui"}}};
   platform::ShortDate shortDate;
   platform::FixedClock clock{*DateTime::FromCivil(2024, 5, 17, 13, 45, 0)};
 };
@@ -102,8 +105,44 @@ TEST_F(PeriodTest, SaysWhatItIsAskedForAndWhenItIsReversed) {
   }
 }
 
-TEST_F(PeriodTest, CurrentYearRunsFromNewYearToToday) {
-  EXPECT_EQ(Period(selection, shortDate, clock).CurrentYear(), (PeriodBoxes{"01.01.2024", "17.05.2024"}));
+TEST_F(PeriodTest, UsualPeriodsEndTodayUnlessTheyArePast) {
+  using enum Period::Usual;
+  const auto boxesOn = [this](int month, int day, Period::Usual usual) {
+    const platform::FixedClock then{*DateTime::FromCivil(2024, month, day, 13, 45, 0)};
+    const PeriodBoxes boxes = Period(selection, shortDate, then, texts).Boxes(usual);
+    return boxes[0] + " " + boxes[1];
+  };
+  EXPECT_EQ(boxesOn(5, 17, kToday), "17.05.2024 17.05.2024");
+  EXPECT_EQ(boxesOn(5, 17, kThisWeek), "13.05.2024 17.05.2024");
+  EXPECT_EQ(boxesOn(5, 13, kThisWeek), "13.05.2024 13.05.2024");
+  EXPECT_EQ(boxesOn(3, 3, kThisWeek), "26.02.2024 03.03.2024") << "a Sunday";
+  EXPECT_EQ(boxesOn(5, 17, kThisMonth), "01.05.2024 17.05.2024");
+  EXPECT_EQ(boxesOn(6, 30, kThisQuarter), "01.04.2024 30.06.2024");
+  EXPECT_EQ(boxesOn(5, 17, kThisYear), "01.01.2024 17.05.2024");
+  EXPECT_EQ(boxesOn(5, 17, kLastYear), "01.01.2023 31.12.2023");
+}
+
+TEST_F(PeriodTest, DaysCanBeTypedInShort) {
+  const DateTime today = clock.Today();
+  const platform::ShortDate iso(platform::ShortDate::Order::kYearMonthDay, '-', true);
+  const platform::ShortDate american(platform::ShortDate::Order::kMonthDayYear, '/', false);
+  const struct {
+    const char* text;
+    const platform::ShortDate& form;
+    const char* day;
+  } cases[] = {{"1.11.", shortDate, "2024-11-01"},    {"1.11", shortDate, "2024-11-01"},
+               {"11/1", american, "2024-11-01"},      {"11-01", iso, "2024-11-01"},
+               {"01112026", shortDate, "2026-11-01"}, {"011126", shortDate, "2026-11-01"},
+               {"11012026", american, "2026-11-01"},  {"20261101", iso, "2026-11-01"},
+               {"СЕГОДНЯ", shortDate, "2024-05-17"},  {"Aujourd’hui", shortDate, "2024-05-16"}};
+  for (const auto& row : cases) {
+    const auto day = ReadDateEntry(row.text, row.form, today, texts);
+    EXPECT_EQ(day ? day->ToIso().substr(0, 10) : "none", row.day) << row.text;
+  }
+  for (const char* text :
+       {"", "1", "1.", "32.1.", "13.13", "0111202", "99999999", "x", ".", "1.1.1.1", "morgen"}) {
+    EXPECT_FALSE(ReadDateEntry(text, shortDate, today, texts)) << text;
+  }
 }
 
 }  // namespace

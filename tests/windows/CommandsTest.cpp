@@ -9,7 +9,9 @@
 #include <QStatusBar>
 #include <QTreeWidget>
 
+#include "logview/Columns.h"
 #include "report/frmPreview.h"
+#include "tests/support/TestFolder.h"
 #include "tests/windows/MainWindow.h"
 #include "tools/exchange/ExposureGenerator.h"
 #include "ui/FileDialog.h"
@@ -94,7 +96,9 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
                                        mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
                                        mnuSortAll,       mnuViewLoad,      mnuFileVerify};
-  const std::set<CommandId> withView = {mnuFilePrint, mnuFilePrintPreview, mnuFilePrintSetup};
+  const std::set<CommandId> withView = {mnuFilePrint,       mnuFilePrintPreview,   mnuFilePrintSetup,
+                                        mnuFileExport,      mnuEditFind,           mnuEditIncomplete,
+                                        mnuEditNextMissing, mnuEditPreviousMissing};
   const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
     a.insert(b.begin(), b.end());
     return a;
@@ -140,6 +144,28 @@ TEST_F(Commands, AnotherLogIsMarkedAndGetsExposuresOnlyOnPurpose) {
   OpensFile(installation_.log());
   EXPECT_FALSE(mark.isVisible());
   EXPECT_EQ(program_->Grid().ApproximateCount(), 5);
+}
+
+TEST_F(Commands, ExportExactlyWhatIsShown) {
+  StartsQuietly();
+  program_->ClicksHeading(logview::kPatientColumn);
+  program_->Grid().SetColumnShown(logview::kDoseColumn, false);
+  std::vector<std::string> proposed;
+  const fs::path file = installation_.suite() / "Übergabe.json";
+  ui::CFileDialog::AnswerWith([&](const ui::CFileDialog& dialog) {
+    proposed.push_back(dialog.FileName());
+    return file.string();
+  });
+  program_->Triggers(mnuFileExport);
+  EXPECT_TRUE(program_->TakeMessages().value(0).contains(QString::fromStdString(file.string())));
+  EXPECT_TRUE(proposed.at(0).ends_with(".xlsx"));
+  const QString exported = QString::fromStdString(varnlog::test::ReadFile(file));
+  EXPECT_FALSE(exported.contains("mGycm2"));
+  qsizetype at = 0;
+  for (const QString& patient : program_->ColumnTexts(logview::kPatientColumn)) {
+    at = exported.indexOf('"' + patient + '"', at + 1);
+    EXPECT_GT(at, 0) << patient.toStdString();
+  }
 }
 
 TEST_F(Commands, OpenAnotherLogAndKnowTheLastFour) {

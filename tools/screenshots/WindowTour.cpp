@@ -184,6 +184,10 @@ void WindowTour::ShowLog() {
   Grid().SetCurrentCell(1, logview::kCommentColumn);
   Visit("log-history", *window_);
   Trigger(CommandId::mnuViewHistory);
+  Trigger(CommandId::mnuEditFind);
+  Child<QLineEdit>(*window_, "txtFind").setText(QStringLiteral("a"));
+  Visit("log-find", *window_);
+  Press(&Child<QLineEdit>(*window_, "txtFind"), Qt::Key_Escape);
   Grid().ClickHeading(logview::kPatientColumn);
   Visit("log-sorted", *window_);
   Trigger(CommandId::mnuSortAll);

@@ -30,6 +30,20 @@ DynasetRecordset::DynasetRecordset(const DynasetRecordset& origin)
       select_(origin.select_),
       keys_(origin.keys_) {}
 
+DynasetRecordset::DynasetRecordset(const DynasetRecordset& origin, std::unique_ptr<IdSource> ids)
+    : ScrollRecordset(origin.select_->fields),
+      connection_(origin.connection_),
+      select_(origin.select_),
+      keys_(std::make_shared<KeySet>(connection_, select_, std::move(ids))) {
+  (void)ReachEnd();
+  GoToFirst();
+}
+
+std::unique_ptr<Recordset> DynasetRecordset::Only(std::vector<std::int64_t> ids) const {
+  return std::unique_ptr<Recordset>(
+      new DynasetRecordset(*this, std::make_unique<ComputedIds>(std::move(ids))));
+}
+
 std::unique_ptr<Recordset> DynasetRecordset::Clone() {
   return std::unique_ptr<Recordset>(new DynasetRecordset(*this));
 }

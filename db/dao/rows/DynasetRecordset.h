@@ -19,6 +19,9 @@ class DynasetRecordset final : public ScrollRecordset {
   bool Populate(std::int64_t rows) override;
   [[nodiscard]] std::unique_ptr<Recordset> Clone() override;
 
+  [[nodiscard]] std::span<const std::int64_t> Ids() const override { return keys_->Ids(); }
+  [[nodiscard]] std::unique_ptr<Recordset> Only(std::vector<std::int64_t> ids) const override;
+
   void AddNew() override;
   void Edit() override;
   void Update() override;
@@ -26,6 +29,7 @@ class DynasetRecordset final : public ScrollRecordset {
 
  private:
   DynasetRecordset(const DynasetRecordset& origin);
+  DynasetRecordset(const DynasetRecordset& origin, std::unique_ptr<IdSource> ids);
 
   [[nodiscard]] bool Reach(std::int64_t position) override;
   [[nodiscard]] std::int64_t ReachEnd() override;

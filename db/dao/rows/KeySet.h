@@ -25,6 +25,7 @@ class KeySet {
   [[nodiscard]] std::int64_t IdAt(std::int64_t position) const {
     return ids_[static_cast<std::size_t>(position)];
   }
+  [[nodiscard]] const std::vector<std::int64_t>& Ids() const { return ids_; }
   /// A row that was added through the record set.
   void Append(std::int64_t id);
 

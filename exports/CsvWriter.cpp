@@ -1,7 +1,8 @@
-#include "cli/RowWriter.h"
+#include "exports/RowWriter.h"
+#include "platform/CodePage.h"
 #include "platform/Terminal.h"
 
-namespace varnlog::cli {
+namespace varnlog::exports {
 
 namespace {
 
@@ -11,23 +12,25 @@ bool LooksLikeFormula(std::string_view text) {
   return text.size() > 1 && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
 }
 
-bool NeedsQuotes(std::string_view text) {
-  return text.find_first_of(",\"\r\n") != std::string_view::npos ||
+bool NeedsQuotes(std::string_view text, char separator) {
+  return text.find(separator) != std::string_view::npos ||
+         text.find_first_of("\"\r\n") != std::string_view::npos ||
          (!text.empty() && (text.front() == ' ' || text.back() == ' '));
 }
 
 class CsvWriter final : public RowWriter {
  public:
-  CsvWriter(Output& output, Values values) : output_(output), values_(values) {}
+  CsvWriter(TextSink& output, const CsvForm& form) : output_(output), form_(form) {}
 
   void Begin(const std::vector<std::string>& headings) override {
+    if (form_.byteOrderMark) output_.Write(platform::kByteOrderMark);
     for (const std::string& heading : headings) AppendCell(heading);
     EndLine();
   }
 
   void Add(const Row& row) override {
     for (const Cell& cell : row) {
-      if (values_ == Values::kRaw || cell.isNumber) {
+      if (form_.values == Values::kRaw || cell.kind == Cell::Kind::kNumber) {
         AppendCell(cell.text);
       } else {
         AppendCell((LooksLikeFormula(cell.text) ? "'" : "") + platform::PrintableText(cell.text, "\t\r\n"));
@@ -40,9 +43,9 @@ class CsvWriter final : public RowWriter {
 
  private:
   void AppendCell(std::string_view text) {
-    if (!isFirst_) line_ += ',';
+    if (!isFirst_) line_ += form_.separator;
     isFirst_ = false;
-    if (!NeedsQuotes(text)) {
+    if (!NeedsQuotes(text, form_.separator)) {
       line_ += text;
       return;
     }
@@ -61,28 +64,16 @@ class CsvWriter final : public RowWriter {
     isFirst_ = true;
   }
 
-  Output& output_;
-  Values values_;
+  TextSink& output_;
+  CsvForm form_;
   std::string line_;
   bool isFirst_ = true;
 };
 
 }  // namespace
 
-std::unique_ptr<RowWriter> MakeCsvWriter(Output& output, Values values) {
-  return std::make_unique<CsvWriter>(output, values);
+std::unique_ptr<RowWriter> MakeCsvWriter(TextSink& output, const CsvForm& form) {
+  return std::make_unique<CsvWriter>(output, form);
 }
 
-std::unique_ptr<RowWriter> MakeRowWriter(ListFormat format, Values values, Output& output) {
-  switch (format) {
-    case ListFormat::kCsv:
-      return MakeCsvWriter(output, values);
-    case ListFormat::kJson:
-      return MakeJsonWriter(output);
-    case ListFormat::kTable:
-      break;
-  }
-  return MakeTableWriter(output, values);
-}
-
-}  // namespace varnlog::cli
+}  // namespace varnlog::exports

@@ -1,10 +1,10 @@
 #include <array>
 #include <cstdio>
 
-#include "cli/RowWriter.h"
+#include "exports/RowWriter.h"
 #include "platform/CodePage.h"
 
-namespace varnlog::cli {
+namespace varnlog::exports {
 
 namespace {
 
@@ -52,7 +52,7 @@ std::string Quoted(std::string_view text) {
 
 class JsonWriter final : public RowWriter {
  public:
-  explicit JsonWriter(Output& output) : output_(output) {}
+  explicit JsonWriter(TextSink& output) : output_(output) {}
 
   void Begin(const std::vector<std::string>& headings) override {
     for (const std::string& heading : headings) keys_.push_back(Quoted(heading) + ":");
@@ -75,16 +75,16 @@ class JsonWriter final : public RowWriter {
 
  private:
   void AppendValue(const Cell& cell) {
-    if (cell.isNull) {
+    if (cell.kind == Cell::Kind::kNull) {
       line_ += "null";
-    } else if (cell.isNumber) {
+    } else if (cell.kind == Cell::Kind::kNumber) {
       line_ += cell.text;
     } else {
       line_ += Quoted(cell.text);
     }
   }
 
-  Output& output_;
+  TextSink& output_;
   std::vector<std::string> keys_;
   std::string line_;
   bool isFirst_ = true;
@@ -92,8 +92,8 @@ class JsonWriter final : public RowWriter {
 
 }  // namespace
 
-std::unique_ptr<RowWriter> MakeJsonWriter(Output& output) {
+std::unique_ptr<RowWriter> MakeJsonWriter(TextSink& output) {
   return std::make_unique<JsonWriter>(output);
 }
 
-}  // namespace varnlog::cli
+}  // namespace varnlog::exports

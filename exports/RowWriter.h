@@ -5,16 +5,23 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/Options.h"
-#include "cli/Output.h"
+#include "exports/TextSink.h"
+#include "platform/DateTime.h"
 
-namespace varnlog::cli {
+namespace varnlog::exports {
 
 /// One value of a row as it is to be written.
 struct Cell {
+  enum class Kind {
+    kText,
+    kNull,
+    kNumber,    // a whole number in decimal
+    kMeasured,  // a text that holds a number wherever somebody entered one
+    kDate,      // `date` as text
+  };
   std::string text;
-  bool isNull = false;
-  bool isNumber = false;
+  Kind kind = Kind::kText;
+  platform::DateTime date = {};
 };
 
 using Row = std::vector<Cell>;
@@ -36,15 +43,17 @@ class RowWriter {
 /// Whether values are written as they are stored, or so that what reads them cannot be made to obey them.
 enum class Values { kHarmless, kRaw };
 
-/// Comma-separated values: a heading line, CRLF line ends, quotes where a value needs them. NULL is empty. A
+struct CsvForm {
+  Values values = Values::kHarmless;
+  char separator = ',';
+  bool byteOrderMark = false;  // tells spreadsheets that the file is UTF-8
+};
+
+/// Separated values: a heading line, CRLF line ends, quotes where a value needs them. NULL is empty. A
 /// harmless text that a spreadsheet would take for a formula has an apostrophe before it; control characters
 /// other than tabs and line breaks become blanks.
-[[nodiscard]] std::unique_ptr<RowWriter> MakeCsvWriter(Output& output, Values values);
-/// An array of objects, one row a line. NULL is null, numbers stand without quotes.
-[[nodiscard]] std::unique_ptr<RowWriter> MakeJsonWriter(Output& output);
-/// Columns aligned for a terminal. In harmless values control characters become blanks.
-[[nodiscard]] std::unique_ptr<RowWriter> MakeTableWriter(Output& output, Values values);
+[[nodiscard]] std::unique_ptr<RowWriter> MakeCsvWriter(TextSink& output, const CsvForm& form);
+/// An array of objects, one row a line. NULL is null, whole numbers stand without quotes.
+[[nodiscard]] std::unique_ptr<RowWriter> MakeJsonWriter(TextSink& output);
 
-[[nodiscard]] std::unique_ptr<RowWriter> MakeRowWriter(ListFormat format, Values values, Output& output);
-
-}  // namespace varnlog::cli
+}  // namespace varnlog::exports

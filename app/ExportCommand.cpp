@@ -1,0 +1,103 @@
+#include "app/ExportCommand.h"
+
+#include <exception>
+#include <optional>
+
+#include <QProgressDialog>
+
+#include "db/modCommon.h"
+#include "exports/Export.h"
+#include "platform/ListSeparator.h"
+#include "ui/FileDialog.h"
+#include "ui/QtText.h"
+#include "ui/SaveFolder.h"
+
+namespace varnlog::app {
+
+using core::literals::operator""_key;
+
+namespace {
+
+constexpr int kMillisecondsUntilShown = 1'000;
+
+/// It must be gone before a message is shown, or it comes up over that.
+class ProgressWindow final : public exports::ExportProgress {
+ public:
+  ProgressWindow(QWidget* parent, const core::TextLookup& texts) : texts_(texts), dialog_(parent) {
+    dialog_.setObjectName("dlgExporting");
+    dialog_.setWindowTitle(ui::Caption(texts, "GL_TITLE"_key));
+    dialog_.setCancelButtonText(ui::Caption(texts, "GL_CANCEL"_key));
+    // Nothing else may touch the rows while they are being read.
+    dialog_.setWindowModality(Qt::ApplicationModal);
+    dialog_.setMinimumDuration(kMillisecondsUntilShown);
+    dialog_.setAutoReset(false);
+    dialog_.setAutoClose(false);
+  }
+
+  bool Exported(std::int64_t rowsDone, std::int64_t rows) override {
+    dialog_.setLabelText(
+        ui::Caption(texts_, "EX_PROGRESS"_key,
+                    {{"lngDone", std::to_string(rowsDone)}, {"lngCount", std::to_string(rows)}}));
+    dialog_.setMaximum(static_cast<int>(rows) + 1);
+    dialog_.setValue(static_cast<int>(rowsDone));
+    return !dialog_.wasCanceled();
+  }
+
+ private:
+  const core::TextLookup& texts_;
+  QProgressDialog dialog_;
+};
+
+std::optional<std::string> AskFile(QWidget* parent, const ExportContext& context,
+                                   const std::string& headline) {
+  ui::SaveFolder folder(context.ini, context.iniFile, "Export", "Folder");
+  ui::CFileDialog dialog;
+  dialog.SetDialogTitle(context.texts.GetText("EX_TITLE"_key));
+  dialog.SetHelpTopic("EX_TITLE");
+  dialog.SetFilter(context.texts.GetText("EX_FILTER"_key));
+  dialog.SetDefaultExt("xlsx");
+  dialog.SetInitDir(folder.Last());
+  dialog.SetFileName(ui::FileNameFor(headline, ".xlsx"));
+  auto file = dialog.ShowSave(parent);
+  if (file) folder.Keep(db::FolderPart(*file));
+  return file;
+}
+
+std::optional<std::int64_t> Write(QWidget* parent, const ExportContext& context, const ShownRows& shown,
+                                  const std::string& file, exports::Format format) {
+  const auto source = exports::MakeDisplayedRows(
+      *shown.rows, {context.texts, context.scheme, context.shortDate}, shown.columns);
+  ProgressWindow progress(parent, context.texts);
+  // The file dialog has asked before it let an existing file be chosen.
+  return exports::Export({.rows = *shown.rows,
+                          .source = *source,
+                          .texts = context.texts,
+                          .site = context.site,
+                          .selection = shown.headline,
+                          .day = context.shortDate.Format(context.clock.Today())},
+                         {.file = file,
+                          .format = format,
+                          .ifTaken = platform::IfTaken::kReplace,
+                          .log = context.log,
+                          .listSeparator = platform::ListSeparator()},
+                         progress);
+}
+
+}  // namespace
+
+void ExportShown(QWidget* parent, const ExportContext& context, const ShownRows& shown) {
+  const auto file = AskFile(parent, context, shown.headline);
+  if (!file) return;
+  const core::Messages messages(context.user, context.texts);
+  const auto format = exports::FormatOf(*file);
+  if (!format) return messages.Critical("EX_ERR_FORMAT"_key, {{"strFile", *file}});
+  try {
+    const auto written = Write(parent, context, shown, *file, *format);
+    if (!written) return;
+    messages.Inform("EX_DONE"_key, {{"lngCount", std::to_string(*written)}, {"strFile", *file}});
+  } catch (const std::exception& error) {
+    messages.ShowText(exports::ExportErrorText(context.texts, error));
+  }
+}
+
+}  // namespace varnlog::app
