@@ -92,7 +92,7 @@ TEST_F(PeriodTest, StaysOpenAtTheBoxThatIsWrongAndKeepsTheOldPeriod) {
 TEST_F(PeriodTest, SaysWhatItIsAskedForAndWhenItIsReversed) {
   selection.strPatNameGl = "Müller";
   selection.strPatFirstnameGl = "Hans";
-  const Period period(selection, shortDate, clock);
+  const Period period(selection, shortDate, clock, texts);
   selection.SortSelectionGl = SelectionKind::kPeriodXC;
   EXPECT_EQ(period.Command().name(), "MN_MNU_SELDATEALLXC");
   EXPECT_EQ(period.Patient(), "");
