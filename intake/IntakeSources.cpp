@@ -6,6 +6,8 @@
 #include <numeric>
 #include <utility>
 
+#include "intake/ReadAhead.h"
+
 namespace varnlog::intake {
 
 using platform::File;
@@ -246,12 +248,13 @@ std::int64_t IntakeSources::TokenCount() const {
 }
 
 bool IntakeSources::ForEachToken(const std::function<bool(CToken&, bool)>& take, Extent extent) {
-  CToken token;
   for (Source& source : sources_) {
-    for (std::int64_t index = 0; index < source.tokens.Count(); ++index) {
-      if (!source.tokens.Item(index, token, extent)) return false;
-      if (!take(token, source.tokens.Place(index) < source.appliedTo)) return true;
+    ReadAhead tokens(source.tokens, extent);
+    std::int64_t index = 0;
+    while (CToken* const token = tokens.Next()) {
+      if (!take(*token, source.tokens.Place(index++) < source.appliedTo)) return true;
     }
+    if (tokens.HasFailed()) return false;
   }
   return true;
 }

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <future>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "db/dao/rows/RowSet.h"
 #include "platform/Sha256.h"
@@ -16,7 +19,8 @@ inline constexpr std::size_t kMarkLength = 3;
 void AppendMark(std::string& marks, std::string_view line);
 
 /// What a seal says about the exposures that were added, or about the rows of the history, told line by line
-/// in the order of their numbers.
+/// in the order of their numbers. Of many lines the digest and the marks are made on a second thread, while
+/// the next ones are written or read.
 class LineSeal {
  public:
   /// The number comes first.
@@ -25,14 +29,29 @@ class LineSeal {
   [[nodiscard]] std::int64_t First() const { return first_; }  // number; 0 without any
   [[nodiscard]] std::int64_t Last() const { return last_; }
   [[nodiscard]] std::int64_t Count() const { return count_; }
-  [[nodiscard]] const std::string& Marks() const { return marks_; }
-  /// "" without any line. The next line begins anew.
+  [[nodiscard]] const std::string& Marks();
+  /// "" without any line. To be asked for once.
   [[nodiscard]] std::string Digest();
 
  private:
-  platform::Sha256 digest_;
-  std::string line_;
-  std::string marks_;
+  struct Lines {
+    std::string bytes;
+    std::vector<std::size_t> ends;
+  };
+  /// Shared with the second thread, which may outlive the seal for a moment.
+  struct Sums {
+    platform::Sha256 digest;
+    std::string marks;
+    Lines lines;  // that are summed up now
+    void Add(const Lines& more);
+  };
+
+  void HandOver();
+  void Finish();
+
+  Lines lines_;
+  std::shared_ptr<Sums> sums_ = std::make_shared<Sums>();
+  std::future<void> atWork_;
   std::int64_t first_ = 0;
   std::int64_t last_ = 0;
   std::int64_t count_ = 0;

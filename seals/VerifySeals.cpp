@@ -138,8 +138,7 @@ void SealWalk::CheckEntries(const Values& seal) {
 }
 
 // The marks of the entries stand behind those of the exposures.
-void SealWalk::FindChangedEntry(const Values& seal, const LineSeal& lines,
-                                const std::vector<Entry>& entries) {
+void SealWalk::FindChangedEntry(const Values& seal, LineSeal& lines, const std::vector<Entry>& entries) {
   const std::string_view all = seal[kMarks].text;
   const std::size_t wanted = entries.size() * kMarkLength;
   const std::string_view marks = all.substr(all.size() - std::min(wanted, all.size()));

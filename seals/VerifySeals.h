@@ -50,7 +50,7 @@ class SealWalk {
   void TakeRange(const Values& seal);
   void SkipEntries(std::int64_t last);
   void CheckEntries(const Values& seal);
-  void FindChangedEntry(const Values& seal, const LineSeal& lines, const std::vector<Entry>& entries);
+  void FindChangedEntry(const Values& seal, LineSeal& lines, const std::vector<Entry>& entries);
   void ReportMissing(std::int64_t from, std::int64_t to);
 
   dao::Database& log_;

@@ -33,7 +33,12 @@ void SetDefault(CopyBuffer::Cell& cell, const Value& value) {
 
 RowWriter::RowWriter(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table,
                      std::vector<std::size_t> ordinals)
-    : connection_(std::move(connection)), table_(std::move(table)), ordinals_(std::move(ordinals)) {}
+    : connection_(std::move(connection)),
+      database_(std::make_unique<Database>(connection_)),
+      table_(std::move(table)),
+      ordinals_(std::move(ordinals)) {}
+
+RowWriter::~RowWriter() = default;
 
 std::string RowWriter::FieldNamed(std::size_t ordinal) const {
   return QuoteIdentifier(table_->fields[ordinals_[ordinal]].name);
@@ -135,21 +140,20 @@ void RowWriter::TellAdded(const CopyBuffer& buffer, std::int64_t rowId) {
     if (table_->fields[ordinals_[i]].isCounter)
       value = {.kind = CellKind::kInteger, .integer = rowId, .real = 0, .text = {}};
   }
-  Database database(connection_);
-  Journal()->RowAdded(database, table_->fields, added_);
+  Journal()->RowAdded(*database_, table_->fields, added_);
 }
 
 void RowWriter::TellChanging(const CopyBuffer& buffer) {
   const std::shared_ptr<const RowSet> stored = Read(editedRow_);
   if (stored->IsDeleted(0)) ThrowDeleted();
-  Database database(connection_);
   for (std::size_t i = 0; i < buffer.size(); ++i) {
     if (!buffer[i].isChanged) continue;
     const CellView before = stored->At(0, i);
     const CellView after = buffer[i].View();
     const bool isSame = before.kind == after.kind && before.text == after.text &&
                         (after.kind != CellKind::kInteger || before.integer == after.integer);
-    if (!isSame) Journal()->FieldChanging(database, editedRow_, table_->fields[ordinals_[i]], before, after);
+    if (!isSame)
+      Journal()->FieldChanging(*database_, editedRow_, table_->fields[ordinals_[i]], before, after);
   }
 }
 

@@ -10,12 +10,17 @@
 
 namespace varnlog::dao {
 
+class Database;
+
 /// Adds rows to a table and changes them. The copy buffer's fields are the given fields of the table.
 class RowWriter {
  public:
   /// `ordinals`: which of the table's fields each field of the record set is.
   RowWriter(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table,
             std::vector<std::size_t> ordinals);
+  ~RowWriter();
+  RowWriter(const RowWriter&) = delete;
+  RowWriter& operator=(const RowWriter&) = delete;
 
   /// Opens the buffer for a new row with the table's defaults.
   void BeginAdd(CopyBuffer& buffer);
@@ -49,6 +54,7 @@ class RowWriter {
   void RequireUnchanged(const CopyBuffer& buffer);
 
   std::shared_ptr<Connection> connection_;
+  std::unique_ptr<Database> database_;  // as the journal of changes knows it
   std::shared_ptr<const TableSchema> table_;
   std::vector<std::size_t> ordinals_;
   Statement read_;
