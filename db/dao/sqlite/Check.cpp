@@ -23,9 +23,9 @@ class ValueCheck {
  public:
   explicit ValueCheck(const TableSchema& table) : table_(table), wrong_(table.fields.size()) {}
 
-  void Take(const Statement& row, int firstColumn) {
+  void TakeRow(std::span<const CellView> row) {
     for (std::size_t i = 0; i < wrong_.size(); ++i)
-      if (!FitsField(row, firstColumn + static_cast<int>(i), table_.fields[i])) ++wrong_[i];
+      if (!FitsField(row[i + 1], table_.fields[i])) ++wrong_[i];
   }
   void Report(Findings& findings) const {
     for (std::size_t i = 0; i < wrong_.size(); ++i)
@@ -46,9 +46,11 @@ void CheckTable(Connection& connection, const TableSchema& table, Findings& find
   std::string sql = "SELECT rowid";
   for (const FieldDef& field : table.fields) sql += ", " + QuoteIdentifier(field.name);
   Statement rows(connection, sql + " FROM " + QuoteIdentifier(table.name) + " NOT INDEXED");
+  std::vector<CellView> row(table.fields.size() + 1);
   while (rows.Step()) {
-    values.Take(rows, 1);
-    for (IndexCheck& index : indexes) index.TakeRow(rows, 1);
+    rows.GetValues(row);
+    values.TakeRow(row);
+    for (IndexCheck& index : indexes) index.TakeRow(row);
   }
   values.Report(findings);
   for (IndexCheck& index : indexes) index.Compare(connection, findings);

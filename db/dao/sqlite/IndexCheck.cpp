@@ -5,8 +5,6 @@
 #include <optional>
 #include <utility>
 
-#include <sqlite3.h>
-
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/Collation.h"
 #include "db/dao/sqlite/Connection.h"
@@ -23,66 +21,74 @@ std::uint64_t Mixed(std::uint64_t sum, std::uint64_t value) {
   return sum ^ (sum >> 29U);
 }
 
-std::uint64_t HashOf(const Statement& row, int column) {
-  const int type = row.ColumnType(column);
-  if (type == SQLITE_TEXT) return std::hash<std::string_view>()(row.Text(column));
-  if (type == SQLITE_INTEGER) return Mixed(1, static_cast<std::uint64_t>(row.Number(column)));
-  if (type == SQLITE_FLOAT) return Mixed(2, std::hash<double>()(row.Real(column)));
-  return static_cast<std::uint64_t>(type);
+std::uint64_t HashOf(const CellView& value) {
+  switch (value.kind) {
+    case CellKind::kText:
+      return std::hash<std::string_view>()(value.text);
+    case CellKind::kInteger:
+      return Mixed(1, static_cast<std::uint64_t>(value.integer));
+    case CellKind::kReal:
+      return Mixed(2, std::hash<double>()(value.real));
+    default:
+      return static_cast<std::uint64_t>(value.kind);
+  }
+}
+
+double NumberIn(const CellView& value) {
+  return value.kind == CellKind::kInteger ? static_cast<double>(value.integer) : value.real;
 }
 
 // What an index is sorted by, of the entry before. Kept in buffers that are used again.
 class LastKey {
  public:
   explicit LastKey(const std::vector<IndexCheck::Column>& columns)
-      : columns_(columns), types_(columns.size(), SQLITE_NULL), texts_(columns.size()) {}
+      : columns_(columns), keys_(columns.size()) {}
 
-  /// Whether the entry comes behind the one before, which it replaces.
-  bool Advance(const Statement& entry) {
+  /// Whether the entry, its row's id and its key, comes behind the one before, which it replaces.
+  bool Advance(std::span<const CellView> entry) {
     bool isBehind = false;
     bool isDecided = isFirst_;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
-      const int column = static_cast<int>(i) + 1;
-      const int order = isDecided ? 0 : Order(i, entry, column);
+      const CellView& value = entry[i + 1];
+      const int order = isDecided ? 0 : Order(keys_[i], value, columns_[i].isText);
       if (order != 0) isBehind = order < 0;
       isDecided = isDecided || order != 0;
-      Keep(i, entry, column);
+      keys_[i].rank = Rank(value.kind);
+      keys_[i].number = NumberIn(value);
+      if (value.kind == CellKind::kText) keys_[i].text = value.text;
     }
-    const std::int64_t id = entry.Number(0);
-    if (!isDecided) isBehind = lastId_ < id;
-    lastId_ = id;
+    if (!isDecided) isBehind = lastId_ < entry[0].integer;
+    lastId_ = entry[0].integer;
     return std::exchange(isFirst_, false) || isBehind;
   }
 
  private:
-  static int Rank(int type) {
-    return type == SQLITE_NULL ? 0 : type == SQLITE_TEXT ? 2 : type == SQLITE_BLOB ? 3 : 1;
+  struct Key {
+    int rank = 0;
+    double number = 0;
+    std::string text;
+  };
+  enum : int { kNothing, kNumber, kText, kBytes };
+
+  static int Rank(CellKind kind) {
+    if (kind == CellKind::kInteger || kind == CellKind::kReal) return kNumber;
+    return kind == CellKind::kText ? kText : kind == CellKind::kBytes ? kBytes : kNothing;
   }
 
-  // Negative when the entry before is the lesser one.
-  [[nodiscard]] int Order(std::size_t i, const Statement& entry, int column) const {
-    const int rank = Rank(entry.ColumnType(column));
-    if (Rank(types_[i]) != rank) return Rank(types_[i]) - rank;
-    if (rank == 2)
-      return columns_[i].isText ? Collation::Instance().Compare(texts_[i], entry.Text(column))
-                                : texts_[i].compare(entry.Text(column));
-    if (rank != 1) return 0;
-    const double before = numbers_.empty() ? 0 : numbers_[i];
-    return before < entry.Real(column) ? -1 : before > entry.Real(column) ? 1 : 0;
-  }
-
-  void Keep(std::size_t i, const Statement& entry, int column) {
-    types_[i] = entry.ColumnType(column);
-    if (types_[i] == SQLITE_TEXT) texts_[i] = entry.Text(column);
-    if (Rank(types_[i]) != 1) return;
-    numbers_.resize(columns_.size());
-    numbers_[i] = entry.Real(column);
+  // Negative when the one before is the lesser one.
+  static int Order(const Key& before, const CellView& value, bool isText) {
+    const int rank = Rank(value.kind);
+    if (before.rank != rank) return before.rank - rank;
+    if (rank == kText)
+      return isText ? Collation::Instance().Compare(before.text, value.text)
+                    : before.text.compare(value.text);
+    if (rank != kNumber) return 0;
+    const double number = NumberIn(value);
+    return before.number < number ? -1 : before.number > number ? 1 : 0;
   }
 
   const std::vector<IndexCheck::Column>& columns_;
-  std::vector<int> types_;
-  std::vector<std::string> texts_;
-  std::vector<double> numbers_;
+  std::vector<Key> keys_;
   std::int64_t lastId_ = 0;
   bool isFirst_ = true;
 };
@@ -132,10 +138,9 @@ IndexCheck::IndexCheck(const TableSchema& table, std::string name, std::vector<C
   query_ += " FROM " + QuoteIdentifier(table.name) + " INDEXED BY " + QuoteIdentifier(name_);
 }
 
-void IndexCheck::TakeRow(const Statement& row, int firstColumn) {
-  auto entry = static_cast<std::uint64_t>(row.Number(0));
-  for (const Column& column : columns_)
-    entry = Mixed(entry, HashOf(row, firstColumn + static_cast<int>(column.field)));
+void IndexCheck::TakeRow(std::span<const CellView> row) {
+  auto entry = static_cast<std::uint64_t>(row[0].integer);
+  for (const Column& column : columns_) entry = Mixed(entry, HashOf(row[column.field + 1]));
   tableSum_ += entry;
 }
 
@@ -143,13 +148,14 @@ void IndexCheck::Compare(Connection& connection, std::vector<std::string>& findi
   std::uint64_t sum = 0;
   bool isInOrder = true;
   LastKey last(columns_);
+  std::vector<CellView> values(columns_.size() + 1);
   Statement entries(connection, query_);
   while (entries.Step()) {
-    auto entry = static_cast<std::uint64_t>(entries.Number(0));
-    for (int column = 1; column <= static_cast<int>(columns_.size()); ++column)
-      entry = Mixed(entry, HashOf(entries, column));
+    entries.GetValues(values);
+    auto entry = static_cast<std::uint64_t>(values[0].integer);
+    for (std::size_t i = 1; i < values.size(); ++i) entry = Mixed(entry, HashOf(values[i]));
     sum += entry;
-    isInOrder = last.Advance(entries) && isInOrder;
+    isInOrder = last.Advance(values) && isInOrder;
   }
   if (sum != tableSum_) findings.push_back("index " + name_ + " does not agree with its table");
   if (!isInOrder) findings.push_back("index " + name_ + " is not in order");
@@ -170,24 +176,25 @@ std::vector<IndexCheck> IndexChecks(Connection& connection, const TableSchema& t
   return checks;
 }
 
-bool FitsField(const Statement& row, int column, const FieldDef& field) {
-  const int type = row.ColumnType(column);
-  if (type == SQLITE_NULL) return true;
+bool FitsField(const CellView& value, const FieldDef& field) {
+  if (value.kind == CellKind::kNull) return true;
+  const bool isText = value.kind == CellKind::kText;
+  const bool isInteger = value.kind == CellKind::kInteger;
   switch (field.type) {
     case FieldType::kBoolean:
-      return type == SQLITE_INTEGER && (row.Number(column) == 0 || row.Number(column) == 1);
+      return isInteger && (value.integer == 0 || value.integer == 1);
     case FieldType::kLong:
-      return type == SQLITE_INTEGER && FitsNumber(row.Number(column), field);
+      return isInteger && FitsNumber(value.integer, field);
     case FieldType::kDouble:
-      return type == SQLITE_INTEGER || type == SQLITE_FLOAT;
+      return isInteger || value.kind == CellKind::kReal;
     case FieldType::kDate:
-      return type == SQLITE_TEXT && IsDate(row.Text(column));
+      return isText && IsDate(value.text);
     case FieldType::kText:
-      return type == SQLITE_TEXT && FitsText(row.Text(column), static_cast<std::size_t>(field.size));
+      return isText && FitsText(value.text, static_cast<std::size_t>(field.size));
     case FieldType::kMemo:
       break;
   }
-  return type == SQLITE_TEXT;
+  return isText;
 }
 
 }  // namespace varnlog::dao

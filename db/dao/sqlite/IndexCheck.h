@@ -1,14 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "db/dao/rows/RowSet.h"
 #include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
-
-class Statement;
 
 /// Compares an index with its table by reading both once: a sum over all entries that does not depend on
 /// their order must be the same, and the index must be in its order.
@@ -21,8 +21,8 @@ class IndexCheck {
 
   IndexCheck(const TableSchema& table, std::string name, std::vector<Column> columns);
 
-  /// A row of the table: its id in column 0, its fields from `firstColumn` on.
-  void TakeRow(const Statement& row, int firstColumn);
+  /// A row of the table: its id, then its fields.
+  void TakeRow(std::span<const CellView> row);
   /// To be called after the last row: reads the index.
   void Compare(Connection& connection, std::vector<std::string>& findings);
 
@@ -39,6 +39,6 @@ class IndexCheck {
                                                   std::vector<std::string>& findings);
 
 /// False where a stored value cannot have come from a field of this type, or is too long for it.
-[[nodiscard]] bool FitsField(const Statement& row, int column, const FieldDef& field);
+[[nodiscard]] bool FitsField(const CellView& value, const FieldDef& field);
 
 }  // namespace varnlog::dao

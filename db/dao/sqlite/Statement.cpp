@@ -10,6 +10,34 @@
 
 namespace varnlog::dao {
 
+namespace {
+
+CellView ViewOf(sqlite3_value* value) {
+  CellView view;
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_NULL:
+      return view;
+    case SQLITE_INTEGER:
+      view.kind = CellKind::kInteger;
+      view.integer = sqlite3_value_int64(value);
+      return view;
+    case SQLITE_FLOAT:
+      view.kind = CellKind::kReal;
+      view.real = sqlite3_value_double(value);
+      break;
+    case SQLITE_BLOB:
+      view.kind = CellKind::kBytes;
+      break;
+    default:
+      view.kind = CellKind::kText;
+  }
+  const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  view.text = {text == nullptr ? "" : text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
+  return view;
+}
+
+}  // namespace
+
 Statement::Statement(Connection& connection, std::string_view storageSql) : connection_(&connection) {
   const char* rest = nullptr;
   const int result =
@@ -129,6 +157,11 @@ std::string_view Statement::Text(int column) const {
   const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(handle_, column));
   if (text == nullptr) return {};
   return {text, static_cast<std::size_t>(sqlite3_column_bytes(handle_, column))};
+}
+
+void Statement::GetValues(std::span<CellView> values) const {
+  for (std::size_t i = 0; i < values.size(); ++i)
+    values[i] = ViewOf(sqlite3_column_value(handle_, static_cast<int>(i)));
 }
 
 }  // namespace varnlog::dao

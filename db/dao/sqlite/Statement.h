@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "db/dao/rows/RowSet.h"
@@ -56,6 +57,9 @@ class Statement {
   [[nodiscard]] double Real(int column) const;
   /// Until the next Step() or Reset().
   [[nodiscard]] std::string_view Text(int column) const;
+  /// The columns that `values` has room for, read in less time than one by one; until the next Step() or
+  /// Reset().
+  void GetValues(std::span<CellView> values) const;
 
   [[nodiscard]] sqlite3_stmt* Handle() const { return handle_; }
 

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include <sqlite3.h>
-
 #include "db/dao/DBEngine.h"
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/Connection.h"
@@ -12,30 +10,6 @@
 namespace varnlog::dao {
 
 namespace {
-
-CellView ViewOf(sqlite3_value* value) {
-  CellView view;
-  switch (sqlite3_value_type(value)) {
-    case SQLITE_NULL:
-      return view;
-    case SQLITE_INTEGER:
-      view.kind = CellKind::kInteger;
-      view.integer = sqlite3_value_int64(value);
-      return view;
-    case SQLITE_FLOAT:
-      view.kind = CellKind::kReal;
-      view.real = sqlite3_value_double(value);
-      break;
-    case SQLITE_BLOB:
-      view.kind = CellKind::kBytes;
-      break;
-    default:
-      view.kind = CellKind::kText;
-  }
-  const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-  view.text = {text == nullptr ? "" : text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
-  return view;
-}
 
 std::string ScanSql(const TableSchema& table, std::span<const std::string> fields, const ScanRange& range) {
   std::string list;
@@ -58,8 +32,7 @@ TableScan::TableScan(std::shared_ptr<Connection> connection, std::string_view ta
 
 bool TableScan::Next() {
   if (!rows_.Step()) return false;
-  for (std::size_t i = 0; i < values_.size(); ++i)
-    values_[i] = ViewOf(sqlite3_column_value(rows_.Handle(), static_cast<int>(i)));
+  rows_.GetValues(values_);
   return true;
 }
 
