@@ -65,6 +65,21 @@ TEST_F(RemovalTest, KeepsExactlyWhatWasAppended) {
   }
 }
 
+/// Another program's file can get the name between the last look and the move.
+TEST_F(RemovalTest, AccountsForNothingInAFileThatTookItsPlace) {
+  WriteFile(file_, "read and taken");
+  options_.onStep = [this](RunStep reached) {
+    if (reached != RunStep::kMovedAside) return;
+    const std::filesystem::path moved = Taken().at(0).path;
+    std::filesystem::rename(moved, folder_ / "elsewhere");
+    WriteFile(moved, "never read yet");
+  };
+  EXPECT_EQ(Removes(14), kInvalidCall);
+  ASSERT_EQ(Taken().size(), 1U);
+  EXPECT_TRUE(Taken().front().IsPending());
+  EXPECT_EQ(ReadFile(Taken().front().path), "never read yet");
+}
+
 TEST_F(RemovalTest, AnswersWithTheRunTimeNumbers) {
   EXPECT_EQ(Removes(0), kFileNotFound);
   WriteFile(file_, "short");
