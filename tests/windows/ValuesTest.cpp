@@ -173,7 +173,7 @@ TEST_F(Values, ALogWhoseFileWasReplacedIsOpenedAnew) {
       false, [](dao::Database& log) { log.Execute("DELETE FROM TXray WHERE tXraySName = 'Abel'"); });
   program_->Triggers(mnuViewLoad);
   RunningProgram::Settle();
-  EXPECT_EQ(program_->TakeMessages().size(), 1);
+  ASSERT_EQ(program_->TakeMessages().size(), 1);
   EXPECT_EQ(Patients(), Names({"O'Hara", "Zander"}));
   program_->Enters(0, kVoltageColumn, "64");
   ASSERT_TRUE(program_->Quits());
