@@ -41,6 +41,7 @@ std::string RememberedTexts::GetText(TextKey key) const {
 
 std::string ReplacePlaceholder(std::string_view text, std::string_view name, std::string_view value) {
   const std::string marker = Marker(name);
+  if (Find(text, marker, 0) == std::string_view::npos) return std::string(text);
   // A value that holds the marker (a file may be called so) must not be searched again: there would be no
   // end. Any other may make a marker together with what stands beside it.
   const bool isSearched = Find(value, marker, 0) == std::string_view::npos;
