@@ -102,7 +102,6 @@ void frmMDIMain::BuildStatusBar() {
   pendingPanel_ = panel("pnlPending");
   pendingPanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_PENDINGTIP"_key));
   readOnlyPanel_ = panel("pnlReadOnly");
-  readOnlyPanel_->setText(Caption(context_.services.texts, "MN_STATUS_READONLY"_key));
   incompletePanel_ = panel("pnlIncomplete");
   incompletePanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_INCOMPLETETIP"_key));
   rowsPanel_ = panel("pnlRows");

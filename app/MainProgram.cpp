@@ -21,14 +21,26 @@ constexpr int kLockTries = 3;
 }  // namespace
 
 bool MainProgram::LoadBeforeShow() {
-  if (!start::FindHostData(globals_, services_)) return false;
+  if (!IsInspection() && !start::FindHostData(globals_, services_)) return false;
   start::ReadHostSettings(globals_, services_.ini);
   start::LoadSettings(globals_, services_.ini);
-  AwaitConfiguredLog();
-  start::InstallDataFile(globals_, services_);
+  LoadLogSettings();
   if (start::OpenLogWorkspace(globals_)) return true;
   services_.Messages().Critical("MN_ERR_DBACCESS"_key);
   return false;
+}
+
+/// A log that was asked for is opened for this run alone, and is never made: the settings keep naming the
+/// practice's.
+void MainProgram::LoadLogSettings() {
+  if (started_.file.empty()) {
+    AwaitConfiguredLog();
+    start::InstallDataFile(globals_, services_);
+    return;
+  }
+  if (globals_.ConfiguredGl.empty()) globals_.ConfiguredGl = start::DefaultDataFile(globals_);
+  globals_.strDataFileGl = started_.file;
+  start::LoadSelection(globals_, services_.ini, started_.file);
 }
 
 /// Exposures would go unseen into an empty log while the practice's own is merely not connected yet.
@@ -66,14 +78,18 @@ void MainProgram::LoadAfterShow() {
 }
 
 bool MainProgram::Open(const std::string& file) {
-  const start::OpenAs how = start::PrepareDataFile(
-      globals_, services_, file, [this](const auto& conversion) { view_.ShowConversion(conversion); });
+  const start::OpenAs how =
+      IsInspection() ? start::OpenAs::kLog
+                     : start::PrepareDataFile(globals_, services_, file, [this](const auto& conversion) {
+                         view_.ShowConversion(conversion);
+                       });
   const bool isOld = how == start::OpenAs::kOldLog;
   start::Services services = services_;
   services.progress = view_.TakeOverProgress();
-  const start::Opened result = how == start::OpenAs::kNothing
-                                   ? start::Opened::kNo
-                                   : start::OpenAndCheckDataFile(globals_, services, file, isOld);
+  const start::Opened result =
+      how == start::OpenAs::kNothing
+          ? start::Opened::kNo
+          : start::OpenAndCheckDataFile(globals_, services, file, isOld || IsInspection());
   services.progress = {};
   const bool opened = result == start::Opened::kYes;
   if (opened) edits_.Clear();
@@ -89,7 +105,8 @@ bool MainProgram::Open(const std::string& file) {
 
 /// True when the log is open afterwards.
 bool MainProgram::OfferRepair(const std::string& file) {
-  if (offeringRepair_ || !services_.Messages().Confirm("MN_ASK_REPAIR"_key, {{"strFile", file}}))
+  if (offeringRepair_ || IsInspection() ||
+      !services_.Messages().Confirm("MN_ASK_REPAIR"_key, {{"strFile", file}}))
     return false;
   const std::string before = std::exchange(globals_.strDataFileGl, file);
   offeringRepair_ = true;
@@ -137,7 +154,7 @@ void MainProgram::FileOpen() {
   }
 }
 
-void MainProgram::OpenRecentFile(const std::string& file) {
+void MainProgram::OpenFile(const std::string& file) {
   ReplaceDataFile(file);
 }
 
@@ -186,6 +203,7 @@ bool MainProgram::ConfirmOtherLog() {
 }
 
 void MainProgram::OfferUpdate() {
+  if (IsInspection()) return;
   intake::SweepExchange(globals_);
   if (globals_.ReadOnlyGl || !intake::ExchangeDataPending(globals_)) return;
   globals_.UpdateDeclinedGl =
@@ -287,7 +305,7 @@ void MainProgram::ReopenReplacedLog() {
 }
 
 void MainProgram::Unload() {
-  intake::SweepExchange(globals_);
+  if (!IsInspection()) intake::SweepExchange(globals_);
   CloseVarnlogDB();
   if (globals_.LogEngineGl && !globals_.LogEngineGl->WorkspaceName().empty()) {
     globals_.LogEngineGl->CloseWorkspace();

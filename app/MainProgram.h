@@ -49,12 +49,18 @@ class MainView : public SelectionDialogs {
   virtual void RememberFile(const std::string& file) = 0;
 };
 
+/// The log that a run of the program was started with.
+struct StartedWith {
+  std::string file;           // full path; "" for the log of the settings
+  bool isInspection = false;  // nothing is changed, taken in or kept, and the imaging suite is not needed
+};
+
 /// What the main window's commands do, apart from drawing them. Errors have been shown to the user when a
 /// call returns.
 class MainProgram {
  public:
-  MainProgram(core::Globals& globals, const start::Services& services, MainView& view)
-      : globals_(globals), services_(services), view_(view) {}
+  MainProgram(core::Globals& globals, const start::Services& services, MainView& view, StartedWith started)
+      : globals_(globals), services_(services), view_(view), started_(std::move(started)) {}
 
   /// The load sequence up to the point where the window is shown; false ends the program.
   [[nodiscard]] bool LoadBeforeShow();
@@ -65,7 +71,8 @@ class MainProgram {
   bool OpenDataFile(const std::string& file);
   /// Asks for a log and opens it in place of the present one; a beep when the dialog was cancelled.
   void FileOpen();
-  void OpenRecentFile(const std::string& file);
+  /// Opens a log in place of the present one.
+  void OpenFile(const std::string& file);
 
   void Update();
   void Select(core::SelectionKind kind);
@@ -94,11 +101,13 @@ class MainProgram {
   void Unload();
 
   [[nodiscard]] CommandState State() const;
+  [[nodiscard]] bool IsInspection() const { return started_.isInspection; }
   [[nodiscard]] logview::CEdits& Edits() { return edits_; }
   [[nodiscard]] const logview::NewRows& NewRows() const { return newRows_; }
 
  private:
   void ReplaceDataFile(const std::string& file);
+  void LoadLogSettings();
   void AwaitConfiguredLog();
   [[nodiscard]] bool ConfirmOtherLog();
   /// What kept it from locking all corrections.
@@ -112,6 +121,7 @@ class MainProgram {
   core::Globals& globals_;
   start::Services services_;
   MainView& view_;
+  const StartedWith started_;
   logview::CEdits edits_;
   logview::NewRows newRows_;
   bool updating_ = false;

@@ -19,10 +19,12 @@ namespace {
 constexpr int kMillisecondsToAnswer = 1000;
 constexpr int kMillisecondsBetweenTries = 20;
 
-bool Reach(const QString& name) {
+bool Reach(const QString& name, const QByteArray& message) {
   QLocalSocket socket;
   socket.connectToServer(name, QIODevice::WriteOnly);
   if (!socket.waitForConnected(kMillisecondsToAnswer)) return false;
+  socket.write(message);
+  if (!message.isEmpty() && !socket.waitForBytesWritten(kMillisecondsToAnswer)) return false;
   socket.disconnectFromServer();
   return true;
 }
@@ -57,15 +59,25 @@ bool SingleInstance::Claim() {
 void SingleInstance::Hear() {
   QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this] {
     while (QLocalSocket* other = server_.nextPendingConnection()) {
-      QObject::connect(other, &QLocalSocket::disconnected, other, &QObject::deleteLater);
+      const auto hear = [this, other] {
+        // No path is longer.
+        constexpr qint64 kMost = 64 * 1024;
+        if (handler_) handler_(QString::fromUtf8(other->read(kMost)));
+        other->deleteLater();
+      };
+      // A copy that was quick is gone already.
+      if (other->state() == QLocalSocket::UnconnectedState) {
+        hear();
+      } else {
+        QObject::connect(other, &QLocalSocket::disconnected, other, hear);
+      }
     }
-    if (handler_) handler_();
   });
 }
 
-bool SingleInstance::ActivateOther() const {
+bool SingleInstance::ActivateOther(const QString& file) const {
   const QDeadlineTimer patience(kMillisecondsToAnswer);
-  while (!Reach(name_)) {
+  while (!Reach(name_, file.toUtf8())) {
     if (patience.hasExpired()) return false;
     QThread::msleep(kMillisecondsBetweenTries);
   }

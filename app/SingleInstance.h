@@ -18,14 +18,15 @@ class SingleInstance {
   /// over.
   [[nodiscard]] bool Claim();
 
-  /// Asks the running copy to come to the front; false when there is nobody who answers.
-  [[nodiscard]] bool ActivateOther() const;
+  /// Asks the running copy to come to the front and, unless it is "", to open that file; false when there is
+  /// nobody who answers.
+  [[nodiscard]] bool ActivateOther(const QString& file) const;
 
   /// Where the copy that runs is noted.
   [[nodiscard]] QString LockFile() const { return lock_.fileName(); }
 
-  /// Called in the first copy when another one was started.
-  void OnActivation(std::function<void()> handler) { handler_ = std::move(handler); }
+  /// Called in the first copy when another one was started, with the file that is to be opened or "".
+  void OnActivation(std::function<void(const QString& file)> handler) { handler_ = std::move(handler); }
 
  private:
   void Hear();
@@ -33,7 +34,7 @@ class SingleInstance {
   QString name_;  // the whole path
   QLockFile lock_;
   QLocalServer server_;
-  std::function<void()> handler_;
+  std::function<void(const QString& file)> handler_;
 };
 
 }  // namespace varnlog::app

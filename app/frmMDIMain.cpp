@@ -4,10 +4,14 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
+#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QMenu>
+#include <QMimeData>
 #include <QStatusBar>
 #include <QThread>
+#include <QUrl>
 
 #include "app/frmConvert.h"
 #include "app/frmProperties.h"
@@ -55,11 +59,17 @@ QString QView(std::string_view text) {
   return ui::ToQString(text);
 }
 
+/// The one file of this machine that is dragged; "" for anything else.
+QString DroppedFile(const QMimeData& data) {
+  const QList<QUrl> urls = data.urls();
+  return urls.size() == 1 ? QDir::toNativeSeparators(urls.front().toLocalFile()) : QString();
+}
+
 }  // namespace
 
 frmMDIMain::frmMDIMain(const WindowContext& context)
     : context_(context),
-      program_(context_.globals, context_.services, *this),
+      program_(context_.globals, context_.services, *this, context_.started),
       mru_(context_.services.ini),
       formPos_(context_.services.ini),
       print_(PrintContext()),
@@ -69,6 +79,7 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
       tlbStandard_(new ui::Toolbar),
       history_(new logview::HistoryPane(context_.services.texts, context_.scheme, context_.shortDate)) {
   setObjectName("frmMDIMain");
+  setAcceptDrops(true);
   setWindowIcon(ui::ProgramIcon());
   SetCaption(context_.services.texts.GetText("MN_CAPTION"_key));
   mdi_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -142,8 +153,12 @@ void frmMDIMain::ShowStatus() {
                                          : Caption(texts, "MN_STATUS_NOFILE"_key));
   filePanel_->setToolTip(ui::PlainToolTip(filePanel_->text()));
   readOnlyPanel_->setVisible(state.dataFileOpen && state.readOnly);
-  readOnlyPanel_->setToolTip(Caption(texts, logview::ReadOnlyReason(context_.globals)));
-  otherPanel_->setVisible(state.dataFileOpen && start::IsOtherLog(context_.globals));
+  readOnlyPanel_->setText(
+      Caption(texts, program_.IsInspection() ? "MN_STATUS_INSPECTION"_key : "MN_STATUS_READONLY"_key));
+  readOnlyPanel_->setToolTip(Caption(texts, program_.IsInspection()
+                                                ? "MN_STATUS_INSPECTIONTIP"_key
+                                                : logview::ReadOnlyReason(context_.globals)));
+  otherPanel_->setVisible(IsMarkedAsOther());
   const std::size_t pending = program_.Edits().Count();
   pendingPanel_->setVisible(pending > 0);
   pendingPanel_->setText(Caption(texts, "MN_STATUS_PENDING"_key, {{"lngCount", std::to_string(pending)}}));
@@ -165,9 +180,16 @@ void frmMDIMain::ShowIncomplete(std::optional<std::int64_t> rows) {
                                     {{"lngCount", std::to_string(rows.value_or(0))}}));
 }
 
+/// Who inspects a log looks at no practice's own.
+bool frmMDIMain::IsMarkedAsOther() const {
+  return program_.State().dataFileOpen && !program_.IsInspection() && start::IsOtherLog(context_.globals);
+}
+
 void frmMDIMain::SetCaption(const std::string& caption) {
   QString title = QView(caption);
-  if (program_.State().dataFileOpen && start::IsOtherLog(context_.globals)) {
+  if (program_.IsInspection()) {
+    title += QStringLiteral(" (%1)").arg(Caption(context_.services.texts, "MN_STATUS_INSPECTION"_key));
+  } else if (IsMarkedAsOther()) {
     title += QStringLiteral(" (%1)").arg(Caption(context_.services.texts, "MN_OTHERLOG"_key));
   }
   setWindowTitle(title);
@@ -354,7 +376,7 @@ void frmMDIMain::OpenRecent(const std::string& file) {
   const core::TextLookup& texts = context_.services.texts;
   statusBar()->showMessage(Caption(texts, "MN_HEADLINE"_key, {{"strFileTitle", db::FileNamePart(file)}}),
                            kMillisecondsForMessage);
-  program_.OpenRecentFile(file);
+  program_.OpenFile(file);
 }
 
 // Whoever notices it may be in the middle of reading or painting.
@@ -370,13 +392,13 @@ void frmMDIMain::ApplicationStateChanged(Qt::ApplicationState state) {
   }
 }
 
-/// A dialog works with a selection that is not confirmed yet, an editor with a value that is not stored yet:
-/// the update waits for their end.
+bool frmMDIMain::IsBusy() const {
+  return loading_ || QApplication::activeModalWidget() != nullptr ||
+         QApplication::activePopupWidget() != nullptr || (results_ && results_->Grid().IsEditing());
+}
+
 void frmMDIMain::UpdateWhenFree() {
-  const bool isBusy = QApplication::activeModalWidget() != nullptr ||
-                      QApplication::activePopupWidget() != nullptr ||
-                      (results_ && results_->Grid().IsEditing());
-  if (isBusy) {
+  if (IsBusy()) {
     timUpdate_.start();
   } else if (UpdatesOnActivation(context_.globals, LogViewLoaded())) {
     program_.UpdateAfterActivation();
@@ -387,6 +409,27 @@ void frmMDIMain::BringToFront() {
   place_.Uncover();
   raise();
   activateWindow();
+}
+
+void frmMDIMain::OpenWhenFree(const std::string& file) {
+  if (unloading_ || file.empty() || (program_.State().dataFileOpen && file == context_.globals.strDataFileGl))
+    return;
+  if (!IsBusy()) return program_.OpenFile(file);
+  QTimer::singleShot(kMillisecondsAfterActivation, this, [this, file] { OpenWhenFree(file); });
+}
+
+void frmMDIMain::dragEnterEvent(QDragEnterEvent* event) {
+  if (!DroppedFile(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+/// The program that the file comes from waits until this has returned.
+void frmMDIMain::dropEvent(QDropEvent* event) {
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+  QTimer::singleShot(0, this, [this, file = ui::FromQString(DroppedFile(*event->mimeData()))] {
+    BringToFront();
+    OpenWhenFree(file);
+  });
 }
 
 void frmMDIMain::closeEvent(QCloseEvent* event) {

@@ -34,6 +34,7 @@ struct WindowContext {
   start::Services services;
   const intake::ToothScheme& scheme;
   const platform::ShortDate& shortDate;
+  StartedWith started = {};
 };
 
 /// The program's only top-level window. It is built from the command tables and shows what MainProgram does.
@@ -54,10 +55,14 @@ class frmMDIMain final : public QMainWindow,
   [[nodiscard]] QAction* Action(CommandId id) const { return actions_.at(id); }
   /// To the front, out of the icon state, as another copy of the program asks for.
   void BringToFront();
+  /// As soon as no dialog and no editor is open; "" opens nothing.
+  void OpenWhenFree(const std::string& file);
 
  protected:
   void closeEvent(QCloseEvent* event) override;
   void changeEvent(QEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   void BuildActions();
@@ -70,6 +75,7 @@ class frmMDIMain final : public QMainWindow,
   void Run(CommandId id);
   [[nodiscard]] report::PrintContext PrintContext();
   void ShowStatus();
+  [[nodiscard]] bool IsMarkedAsOther() const;
   /// Shows a window in the frame, as large as that and of a useful size when it is not.
   void AddChild(QWidget* window);
   /// They show the selection for which they were opened and none after it.
@@ -80,6 +86,9 @@ class frmMDIMain final : public QMainWindow,
   void OfferOnDesk();
   void OpenRecent(const std::string& file);
   void ApplicationStateChanged(Qt::ApplicationState state);
+  /// A dialog works with a selection that is not confirmed yet, an editor with a value that is not stored
+  /// yet.
+  [[nodiscard]] bool IsBusy() const;
   void UpdateWhenFree();
 
   // CommandHost

@@ -5,6 +5,8 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QTranslator>
 
@@ -15,6 +17,7 @@
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "platform/Files.h"
+#include "start/InspectionSettings.h"
 #include "start/Language.h"
 #include "start/modINIFile.h"
 #include "ui/KeyNames.h"
@@ -32,6 +35,7 @@ enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 struct Arguments {
   QString folder;
   QString language;
+  app::StartedWith started;
 };
 
 [[noreturn]] void EndWithUsage(const QString& fault) {
@@ -52,14 +56,23 @@ Arguments ParseArguments(int argc, char** argv) {
       "folder", "The program folder; unless given that of VARNLOG_FOLDER, else the executable's own.", "DIR");
   const QCommandLineOption language(
       "language", "D, GB, E, I, F, NL or CYR for this run; the setting of varnlog.ini unless given.", "CODE");
-  parser.addOptions({folder, language});
+  const QCommandLineOption inspect(
+      "inspect",
+      "Only look at FILE: nothing is changed, taken in or remembered, no imaging suite is needed.");
+  parser.addOptions({folder, language, inspect});
+  parser.addPositionalArgument("FILE", "The log to open in this run; that of varnlog.ini unless given.",
+                               "[FILE]");
   if (!parser.parse(QCoreApplication::arguments())) EndWithUsage(parser.errorText());
   if (parser.isSet(help)) parser.showHelp();
   if (parser.isSet(version)) parser.showVersion();
-  if (const QStringList more = parser.positionalArguments(); !more.isEmpty()) {
-    EndWithUsage(QStringLiteral("'%1' is no option.").arg(more.constFirst()));
-  }
-  return {parser.value(folder), parser.value(language)};
+  const QStringList files = parser.positionalArguments();
+  if (files.size() > 1) EndWithUsage("only one log can be opened.");
+  if (parser.isSet(inspect) && files.isEmpty()) EndWithUsage("--inspect needs the log to look at.");
+  // The program goes to its own folder before it opens anything.
+  const QString file = files.isEmpty() ? QString() : QFileInfo(files.constFirst()).absoluteFilePath();
+  return {parser.value(folder),
+          parser.value(language),
+          {ui::FromQString(QDir::toNativeSeparators(file)), parser.isSet(inspect)}};
 }
 
 /// What no window has caught, a failing allocation above all, ends in a message and not in the program's end.
@@ -99,20 +112,23 @@ void ShowFatal(ui::MessageBox& user) {
              core::MessageIcon::kCritical, core::MessageButtons::kOk});
 }
 
-int RunProgram(core::Globals& globals, const std::string& givenLanguage) {
+int RunProgram(core::Globals& globals, const Arguments& arguments) {
+  const std::string givenLanguage = ui::FromQString(arguments.language);
+  const app::StartedWith& started = arguments.started;
   app::SingleInstance instance(globals.ProgramFolderGl);
-  const bool first = instance.Claim();
+  // Who only looks disturbs nobody.
+  const bool first = started.isInspection || instance.Claim();
   legacy::InstallJetFormat();
   start::Language texts(globals);
   ui::MessageBox user(texts);
   start::modINIFile ini;
-  if (first) {
+  if (first && !started.isInspection) {
     platform::SystemLauncher launcher;
     start::RegisterReportComponents(launcher);
   }
   const bool hasTexts = texts.InitLanguage();
   if (!first) {
-    if (!hasTexts || instance.ActivateOther()) return kDone;
+    if (!hasTexts || instance.ActivateOther(ui::ToQString(started.file))) return kDone;
     texts.SetLanguage(ini.ReadString("App", "Language", globals.IniFileGl));
     core::Messages(user, texts)
         .Critical("MN_ERR_RUNNING"_key, {{"strFile", ui::FromQString(instance.LockFile())}});
@@ -137,9 +153,14 @@ int RunProgram(core::Globals& globals, const std::string& givenLanguage) {
   const platform::SystemClock clock;
   const platform::ShortDate shortDate = platform::ShortDate::FromSystem();
   const start::HostToothScheme scheme(globals, ini);
-  app::frmMDIMain window({globals, {ini, texts, user, clock}, scheme, shortDate});
+  start::InspectionSettings forgetting(ini);
+  core::SettingsStore& settings = started.isInspection ? static_cast<core::SettingsStore&>(forgetting) : ini;
+  app::frmMDIMain window({globals, {settings, texts, user, clock}, scheme, shortDate, started});
   user.SetParent(&window);
-  instance.OnActivation([&window] { window.BringToFront(); });
+  instance.OnActivation([&window](const QString& file) {
+    window.BringToFront();
+    window.OpenWhenFree(ui::FromQString(file));
+  });
   return window.Load() ? QApplication::exec() : kFailed;
 }
 
@@ -154,7 +175,7 @@ int Run(int argc, char** argv) {
                  globals.ProgramFolderGl.c_str());
     return kFailed;
   }
-  return RunProgram(globals, ui::FromQString(arguments.language));
+  return RunProgram(globals, arguments);
 }
 
 }  // namespace

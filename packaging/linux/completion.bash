@@ -43,7 +43,7 @@ _varnlog() {
     --language) COMPREPLY=($(compgen -W 'D GB E I F NL CYR' -- "$cur")) && return ;;
   esac
   if [[ $cur == -* ]]; then
-    COMPREPLY=($(compgen -W '--folder --language --help --version' -- "$cur"))
+    COMPREPLY=($(compgen -W '--folder --language --inspect --help --version' -- "$cur"))
   else
     _filedir
   fi

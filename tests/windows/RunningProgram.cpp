@@ -18,7 +18,8 @@ constexpr int kPatience = 1000;  // looks until a dialog counts as forgotten
 
 }  // namespace
 
-RunningProgram::RunningProgram(const cli::Installation& installation, core::MessageAnswer answer)
+RunningProgram::RunningProgram(const cli::Installation& installation, core::MessageAnswer answer,
+                               const StartedWith& started)
     : answer_(answer) {
   globals_.ProgramFolderGl = installation.program().string();
   globals_.IniFileGl = (installation.program() / "varnlog.ini").string();
@@ -35,8 +36,12 @@ RunningProgram::RunningProgram(const cli::Installation& installation, core::Mess
     first_.pop_front();
     return next;
   });
-  window_ = std::make_unique<frmMDIMain>(
-      WindowContext{globals_, {ini_, texts_, user_, clock_}, scheme_, shortDate_});
+  window_ = std::make_unique<frmMDIMain>(WindowContext{
+      globals_,
+      {started.isInspection ? static_cast<core::SettingsStore&>(forgetting_) : ini_, texts_, user_, clock_},
+      scheme_,
+      shortDate_,
+      started});
   user_.SetParent(window_.get());
   if (!window_->Load()) throw std::runtime_error("the program did not start");
   window_->activateWindow();

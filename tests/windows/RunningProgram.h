@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "app/frmMDIMain.h"
+#include "start/InspectionSettings.h"
 #include "start/Language.h"
 #include "start/modINIFile.h"
 #include "tests/cli/Installation.h"
@@ -26,7 +27,8 @@ namespace varnlog::app::test {
 class RunningProgram {
  public:
   explicit RunningProgram(const cli::Installation& installation,
-                          core::MessageAnswer answer = core::MessageAnswer::kYes);
+                          core::MessageAnswer answer = core::MessageAnswer::kYes,
+                          const StartedWith& started = {});
   ~RunningProgram();
   RunningProgram(const RunningProgram&) = delete;
   RunningProgram& operator=(const RunningProgram&) = delete;
@@ -68,6 +70,7 @@ class RunningProgram {
   start::Language texts_{globals_};
   ui::MessageBox user_{texts_};
   start::modINIFile ini_;
+  start::InspectionSettings forgetting_{ini_};
   platform::SystemClock clock_;
   platform::ShortDate shortDate_;
   start::HostToothScheme scheme_{globals_, ini_};

@@ -2,6 +2,7 @@
 #include <fstream>
 
 #include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include "app/SingleInstance.h"
@@ -31,14 +32,19 @@ TEST_F(SingleInstanceTest, IsNotedWhereNobodyElseCanPutAnything) {
   ASSERT_TRUE(first.Claim());
   SingleInstance second("/");
   EXPECT_FALSE(second.Claim());
-  EXPECT_TRUE(second.ActivateOther());
+  QStringList asked;
+  first.OnActivation([&asked](const QString& file) { asked.append(file); });
+  EXPECT_TRUE(second.ActivateOther({}));
+  EXPECT_TRUE(second.ActivateOther("/Röntgen 2020/Varnlog.mdb"));
+  EXPECT_TRUE(QTest::qWaitFor([&asked] { return asked.size() == 2; }));
+  EXPECT_EQ(asked, QStringList({"", "/Röntgen 2020/Varnlog.mdb"}));
 }
 
 TEST_F(SingleInstanceTest, TellsWhenALockIsThereButNobodyAnswers) {
   SingleInstance program("/");
   std::ofstream(program.LockFile().toStdString()) << "4711\nvarnlog\nanother-workstation\n";
   EXPECT_FALSE(program.Claim());
-  EXPECT_FALSE(program.ActivateOther());
+  EXPECT_FALSE(program.ActivateOther({}));
 }
 
 }  // namespace

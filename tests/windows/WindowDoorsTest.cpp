@@ -36,8 +36,8 @@ class WindowDoors : public MainWindow {
   }
   std::size_t Entries(std::int64_t exposure) {
     std::size_t entries = 0;
-    installation_.WithLog(
-        false, [&](dao::Database& log) { entries = seals::ReadHistory(log, exposure).size(); });
+    installation_.WithLog(false,
+                          [&](dao::Database& log) { entries = seals::ReadHistory(log, exposure).size(); });
     return entries;
   }
   static bool IsOpen(const logview::Column& column, const Row& row) {
