@@ -82,6 +82,8 @@ constexpr CommandDef kCommands[] = {
      [](CommandHost& host) { host.ReloadView(); }},
     {mnuViewProperties, "mnuViewProperties", "MN_MNU_VIEWPROPERTIES", "", "Alt+Return", kAlways, false,
      [](CommandHost& host) { host.ShowPropertiesOfLog(); }},
+    {mnuViewStatistics, "mnuViewStatistics", "MN_MNU_VIEWSTATISTICS", "", "Ctrl+T", kPrintable, false,
+     [](CommandHost& host) { host.ShowStatistics(); }},
     {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kAlways, false,
      Help<HelpPart::kHelpOnHelp>},
     {mnuHelpContents, "mnuHelpContents", "MN_MNU_HELPCONTENTS", "", "F1", kAlways, false,
@@ -120,8 +122,8 @@ constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
                                         kSeparator,
                                         Item(mnuSortAll)};
 constexpr MenuEntry kViewMenu[] = {
-    Item(mnuViewToolbar), Item(mnuViewStatusbar), Item(mnuViewBigIcons),  Item(mnuViewHistory),
-    kSeparator,           Item(mnuViewLoad),      Item(mnuViewProperties)};
+    Item(mnuViewToolbar), Item(mnuViewStatusbar), Item(mnuViewBigIcons),   Item(mnuViewHistory),
+    kSeparator,           Item(mnuViewLoad),      Item(mnuViewProperties), Item(mnuViewStatistics)};
 constexpr MenuEntry kHelpMenu[] = {Item(mnuHelpOnHelp), Item(mnuHelpContents),
                                    Item(mnuHelpIndex),  Item(mnuHelpSearch),
                                    kSeparator,          Item(mnuHelpInfo)};

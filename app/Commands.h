@@ -37,6 +37,7 @@ enum class CommandId {
   mnuViewHistory,
   mnuViewLoad,
   mnuViewProperties,
+  mnuViewStatistics,
   mnuHelpOnHelp,
   mnuHelpContents,
   mnuHelpIndex,
@@ -77,6 +78,7 @@ class CommandHost {
   virtual void Toggle(bool core::Globals::*option) = 0;
   virtual void ReloadView() = 0;
   virtual void ShowPropertiesOfLog() = 0;
+  virtual void ShowStatistics() = 0;
   virtual void ShowHelp(HelpPart part) = 0;
   virtual void ShowAbout() = 0;
 };

@@ -3,14 +3,13 @@
 #include <exception>
 #include <optional>
 
-#include <QProgressDialog>
-
 #include "db/modCommon.h"
 #include "exports/Export.h"
 #include "platform/ListSeparator.h"
 #include "ui/FileDialog.h"
 #include "ui/QtText.h"
 #include "ui/SaveFolder.h"
+#include "ui/WaitWindow.h"
 
 namespace varnlog::app {
 
@@ -18,34 +17,15 @@ using core::literals::operator""_key;
 
 namespace {
 
-constexpr int kMillisecondsUntilShown = 1'000;
-
-/// It must be gone before a message is shown, or it comes up over that.
-class ProgressWindow final : public exports::ExportProgress {
+class ShownProgress final : public exports::ExportProgress {
  public:
-  ProgressWindow(QWidget* parent, const core::TextLookup& texts) : texts_(texts), dialog_(parent) {
-    dialog_.setObjectName("dlgExporting");
-    dialog_.setWindowTitle(ui::Caption(texts, "GL_TITLE"_key));
-    dialog_.setCancelButtonText(ui::Caption(texts, "GL_CANCEL"_key));
-    // Nothing else may touch the rows while they are being read.
-    dialog_.setWindowModality(Qt::ApplicationModal);
-    dialog_.setMinimumDuration(kMillisecondsUntilShown);
-    dialog_.setAutoReset(false);
-    dialog_.setAutoClose(false);
-  }
-
+  ShownProgress(QWidget* parent, const core::TextLookup& texts) : window_(parent, texts, "dlgExporting") {}
   bool Exported(std::int64_t rowsDone, std::int64_t rows) override {
-    dialog_.setLabelText(
-        ui::Caption(texts_, "EX_PROGRESS"_key,
-                    {{"lngDone", std::to_string(rowsDone)}, {"lngCount", std::to_string(rows)}}));
-    dialog_.setMaximum(static_cast<int>(rows) + 1);
-    dialog_.setValue(static_cast<int>(rowsDone));
-    return !dialog_.wasCanceled();
+    return window_.Advance("EX_PROGRESS"_key, rowsDone, rows);
   }
 
  private:
-  const core::TextLookup& texts_;
-  QProgressDialog dialog_;
+  ui::WaitWindow window_;
 };
 
 std::optional<std::string> AskFile(QWidget* parent, const ExportContext& context,
@@ -67,7 +47,7 @@ std::optional<std::int64_t> Write(QWidget* parent, const ExportContext& context,
                                   const std::string& file, exports::Format format) {
   const auto source = exports::MakeDisplayedRows(
       *shown.rows, {context.texts, context.scheme, context.shortDate}, shown.columns);
-  ProgressWindow progress(parent, context.texts);
+  ShownProgress progress(parent, context.texts);
   // The file dialog has asked before it let an existing file be chosen.
   return exports::Export({.rows = *shown.rows,
                           .source = *source,

@@ -25,7 +25,7 @@ std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
       {"frmPatSearch", "patients"},  {"frmBegEnd", "patients"},       {"frmRunUpdate", "update"},
       {"frmCancelUpdate", "update"}, {"frmUpdateNotices", "update"},  {"frmProperties", "datafiles"},
       {"frmPrinter", "printing"},    {"frmPrinterSetup", "printing"}, {"frmConvert", "oldlogs"},
-      {"frmVerify", "history"},      {"frmAbout", "overview"},
+      {"frmVerify", "history"},      {"frmAbout", "overview"},        {"frmStatistics", "statistics"},
   };
   // Keys carry the prefix of the window that uses them.
   static constexpr std::pair<std::string_view, std::string_view> kKeys[] = {
@@ -40,6 +40,7 @@ std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
       {"PP_", "datafiles"},
       {"MN_OPENXRLOG", "datafiles"},
       {"EX_", "exporting"},
+      {"ST_", "statistics"},
       {"FD_", "selections"},
       {"DRS_", "printing"},
       {"MN_ERR_NOPRINTER", "printing"},

@@ -1,5 +1,6 @@
 #include "app/ExportCommand.h"
 #include "app/Libraries.h"
+#include "app/StatisticsCommand.h"
 #include "app/TakeOverProgress.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
@@ -59,6 +60,17 @@ void frmMDIMain::ExportShownRows() {
                .site = context_.globals.SiteGl,
                .log = context_.globals.strDataFileGl},
               shown);
+}
+
+void frmMDIMain::ShowStatistics() {
+  const auto rows = results_->ShownRows();
+  if (!rows) return context_.services.user.Beep();
+  ShowStatisticsOf(this,
+                   {.globals = context_.globals,
+                    .services = context_.services,
+                    .shortDate = context_.shortDate,
+                    .print = print_},
+                   *rows, results_->Headline());
 }
 
 void frmMDIMain::FindInList() {

@@ -105,6 +105,7 @@ class frmMDIMain final : public QMainWindow,
   void Toggle(bool core::Globals::*option) override;
   void ReloadView() override;
   void ShowPropertiesOfLog() override { ShowProperties(); }
+  void ShowStatistics() override;
   void ShowHelp(HelpPart part) override;
   void ShowAbout() override;
 

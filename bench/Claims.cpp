@@ -52,6 +52,8 @@ constexpr Ratio kClaims[] = {
     {"find in the list: seconds to the first hits of 1,000,000", "FindFirst", "", 0.05},
     {"find in the list: 1,000,000 rows / bare scan", "FindAll", "BareFind", 1.3},
     {"find in the list: typing on / bare scan", "FindAgain", "BareFind", 0.1},
+    {"statistics of 1,000,000 rows / bare scan", "StatisticsAll", "BareStatistics", 2.0},
+    {"seconds: statistics of 1,000,000 rows", "StatisticsAll", "", 1.0},
     {"workbook of 100,000 rows / the library with its cells", "ExportXlsx/100000", "BareXlsx/100000", 1.5},
     {"CSV of 100,000 rows / the storage's shell", "ExportCsv/100000", "ShellCsv/100000", 2.0},
     {"memory: workbook of 100,000 rows / of 10,000", "ExportMegabytes/100000", "ExportMegabytes/10000", 1.2},

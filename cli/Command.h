@@ -36,6 +36,7 @@ void AddExportOptions(CLI::App& command, Options& options);
 void ValidateExport(const Options& options);
 void RunExportCommand(Session& session, const Options& options, Output& output);
 void AddReportOptions(CLI::App& command, Options& options);
+void RunStatisticsCommand(Session& session, const Options& options, Output& output);
 void RunReportCommand(Session& session, const Options& options, Output& output);
 void AddConvertOptions(CLI::App& command, Options& options);
 void RunConvertCommand(Session& session, const Options& options, Output& output);

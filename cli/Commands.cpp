@@ -12,6 +12,8 @@ constexpr std::array kCommands = {
     Command{"list", "print rows of the log", AddListOptions, ValidateSelection, RunListCommand},
     Command{"export", "write the log view as a workbook, CSV or JSON file", AddExportOptions, ValidateExport,
             RunExportCommand},
+    Command{"statistics", "print how many exposures of what kind there are, repeats and doses",
+            AddHistoryOptions, ValidateSelection, RunStatisticsCommand},
 #ifdef VARNLOG_HAS_REPORT  // not in a build without Qt
     Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,
             RunReportCommand},

@@ -22,7 +22,7 @@ constexpr std::array<Code, 3> kPregnancy = {{
     {"N", "RC_PREGNO"_key},
     {"-", "RC_PREGUNKNOWN"_key},
 }};
-constexpr std::array<Code, 2> kRepeat = {{{"Wdh.", "RC_REPEAT"_key}, {"N.d.", "RC_ND"_key}}};
+constexpr std::array<Code, 2> kRepeat = {{{kRepeatCode, "RC_REPEAT"_key}, {kNotDiagnosticCode, "RC_ND"_key}}};
 
 std::string TextOf(std::string_view code, std::span<const Code> codes, const core::TextLookup& texts) {
   for (const Code& known : codes) {

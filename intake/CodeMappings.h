@@ -19,7 +19,11 @@ class ToothScheme {
 [[nodiscard]] std::string PregnancyCodeToText(std::string_view code, const core::TextLookup& texts);
 /// The code of a text as shown; "" for any other text.
 [[nodiscard]] std::string PregnancyTextToCode(std::string_view text, const core::TextLookup& texts);
-/// "Wdh.", "N.d." as shown; "" for any other code.
+/// The stored codes of an exposure that is a repeat, or of no diagnostic use.
+inline constexpr std::string_view kRepeatCode = "Wdh.";
+inline constexpr std::string_view kNotDiagnosticCode = "N.d.";
+
+/// They as shown; "" for any other code.
 [[nodiscard]] std::string RepeatCodeToText(std::string_view code, const core::TextLookup& texts);
 [[nodiscard]] std::string RepeatTextToCode(std::string_view text, const core::TextLookup& texts);
 

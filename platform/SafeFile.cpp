@@ -148,6 +148,14 @@ std::error_code CopyWholeFile(const fs::path& source, const fs::path& target, If
   return error ? error : copy.TakePlace(ifTaken);
 }
 
+std::error_code WriteWholeFile(const fs::path& target, std::string_view content, IfTaken ifTaken,
+                               const fs::path& model) {
+  std::error_code error;
+  NewFile made(target, error, model);
+  if (!error) made.file().WriteAt(0, content, error);
+  return error ? error : made.TakePlace(ifTaken);
+}
+
 std::error_code RenameFile(const fs::path& source, const fs::path& target, IfTaken ifTaken) {
   const std::error_code error = GiveName(source, target, ifTaken);
   return error ? error : FlushFolder(FolderOf(target));

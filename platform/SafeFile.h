@@ -67,6 +67,10 @@ class NewFile {
                                             const std::filesystem::path& target, IfTaken ifTaken,
                                             const std::filesystem::path& model);
 
+/// Makes a file with this content, whole or not at all; for `model` see NewFile.
+[[nodiscard]] std::error_code WriteWholeFile(const std::filesystem::path& target, std::string_view content,
+                                             IfTaken ifTaken, const std::filesystem::path& model = {});
+
 /// Gives a file another name on the same file system, for good: the change survives a power cut.
 [[nodiscard]] std::error_code RenameFile(const std::filesystem::path& source,
                                          const std::filesystem::path& target, IfTaken ifTaken);

@@ -135,7 +135,8 @@ bool PrintCommands::AskAndPrint(QWidget* parent, const ReportJob& job) {
 int PrintCommands::PrintChosen(QWidget* parent, ReportJob job) {
   job.withEntries = choices_.withEntries;
   const auto printer = printers_->Open(ui::ToQString(choices_.printer));
-  SetUp(*printer, job);
+  printer->setCreator(ui::ToQString(*job.report.Caption("txtProduct")));
+  SetUp(*printer, job.report.Title());
   ProgressWindow progress(parent, context_.texts, "DRS_PRINTING"_key);
   PaintedReport report(job, printer->pageLayout());
   if (!report.Paginate(progress)) return 0;
@@ -150,9 +151,32 @@ int PrintCommands::PrintChosen(QWidget* parent, ReportJob job) {
   return 0;
 }
 
-void PrintCommands::SetUp(QPrinter& printer, const ReportJob& job) const {
-  printer.setDocName(ui::ToQString(job.report.Title()));
-  printer.setCreator(ui::ToQString(*job.report.Caption("txtProduct")));
+void PrintCommands::PrintSheets(QWidget* parent, const PaintedSheets& sheets) {
+  if (!RequirePrinter()) return;
+  PrintChoices choices = choices_;
+  choices.allPages = true;
+  for (;;) {
+    frmPrinter dialog(parent, *printers_, context_.texts, choices);
+    dialog.OfferEntries(false);
+    if (dialog.exec() != QDialog::Accepted) return;
+    choices_.printer = choices.printer;
+    KeepChoices();
+    const auto printer = printers_->Open(ui::ToQString(choices.printer));
+    SetUp(*printer, sheets.title);
+    const int count = sheets.count(printer->pageLayout());
+    if (!HasPages(ChosenRange(choices), count)) {
+      context_.Messages().Inform("DRS_ERR_RANGE"_key, {{"lngPages", std::to_string(count)}});
+      continue;
+    }
+    const int jobs = printer->supportsMultipleCopies() ? 1 : choices.copies;
+    for (int i = 0; i < jobs && sheets.paint(*printer, ChosenRange(choices)); ++i) {
+    }
+    return;
+  }
+}
+
+void PrintCommands::SetUp(QPrinter& printer, const std::string& title) const {
+  printer.setDocName(ui::ToQString(title));
   // A printer that cannot print so near to the edge keeps its own margins.
   if (!printer.setPageLayout(page_)) {
     printer.setPageSize(page_.pageSize());

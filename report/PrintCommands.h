@@ -46,6 +46,14 @@ struct PrintContext {
   [[nodiscard]] core::Messages Messages() const { return {user, texts}; }
 };
 
+/// Sheets that are no report.
+struct PaintedSheets {
+  std::string title;
+  std::function<int(const QPageLayout&)> count;
+  /// False when the device could not be drawn on.
+  std::function<bool(QPagedPaintDevice&, PageRange)> paint;
+};
+
 /// The print commands of the main window. What was chosen in a dialog is kept as long as this lives; printer,
 /// paper, the numbers of the pages and the folder of PDF files also for the next start. Errors have been
 /// shown to the user when a call returns.
@@ -63,6 +71,8 @@ class PrintCommands {
 
   /// Prints a report that is open already.
   void PrintReport(QWidget* parent, const ReportJob& job);
+  /// Asks for printer, copies and pages and prints them.
+  void PrintSheets(QWidget* parent, const PaintedSheets& sheets);
   /// Asks for a file and writes the report to it.
   void SaveReport(QWidget* parent, const ReportJob& job);
 
@@ -84,7 +94,7 @@ class PrintCommands {
   void Keep(std::string_view key, std::string_view value);
   void LoadChoices();
   void KeepChoices();
-  void SetUp(QPrinter& printer, const ReportJob& job) const;
+  void SetUp(QPrinter& printer, const std::string& title) const;
   /// Runs `work` and shows what it throws.
   void Guard(const std::function<void()>& work);
 

@@ -17,6 +17,8 @@ class frmPrinter final : public QDialog {
  public:
   /// Shows `choices` as they are and keeps a reference to them.
   frmPrinter(QWidget* parent, const Printers& printers, const core::TextLookup& texts, PrintChoices& choices);
+  /// Whether what was entered later can be printed as well; unless said otherwise it can.
+  void OfferEntries(bool offered) { chkEntries_->setVisible(offered); }
 
  private:
   [[nodiscard]] QLayout* PrinterRows(const Printers& printers);

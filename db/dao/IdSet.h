@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace varnlog::dao {
@@ -13,6 +14,8 @@ class IdSet {
 
   [[nodiscard]] bool Contains(std::int64_t id) const;
   void Set(std::int64_t id, bool contained);
+  /// The least number from `id` on; nothing when there is none.
+  [[nodiscard]] std::optional<std::int64_t> From(std::int64_t id) const;
   [[nodiscard]] std::int64_t Count() const { return count_; }
 
  private:

@@ -96,9 +96,9 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
                                        mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
                                        mnuSortAll,       mnuViewLoad,      mnuFileVerify};
-  const std::set<CommandId> withView = {mnuFilePrint,       mnuFilePrintPreview,   mnuFilePrintSetup,
-                                        mnuFileExport,      mnuEditFind,           mnuEditIncomplete,
-                                        mnuEditNextMissing, mnuEditPreviousMissing};
+  const std::set<CommandId> withView = {
+      mnuFilePrint,      mnuFilePrintPreview, mnuFilePrintSetup,      mnuFileExport,    mnuEditFind,
+      mnuEditIncomplete, mnuEditNextMissing,  mnuEditPreviousMissing, mnuViewStatistics};
   const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
     a.insert(b.begin(), b.end());
     return a;

@@ -188,6 +188,17 @@ void WindowTour::ShowLog() {
   Child<QLineEdit>(*window_, "txtFind").setText(QStringLiteral("a"));
   Visit("log-find", *window_);
   Press(&Child<QLineEdit>(*window_, "txtFind"), Qt::Key_Escape);
+  user_.Expect("frmStatistics", [this](QDialog& window) {
+    auto& pages = Child<QTabWidget>(window, "tabPages");
+    for (int page = 0; page < pages.count(); ++page) {
+      pages.setCurrentIndex(page);
+      Visit(QStringLiteral("statistics-%1").arg(page + 1), window);
+    }
+    Child<QPushButton>(window, "cmdClose").click();
+  });
+  Trigger(CommandId::mnuViewStatistics);
+  window_->activateWindow();
+  Settle();
   Grid().ClickHeading(logview::kPatientColumn);
   Visit("log-sorted", *window_);
   Trigger(CommandId::mnuSortAll);

@@ -31,6 +31,18 @@ bool IdSet::Contains(std::int64_t id) const {
   return id >= first_ && bit < bits_.size() && bits_[bit];
 }
 
+std::optional<std::int64_t> IdSet::From(std::int64_t id) const {
+  if (bits_.empty()) {
+    const auto found = std::ranges::lower_bound(sorted_, id);
+    return found == sorted_.end() ? std::nullopt : std::optional(*found);
+  }
+  for (auto bit = static_cast<std::size_t>(std::max(id - first_, std::int64_t{0})); bit < bits_.size();
+       ++bit) {
+    if (bits_[bit]) return first_ + static_cast<std::int64_t>(bit);
+  }
+  return std::nullopt;
+}
+
 void IdSet::Set(std::int64_t id, bool contained) {
   if (Contains(id) == contained) return;
   count_ += contained ? 1 : -1;
