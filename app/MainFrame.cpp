@@ -102,6 +102,12 @@ void frmMDIMain::BuildStatusBar() {
   pendingPanel_ = panel("pnlPending");
   pendingPanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_PENDINGTIP"_key));
   readOnlyPanel_ = panel("pnlReadOnly");
+  waitingPanel_ = panel("pnlWaiting");
+  waitingPanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_WAITINGTIP"_key));
+  waitingPanel_->hide();
+  noticesPanel_ = panel("pnlNotices");
+  noticesPanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_NOTICESTIP"_key));
+  noticesPanel_->hide();
   incompletePanel_ = panel("pnlIncomplete");
   incompletePanel_->setToolTip(Caption(context_.services.texts, "MN_STATUS_INCOMPLETETIP"_key));
   rowsPanel_ = panel("pnlRows");

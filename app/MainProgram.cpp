@@ -168,6 +168,7 @@ void MainProgram::RunUpdate() {
 }
 
 void MainProgram::Update() {
+  view_.ShowNotices();
   if (intake::ExchangeDataPending(globals_)) {
     if (!start::IsOtherLog(globals_) || ConfirmOtherLog()) {
       globals_.UpdateDeclinedGl = false;
@@ -219,6 +220,20 @@ void MainProgram::UpdateAfterActivation() {
   if (updating_ || !view_.LogViewLoaded() || !intake::ExchangeDataPending(globals_)) return;
   RunUpdate();
   view_.ViewResults();
+}
+
+bool MainProgram::MayTakeInAtOnce() const {
+  return !updating_ && !reopening_ && !IsInspection() && State().dataFileOpen && !globals_.ReadOnlyGl &&
+         view_.LogViewLoaded() && !start::IsOtherLog(globals_);
+}
+
+void MainProgram::TakeInAtOnce() {
+  updating_ = true;
+  // What came since the last update that the user saw stays marked.
+  if (!newRows_.IsMarking()) newRows_.BeginUpdate(*globals_.LogEngineGl->Database());
+  const std::int64_t rows = view_.RunQuietUpdate();
+  updating_ = false;
+  if (rows > 0) view_.ShowRowsInPlace();
 }
 
 bool MainProgram::ConfirmQuit() {

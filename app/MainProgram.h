@@ -41,6 +41,12 @@ class MainView : public SelectionDialogs {
   [[nodiscard]] virtual std::optional<std::string> AskDataFile(const std::string& folder) = 0;
   /// The update run's dialog, modal.
   virtual void ShowUpdateRun() = 0;
+  /// Takes the reported exposures in without a window; how many rows came or changed.
+  virtual std::int64_t RunQuietUpdate() = 0;
+  /// What such runs left to be said, in a window of its own.
+  virtual void ShowNotices() = 0;
+  /// Shows the rows anew; place, selection and focus stay.
+  virtual void ShowRowsInPlace() = 0;
   /// Runs the conversion of an old log and shows how far it is.
   virtual void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) = 0;
   /// Hears how far the first sealing of a log is.
@@ -81,6 +87,10 @@ class MainProgram {
   void OfferUpdate();
   /// The program was activated 200 ms ago.
   void UpdateAfterActivation();
+  /// Whether reported exposures may be taken into this log without asking.
+  [[nodiscard]] bool MayTakeInAtOnce() const;
+  /// Does so and marks them in the log view. To be called when the user is in no dialog and no editor.
+  void TakeInAtOnce();
 
   /// True: do not quit.
   [[nodiscard]] bool ConfirmQuit();

@@ -93,6 +93,7 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
   BuildToolbar();
   BuildStatusBar();
   BuildHistory();
+  WatchExchange();
   timUpdate_.setSingleShot(true);
   timUpdate_.setInterval(kMillisecondsAfterActivation);
   connect(&timUpdate_, &QTimer::timeout, this, &frmMDIMain::UpdateWhenFree);
@@ -131,6 +132,8 @@ bool frmMDIMain::Load() {
   connect(qApp, &QApplication::applicationStateChanged, this, &frmMDIMain::ApplicationStateChanged);
   loading_ = false;
   ShowDeskOrWindows();
+  waiting_.emplace(context_.globals.LanguageGl);
+  exchange_.Watch(context_.globals.ExchangeFileGl);
   return true;
 }
 
@@ -447,6 +450,8 @@ void frmMDIMain::closeEvent(QCloseEvent* event) {
   CloseResultWindows();
   unloading_ = true;
   timUpdate_.stop();
+  timAtOnce_.stop();
+  exchange_.Watch({});
   formPos_.SaveForm();
   program_.Unload();
   help_.reset();

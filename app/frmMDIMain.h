@@ -16,10 +16,12 @@
 #include "app/CFormPosIni.h"
 #include "app/CMruINI.h"
 #include "app/Desk.h"
+#include "app/ExchangeWatcher.h"
 #include "app/Help.h"
 #include "app/MainProgram.h"
 #include "app/PlacedWidget.h"
 #include "intake/CodeMappings.h"
+#include "intake/WaitingRecords.h"
 #include "logview/HistoryPane.h"
 #include "logview/frmResults.h"
 #include "platform/ShortDate.h"
@@ -90,6 +92,10 @@ class frmMDIMain final : public QMainWindow,
   /// yet.
   [[nodiscard]] bool IsBusy() const;
   void UpdateWhenFree();
+  void WatchExchange();
+  void ExchangeChanged();
+  void ShowWaiting();
+  void TakeInAtOnce();
 
   // CommandHost
   [[nodiscard]] MainProgram& Program() override { return program_; }
@@ -125,6 +131,9 @@ class frmMDIMain final : public QMainWindow,
   void CloseResultWindows() override;
   [[nodiscard]] std::optional<std::string> AskDataFile(const std::string& folder) override;
   void ShowUpdateRun() override;
+  std::int64_t RunQuietUpdate() override;
+  void ShowNotices() override;
+  void ShowRowsInPlace() override;
   void ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) override;
   [[nodiscard]] seals::Progress TakeOverProgress() override;
   void RememberFile(const std::string& file) override;
@@ -166,6 +175,12 @@ class frmMDIMain final : public QMainWindow,
   QLabel* otherPanel_ = nullptr;
   QLabel* readOnlyPanel_ = nullptr;
   QLabel* pendingPanel_ = nullptr;
+  QLabel* waitingPanel_ = nullptr;
+  QLabel* noticesPanel_ = nullptr;
+  ExchangeWatcher exchange_{[this] { ExchangeChanged(); }};
+  std::optional<intake::WaitingRecords> waiting_;  // from the load on
+  std::vector<std::string> notices_;               // of updates that could not tell them
+  QTimer timAtOnce_;
   QTimer timUpdate_;
   QPointer<logview::frmResults> results_;
   bool loading_ = true;

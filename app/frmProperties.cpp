@@ -125,6 +125,12 @@ QWidget* frmProperties::ProgramTab() {
   onActivation->setChecked(globals_.UpdateOnActivation);
   connect(onActivation, &QCheckBox::toggled, this, [this](bool on) { globals_.UpdateOnActivation = on; });
   form->addRow(onActivation);
+  auto* atOnce = new QCheckBox(Caption(services_.texts, "PP_ATONCE"_key));
+  atOnce->setObjectName("chkTakeInAtOnce");
+  atOnce->setToolTip(Caption(services_.texts, "PP_ATONCETIP"_key));
+  atOnce->setChecked(globals_.TakeInAtOnce);
+  connect(atOnce, &QCheckBox::toggled, this, [this](bool on) { globals_.TakeInAtOnce = on; });
+  form->addRow(atOnce);
   return tab;
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
+#include <vector>
 
 #include <QLocale>
 
@@ -47,9 +49,9 @@ class Drawing {
     decimals_ = DecimalsOf(marks_);
     double widest = 0;
     for (const double mark : marks_) widest = std::max(widest, WidthOf(MarkText(mark)));
-    // Above: legend and unit; to the left: numbers; below: categories.
-    plot_ = area.adjusted(widest + line_, line_ * 3, -line_, -line_ * 2);
     legend_ = QRectF(area.left(), area.top(), area.width(), line_);
+    // Above: legend and unit; to the left: numbers; below: categories.
+    plot_ = area.adjusted(widest + line_, LegendHeight() + line_ * 2, -line_, -line_ * 2);
   }
 
   void Draw() {
@@ -185,25 +187,55 @@ class Drawing {
     painter_.drawEllipse(where, radius, radius);
   }
 
-  void DrawLegend() {
-    double left = legend_.left() + line_ * kHalf;
-    const auto entry = [&](const std::string& name, const auto& drawSign) {
-      if (name.empty()) return;
-      drawSign(QRectF(left, legend_.top() + line_ * 0.2, line_ * 0.8, line_ * 0.6));
-      DrawText(QRectF(left + line_, legend_.top(), legend_.right() - left, line_),
-               Qt::AlignLeft | Qt::AlignVCenter, Text(name));
-      left += line_ * 2.5 + WidthOf(Text(name));
-    };
-    for (std::size_t i = 0; i < chart_.series.size(); ++i) {
-      entry(chart_.series[i].name, [&](const QRectF& sign) { painter_.fillRect(sign, ColorOf(i)); });
+  /// The entry of the legend, after the one before it or on a line of its own.
+  struct Entry {
+    std::string name;
+    std::function<void(const QRectF&)> drawSign;
+  };
+  [[nodiscard]] std::vector<Entry> LegendEntries() {
+    std::vector<Entry> entries;
+    for (std::size_t i = 0; i < chart_.series.size(); ++i)
+      entries.push_back(
+          {chart_.series[i].name, [this, i](const QRectF& sign) { painter_.fillRect(sign, ColorOf(i)); }});
+    if (chart_.kind == Chart::Kind::kBoxes) {
+      entries.push_back({chart_.boxName, [this](const QRectF& sign) { painter_.fillRect(sign, fill_); }});
+      entries.push_back({chart_.pointsName, [this](const QRectF& sign) { DrawPoint(sign.center()); }});
+      entries.push_back({chart_.referenceName, [this](const QRectF& sign) {
+                           painter_.setPen(Pen(kReference, 2, Qt::DashLine));
+                           painter_.drawLine(QPointF(sign.left(), sign.center().y()),
+                                             QPointF(sign.right(), sign.center().y()));
+                         }});
     }
-    if (chart_.kind != Chart::Kind::kBoxes) return;
-    entry(chart_.boxName, [&](const QRectF& sign) { painter_.fillRect(sign, fill_); });
-    entry(chart_.pointsName, [&](const QRectF& sign) { DrawPoint(sign.center()); });
-    entry(chart_.referenceName, [&](const QRectF& sign) {
-      painter_.setPen(Pen(kReference, 2, Qt::DashLine));
-      painter_.drawLine(QPointF(sign.left(), sign.center().y()), QPointF(sign.right(), sign.center().y()));
-    });
+    std::erase_if(entries, [](const Entry& entry) { return entry.name.empty(); });
+    return entries;
+  }
+
+  /// Where each entry stands.
+  [[nodiscard]] std::vector<QRectF> LegendPlaces(const std::vector<Entry>& entries) const {
+    std::vector<QRectF> places;
+    QPointF at(legend_.left() + line_ * kHalf, legend_.top());
+    for (const Entry& entry : entries) {
+      const double width = line_ * 2.5 + WidthOf(Text(entry.name));
+      if (!places.empty() && at.x() + width > legend_.right())
+        at = {legend_.left() + line_ * kHalf, at.y() + line_ * 1.2};
+      places.emplace_back(at, QSizeF(width, line_));
+      at.rx() += width;
+    }
+    return places;
+  }
+  [[nodiscard]] double LegendHeight() {
+    const auto places = LegendPlaces(LegendEntries());
+    return places.empty() ? 0 : places.back().bottom() - legend_.top();
+  }
+
+  void DrawLegend() {
+    const auto entries = LegendEntries();
+    const auto places = LegendPlaces(entries);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      const QRectF& place = places[i];
+      entries[i].drawSign(QRectF(place.left(), place.top() + line_ * 0.2, line_ * 0.8, line_ * 0.6));
+      DrawText(place.adjusted(line_, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, Text(entries[i].name));
+    }
   }
 
   QPainter& painter_;

@@ -31,6 +31,7 @@ struct Globals : Selection {
   bool OptSbrVisible = true;
   bool OptHistoryVisible = false;
   bool UpdateOnActivation = true;
+  bool TakeInAtOnce = false;  // what the suite reports while the program runs, without asking
 
   /// What the log view shows now; its members carry names of this struct's own.
   [[nodiscard]] Selection& CurrentSelection() { return *this; }

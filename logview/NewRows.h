@@ -13,6 +13,7 @@ class NewRows {
   /// To be called before an update: what comes later is new.
   void BeginUpdate(dao::Database& log);
   void Forget() { newest_.reset(); }
+  [[nodiscard]] bool IsMarking() const { return newest_.has_value(); }
 
   [[nodiscard]] bool Contains(std::int64_t exposure) const { return newest_ && exposure > *newest_; }
 

@@ -64,6 +64,7 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
                       this);
   layout->addWidget(find_);
   layout->addWidget(grid_);
+  layout->addWidget(sums_ = new QLabel);
   setFocusProxy(grid_);
 
   columnsIni_.SetIniFile(context_.globals.IniFileGl);
@@ -79,6 +80,7 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   connect(&countTimer_, &QTimer::timeout, this, &frmResults::CountFurtherRows);
   filterTimer_.setInterval(0);
   connect(&filterTimer_, &QTimer::timeout, this, &frmResults::ReadForFilter);
+  BuildSums();
 
   LoadColors();
   BuildColumns();
@@ -157,6 +159,14 @@ void frmResults::InitData() {
   if (OpenRows(view.sql) && place && data1_) ReturnTo(*place, *data1_, *grid_);
 }
 
+void frmResults::ReloadInPlace() {
+  if (!data1_ || grid_->IsEditing()) return;
+  const View view = ViewOf(*data1_, *grid_);
+  rebinding_ = true;
+  if (OpenRows(recordSource_) && data1_) Restore(view, *data1_, *grid_);
+  rebinding_ = false;
+}
+
 /// The frame has an icon of its own and takes this window's only once.
 void frmResults::ShowIcon(const std::string& key) {
   setWindowIcon(host_.PictureOf(key));
@@ -178,6 +188,9 @@ bool frmResults::OpenRows(const std::string& sql) {
   countTimer_.stop();
   recordSource_ = sql;
   filterTimer_.stop();
+  sumTimer_.stop();
+  tally_.reset();
+  sums_->clear();
   rowSource_.reset();
   data1_.reset();
   all_.reset();
@@ -277,6 +290,8 @@ void frmResults::ReloadGrid() {
 void frmResults::CloseData() {
   countTimer_.stop();
   filterTimer_.stop();
+  sumTimer_.stop();
+  tally_.reset();
   filter_.Close();
   grid_->SetEvents(nullptr);
   grid_->ReBind(0);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QMenu>
 #include <QProgressDialog>
 #include <QTimer>
@@ -20,6 +21,7 @@
 #include "logview/NewRows.h"
 #include "logview/RowDisplay.h"
 #include "logview/RowFilter.h"
+#include "logview/Tally.h"
 #include "logview/WriteRow.h"
 #include "logview/frmFind.h"
 #include "platform/ShortDate.h"
@@ -73,6 +75,9 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   /// Builds the query of the selection in the globals and shows its rows from the first one on. An open
   /// editor is left first; when its entry is refused, everything stays as it is.
   void InitData();
+  /// The same rows and what has come to them, seen from the same place: scroll position, current cell, marked
+  /// cells and focus stay. Not while a cell is being edited.
+  void ReloadInPlace();
   /// The rows with corrections that are not locked yet, until the next InitData.
   void ShowPending();
   /// Stores what stands in an open editor and closes it; false when it was refused and stays there.
@@ -137,6 +142,13 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void ReadForFilter();
   void EndFind();
   void ShowCounts();
+  void BuildSums();
+  /// How many marked rows there are; a row of which several pieces are marked counts several times.
+  [[nodiscard]] std::int64_t MarkedRows() const;
+  [[nodiscard]] std::vector<std::int64_t> ExposuresToSum() const;
+  void BeginSums();
+  void ReadForSums();
+  void ShowSums();
   void NoteMissing(dao::Recordset& row);
   [[nodiscard]] std::optional<int> MissingIn(std::int64_t row, int column, int step);
   void MarkSort();
@@ -197,6 +209,10 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   frmFind* find_ = nullptr;
   QTimer filterTimer_;
   QElapsedTimer filterShown_;
+  QLabel* sums_ = nullptr;
+  QTimer sumTimer_;
+  std::optional<Tally> tally_;  // as long as it is being read
+  bool sumsOfMarked_ = false;
   int storedDigit_ = 0;  // width of a digit when the columns were kept; 0 when that is not known
 
   std::string recordSource_;

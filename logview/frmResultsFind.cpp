@@ -78,6 +78,7 @@ void frmResults::ShowCounts() {
   if (!all_) return host_.ShowIncomplete(std::nullopt);
   find_->ShowCount(shown, all_->RecordCount(), complete);
   host_.ShowIncomplete(populated_ ? filter_.IncompleteAmong(*all_) : std::nullopt);
+  BeginSums();
 }
 
 void frmResults::ApplyFilter() {

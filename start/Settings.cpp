@@ -19,12 +19,13 @@ struct Switch {
   bool atFirst = true;  // without an INI file
 };
 
-constexpr std::array<Switch, 5> kSwitches = {{
+constexpr std::array<Switch, 6> kSwitches = {{
     {"OptBigIcons", &core::Globals::OptBigIcons},
     {"OptTbrVisible", &core::Globals::OptTbrVisible},
     {"OptSbrVisible", &core::Globals::OptSbrVisible},
     {"OptHistoryVisible", &core::Globals::OptHistoryVisible, false},
     {"UpdateOnActivation", &core::Globals::UpdateOnActivation},
+    {"TakeInAtOnce", &core::Globals::TakeInAtOnce, false},
 }};
 
 /// Not set when the key is missing or holds no date. The dates of older files have dots.

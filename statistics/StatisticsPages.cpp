@@ -218,7 +218,8 @@ class Pages {
     row.push_back({.text = hasLevel ? shortDate_.Format(level->second.since) : std::string()});
     row.push_back({.text = hasLevel ? level->second.source : std::string()});
     page.table.rows.push_back(std::move(row));
-    page.chart.categories.push_back(TypeText(type));
+    // Their names are too long to stand side by side.
+    page.chart.categories.push_back(type.empty() ? TypeText(type) : type);
     std::optional<charts::Box> box;
     if (spread) box = charts::Box{spread->lower, spread->median, spread->upper, dose.latest, {}};
     if (box && hasLevel) box->reference = level->second.dose;

@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -29,7 +30,9 @@ using ui::Caption;
 namespace {
 
 constexpr int kCharacters = 110;
-constexpr int kLines = 40;
+constexpr int kLines = 26;
+constexpr double kPartOfWidth = 0.75;  // of the screen
+constexpr double kPartOfHeight = 0.6;
 
 class TextOf final : public exports::TextSink {
  public:
@@ -49,6 +52,7 @@ QTableWidget* NewTable(const charts::Page& page) {
   table->setAlternatingRowColors(true);
   table->setTabKeyNavigation(false);
   table->verticalHeader()->hide();
+  table->horizontalHeader()->setSectionsClickable(false);
   for (int column = 0; column < table->columnCount(); ++column) {
     const QString heading = ui::ToQString(page.table.headings[static_cast<std::size_t>(column)]);
     table->setHorizontalHeaderItem(column, new QTableWidgetItem(heading));
@@ -103,7 +107,10 @@ frmStatistics::frmStatistics(QWidget* parent, const StatisticsContext& context,
   layout->addWidget(facts);
   layout->addWidget(tabs_, 1);
   layout->addWidget(buttons);
-  resize(fontMetrics().averageCharWidth() * kCharacters, fontMetrics().height() * kLines);
+  const QSizeF room = screen()->availableSize();
+  resize(QSizeF(room.width() * kPartOfWidth, room.height() * kPartOfHeight)
+             .toSize()
+             .expandedTo({fontMetrics().averageCharWidth() * kCharacters, fontMetrics().height() * kLines}));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   tabs_->setFocus();
 }

@@ -72,7 +72,7 @@ TEST_F(HelpWindow, EveryLanguagesFileHoldsItsPagesTheirLinksAndKeywords) {
     ASSERT_NE(help, nullptr) << code.toStdString();
     const QList<QUrl> pages =
         help->Engine().files(QStringLiteral("varnlog"), QString(), QStringLiteral("html"));
-    EXPECT_EQ(pages.size(), 13) << code.toStdString();
+    EXPECT_EQ(pages.size(), 14) << code.toStdString();
     for (const QUrl& page : pages) {
       const QString html = QString::fromUtf8(help->Engine().fileData(page));
       EXPECT_FALSE(html.contains('{')) << page.path().toStdString();
@@ -92,7 +92,7 @@ TEST_F(HelpWindow, TheContentsListThePagesAndFollowThem) {
   program_->Triggers(mnuHelpContents);
   auto& contents = Child<QHelpContentWidget>(Window(), "trvContents");
   ASSERT_TRUE(QTest::qWaitFor([&] { return contents.model()->rowCount() > 0; }, kPatience));
-  EXPECT_EQ(contents.model()->rowCount(), 13);
+  EXPECT_EQ(contents.model()->rowCount(), 14);
   contents.setCurrentIndex(contents.model()->index(1, 0));
   EXPECT_EQ(Page(), "update.html");
   Child<QAction>(Window(), "cmdBack").trigger();
