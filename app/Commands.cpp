@@ -93,6 +93,8 @@ constexpr CommandDef kCommands[] = {
     {mnuHelpSearch, "mnuHelpSearch", "MN_MNU_HELPSEARCH", "", "", kAlways, false, Help<HelpPart::kSearch>},
     {mnuHelpInfo, "mnuHelpInfo", "MN_MNU_HELPINFO", "", "", kAlways, false,
      [](CommandHost& host) { host.ShowAbout(); }},
+    {mnuHelpSupport, "mnuHelpSupport", "MN_MNU_HELPSUPPORT", "", "", kAlways, false,
+     [](CommandHost& host) { host.ShowSupport(); }},
 };
 
 constexpr MenuEntry Item(CommandId id) {
@@ -124,9 +126,9 @@ constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
 constexpr MenuEntry kViewMenu[] = {
     Item(mnuViewToolbar), Item(mnuViewStatusbar), Item(mnuViewBigIcons),   Item(mnuViewHistory),
     kSeparator,           Item(mnuViewLoad),      Item(mnuViewProperties), Item(mnuViewStatistics)};
-constexpr MenuEntry kHelpMenu[] = {Item(mnuHelpOnHelp), Item(mnuHelpContents),
-                                   Item(mnuHelpIndex),  Item(mnuHelpSearch),
-                                   kSeparator,          Item(mnuHelpInfo)};
+constexpr MenuEntry kHelpMenu[] = {
+    Item(mnuHelpOnHelp), Item(mnuHelpContents), Item(mnuHelpIndex),  Item(mnuHelpSearch),
+    kSeparator,          Item(mnuHelpInfo),     Item(mnuHelpSupport)};
 
 constexpr MenuDef kMenus[] = {
     {"mnuFile", "MN_MNU_FILE", kFileMenu},     {"mnuEdit", "MN_MNU_EDIT", kEditMenu},

@@ -43,6 +43,7 @@ enum class CommandId {
   mnuHelpIndex,
   mnuHelpSearch,
   mnuHelpInfo,
+  mnuHelpSupport,
 };
 
 /// When a command can be used.
@@ -81,6 +82,7 @@ class CommandHost {
   virtual void ShowStatistics() = 0;
   virtual void ShowHelp(HelpPart part) = 0;
   virtual void ShowAbout() = 0;
+  virtual void ShowSupport() = 0;
 };
 
 struct CommandDef {

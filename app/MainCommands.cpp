@@ -1,12 +1,17 @@
+#include <QLocale>
+#include <QSysInfo>
+
 #include "app/ExportCommand.h"
 #include "app/Libraries.h"
 #include "app/StatisticsCommand.h"
 #include "app/TakeOverProgress.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
+#include "app/frmSupport.h"
 #include "app/frmVerify.h"
 #include "logview/LaterEntries.h"
 #include "report/frmPreview.h"
+#include "start/SupportText.h"
 #include "ui/QtText.h"
 #include "ui/frmAbout.h"
 
@@ -127,7 +132,10 @@ void frmMDIMain::ShowProperties() {
 }
 
 void frmMDIMain::ShowVerify() {
-  frmVerify(this, *context_.globals.LogEngineGl->Database(), context_.services.texts).exec();
+  const auto keep = [this](bool isSound) {
+    start::NoteVerified(context_.globals, context_.services.ini, context_.services.clock, isSound);
+  };
+  frmVerify(this, *context_.globals.LogEngineGl->Database(), context_.services.texts, keep).exec();
 }
 
 seals::Progress frmMDIMain::TakeOverProgress() {
@@ -142,6 +150,17 @@ seals::Progress frmMDIMain::TakeOverProgress() {
 void frmMDIMain::ShowAbout() {
   ui::frmAbout dialog(context_.services.texts, VARNLOG_VERSION, UsedLibraries(), this);
   dialog.exec();
+}
+
+void frmMDIMain::ShowSupport() {
+  std::vector<std::string> versions = {"varnlog " VARNLOG_VERSION};
+  for (const ui::UsedLibrary& library : UsedLibraries())
+    versions.push_back(library.name + ' ' + library.version);
+  versions.push_back(ui::FromQString(QSysInfo::prettyProductName() + ", " +
+                                     QSysInfo::currentCpuArchitecture() + ", " + QLocale::system().name()));
+  const std::string information =
+      start::SupportText(context_.globals, context_.services.ini, context_.services.texts, versions);
+  frmSupport(this, context_.services.texts, information).exec();
 }
 
 // Rows that are only passed on the way are not read.

@@ -114,6 +114,7 @@ class frmMDIMain final : public QMainWindow,
   void ShowStatistics() override;
   void ShowHelp(HelpPart part) override;
   void ShowAbout() override;
+  void ShowSupport() override;
 
   // MainView
   bool AskPeriod() override;

@@ -23,10 +23,12 @@ constexpr int kLines = 14;
 
 }  // namespace
 
-frmVerify::frmVerify(QWidget* parent, dao::Database& log, const core::TextLookup& texts)
+frmVerify::frmVerify(QWidget* parent, dao::Database& log, const core::TextLookup& texts,
+                     std::function<void(bool isSound)> onDone)
     : QDialog(parent),
       log_(log),
       texts_(texts),
+      onDone_(std::move(onDone)),
       txtAnchor_(new QLineEdit),
       prgBar_(new QProgressBar),
       txtResult_(new QPlainTextEdit),
@@ -107,6 +109,7 @@ void frmVerify::Run() {
     const auto result = seals::Verify(
         log_, anchor, [this](std::int64_t done, std::int64_t all) { return ShowProgress(done, all); });
     txtResult_->setPlainText(ui::ToQString(start::VerifyText(result, anchor, texts_)));
+    if (!result.isCancelled) onDone_(result.IsSound());
   } catch (const dao::EngineError& error) {
     txtResult_->setPlainText(ui::ToQString(core::EngineErrorText(texts_, error)));
   }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QLineEdit>
@@ -16,7 +18,9 @@ namespace varnlog::app {
 /// the user types or scans. The log is only read.
 class frmVerify final : public QDialog {
  public:
-  frmVerify(QWidget* parent, dao::Database& log, const core::TextLookup& texts);
+  /// `onDone` hears of each verification that came to its end, and whether nothing was found.
+  frmVerify(QWidget* parent, dao::Database& log, const core::TextLookup& texts,
+            std::function<void(bool isSound)> onDone);
 
   /// While it runs, cancels it instead.
   void reject() override;
@@ -29,6 +33,7 @@ class frmVerify final : public QDialog {
 
   dao::Database& log_;
   const core::TextLookup& texts_;
+  const std::function<void(bool isSound)> onDone_;
   QLineEdit* txtAnchor_;
   QProgressBar* prgBar_;
   QPlainTextEdit* txtResult_;

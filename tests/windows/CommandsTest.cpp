@@ -2,6 +2,7 @@
 #include <set>
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QLabel>
 #include <QMdiSubWindow>
 #include <QMenuBar>
@@ -90,9 +91,10 @@ class Commands : public MainWindow {
 };
 
 TEST_F(Commands, AreEnabledByWhatIsOpen) {
-  const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,    mnuViewStatusbar,
-                                      mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents,   mnuHelpIndex,
-                                      mnuHelpSearch,   mnuHelpInfo,   mnuViewProperties, mnuViewHistory};
+  const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,  mnuViewStatusbar,
+                                      mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents, mnuHelpIndex,
+                                      mnuHelpSearch,   mnuHelpInfo,   mnuHelpSupport,  mnuViewProperties,
+                                      mnuViewHistory};
   const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
                                        mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
                                        mnuSortAll,       mnuViewLoad,      mnuFileVerify};
@@ -405,6 +407,26 @@ TEST_F(Commands, TheAboutBoxNamesVersionAndLibraries) {
     Child<QPushButton>(dialog, "cmdOK").click();
   });
   program_->Triggers(mnuHelpInfo);
+  EXPECT_TRUE(program_->DialogsDone());
+}
+
+TEST_F(Commands, SupportInformationTellsAllButPatients) {
+  Starts();
+  program_->InDialog("frmVerify", [](QDialog& dialog) {
+    Child<QPushButton>(dialog, "cmdVerify").click();
+    dialog.reject();
+  });
+  program_->Triggers(mnuFileVerify);
+  program_->InDialog("frmSupport", [this](QDialog& dialog) {
+    Child<QPushButton>(dialog, "cmdCopy").click();
+    const QString copied = QApplication::clipboard()->text();
+    for (const QString& part : {QString("SQLite"), QString::fromStdString(installation_.log().string()),
+                                program_->Text("AB_SOUND"_key), program_->Text("PP_ROWS"_key) + " 4"})
+      EXPECT_TRUE(copied.contains(part)) << part.toStdString() << " in " << copied.toStdString();
+    EXPECT_FALSE(copied.contains("Zander"));
+    dialog.reject();
+  });
+  program_->Triggers(mnuHelpSupport);
   EXPECT_TRUE(program_->DialogsDone());
 }
 

@@ -292,6 +292,8 @@ void WindowTour::ShowProgramWindows() {
   Trigger(CommandId::mnuFileVerify);
   ExpectAndPress("frmAbout", "about", "cmdOK");
   Trigger(CommandId::mnuHelpInfo);
+  ExpectAndPress("frmSupport", "support", "cmdClose");
+  Trigger(CommandId::mnuHelpSupport);
   user_.Expect("CFileDialog", [this](QDialog& window) {
     Visit("open-file", window);
     window.reject();
