@@ -4,6 +4,7 @@
 #include "app/CMruINI.h"
 #include "start/modINIFile.h"
 #include "tests/start/AppFixture.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::app {
 namespace {
@@ -50,13 +51,7 @@ TEST_F(FormPosition, ComesBackAsItWasSaved) {
 }
 
 TEST_F(FormPosition, IsReadFromWhatStandsThere) {
-  struct Row {
-    const char* stored;
-    bool keepVisible;
-    bool restored;
-    const char* expected;
-  };
-  const Row rows[] = {
+  const Table<const char*, bool, bool, const char*> rows = {
       {"", true, false, "1,2,3x4 0"},
       {"Unsinn", true, false, "1,2,3x4 0"},
       {"L=1;T=2;W=3;S=0", true, false, "1,2,3x4 0"},
@@ -71,16 +66,15 @@ TEST_F(FormPosition, IsReadFromWhatStandsThere) {
       {"L=1920;T=1080;W=800;H=600;S=0", false, true, "1920,1080,800x600 0"},
       {"L=1919;T=1079;W=800;H=600;S=0", true, true, "1919,1079,800x600 0"},
       {"L=0;T=0;W=0;H=1000000;S=0", true, true, "0,0,0x1000000 0"},
-      {"L=99999999999999999999;T=5;W=-99999999999999999999;H=2;S=0", true, true, "1001920,5,-1000000x2 0"},
-  };
-  for (const Row& row : rows) {
+      {"L=99999999999999999999;T=5;W=-99999999999999999999;H=2;S=0", true, true, "1001920,5,-1000000x2 0"}};
+  for (const auto& [stored, keepVisible, restored, expected] : rows) {
     Window window;
-    ASSERT_TRUE(ini_.WriteString("Form Positions", "frmMDIMain", row.stored, path_));
+    ASSERT_TRUE(ini_.WriteString("Form Positions", "frmMDIMain", stored, path_));
     CFormPosIni keeper(ini_);
     keeper.SetIniFile(path_);
     keeper.SetForm(&window);
-    EXPECT_EQ(keeper.RestoreForm(row.keepVisible), row.restored) << row.stored;
-    EXPECT_EQ(window.Text(), row.expected) << row.stored;
+    EXPECT_EQ(keeper.RestoreForm(keepVisible), restored) << stored;
+    EXPECT_EQ(window.Text(), expected) << stored;
   }
 }
 

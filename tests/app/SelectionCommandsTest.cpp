@@ -4,6 +4,7 @@
 
 #include "app/Commands.h"
 #include "app/SelectionCommands.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::app {
 namespace {
@@ -41,13 +42,7 @@ class ScriptedDialogs final : public SelectionDialogs {
 };
 
 TEST(SelectionCommandsTest, AsksWhatEachKindNeedsAndRestoresEverythingOnCancel) {
-  struct Row {
-    SelectionKind kind;
-    bool patientOk, periodOk;
-    const char* asked;
-    bool chosen;
-  };
-  const Row rows[] = {
+  const Table<SelectionKind, bool, bool, const char*, bool> rows = {
       {SelectionKind::kAll, false, false, "", true},
       {SelectionKind::kPeriod, true, true, "period 1;", true},
       {SelectionKind::kPeriodXC, true, false, "period 6;", false},
@@ -55,17 +50,16 @@ TEST(SelectionCommandsTest, AsksWhatEachKindNeedsAndRestoresEverythingOnCancel) 
       {SelectionKind::kPatient, false, true, "patient;", false},
       {SelectionKind::kPatientPeriod, true, true, "patient;period 3;", true},
       {SelectionKind::kPatientPeriod, false, true, "patient;", false},
-      {SelectionKind::kPatientPeriod, true, false, "patient;period 3;", false},
-  };
-  for (const Row& row : rows) {
+      {SelectionKind::kPatientPeriod, true, false, "patient;period 3;", false}};
+  for (const auto& [kind, patientOk, periodOk, asked, chosen] : rows) {
     Globals globals;
     globals.SortSelectionGl = SelectionKind::kPeriodXV;
     globals.strPatNameGl = "Alt";
-    ScriptedDialogs dialogs(globals, row.patientOk, row.periodOk);
-    EXPECT_EQ(ChooseSelection(globals, row.kind, dialogs), row.chosen) << row.asked;
-    EXPECT_EQ(dialogs.asked, row.asked);
-    EXPECT_EQ(globals.SortSelectionGl, row.chosen ? row.kind : SelectionKind::kPeriodXV);
-    if (!row.chosen) {
+    ScriptedDialogs dialogs(globals, patientOk, periodOk);
+    EXPECT_EQ(ChooseSelection(globals, kind, dialogs), chosen) << asked;
+    EXPECT_EQ(dialogs.asked, asked);
+    EXPECT_EQ(globals.SortSelectionGl, chosen ? kind : SelectionKind::kPeriodXV);
+    if (!chosen) {
       EXPECT_EQ(globals.strPatNameGl, "Alt");
       EXPECT_FALSE(globals.dPatBirthdayGl.IsSet());
     }
@@ -73,17 +67,19 @@ TEST(SelectionCommandsTest, AsksWhatEachKindNeedsAndRestoresEverythingOnCancel) 
 }
 
 TEST(SelectionCommandsTest, ActivationUpdatesOnlyAWritableShownLogWhoseOfferWasNotDeclined) {
-  Globals globals;
-  EXPECT_TRUE(UpdatesOnActivation(globals, true));
-  EXPECT_FALSE(UpdatesOnActivation(globals, false));
-  globals.ReadOnlyGl = true;
-  EXPECT_FALSE(UpdatesOnActivation(globals, true));
-  globals.ReadOnlyGl = false;
-  globals.UpdateDeclinedGl = true;
-  EXPECT_FALSE(UpdatesOnActivation(globals, true));
-  globals.UpdateDeclinedGl = false;
-  globals.UpdateOnActivation = false;
-  EXPECT_FALSE(UpdatesOnActivation(globals, true));
+  for (const auto& [isShown, isReadOnly, isDeclined, isWanted, updates] :
+       Table<bool, bool, bool, bool, bool>{{true, false, false, true, true},
+                                           {false, false, false, true, false},
+                                           {true, true, false, true, false},
+                                           {true, false, true, true, false},
+                                           {true, false, false, false, false}}) {
+    Globals globals;
+    globals.ReadOnlyGl = isReadOnly;
+    globals.UpdateDeclinedGl = isDeclined;
+    globals.UpdateOnActivation = isWanted;
+    EXPECT_EQ(UpdatesOnActivation(globals, isShown), updates)
+        << isShown << isReadOnly << isDeclined << isWanted;
+  }
 }
 
 TEST(CommandsTest, TheTableIsInTheOrderOfTheIdsAndEveryCommandStandsInOneMenu) {

@@ -2,11 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/cli/Installation.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::cli {
 namespace {
-
-using testing::HasSubstr;
 
 /// A log whose one comment holds what the formats have to protect.
 class ListEscapingTest : public testing::Test {
@@ -25,25 +24,21 @@ class ListEscapingTest : public testing::Test {
   }
 };
 
-TEST_F(ListEscapingTest, CsvQuotesWhatNeedsIt) {
-  EXPECT_THAT(ListOf("a,\"b\"\nc", "csv"), testing::EndsWith(",\"a,\"\"b\"\"\nc\"\r\n"));
-}
-
-TEST_F(ListEscapingTest, CsvGivesSpreadsheetsNoFormulasUnlessTold) {
-  for (const std::string comment : {"=1+1", "+49", "-2", "@SUM(A1)", "\tx"}) {
-    EXPECT_THAT(ListOf(comment, "csv"), testing::EndsWith(",'" + comment + "\r\n"));
-  }
-  EXPECT_THAT(ListOf("a=\x1b]0;b\xC2\x9B\xE2\x80\xAE.", "csv"), testing::EndsWith(",a= ]0;b  .\r\n"));
-  EXPECT_THAT(ListOf("=\x1b[1m", "csv --raw"), testing::EndsWith(",=\x1b[1m\r\n"));
-}
-
-TEST_F(ListEscapingTest, JsonEscapesQuotesAndControlCharacters) {
-  EXPECT_THAT(ListOf("a\\\"\n\t\x01ü", "json"), HasSubstr("\"tXraySComment\":\"a\\\\\\\"\\n\\t\\u0001ü\"}"));
-}
-
-TEST_F(ListEscapingTest, ATableKeepsEscapeSequencesFromTheTerminal) {
-  EXPECT_THAT(ListOf("a\x1b[31mb\r\nc", "table"), HasSubstr("a [31mb  c\n"));
-  EXPECT_THAT(ListOf("a\x1b[31mb", "table --raw"), HasSubstr("a\x1b[31mb\n"));
+TEST_F(ListEscapingTest, EachFormatProtectsItsReader) {
+  for (const auto& [comment, format, ending] : Table<const char*, const char*, std::string>{
+           {"a,\"b\"\nc", "csv", ",\"a,\"\"b\"\"\nc\"\r\n"},
+           // No formulas in spreadsheets, no escape sequences in terminals, unless told.
+           {"=1+1", "csv", ",'=1+1\r\n"},
+           {"+49", "csv", ",'+49\r\n"},
+           {"-2", "csv", ",'-2\r\n"},
+           {"@SUM(A1)", "csv", ",'@SUM(A1)\r\n"},
+           {"\tx", "csv", ",'\tx\r\n"},
+           {"a=\x1b]0;b\xC2\x9B\xE2\x80\xAE.", "csv", ",a= ]0;b  .\r\n"},
+           {"=\x1b[1m", "csv --raw", ",=\x1b[1m\r\n"},
+           {"a\\\"\n\t\x01ü", "json", "\"tXraySComment\":\"a\\\\\\\"\\n\\t\\u0001ü\"}\n]\n"},
+           {"a\x1b[31mb\r\nc", "table", "a [31mb  c\n"},
+           {"a\x1b[31mb", "table --raw", "a\x1b[31mb\n"}})
+    EXPECT_THAT(ListOf(comment, format), testing::EndsWith(ending)) << format;
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "tests/cli/Installation.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -81,9 +79,7 @@ void Installation::WithLog(bool exclusive, const std::function<void(dao::Databas
 }
 
 void Installation::Write(const fs::path& file, const std::string& content) {
-  std::ofstream stream(file, std::ios::binary);
-  stream << content;
-  if (!stream.flush()) throw std::runtime_error("cannot write " + file.string());
+  test::WriteFile(file, content);
 }
 
 tools::Exposure NewExposure(const std::string& lastName, const std::string& type, const std::string& takeDate,

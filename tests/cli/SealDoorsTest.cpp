@@ -84,16 +84,6 @@ for row in (1, 2):
   EXPECT_THAT(verified.out, HasSubstr("ohne Siegel vorgefunden"));
 }
 
-TEST_F(SealDoorsTest, MaintenanceLeavesChainAndHistoryAsTheyAre) {
-  const std::string head = Verified();
-  const std::string history = installation_.Ctl("history --format csv").out;
-  for (const char* command : {"compact", "repair", "check"}) {
-    EXPECT_EQ(installation_.Ctl(command).status, 0) << command;
-    EXPECT_EQ(Verified(), head) << command;
-    EXPECT_EQ(installation_.Ctl("history --format csv").out, history) << command;
-  }
-}
-
 TEST_F(SealDoorsTest, LogsOfEveryOriginVerify) {
   const fs::path made = installation_.suite() / "Data" / "Neu.mdb";
   for (const char* sample : {"log-1.0-jet3-cp1252.mdb", "log-1.1-jet4-scratch.mdb"}) {

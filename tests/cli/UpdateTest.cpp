@@ -109,11 +109,7 @@ TEST_F(UpdateCommandTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {
 TEST_F(UpdateCommandTest, AReadOnlyLogIsNotUpdated) {
   EXPECT_EQ(installation_.Ctl("update").status, 0);
   installation_.WithLog(false, [](dao::Database& log) {
-    const auto rows = log.OpenRecordset("SELECT TConfig.* From TConfig WHERE TConfig.tCfgSKey='ReadOnly';");
-    ASSERT_FALSE(rows->IsEOF());
-    rows->Edit();
-    rows->Fields("tCfgSSet").SetText("1");
-    rows->Update();
+    log.Execute("UPDATE TConfig SET tCfgSSet = '1' WHERE tCfgSKey = 'ReadOnly'");
   });
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
   const Ended run = installation_.Ctl("update");

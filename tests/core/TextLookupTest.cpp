@@ -5,18 +5,13 @@
 #include "core/Messages.h"
 #include "tests/support/FakeTexts.h"
 #include "tests/support/FakeUser.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::core {
 namespace {
 
 TEST(Placeholder, IsReplacedWhereverItStands) {
-  struct Row {
-    const char* text;
-    const char* value;
-    const char* all;
-    const char* first;
-  };
-  const Row rows[] = {
+  const Table<const char*, const char*, const char*, const char*> rows = {
       {"$strFile$ und $STRFILE$", "a.mdb", "a.mdb und a.mdb", "a.mdb und $STRFILE$"},
       {"Öffnen von $strFile$: $strError$", "Ä", "Öffnen von Ä: $strError$", "Öffnen von Ä: $strError$"},
       {"strFile $strFile strFile$", "x", "strFile $strFile strFile$", "strFile $strFile strFile$"},
@@ -28,11 +23,10 @@ TEST(Placeholder, IsReplacedWhereverItStands) {
       // A file may be called like the marker.
       {"<$strFile$> <$strFile$>", "/x/$strFILE$.mdb", "</x/$strFILE$.mdb> </x/$strFILE$.mdb>",
        "</x/$strFILE$.mdb> <$strFile$>"},
-      {"$strFile$", "$strFile$", "$strFile$", "$strFile$"},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(ReplacePlaceholder(row.text, "strFile", row.value), row.all) << row.text;
-    EXPECT_EQ(ReplaceFirstPlaceholder(row.text, "strFile", row.value), row.first) << row.text;
+      {"$strFile$", "$strFile$", "$strFile$", "$strFile$"}};
+  for (const auto& [text, value, all, first] : rows) {
+    EXPECT_EQ(ReplacePlaceholder(text, "strFile", value), all) << text;
+    EXPECT_EQ(ReplaceFirstPlaceholder(text, "strFile", value), first) << text;
   }
 }
 
@@ -46,39 +40,24 @@ TEST(Placeholder, ManyAreReplacedInOnePass) {
 }
 
 TEST(Placeholder, ValuesAreNeverSearchedAgain) {
-  struct Row {
-    const char* text;
-    const char* filled;
-  };
-  const Row rows[] = {
+  const Table<const char*, const char*> rows = {
       {"$strFile$: $strError$", "$strError$.mdb: $strFile$"},
       {"$STRERROR$$strfile$ kosten 5 $", "$strFile$$strError$.mdb kosten 5 $"},
       {"$$strFile$ $strOther$ strFile$", "$$strError$.mdb $strOther$ strFile$"},
-      {"", ""},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(FillPlaceholders(row.text, {{"strFile", "$strError$.mdb"}, {"strError", "$strFile$"}}),
-              row.filled);
+      {"", ""}};
+  for (const auto& [text, filled] : rows) {
+    EXPECT_EQ(FillPlaceholders(text, {{"strFile", "$strError$.mdb"}, {"strError", "$strFile$"}}), filled);
   }
 }
 
 TEST(Placeholder, NumbersAreGroupedByTheLanguage) {
-  struct Row {
-    const char* value;
-    const char* filled;
-  };
-  const Row rows[] = {{"0", "0"},          {"999", "999"},           {"1000", "1.000"},
-                      {"18792", "18.792"}, {"1234567", "1.234.567"}, {"-1000", "-1000"},
-                      {"a1000", "a1000"}};
-  class German final : public TextLookup {
-   public:
-    [[nodiscard]] std::string GetText(TextKey key) const override {
-      return key == "GL_THOUSANDS"_key ? "." : "$lngCount$ $strFile$";
-    }
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(FilledText(German(), "XX_TEXT"_key, {{"lngCount", row.value}, {"strFile", "1000"}}),
-              std::string(row.filled) + " 1000");
+  const Table<const char*, const char*> rows = {
+      {"0", "0"},         {"999", "999"},    {"1000", "1.000"}, {"18792", "18.792"}, {"1234567", "1.234.567"},
+      {"-1000", "-1000"}, {"a1000", "a1000"}};
+  const test::FakeTexts german{{{"GL_THOUSANDS", "."}, {"XX_TEXT", "$lngCount$ $strFile$"}}};
+  for (const auto& [value, filled] : rows) {
+    EXPECT_EQ(FilledText(german, "XX_TEXT"_key, {{"lngCount", value}, {"strFile", "1000"}}),
+              std::string(filled) + " 1000");
   }
 }
 

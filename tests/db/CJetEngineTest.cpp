@@ -1,3 +1,4 @@
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -7,7 +8,8 @@
 
 #include "db/CJetEngine.h"
 #include "platform/Files.h"
-#include "tests/support/TestFolder.h"
+#include "tests/support/LogFolder.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::db {
 
@@ -51,17 +53,8 @@ class WatchedEngine final : public dao::DBEngine {
   std::map<int, std::variant<std::int32_t, std::string>> set_;
 };
 
-class CJetEngineTest : public testing::Test {
+class CJetEngineTest : public testing::Test, protected test::LogFolder {
  protected:
-  CJetEngineTest() {
-    auto workgroup = engine_.CreateDatabase(Path("system.mdw"), "", 0);
-    workgroup->Execute(
-        "CREATE TABLE Accounts (Name TEXT(20) COLLATE JET, Salt TEXT, PasswordHash TEXT);"
-        "INSERT INTO Accounts VALUES ('Admin', '', '')");
-    workgroup->Close();
-  }
-
-  [[nodiscard]] std::string Path(const std::string& name) const { return (folder_ / name).string(); }
   void OpenWorkspace() {
     jet_.SetWorkgroupPath(Path("system.mdw"));
     jet_.OpenWorkspace("MyWs", "Admin", "");
@@ -78,9 +71,8 @@ class CJetEngineTest : public testing::Test {
     return static_cast<std::int32_t>(fs::file_size(path));
   }
 
-  test::TestFolder folder_;
-  WatchedEngine engine_;
-  CJetEngine jet_{engine_};
+  WatchedEngine watched_;
+  CJetEngine jet_{watched_};
 };
 
 TEST_F(CJetEngineTest, AFailedWorkspaceHasNoNameButAnErrorText) {
@@ -132,7 +124,6 @@ TEST_F(CJetEngineTest, WhatIsMissingIsAFailureThatIsRecorded) {
       [&] { EXPECT_EQ(jet_.RepairDatabase(Path("none.mdb")), 0); },
   };
   for (std::size_t i = 0; i < operations.size(); ++i) {
-    CJetEngine fresh(engine_);
     ASSERT_EQ(jet_.LastError().empty(), i == 0);
     jet_.SetDatabase(nullptr);
     operations[i]();
@@ -141,25 +132,23 @@ TEST_F(CJetEngineTest, WhatIsMissingIsAFailureThatIsRecorded) {
 }
 
 TEST_F(CJetEngineTest, CompactingInPlaceGoesByWayOfTheBaseName) {
-  struct Case {
-    const char* name;
-    const char* temporary;
-  };
-  for (const auto& [name, temporary] :
-       {Case{"Log.mdb", "Log.TMP"}, {"Archive.2024.mdb", "Archive.TMP"}, {"bare", "bare.TMP"}}) {
+  for (const auto& [name, temporary] : Table<const char*, const char*>{
+           {"Log.mdb", "Log.TMP"}, {"Archive.2024.mdb", "Archive.TMP"}, {"bare", "bare.TMP"}}) {
     const std::string path = MakeDatabase(name);
     EXPECT_EQ(jet_.CompactDatabase(path), 0) << name;
-    EXPECT_EQ(engine_.temporary_, Path(temporary));
-    EXPECT_EQ(engine_.options_, 0);
+    EXPECT_EQ(watched_.temporary_, Path(temporary));
+    EXPECT_EQ(watched_.options_, 0);
     EXPECT_TRUE(fs::exists(path)) << name;
     EXPECT_FALSE(fs::exists(Path(temporary))) << name;
     const std::int32_t encrypted = jet_.EncryptDatabase(path);
     EXPECT_EQ(encrypted, SizeOf(path)) << name;
-    EXPECT_EQ(engine_.options_, 2);
+    EXPECT_EQ(watched_.options_, 2);
     const std::int32_t decrypted = jet_.DecryptDatabase(path);
     EXPECT_EQ(decrypted, SizeOf(path)) << name;
-    EXPECT_EQ(engine_.options_, 4);
+    EXPECT_EQ(watched_.options_, 4);
   }
+  const std::int32_t small = jet_.CompactDatabase(Path("Log.mdb"), Path("Small.mdb"));
+  EXPECT_TRUE(small > 0 && small == SizeOf(Path("Small.mdb")));
   EXPECT_EQ(jet_.LastError(), "");
 }
 
@@ -168,22 +157,14 @@ TEST_F(CJetEngineTest, ThePathMayHaveEitherSeparatorOrNone) {
   const fs::path before = fs::current_path();
   fs::current_path(folder_.Path());
   jet_.CompactDatabase("Log.mdb");
-  EXPECT_EQ(engine_.temporary_, "Log.TMP") << "in the current folder";
+  EXPECT_EQ(watched_.temporary_, "Log.TMP") << "in the current folder";
   fs::create_directory("Sub.Folder");
   fs::rename("Log.mdb", fs::path("Sub.Folder") / "Log.v1.mdb");
   jet_.CompactDatabase("Sub.Folder\\Log.v1.mdb");
-  EXPECT_EQ(engine_.temporary_, "Sub.Folder\\Log.TMP");
+  EXPECT_EQ(watched_.temporary_, "Sub.Folder\\Log.TMP");
   EXPECT_TRUE(fs::exists("Sub.Folder/Log.v1.mdb"));
   fs::current_path(before);
   EXPECT_EQ(jet_.LastError(), "");
-}
-
-TEST_F(CJetEngineTest, CompactingToADestinationReturnsItsSize) {
-  const std::string path = MakeDatabase("Log.mdb");
-  const std::int32_t size = jet_.CompactDatabase(path, Path("Small.mdb"));
-  EXPECT_EQ(size, SizeOf(Path("Small.mdb")));
-  EXPECT_GT(size, 0);
-  EXPECT_TRUE(fs::exists(path));
 }
 
 TEST_F(CJetEngineTest, AFailedCompactionNeverTouchesTheSource) {
@@ -216,43 +197,36 @@ TEST_F(CJetEngineTest, CreatesDatabases) {
   const std::string path = Path("New.mdb");
   const std::int32_t size = jet_.CreateDatabase(path, 0, true);
   EXPECT_EQ(size, SizeOf(path));
-  EXPECT_EQ(engine_.options_, 2);
-  EXPECT_EQ(engine_.locale_, ";LANGID=0x0409;CP=1252;COUNTRY=0");
+  EXPECT_EQ(watched_.options_, 2);
+  EXPECT_EQ(watched_.locale_, ";LANGID=0x0409;CP=1252;COUNTRY=0");
   EXPECT_GT(jet_.CreateDatabase(Path("Other.mdb"), 1, false, ";LANGID=0x0407"), 0);
-  EXPECT_EQ(engine_.options_, 1);
-  EXPECT_EQ(engine_.locale_, ";LANGID=0x0407");
+  EXPECT_EQ(watched_.options_, 1);
+  EXPECT_EQ(watched_.locale_, ";LANGID=0x0407");
 }
 
 TEST_F(CJetEngineTest, TunesAndCountsByNumber) {
   jet_.TuneUserCommitSync(true);
   jet_.TuneImplicitCommitSync(false);
-  jet_.TunePageTimeout(1);
-  jet_.TuneMaxBufferSize(2);
-  jet_.TuneLockRetry(3);
-  jet_.TuneExclusiveAsyncDelay(4);
-  jet_.TuneSharedAsyncDelay(5);
-  jet_.TuneMaxLocksPerFile(6);
-  jet_.TuneLockDelay(7);
-  jet_.TuneRecycleLVs(8);
-  jet_.TuneFlushTransactionTimeout(9);
+  int value = 0;
+  for (const auto tune :
+       {&CJetEngine::TunePageTimeout, &CJetEngine::TuneMaxBufferSize, &CJetEngine::TuneLockRetry,
+        &CJetEngine::TuneExclusiveAsyncDelay, &CJetEngine::TuneSharedAsyncDelay,
+        &CJetEngine::TuneMaxLocksPerFile, &CJetEngine::TuneLockDelay, &CJetEngine::TuneRecycleLVs,
+        &CJetEngine::TuneFlushTransactionTimeout})
+    (jet_.*tune)(++value);
   const std::map<int, std::variant<std::int32_t, std::string>> wanted = {
       {58, "Yes"}, {59, "No"}, {6, 1}, {8, 2}, {57, 3}, {60, 4}, {61, 5}, {62, 6}, {63, 7}, {65, 8}, {66, 9}};
-  EXPECT_EQ(engine_.set_, wanted);
-  EXPECT_EQ(jet_.ISAMDiskReads(), 100);
-  EXPECT_EQ(jet_.ISAMDiskWrites(), 101);
-  EXPECT_EQ(jet_.ISAMCacheReads(), 102);
-  EXPECT_EQ(jet_.ISAMRACacheReads(), 103);
-  EXPECT_EQ(jet_.ISAMLocksPlaced(), 104);
-  EXPECT_EQ(jet_.ISAMLocksReleased(), 105);
-  engine_.statistics_.clear();
-  jet_.ResetISAMDiskReads();
-  jet_.ResetISAMDiskWrites();
-  jet_.ResetISAMCacheReads();
-  jet_.ResetISAMRACacheReads();
-  jet_.ResetISAMLocksPlaced();
-  jet_.ResetISAMLocksReleased();
-  EXPECT_EQ(engine_.statistics_, (std::vector<std::pair<int, bool>>{
-                                     {0, true}, {1, true}, {2, true}, {3, true}, {4, true}, {5, true}}));
+  EXPECT_EQ(watched_.set_, wanted);
+  EXPECT_EQ((std::array{jet_.ISAMDiskReads(), jet_.ISAMDiskWrites(), jet_.ISAMCacheReads(),
+                        jet_.ISAMRACacheReads(), jet_.ISAMLocksPlaced(), jet_.ISAMLocksReleased()}),
+            (std::array{100, 101, 102, 103, 104, 105}));
+  watched_.statistics_.clear();
+  for (const auto reset : {&CJetEngine::ResetISAMDiskReads, &CJetEngine::ResetISAMDiskWrites,
+                           &CJetEngine::ResetISAMCacheReads, &CJetEngine::ResetISAMRACacheReads,
+                           &CJetEngine::ResetISAMLocksPlaced, &CJetEngine::ResetISAMLocksReleased})
+    (jet_.*reset)();
+  EXPECT_EQ(watched_.statistics_, (std::vector<std::pair<int, bool>>{
+                                      {0, true}, {1, true}, {2, true}, {3, true}, {4, true}, {5, true}}));
 }
 
 TEST_F(CJetEngineTest, AddsFieldsAndRunsTransactions) {

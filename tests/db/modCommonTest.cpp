@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "db/modCommon.h"
+#include "tests/support/Table.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::db {
@@ -17,23 +18,17 @@ DateTime Date(const char* iso) {
 }
 
 TEST(ModCommon, TakesPathsApart) {
-  struct Row {
-    const char* path;
-    const char* name;
-    const char* folder;
-  };
-  const Row rows[] = {
+  const Table<const char*, const char*, const char*> rows = {
       {"C:\\Daten\\Log.mdb", "Log.mdb", "C:\\Daten"},
       {"/var/lib/Röntgen Log.mdb", "Röntgen Log.mdb", "/var/lib"},
       {"C:\\Daten/gemischt\\x", "x", "C:\\Daten/gemischt"},
       {"Log.mdb", "", ""},
       {"C:\\Daten\\", "", "C:\\Daten"},
       {"/Log.mdb", "Log.mdb", ""},
-      {"", "", ""},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(FileNamePart(row.path), row.name) << row.path;
-    EXPECT_EQ(FolderPart(row.path), row.folder) << row.path;
+      {"", "", ""}};
+  for (const auto& [path, name, folder] : rows) {
+    EXPECT_EQ(FileNamePart(path), name) << path;
+    EXPECT_EQ(FolderPart(path), folder) << path;
   }
 }
 
@@ -57,81 +52,51 @@ class DottedDate : public testing::Test {
 };
 
 TEST_F(DottedDate, IsTestedAndWidened) {
-  struct Row {
-    const char* text;
-    bool valid;
-    const char* rewritten;
-  };
-  const Row rows[] = {
-      {"01.02.1960", true, "01.02.1960"},
-      {"31.02.2001", true, "31.02.2001"},  // no month is asked for its length
-      {"1.1.05", true, "1.1.2005"},
-      {"1.1.24", true, "1.1.2024"},
-      {"1.1.25", true, "1.1.1925"},
-      {"1.1.99", true, "1.1.1999"},
-      {"1.1.5", true, "1.1.2005"},
-      {"1.1.0", true, "1.1.2000"},
-      {" 1 . 2 .1960", true, " 1 . 2 .1960"},
-      {"31.12.2024", true, "31.12.2024"},
-      {"01.01.1880", true, "01.01.1880"},
-      {"01.01.1879", false, nullptr},
-      {"01.01.2025", false, nullptr},
-      {"01.01.100", false, nullptr},
-      {"00.01.2000", false, nullptr},
-      {"32.01.2000", false, nullptr},
-      {"01.00.2000", false, nullptr},
-      {"01.13.2000", false, nullptr},
-      {"..2000", false, nullptr},
-      {".1.2000", false, nullptr},
-      {"1..2000", false, nullptr},
-      {"1.1.", false, nullptr},
-      {"1.1", false, nullptr},
-      {"1.1.2000.", false, nullptr},
-      {"1.1.-5", false, nullptr},
-      {"a.b.c", false, nullptr},
-      {"1/1/2000", false, nullptr},
-      {"99999999999999999999.1.2000", false, nullptr},
-      {"", false, nullptr},
-  };
-  for (const Row& row : rows) {
-    std::string text = row.text;
-    EXPECT_EQ(IsDottedDate(text, clock_), row.valid) << row.text;
-    EXPECT_EQ(text, row.rewritten == nullptr ? row.text : row.rewritten) << row.text;
+  const Table<const char*, const char*> widened = {{"1.1.05", "1.1.2005"}, {"1.1.24", "1.1.2024"},
+                                                   {"1.1.25", "1.1.1925"}, {"1.1.99", "1.1.1999"},
+                                                   {"1.1.5", "1.1.2005"},  {"1.1.0", "1.1.2000"}};
+  for (const auto& [entered, year] : widened) {
+    std::string text = entered;
+    EXPECT_TRUE(IsDottedDate(text, clock_)) << entered;
+    EXPECT_EQ(text, year) << entered;
+  }
+  // No month is asked for its length.
+  for (std::string text : {"01.02.1960", "31.02.2001", " 1 . 2 .1960", "31.12.2024", "01.01.1880"})
+    EXPECT_TRUE(IsDottedDate(text, clock_)) << text;
+  for (std::string text : {"01.01.1879", "01.01.2025", "01.01.100", "00.01.2000", "32.01.2000", "01.00.2000",
+                           "01.13.2000", "..2000", ".1.2000", "1..2000", "1.1.", "1.1", "1.1.2000.", "1.1.-5",
+                           "a.b.c", "1/1/2000", "99999999999999999999.1.2000", ""}) {
+    const std::string entered = text;
+    EXPECT_FALSE(IsDottedDate(text, clock_)) << entered;
+    EXPECT_EQ(text, entered);
   }
 }
 
 TEST_F(DottedDate, IsReadAtFixedPlaces) {
-  struct Row {
-    const char* text;
-    const char* expected;
-  };
-  const Row rows[] = {
+  const Table<const char*, const char*> rows = {
       {"01.02.1960", "1960-02-01"}, {"29.02.2024", "2024-02-29"}, {"31.02.2001", "2001-03-03"},
       {"01.02.60", "1960-02-01"},   {"01.02.24", "2024-02-01"},   {"1.2.1960", "1880-01-01"},
       {"01.2.1960", "1880-01-01"},  {"01.01.1879", "1880-01-01"}, {"07.05.2025", "1880-01-01"},
       {"unbekannt", "1880-01-01"},  {"", "1880-01-01"},           {"01.02. 960", "1880-01-01"},
-      {" 1.02.1960", "1960-02-01"}, {" 5. 3.2024", "2024-03-05"}, {"05.3 .2024", "2024-03-05"},
-  };
-  for (const Row& row : rows) EXPECT_EQ(DottedTextToDate(row.text, clock_), Date(row.expected)) << row.text;
+      {" 1.02.1960", "1960-02-01"}, {" 5. 3.2024", "2024-03-05"}, {"05.3 .2024", "2024-03-05"}};
+  for (const auto& [text, expected] : rows) EXPECT_EQ(DottedTextToDate(text, clock_), Date(expected)) << text;
 }
 
 TEST(ModCommon, ReadsTimes) {
-  struct Row {
-    const char* text;
-    bool valid;
-    const char* expected;
+  const auto read = [](const char* text) {
+    return Date("2024-02-09").AtTimeOf(ColonTextToTime(text)).ToIso().substr(11);
   };
-  const Row rows[] = {
-      {"00:00:00", true, "00:00:00"},  {"23:59:59", true, "23:59:59"},  {"7:05:09", true, "07:05:09"},
-      {"12:3:4", true, "12:03:04"},    {"24:00:00", false, "00:00:00"}, {"12:60:00", false, "00:00:00"},
-      {"12:00:60", false, "00:00:00"}, {"12:00", false, "00:00:00"},    {":00:00", false, "00:00:00"},
-      {"12:00:", false, "00:00:00"},   {"12:00:0x", false, "00:00:00"}, {"12:00:00:00", false, "00:00:00"},
-      {"-1:00:00", false, "00:00:00"}, {"", false, "00:00:00"},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(IsColonTime(row.text), row.valid) << row.text;
-    EXPECT_EQ(Date("2024-02-09").AtTimeOf(ColonTextToTime(row.text)).ToIso().substr(11), row.expected)
-        << row.text;
+  for (const auto& [text, expected] : Table<const char*, const char*>{{"00:00:00", "00:00:00"},
+                                                                      {"23:59:59", "23:59:59"},
+                                                                      {"7:05:09", "07:05:09"},
+                                                                      {"12:3:4", "12:03:04"}}) {
+    EXPECT_TRUE(IsColonTime(text)) << text;
+    EXPECT_EQ(read(text), expected);
+  }
+  for (const char* text : {"24:00:00", "12:60:00", "12:00:60", "12:00", ":00:00", "12:00:", "12:00:0x",
+                           "12:00:00:00", "-1:00:00", ""}) {
+    EXPECT_FALSE(IsColonTime(text)) << text;
+    EXPECT_EQ(read(text), "00:00:00") << text;
   }
 }
 

@@ -1,5 +1,6 @@
 #include "tests/Paths.h"
 #include "tests/desktop/RealProgram.h"
+#include "tests/support/Table.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::desktop {
@@ -41,22 +42,16 @@ TEST_F(Start, ALanguageThatDoesNotExistIsGerman) {
 TEST_F(Start, CommandLinesEndAsTheySay) {
   const std::string program = "QT_QPA_PLATFORM=none '" VARNLOG_PROGRAM_DIR "/varnlog' ";
   const std::string nowhere = "'" + (installation_.suite() / "kein Ordner").string() + "'";
-  const struct {
-    std::string arguments;
-    int status;
-    std::string out;
-    std::string err;
-  } rows[] = {
+  const Table<std::string, int, std::string, std::string> rows = {
       {"--help", 0, "--folder", ""},         {"--version", 0, "varnlog 1.", ""},
       {"--nonsense", 2, "", "nonsense"},     {"--folder", 2, "", "folder"},
-      {"Varnlog.mdb", 2, "", "Varnlog.mdb"}, {"--help --folder " + nowhere, 0, "--language", ""},
-  };
-  for (const auto& row : rows) {
-    const cli::Ended ended = installation_.Shell(program + row.arguments);
-    EXPECT_EQ(ended.status, row.status) << row.arguments;
-    EXPECT_NE(ended.out.find(row.out), std::string::npos) << row.arguments << ": " << ended.out;
-    EXPECT_NE(ended.err.find(row.err), std::string::npos) << row.arguments << ": " << ended.err;
-    EXPECT_EQ(ended.err.empty(), row.err.empty()) << row.arguments << ": " << ended.err;
+      {"Varnlog.mdb", 2, "", "Varnlog.mdb"}, {"--help --folder " + nowhere, 0, "--language", ""}};
+  for (const auto& [arguments, status, out, err] : rows) {
+    const cli::Ended ended = installation_.Shell(program + arguments);
+    EXPECT_EQ(ended.status, status) << arguments;
+    EXPECT_NE(ended.out.find(out), std::string::npos) << arguments << ": " << ended.out;
+    EXPECT_NE(ended.err.find(err), std::string::npos) << arguments << ": " << ended.err;
+    EXPECT_EQ(ended.err.empty(), err.empty()) << arguments << ": " << ended.err;
   }
   const cli::Ended lost =
       installation_.Shell("QT_QPA_PLATFORM=offscreen '" VARNLOG_PROGRAM_DIR "/varnlog' --folder " + nowhere);

@@ -3,6 +3,7 @@
 #include "dialogs/DateEntry.h"
 #include "dialogs/Period.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::dialogs {
 namespace {
@@ -26,13 +27,7 @@ class PeriodTest : public testing::Test {
 };
 
 TEST_F(PeriodTest, FillsTheMissingDateAsTheSelectionNeedsIt) {
-  struct Row {
-    SelectionKind kind;
-    PeriodBoxes entered;
-    PeriodBoxes shown;
-    const char* chosen;
-  };
-  const Row rows[] = {
+  const Table<SelectionKind, PeriodBoxes, PeriodBoxes, const char*> rows = {
       {SelectionKind::kPeriod,
        {"1.2.2001", ""},
        {"1.2.2001", "17.05.2024"},
@@ -52,39 +47,30 @@ TEST_F(PeriodTest, FillsTheMissingDateAsTheSelectionNeedsIt) {
       {SelectionKind::kPeriodXI,
        {"31.12.2001", "1.1.99"},
        {"31.12.2001", "1.1.99"},
-       "2001-12-31 00:00:00 to 1999-01-01 00:00:00"},
-  };
-  for (const Row& row : rows) {
-    PeriodBoxes boxes = row.entered;
-    EXPECT_FALSE(Confirms(row.kind, boxes)) << row.chosen;
-    EXPECT_EQ(boxes, row.shown);
-    EXPECT_EQ(Chosen(), row.chosen);
+       "2001-12-31 00:00:00 to 1999-01-01 00:00:00"}};
+  for (const auto& [kind, entered, shown, chosen] : rows) {
+    PeriodBoxes boxes = entered;
+    EXPECT_FALSE(Confirms(kind, boxes)) << chosen;
+    EXPECT_EQ(boxes, shown);
+    EXPECT_EQ(Chosen(), chosen);
   }
 }
 
 TEST_F(PeriodTest, StaysOpenAtTheBoxThatIsWrongAndKeepsTheOldPeriod) {
-  struct Row {
-    SelectionKind kind;
-    PeriodBoxes entered;
-    const char* message;
-    const char* dData;
-    int focus;
-  };
-  const Row rows[] = {
+  const Table<SelectionKind, PeriodBoxes, const char*, const char*, int> rows = {
       {SelectionKind::kPeriod, {"", ""}, "BE_ATLEAST1DATE", "", 0},
       {SelectionKind::kPeriod, {"30.2.2001", ""}, "BE_DATENOTVALID", "30.2.2001", 0},
       {SelectionKind::kPeriod, {"", "1.13.2001"}, "BE_DATENOTVALID", "1.13.2001", 1},
       {SelectionKind::kPeriod, {"1.1.2001", "gestern"}, "BE_DATENOTVALID", "gestern", 1},
       {SelectionKind::kPatient, {"1.1.2001", ""}, "BE_DATENOTVALID", "", 1},
-      {SelectionKind::kAll, {"", "1.1.2001"}, "BE_DATENOTVALID", "", 0},
-  };
-  for (const Row& row : rows) {
-    PeriodBoxes boxes = row.entered;
-    const auto problem = Confirms(row.kind, boxes);
-    ASSERT_TRUE(problem) << row.entered[0] << " / " << row.entered[1];
-    EXPECT_EQ(problem->message.name(), row.message);
-    EXPECT_EQ(problem->dData, row.dData);
-    EXPECT_EQ(problem->focus, row.focus);
+      {SelectionKind::kAll, {"", "1.1.2001"}, "BE_DATENOTVALID", "", 0}};
+  for (const auto& [kind, entered, message, dData, focus] : rows) {
+    PeriodBoxes boxes = entered;
+    const auto problem = Confirms(kind, boxes);
+    ASSERT_TRUE(problem) << entered[0] << " / " << entered[1];
+    EXPECT_EQ(problem->message.name(), message);
+    EXPECT_EQ(problem->dData, dData);
+    EXPECT_EQ(problem->focus, focus);
     EXPECT_FALSE(selection.dBegGl.IsSet() || selection.dEndGl.IsSet());
   }
 }
@@ -126,18 +112,15 @@ TEST_F(PeriodTest, DaysCanBeTypedInShort) {
   const DateTime today = clock.Today();
   const platform::ShortDate iso(platform::ShortDate::Order::kYearMonthDay, '-', true);
   const platform::ShortDate american(platform::ShortDate::Order::kMonthDayYear, '/', false);
-  const struct {
-    const char* text;
-    const platform::ShortDate& form;
-    const char* day;
-  } cases[] = {{"1.11.", shortDate, "2024-11-01"},    {"1.11", shortDate, "2024-11-01"},
-               {"11/1", american, "2024-11-01"},      {"11-01", iso, "2024-11-01"},
-               {"01112026", shortDate, "2026-11-01"}, {"011126", shortDate, "2026-11-01"},
-               {"11012026", american, "2026-11-01"},  {"20261101", iso, "2026-11-01"},
-               {"СЕГОДНЯ", shortDate, "2024-05-17"},  {"Aujourd’hui", shortDate, "2024-05-16"}};
-  for (const auto& row : cases) {
-    const auto day = ReadDateEntry(row.text, row.form, today, texts);
-    EXPECT_EQ(day ? day->ToIso().substr(0, 10) : "none", row.day) << row.text;
+  const Table<const char*, const platform::ShortDate&, const char*> cases = {
+      {"1.11.", shortDate, "2024-11-01"},    {"1.11", shortDate, "2024-11-01"},
+      {"11/1", american, "2024-11-01"},      {"11-01", iso, "2024-11-01"},
+      {"01112026", shortDate, "2026-11-01"}, {"011126", shortDate, "2026-11-01"},
+      {"11012026", american, "2026-11-01"},  {"20261101", iso, "2026-11-01"},
+      {"СЕГОДНЯ", shortDate, "2024-05-17"},  {"Aujourd’hui", shortDate, "2024-05-16"}};
+  for (const auto& [text, form, expected] : cases) {
+    const auto day = ReadDateEntry(text, form, today, texts);
+    EXPECT_EQ(day ? day->ToIso().substr(0, 10) : "none", expected) << text;
   }
   for (const char* text :
        {"", "1", "1.", "32.1.", "13.13", "0111202", "99999999", "x", ".", "1.1.1.1", "morgen"}) {

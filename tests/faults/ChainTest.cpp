@@ -58,22 +58,12 @@ class Chain {
   std::mt19937_64 random_;
 };
 
-struct Seed {
-  std::uint64_t value = 0;
-  [[nodiscard]] std::string Text() const { return "chain " + std::to_string(value); }
-};
-
 TEST(ChainTest, SeveralFaultsInARowLoseNothing) {
-  std::vector<Seed> seeds;
-  for (std::uint64_t i = 1; i <= 1200; ++i) seeds.push_back({i});
   Scene scene(ScenarioNamed("update_new"));
-  Findings findings("chains");
-  for (const Seed& seed : Chosen(seeds, 25)) {
+  ExpectOfSeeds(Findings("chains"), 1200, 25, [&](std::uint64_t seed) {
     scene.BeginAnew();
-    findings.Add(seed.Text(), Chain(scene, seed.value).Goes());
-  }
-  std::puts(findings.Text().c_str());
-  EXPECT_EQ(findings.Failed(), 0U) << findings.Text();
+    return Chain(scene, seed).Goes();
+  });
 }
 
 }  // namespace

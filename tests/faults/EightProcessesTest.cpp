@@ -1,15 +1,15 @@
 #include <algorithm>
+#include <deque>
 #include <functional>
 #include <random>
 #include <sstream>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "platform/CodePage.h"
 #include "tests/faults/Scene.h"
+#include "tests/support/Child.h"
 
 namespace varnlog::faults {
 namespace {
@@ -25,16 +25,16 @@ class EightProcessesTest : public testing::Test {
  protected:
   /// One of the eight: repeats `turn` until the time is over. Each turn says what was wrong with it.
   void Starts(const std::string& role, const std::function<std::string(const std::string& role)>& turn) {
-    const pid_t child = fork();
-    if (child != 0) return workers_.push_back(child);
-    int turns = 0;
-    done_ = 0;
-    for (; steady_clock::now() < end_; ++turns) {
-      const std::string wrong = turn(role);
-      if (!wrong.empty()) AppendFile(Note(role + " wrong"), wrong + "\n");
-    }
-    WriteFile(Note(role + " turns"), std::to_string(turns) + ", done " + std::to_string(done_));
-    _exit(0);
+    workers_.emplace_back([&] {
+      int turns = 0;
+      done_ = 0;
+      for (; steady_clock::now() < end_; ++turns) {
+        const std::string wrong = turn(role);
+        if (!wrong.empty()) AppendFile(Note(role + " wrong"), wrong + "\n");
+      }
+      WriteFile(Note(role + " turns"), std::to_string(turns) + ", done " + std::to_string(done_));
+      return 0;
+    });
   }
   [[nodiscard]] Outcome Runs(const std::string& role, const std::string& arguments,
                              std::optional<milliseconds> killedAfter = {}) {
@@ -50,10 +50,6 @@ class EightProcessesTest : public testing::Test {
   }
   [[nodiscard]] std::filesystem::path Note(const std::string& name) const {
     return suite_.suite().parent_path() / name;
-  }
-  void WaitsForAll() {
-    for (const pid_t worker : workers_) waitpid(worker, nullptr, 0);
-    workers_.clear();
   }
   /// Appends one record as the suite does; now and then it keeps the file open for a while.
   void Reports(int patients) {
@@ -93,7 +89,7 @@ class EightProcessesTest : public testing::Test {
   static constexpr std::string_view kComment = "corrected ";
   cli::Installation suite_{"acht"};
   steady_clock::time_point end_ = steady_clock::now() + std::chrono::seconds(IsLong() ? 300 : 8);
-  std::vector<pid_t> workers_;
+  std::deque<test::Child> workers_;
   int done_ = 0;  // runs of this process that ended with status 0
   std::ofstream held_;
 };
@@ -137,7 +133,7 @@ TEST_F(EightProcessesTest, LoseAndDoubleNothing) {
     std::this_thread::sleep_for(milliseconds(3));
   }
   held_.close();
-  WaitsForAll();
+  for (test::Child& worker : workers_) worker.Wait();
 
   const Outcome last = Runs("last", "update");
   EXPECT_EQ(last.status, 0) << last.err;

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <filesystem>
 #include <map>
-#include <string>
-#include <string_view>
 
 #include "tests/support/TestFolder.h"
 
@@ -11,15 +8,24 @@ namespace varnlog::faults {
 
 using test::AppendFile;
 using test::ReadFile;
-
-/// Throws when that is not possible.
-void WriteFile(const std::filesystem::path& file, std::string_view bytes);
+using test::WriteFile;
 
 /// What lies in a folder: names and contents.
 using Files = std::map<std::string, std::string>;
 
-[[nodiscard]] Files ReadFolder(const std::filesystem::path& folder);
+[[nodiscard]] inline Files ReadFolder(const std::filesystem::path& folder) {
+  Files files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.is_regular_file()) files[entry.path().filename().string()] = ReadFile(entry.path());
+  }
+  return files;
+}
+
 /// Leaves exactly these files there.
-void WriteFolder(const std::filesystem::path& folder, const Files& files);
+inline void WriteFolder(const std::filesystem::path& folder, const Files& files) {
+  std::filesystem::remove_all(folder);
+  std::filesystem::create_directories(folder);
+  for (const auto& [name, bytes] : files) WriteFile(folder / name, bytes);
+}
 
 }  // namespace varnlog::faults

@@ -49,11 +49,6 @@ class Vandal {
   std::mt19937_64 random_;
 };
 
-struct Seed {
-  std::uint64_t value = 0;
-  [[nodiscard]] std::string Text() const { return "hostile " + std::to_string(value); }
-};
-
 /// One file of the scenario's beginning is damaged: whatever is made of it, no command crashes, hangs or
 /// fails without a word.
 std::string Suffers(Scene& scene, std::uint64_t seed) {
@@ -83,12 +78,8 @@ INSTANTIATE_TEST_SUITE_P(Faults, HostileFilesTest,
 
 TEST_P(HostileFilesTest, HarmNoCommand) {
   Scene scene(ScenarioNamed(GetParam()));
-  std::vector<Seed> seeds;
-  for (std::uint64_t i = 1; i <= 600; ++i) seeds.push_back({i});
-  Findings findings(std::string("hostile files ") + GetParam());
-  for (const Seed& seed : Chosen(seeds, 8)) findings.Add(seed.Text(), Suffers(scene, seed.value));
-  std::puts(findings.Text().c_str());
-  EXPECT_EQ(findings.Failed(), 0U) << findings.Text();
+  ExpectOfSeeds(Findings(std::string("hostile files ") + GetParam()), 600, 8,
+                [&](std::uint64_t seed) { return Suffers(scene, seed); });
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "tests/faults/PowerCuts.h"
 #include "tests/faults/Sweep.h"
 
 namespace varnlog::faults {
@@ -9,11 +8,6 @@ namespace {
 /// Every method over every scenario; Findings says how many points were tried.
 class SweepTest : public testing::TestWithParam<Scenario> {
  protected:
-  static void Expect(const Findings& findings) {
-    std::puts(findings.Text().c_str());
-    EXPECT_EQ(findings.Failed(), 0U) << findings.Text();
-    EXPECT_TRUE(findings.Tried() > 0 || !OnlyPoint().empty());
-  }
   void Tries(const std::string& method, const std::vector<FaultPlan>& plans) {
     Findings findings(method + " " + GetParam().name);
     Try(scene_, plans, findings);

@@ -5,6 +5,8 @@
 
 #include "intake/CodeMappings.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/FakeToothScheme.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::intake {
 namespace {
@@ -17,16 +19,8 @@ const varnlog::test::FakeTexts kGerman({{"RC_PREGYES", "Ja"},
 const varnlog::test::FakeTexts kNoTexts(
     {{"RC_PREGYES", ""}, {"RC_PREGNO", ""}, {"RC_PREGUNKNOWN", ""}, {"RC_REPEAT", ""}, {"RC_ND", ""}});
 
-class Scheme final : public ToothScheme {
- public:
-  explicit Scheme(bool us) : us_(us) {}
-  [[nodiscard]] bool SchemeUS() const override { return us_; }
-
- private:
-  bool us_;
-};
-const Scheme kUS(true);
-const Scheme kFDI(false);
+const varnlog::test::FakeToothScheme kUS(true);
+const varnlog::test::FakeToothScheme kFDI(false);
 
 TEST(CodeMappingsTest, AnswersAnythingElseWithNothing) {
   for (const char* code : {"j", "n", "", " J", "JN", "wdh.", "N.D."}) {
@@ -59,31 +53,26 @@ TEST(CodeMappingsTest, ConvertsEveryToothThereAndBack) {
 }
 
 TEST(CodeMappingsTest, ConvertsWholeCellsOnly) {
-  const struct {
-    const char* stored;
-    const char* type;
-    const char* shown;
-  } rows[] = {{"48", "XI", "32"},     {"85", "XI", "T"},        {"85", "XS", "T"},        {"48", "XP", "48"},
-              {"48", "XC", "48"},     {"48", "XV", "48"},       {"48", "", "48"},         {" 11 ", "XI", "8"},
-              {" 99 ", "XI", " 99 "}, {"11 12", "XI", "11 12"}, {"11-12", "XI", "11-12"}, {"33", "XI", "22"},
-              {"19", "XI", "19"},     {"49", "XI", "49"},       {"56", "XI", "56"},       {"U", "XI", "U"},
-              {"", "XI", ""},         {"Pan 1", "XS", "Pan 1"}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(ToothToDisplay(row.stored, row.type, kUS), row.shown) << row.stored << " " << row.type;
-    EXPECT_EQ(ToothToDisplay(row.stored, row.type, kFDI), row.stored) << row.stored << " " << row.type;
+  const Table<const char*, const char*, const char*> rows = {
+      {"48", "XI", "32"},     {"85", "XI", "T"},        {"85", "XS", "T"},        {"48", "XP", "48"},
+      {"48", "XC", "48"},     {"48", "XV", "48"},       {"48", "", "48"},         {" 11 ", "XI", "8"},
+      {" 99 ", "XI", " 99 "}, {"11 12", "XI", "11 12"}, {"11-12", "XI", "11-12"}, {"33", "XI", "22"},
+      {"19", "XI", "19"},     {"49", "XI", "49"},       {"56", "XI", "56"},       {"U", "XI", "U"},
+      {"", "XI", ""},         {"Pan 1", "XS", "Pan 1"}};
+  for (const auto& [stored, type, shown] : rows) {
+    EXPECT_EQ(ToothToDisplay(stored, type, kUS), shown) << stored << " " << type;
+    EXPECT_EQ(ToothToDisplay(stored, type, kFDI), stored) << stored << " " << type;
   }
 }
 
 TEST(CodeMappingsTest, ReadsEnteredTeeth) {
-  const struct {
-    const char* entered;
-    const char* stored;
-  } rows[] = {{"t", "85"}, {" A ", "55"},  {"a", "55"}, {"32", "48"},   {"33", "33"}, {"0", "0"},
-              {"u", "u"},  {"1 2", "1 2"}, {"", ""},    {" x ", " x "}, {"01", "01"}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(ToothFromDisplay(row.entered, "XI", kUS), row.stored) << row.entered;
-    EXPECT_EQ(ToothFromDisplay(row.entered, "XP", kUS), row.entered) << row.entered;
-    EXPECT_EQ(ToothFromDisplay(row.entered, "XI", kFDI), row.entered) << row.entered;
+  const Table<const char*, const char*> rows = {{"t", "85"},  {" A ", "55"},  {"a", "55"}, {"32", "48"},
+                                                {"33", "33"}, {"0", "0"},     {"u", "u"},  {"1 2", "1 2"},
+                                                {"", ""},     {" x ", " x "}, {"01", "01"}};
+  for (const auto& [entered, stored] : rows) {
+    EXPECT_EQ(ToothFromDisplay(entered, "XI", kUS), stored) << entered;
+    EXPECT_EQ(ToothFromDisplay(entered, "XP", kUS), entered) << entered;
+    EXPECT_EQ(ToothFromDisplay(entered, "XI", kFDI), entered) << entered;
   }
 }
 

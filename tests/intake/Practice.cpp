@@ -12,16 +12,6 @@ using std::chrono::milliseconds;
 const RunOptions Practice::kHasty{
     .patience = milliseconds(500), .grace = milliseconds(0), .quiet = milliseconds(0)};
 
-std::string KeyTexts::GetText(core::TextKey key) const {
-  std::string text(key.name());
-  if (text.starts_with("RU_ERR_")) {
-    text += " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$ $strKeptAs$ $dTaken$";
-  }
-  if (text == "RU_COUNTS") text = " $lngAdded$ $lngChanged$ $lngSkipped$";
-  if (text == "RU_CLOCK") text += " $dNow$ $dNewest$";
-  return text;
-}
-
 core::MessageAnswer ScriptedView::Show(const core::Message& message) {
   messages.push_back(message);
   if (onMessage) onMessage();

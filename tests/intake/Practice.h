@@ -10,15 +10,10 @@
 #include "core/Globals.h"
 #include "intake/UpdateRun.h"
 #include "platform/Clock.h"
+#include "tests/support/FakeTexts.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::intake::test {
-
-/// Answers with the key, and for messages with the placeholders that they may have.
-class KeyTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey key) const override;
-};
 
 /// Shows nothing, remembers everything, answers by script (then with Cancel).
 class ScriptedView final : public UpdateView {
@@ -77,7 +72,13 @@ class Practice {
 
  private:
   dao::DBEngine engine_;
-  KeyTexts texts_;
+  varnlog::test::FakeTexts texts_{
+      {{"RU_COUNTS", " $lngAdded$ $lngChanged$ $lngSkipped$"},
+       {"RU_CLOCK", "RU_CLOCK $dNow$ $dNewest$"},
+       {"RU_SUCCESS", "RU_SUCCESS"},
+       {"RU_XRUPDATE", "RU_XRUPDATE"},
+       {"GL_THOUSANDS", ""}},
+      " $strLastName$ $str1stName$ $dDefault$ $strField$ $strError$ $strKeptAs$ $dTaken$"};
   platform::FixedClock clock_;
 };
 

@@ -5,6 +5,7 @@
 
 #include "legacy/LogExamination.h"
 #include "tests/legacy/Samples.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::legacy {
 namespace {
@@ -138,19 +139,15 @@ TEST(BrokenFiles, ContradictionsWithinSoundPagesAreSeen) {
   doubled.replace(second, 4, sound.substr(first, 4));
   EXPECT_TRUE(ExamineContent(doubled).faults.Has(FaultKind::kDoubledId));
 
-  struct Row {
-    const char* what;
-    double days;
-    FaultKind kind;
-  };
-  for (const Row& row :
-       {Row{"no date", 1e9, FaultKind::kDate}, Row{"before X-rays", -1514, FaultKind::kImplausibleDate},
-        Row{"year 3000", 401769, FaultKind::kImplausibleDate}}) {
-    SCOPED_TRACE(row.what);
+  for (const auto& [what, days, kind] :
+       Table<const char*, double, FaultKind>{{"no date", 1e9, FaultKind::kDate},
+                                             {"before X-rays", -1514, FaultKind::kImplausibleDate},
+                                             {"year 3000", 401769, FaultKind::kImplausibleDate}}) {
+    SCOPED_TRACE(what);
     std::string dated = sound;
-    dated.replace(first + 12, 8, reinterpret_cast<const char*>(&row.days), 8);
+    dated.replace(first + 12, 8, reinterpret_cast<const char*>(&days), 8);
     const auto found = ExamineContent(dated);
-    EXPECT_TRUE(found.faults.Has(row.kind));
+    EXPECT_TRUE(found.faults.Has(kind));
     EXPECT_EQ(found.exposures.read, 262U);
   }
 

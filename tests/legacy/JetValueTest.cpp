@@ -7,6 +7,7 @@
 #include "legacy/JetValue.h"
 #include "legacy/Rc4.h"
 #include "tests/legacy/Samples.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::legacy {
 namespace {
@@ -14,25 +15,21 @@ namespace {
 using namespace std::string_literals;
 
 TEST(JetDate, CountsDaysFromTheEndOf1899AndTimesForwardsOnBothSides) {
-  struct Row {
-    double days;
-    const char* iso;
-  };
-  const Row rows[] = {{0.0, "1899-12-30 00:00:00"},
-                      {1.0, "1899-12-31 00:00:00"},
-                      {-1.0, "1899-12-29 00:00:00"},
-                      {-1.25, "1899-12-29 06:00:00"},
-                      {0.25, "1899-12-30 06:00:00"},
-                      {-7303.0, "1880-01-01 00:00:00"},
-                      {36525.999988425923, "1999-12-31 23:59:59"},
-                      {36525.9999999, "2000-01-01 00:00:00"},
-                      {-1.9999999, "1899-12-30 00:00:00"},
-                      {-657434.0, "0100-01-01 00:00:00"},
-                      {2958465.5, "9999-12-31 12:00:00"}};
-  for (const Row& row : rows) {
-    const auto date = DateFromDays(row.days);
-    ASSERT_TRUE(date) << row.days;
-    EXPECT_EQ(date->ToIso(), row.iso) << row.days;
+  const Table<double, const char*> rows = {{0.0, "1899-12-30 00:00:00"},
+                                           {1.0, "1899-12-31 00:00:00"},
+                                           {-1.0, "1899-12-29 00:00:00"},
+                                           {-1.25, "1899-12-29 06:00:00"},
+                                           {0.25, "1899-12-30 06:00:00"},
+                                           {-7303.0, "1880-01-01 00:00:00"},
+                                           {36525.999988425923, "1999-12-31 23:59:59"},
+                                           {36525.9999999, "2000-01-01 00:00:00"},
+                                           {-1.9999999, "1899-12-30 00:00:00"},
+                                           {-657434.0, "0100-01-01 00:00:00"},
+                                           {2958465.5, "9999-12-31 12:00:00"}};
+  for (const auto& [days, iso] : rows) {
+    const auto date = DateFromDays(days);
+    ASSERT_TRUE(date) << days;
+    EXPECT_EQ(date->ToIso(), iso) << days;
   }
 }
 
@@ -52,28 +49,22 @@ TEST(JetMoney, KeepsEveryDigit) {
 }
 
 TEST(JetText, UnpacksCompressedTextWhoseSegmentsMix) {
-  struct Row {
-    std::string stored;
+  const Table<std::string, std::string> rows = {{"", ""},
+                                                {"a\0b\0"s, "ab"},
+                                                {"\x3d\xd8\0\xde"s, "\U0001F600"},
+                                                {"\xff\xfeGr\xf6\xdf"s + "e"s, "Größe"},
+                                                {"\xff\xfe"s, ""},
+                                                {"\xff\xfe\0\x36\x04\0x"s, "жx"},
+                                                {"\xff\xfe"s + "a\0\x36\x04\xe4\0\x36\x04\0b"s, "aжäжb"},
+                                                {"\xff\xfe\0\x3d\xd8\x01\xde"s, "\U0001F601"},
+                                                {"\x3d\xd8"s, "\uFFFD"},
+                                                {"\0\xde\x3d\xd8"s + "x\0"s, "\uFFFD\uFFFDx"},
+                                                {"a\0b"s, "a"},
+                                                {"\xff\xfe\0\x36"s, ""}};
+  for (const auto& [stored, expected] : rows) {
     std::string text;
-  };
-  const Row rows[] = {
-      {"", ""},
-      {"a\0b\0"s, "ab"},
-      {"\x3d\xd8\0\xde"s, "\U0001F600"},
-      {"\xff\xfeGr\xf6\xdf"s + "e"s, "Größe"},
-      {"\xff\xfe"s, ""},
-      {"\xff\xfe\0\x36\x04\0x"s, "жx"},
-      {"\xff\xfe"s + "a\0\x36\x04\xe4\0\x36\x04\0b"s, "aжäжb"},
-      {"\xff\xfe\0\x3d\xd8\x01\xde"s, "\U0001F601"},
-      {"\x3d\xd8"s, "\uFFFD"},
-      {"\0\xde\x3d\xd8"s + "x\0"s, "\uFFFD\uFFFDx"},
-      {"a\0b"s, "a"},
-      {"\xff\xfe\0\x36"s, ""},
-  };
-  for (const Row& row : rows) {
-    std::string text;
-    AppendJet4Text(samples::AsBytes(row.stored), text);
-    EXPECT_EQ(text, row.text) << testing::PrintToString(row.stored);
+    AppendJet4Text(samples::AsBytes(stored), text);
+    EXPECT_EQ(text, expected) << testing::PrintToString(stored);
   }
 }
 

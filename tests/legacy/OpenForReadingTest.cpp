@@ -6,6 +6,7 @@
 
 #include "legacy/LoadTables.h"
 #include "tests/legacy/ConversionFixture.h"
+#include "tests/support/Table.h"
 
 // Jet files that are opened through the engine.
 
@@ -13,6 +14,7 @@ namespace varnlog::legacy {
 namespace {
 
 using dao::ErrorNumber;
+using enum dao::ErrorNumber;
 using dao::RecordsetType;
 
 class OpenForReading : public ConversionFixture {
@@ -24,14 +26,14 @@ class OpenForReading : public ConversionFixture {
 
   // The number of the error with which opening fails, kNone when it does not.
   ErrorNumber OpenError(bool readOnly) {
-    try {
-      static_cast<void>(
-          engine_.CreateWorkspace("Ws", "Admin", "")->OpenDatabase(log_().string(), false, readOnly));
-      return ErrorNumber::kNone;
-    } catch (const dao::EngineError& error) {
-      EXPECT_NE(std::string(error.what()).find(log_().string()), std::string::npos) << error.what();
-      return error.number();
-    }
+    return test::ErrorOf([&] {
+      try {
+        static_cast<void>(workspace_->OpenDatabase(log_().string(), false, readOnly));
+      } catch (const dao::EngineError& error) {
+        EXPECT_NE(std::string(error.what()).find(log_().string()), std::string::npos) << error.what();
+        throw;
+      }
+    });
   }
 };
 
@@ -73,31 +75,24 @@ TEST_F(OpenForReading, RecordSetsOfEveryKindAndSeekWork) {
 
 TEST_F(OpenForReading, WhatCannotBeOpenedSaysWhyAndInWhichFile) {
   const std::string sound = samples::ReadOurs("log-1.1-jet4-scratch.mdb");
-  struct Row {
-    const char* what;
-    std::string content;
-    ErrorNumber reading;
-    ErrorNumber writing;
-  };
   std::string newer = sound;
   newer[0x14] = 2;
-  for (const Row& row :
-       {Row{"sound", sound, ErrorNumber::kNone, ErrorNumber::kUnrecognisedFormat},
-        {"newer", newer, ErrorNumber::kUnrecognisedFormat, ErrorNumber::kUnrecognisedFormat},
-        {"cut", sound.substr(0, 126976), ErrorNumber::kDamaged, ErrorNumber::kUnrecognisedFormat},
-        {"start only", sound.substr(0, 40), ErrorNumber::kUnrecognisedFormat,
-         ErrorNumber::kUnrecognisedFormat},
-        {"text", samples::ReadOurs("broken-text-renamed.mdb"), ErrorNumber::kUnrecognisedFormat,
-         ErrorNumber::kUnrecognisedFormat},
-        {"empty", "", ErrorNumber::kUnrecognisedFormat, ErrorNumber::kUnrecognisedFormat}}) {
-    SCOPED_TRACE(row.what);
-    HasOldLog(row.content);
-    EXPECT_EQ(OpenError(true), row.reading);
-    EXPECT_EQ(OpenError(false), row.writing);
-    EXPECT_EQ(samples::Read(log_()), row.content);
+  for (const auto& [what, content, reading, writing] :
+       Table<const char*, std::string, ErrorNumber, ErrorNumber>{
+           {"sound", sound, kNone, kUnrecognisedFormat},
+           {"newer", newer, kUnrecognisedFormat, kUnrecognisedFormat},
+           {"cut", sound.substr(0, 126976), kDamaged, kUnrecognisedFormat},
+           {"start only", sound.substr(0, 40), kUnrecognisedFormat, kUnrecognisedFormat},
+           {"text", samples::ReadOurs("broken-text-renamed.mdb"), kUnrecognisedFormat, kUnrecognisedFormat},
+           {"empty", "", kUnrecognisedFormat, kUnrecognisedFormat}}) {
+    SCOPED_TRACE(what);
+    HasOldLog(content);
+    EXPECT_EQ(OpenError(true), reading);
+    EXPECT_EQ(OpenError(false), writing);
+    EXPECT_EQ(samples::Read(log_()), content);
   }
   std::filesystem::remove(log_());
-  EXPECT_EQ(OpenError(true), ErrorNumber::kFileNotFound);
+  EXPECT_EQ(OpenError(true), kFileNotFound);
 }
 
 }  // namespace

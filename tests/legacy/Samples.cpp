@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <fstream>
 #include <iterator>
 #include <memory>
 #include <sstream>
 
 #include "tests/Paths.h"
+#include "tests/support/TestFolder.h"
 
 namespace varnlog::legacy::samples {
 namespace {
@@ -26,24 +26,11 @@ std::string Unpack(const std::filesystem::path& path) {
 }
 
 std::string Escape(std::string_view text) {
+  constexpr std::string_view kSpecial = "\t\n\r\\";
   std::string escaped;
   for (const char c : text) {
-    switch (c) {
-      case '\t':
-        escaped += "\\t";
-        break;
-      case '\n':
-        escaped += "\\n";
-        break;
-      case '\r':
-        escaped += "\\r";
-        break;
-      case '\\':
-        escaped += "\\\\";
-        break;
-      default:
-        escaped += c;
-    }
+    const std::size_t special = kSpecial.find(c);
+    escaped += special == std::string_view::npos ? std::string(1, c) : std::string{'\\', "tnr\\"[special]};
   }
   return escaped;
 }
@@ -89,9 +76,7 @@ std::filesystem::path Folder() {
 }
 
 std::string Read(const std::filesystem::path& path) {
-  if (path.extension() == ".gz") return Unpack(path);
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  return path.extension() == ".gz" ? Unpack(path) : test::ReadFile(path);
 }
 
 std::string ReadOurs(const std::string& name) {

@@ -3,56 +3,48 @@
 #include "logview/CRGBColorINI.h"
 #include "logview/CTDBGColumnsINI.h"
 #include "tests/logview/LogviewFakes.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::logview {
 namespace {
 
 TEST(CRGBColorINI, ReadsColoursAndNeverOverflows) {
   constexpr Color kFallback = 0x80000013;
-  const struct {
-    const char* stored;
-    Color expected;
-  } cases[] = {{"", kFallback},
-               {"R=255;G=255;B=0", 0x00FFFF},
-               {"R=1,G=2,B=3", 0x030201},
-               {"R=1G=2B=3", 0x030201},
-               {"B=3 G=2 R=1", 0x030201},
-               {"R=255;G=255", kFallback},
-               {"r=1;g=2;b=3", kFallback},
-               {"R=999;G=0;B=0", 0x0000FF},
-               {"R=0;G=0;B=99999999999999999999999999", 0xFF0000},
-               {"R=;G=x;B=7", 0x070000},
-               {"R=-5;G=0;B=0", 0x000000},
-               {"red", kFallback}};
+  const Table<const char*, Color> cases = {{"", kFallback},
+                                           {"R=255;G=255;B=0", 0x00FFFF},
+                                           {"R=1,G=2,B=3", 0x030201},
+                                           {"R=1G=2B=3", 0x030201},
+                                           {"B=3 G=2 R=1", 0x030201},
+                                           {"R=255;G=255", kFallback},
+                                           {"r=1;g=2;b=3", kFallback},
+                                           {"R=999;G=0;B=0", 0x0000FF},
+                                           {"R=0;G=0;B=99999999999999999999999999", 0xFF0000},
+                                           {"R=;G=x;B=7", 0x070000},
+                                           {"R=-5;G=0;B=0", 0x000000},
+                                           {"red", kFallback}};
   FakeSettings settings;
   CRGBColorINI colors(settings);
   colors.SetIniFile("varnlog.ini");
   colors.SetSection("GridColors");
-  for (const auto& row : cases) {
-    settings.values[{"GridColors", "EditForeColor"}] = row.stored;
-    EXPECT_EQ(colors.RestoreColor("EditForeColor", kFallback), row.expected) << row.stored;
+  for (const auto& [stored, expected] : cases) {
+    settings.values[{"GridColors", "EditForeColor"}] = stored;
+    EXPECT_EQ(colors.RestoreColor("EditForeColor", kFallback), expected) << stored;
   }
 }
 
 TEST(GridColors, ComeFromTheirOwnKeysOrAreTheDefaults) {
   FakeSettings settings;
-  const GridColors unset = LoadGridColors(settings, "varnlog.ini");
-  EXPECT_EQ(unset.lockedBack, 0x80000013U);
-  EXPECT_EQ(unset.lockedFore, 0U);
-  EXPECT_EQ(unset.editFore, 0xFF0000U);
-  EXPECT_EQ(unset.editBack, 0xFFFFFFU);
-  EXPECT_EQ(unset.noneEditBack, 65535U);
-  settings.values[{"GridColors", "LockedBackColor"}] = "R=1;G=0;B=0";
-  settings.values[{"GridColors", "LockedForeColor"}] = "R=2;G=0;B=0";
-  settings.values[{"GridColors", "EditForeColor"}] = "R=3;G=0;B=0";
-  settings.values[{"GridColors", "EditBackColor"}] = "R=4;G=0;B=0";
-  settings.values[{"GridColors", "NoneEditBackColor"}] = "R=5;G=0;B=0";
-  const GridColors colors = LoadGridColors(settings, "varnlog.ini");
-  EXPECT_EQ(colors.lockedBack, 1U);
-  EXPECT_EQ(colors.lockedFore, 2U);
-  EXPECT_EQ(colors.editFore, 3U);
-  EXPECT_EQ(colors.editBack, 4U);
-  EXPECT_EQ(colors.noneEditBack, 5U);
+  const auto loaded = [&] {
+    const GridColors colors = LoadGridColors(settings, "varnlog.ini");
+    return std::vector{colors.lockedBack, colors.lockedFore, colors.editFore, colors.editBack,
+                       colors.noneEditBack};
+  };
+  EXPECT_EQ(loaded(), (std::vector<Color>{0x80000013, 0, 0xFF0000, 0xFFFFFF, 65535}));
+  int red = 0;
+  for (const char* key :
+       {"LockedBackColor", "LockedForeColor", "EditForeColor", "EditBackColor", "NoneEditBackColor"})
+    settings.values[{"GridColors", key}] = "R=" + std::to_string(++red) + ";G=0;B=0";
+  EXPECT_EQ(loaded(), (std::vector<Color>{1, 2, 3, 4, 5}));
 }
 
 class FakeGrid final : public ColumnWidths {
@@ -101,11 +93,7 @@ TEST_F(ColumnWidthsTest, RestoresWhatIsThereAndLeavesTheRest) {
   const std::vector<int> twelve(12, 5);
   std::vector<int> eleventhOnly = twelve;
   eleventhOnly[11] = 77;
-  const struct {
-    std::string stored;
-    std::vector<int> widths;
-    std::vector<int> expected;
-  } cases[] = {
+  const Table<std::string, std::vector<int>, std::vector<int>> cases = {
       {"", {1, 2, 3}, {1, 2, 3}},
       {"W1=9;", {1, 2, 3}, {1, 9, 3}},
       {"W2=7;W0=8", {1, 2, 3}, {8, 2, 7}},
@@ -113,9 +101,9 @@ TEST_F(ColumnWidthsTest, RestoresWhatIsThereAndLeavesTheRest) {
       {"W5=4;W1=9;W77=1;", {1, 2, 3}, {1, 9, 3}},
       {"w1=9;W1 =9;", {1, 2, 3}, {1, 2, 3}},
       {"W0=;W1=x;W2=-4;", {1, 2, 3}, {1, 2, 3}},
-      {"W0=1000000;W1=99999999999999999999;W2=0;", {1, 2, 3}, {100'000, 100'000, 0}},
-  };
-  for (const auto& row : cases) EXPECT_EQ(Restored(row.stored, row.widths), row.expected) << row.stored;
+      {"W0=1000000;W1=99999999999999999999;W2=0;", {1, 2, 3}, {100'000, 100'000, 0}}};
+  for (const auto& [stored, widths, expected] : cases)
+    EXPECT_EQ(Restored(stored, widths), expected) << stored;
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "core/SettingsStore.h"
-#include "intake/CodeMappings.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/FakeToothScheme.h"
 #include "tests/support/FakeUser.h"
 
 namespace varnlog::logview {
@@ -19,15 +19,6 @@ struct FakeTexts : test::FakeTexts {
                          {"RC_PREGUNKNOWN", "unbekannt"},
                          {"RC_REPEAT", "Wiederholung"},
                          {"RC_ND", "nicht diagnostisch"}}) {}
-};
-
-class FakeToothScheme final : public intake::ToothScheme {
- public:
-  explicit FakeToothScheme(bool isUS = false) : isUS_(isUS) {}
-  [[nodiscard]] bool SchemeUS() const override { return isUS_; }
-
- private:
-  bool isUS_;
 };
 
 /// One INI file in memory.
@@ -51,6 +42,7 @@ class FakeSettings final : public core::SettingsStore {
   }
 };
 
+using test::FakeToothScheme;
 using test::FakeUser;
 
 }  // namespace varnlog::logview

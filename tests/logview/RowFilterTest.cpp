@@ -2,6 +2,7 @@
 
 #include "logview/RowFilter.h"
 #include "tests/logview/LogFixture.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::logview {
 namespace {
@@ -40,27 +41,23 @@ class RowFilterTest : public LogFixture {
 };
 
 TEST_F(RowFilterTest, FindsEachWordInWhatTheRowShows) {
-  const struct {
-    const char* text;
-    bool accentsMatter;
-    std::vector<std::int64_t> rows;
-  } cases[] = {{"müller", true, {1, 3}},
-               {"MULLER", true, {2'000'000'000}},
-               {"muller", false, {1, 3, 2'000'000'000}},
-               {"sorens", false, {3}},
-               {"sorens", true, {}},
-               {"weiss", true, {1}},
-               {"Müller, Käthe *01.02.1960", true, {1}},
-               {"käthe müll", true, {1}},
-               {"müller sør", true, {3}},
-               {"[*]", true, {3}},
-               {"48", true, {1}},
-               {"P8", true, {}},
-               {"  ", true, {1, 3, 4, 2'000'000'000}}};
+  const Table<const char*, bool, std::vector<std::int64_t>> cases = {{"müller", true, {1, 3}},
+                                                                     {"MULLER", true, {2'000'000'000}},
+                                                                     {"muller", false, {1, 3, 2'000'000'000}},
+                                                                     {"sorens", false, {3}},
+                                                                     {"sorens", true, {}},
+                                                                     {"weiss", true, {1}},
+                                                                     {"Müller, Käthe *01.02.1960", true, {1}},
+                                                                     {"käthe müll", true, {1}},
+                                                                     {"müller sør", true, {3}},
+                                                                     {"[*]", true, {3}},
+                                                                     {"48", true, {1}},
+                                                                     {"P8", true, {}},
+                                                                     {"  ", true, {1, 3, 4, 2'000'000'000}}};
   RowFilter filter = Filter(fdi_);
-  for (const auto& row : cases) {
-    filter.SetQuery({row.text, row.accentsMatter});
-    EXPECT_EQ(Shown(filter), row.rows) << row.text;
+  for (const auto& [text, accentsMatter, rows] : cases) {
+    filter.SetQuery({text, accentsMatter});
+    EXPECT_EQ(Shown(filter), rows) << text;
   }
   RowFilter american = Filter(us_);
   american.SetQuery({"32"});

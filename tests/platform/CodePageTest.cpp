@@ -3,37 +3,23 @@
 #include <gtest/gtest.h>
 
 #include "platform/CodePage.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::platform {
 namespace {
 
 TEST(CodePage, ReadsNamesAsTheSuiteWritesThem) {
-  struct Row {
-    int page;
-    std::string bytes;
-    std::string text;
-  };
-  const Row rows[] = {
-      {850,
-       "M\x81ller-L\x81"
-       "denscheidt, Ren\x82",
-       "Müller-Lüdenscheidt, René"},
-      {850,
-       "Gr\x94\xE1"
-       "e",
-       "Größe"},
+  const Table<int, std::string, std::string> rows = {
+      {850, "M\201ller-L\201denscheidt, Ren\202", "Müller-Lüdenscheidt, René"},
+      {850, "Gr\224\341e", "Größe"},
       {866, "\x88\xA2\xA0\xAD\xAE\xA2", "Иванов"},
-      {1252,
-       "\x80 Stra\xDF"
-       "e",
-       "€ Straße"},
+      {1252, "\200 Stra\337e", "€ Straße"},
       {1251, "\xC8\xE2\xE0\xED\xEE\xE2", "Иванов"},
-      {437, "\x84\x94\x81", "äöü"},
-  };
-  for (const Row& row : rows) {
-    const CodePage page(row.page);
-    EXPECT_EQ(page.ToUtf8(row.bytes), row.text) << row.page;
-    EXPECT_EQ(page.FromUtf8(row.text), row.bytes) << row.page;
+      {437, "\x84\x94\x81", "äöü"}};
+  for (const auto& [number, bytes, text] : rows) {
+    const CodePage page(number);
+    EXPECT_EQ(page.ToUtf8(bytes), text) << number;
+    EXPECT_EQ(page.FromUtf8(text), bytes) << number;
   }
 }
 
@@ -66,12 +52,7 @@ TEST(CodePage, RefusesPagesItCannotHold) {
 }
 
 TEST(Utf8, TellsWellFormedFromMalformed) {
-  struct Row {
-    std::string bytes;
-    bool wellFormed;
-    std::size_t characters;
-  };
-  const Row rows[] = {
+  const Table<std::string, bool, std::size_t> rows = {
       {"", true, 0},
       {"plain text that is longer than one word of the machine", true, 54},
       {"Zähne 歯 🦷", true, 9},
@@ -83,11 +64,10 @@ TEST(Utf8, TellsWellFormedFromMalformed) {
       {"\x80", false, 1},              // tail without a head
       {"abcdefgh\xC3", false, 9},      // cut in two
       {"\xE2\x82", false, 2},          // cut in three
-      {"\xFF\xFE", false, 2},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(IsUtf8(row.bytes), row.wellFormed) << testing::PrintToString(row.bytes);
-    EXPECT_EQ(CharacterCount(row.bytes), row.characters) << testing::PrintToString(row.bytes);
+      {"\xFF\xFE", false, 2}};
+  for (const auto& [bytes, wellFormed, characters] : rows) {
+    EXPECT_EQ(IsUtf8(bytes), wellFormed) << testing::PrintToString(bytes);
+    EXPECT_EQ(CharacterCount(bytes), characters) << testing::PrintToString(bytes);
   }
 }
 

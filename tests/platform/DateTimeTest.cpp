@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/DateTime.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::platform {
 namespace {
@@ -29,42 +30,31 @@ TEST(DateTime, KeepsEveryDayOfItsCalendar) {
 }
 
 TEST(DateTime, KnowsDaysThatAreInNoCalendar) {
-  struct Row {
-    int year, month, day, hour, minute, second;
-    bool valid;
-  };
-  const Row rows[] = {
+  const Table<int, int, int, int, int, int, bool> rows = {
       {2000, 2, 29, 0, 0, 0, true},  {1900, 2, 29, 0, 0, 0, false},    {2024, 2, 30, 0, 0, 0, false},
       {2023, 4, 31, 0, 0, 0, false}, {2023, 13, 1, 0, 0, 0, false},    {2023, 0, 1, 0, 0, 0, false},
       {99, 12, 31, 0, 0, 0, false},  {9999, 12, 31, 23, 59, 59, true}, {10000, 1, 1, 0, 0, 0, false},
-      {2023, 1, 1, 24, 0, 0, false}, {2023, 1, 1, 0, 60, 0, false},    {2023, 1, 1, 0, 0, -1, false},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(DateTime::FromCivil(row.year, row.month, row.day, row.hour, row.minute, row.second).has_value(),
-              row.valid)
-        << row.year << '-' << row.month << '-' << row.day << ' ' << row.hour << ':' << row.minute;
+      {2023, 1, 1, 24, 0, 0, false}, {2023, 1, 1, 0, 60, 0, false},    {2023, 1, 1, 0, 0, -1, false}};
+  for (const auto& [year, month, day, hour, minute, second, valid] : rows) {
+    EXPECT_EQ(DateTime::FromCivil(year, month, day, hour, minute, second).has_value(), valid)
+        << year << '-' << month << '-' << day << ' ' << hour << ':' << minute;
   }
 }
 
 TEST(DateTime, CarriesOverflowingPartsLikeTheCalendar) {
-  struct Row {
-    int year, month, day;
-    const char* expected;
-  };
-  const Row rows[] = {
+  const Table<int, int, int, const char*> rows = {
       {2001, 2, 31, "2001-03-03 00:00:00"}, {2001, 13, 1, "2002-01-01 00:00:00"},
       {2001, 0, 1, "2000-12-01 00:00:00"},  {2001, -11, 1, "2000-01-01 00:00:00"},
-      {2001, 3, 0, "2001-02-28 00:00:00"},  {2001, 3, -365, "2000-02-29 00:00:00"},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(DateTime::FromSerial(row.year, row.month, row.day).ToIso(), row.expected);
+      {2001, 3, 0, "2001-02-28 00:00:00"},  {2001, 3, -365, "2000-02-29 00:00:00"}};
+  for (const auto& [year, month, day, expected] : rows) {
+    EXPECT_EQ(DateTime::FromSerial(year, month, day).ToIso(), expected);
   }
   EXPECT_FALSE(DateTime::FromSerial(99, 12, 31).IsSet());
   EXPECT_FALSE(DateTime::FromSerial(9999, 12, 32).IsSet());
   EXPECT_FALSE(DateTime::FromSerial(2'000'000'000, 2'000'000'000, 2'000'000'000).IsSet());
 }
 
-TEST(DateTime, ReadsBackWhatItWrites) {
+TEST(DateTime, ReadsBackWhatItWritesAndNothingElse) {
   for (const char* text : {"1879-12-31 23:59:59", "1899-12-29 00:00:01", "1899-12-30 00:00:01",
                            "0100-01-01 00:00:00", "9999-12-31 23:59:59", "2024-02-29 12:34:56"}) {
     const auto read = DateTime::FromIso(text);
@@ -72,9 +62,6 @@ TEST(DateTime, ReadsBackWhatItWrites) {
     EXPECT_EQ(read->ToIso(), text);
   }
   EXPECT_EQ(DateTime::FromIso("2024-02-29"), DateTime::FromCivil(2024, 2, 29));
-}
-
-TEST(DateTime, RefusesEverythingElseAsIso) {
   for (const char* text :
        {"", "2024", "2024-02-30", "2024-2-29", "2024/02/29", "2024-02-29T12:34:56", "2024-02-29 12:34",
         "2024-02-29 24:00:00", "2024-02-29 12:34:5x", "+024-02-29", "2024-02-29 12:34:56 "}) {

@@ -50,7 +50,7 @@ int TryPlainLock(const fs::path& path, off_t offset, off_t length) {
   return test::Child([&] { return TakePlainLock(open(path.c_str(), O_RDWR), offset, length); }).Wait();
 }
 
-TEST_F(Files, ReadsAWholeFileUpToALimit) {
+TEST_F(Files, ReadsAWholeFileUpToALimitOrSaysWhyNot) {
   const fs::path path = Holding("zehn", "0123456789");
   std::error_code error;
   EXPECT_EQ(ReadWholeFile(path, error, 10), "0123456789");
@@ -60,10 +60,6 @@ TEST_F(Files, ReadsAWholeFileUpToALimit) {
   EXPECT_EQ(error, std::errc::file_too_large);
   const std::string large(3'000'000, 'x');
   EXPECT_EQ(Content(Holding("groß", large)), large);
-}
-
-TEST_F(Files, SaysWhyAFileCannotBeRead) {
-  std::error_code error;
   EXPECT_EQ(ReadWholeFile(folder_ / "fehlt", error), std::nullopt);
   EXPECT_EQ(error, std::errc::no_such_file_or_directory);
   EXPECT_EQ(ReadWholeFile(folder_.Path(), error), std::nullopt);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/ShortDate.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::platform {
 namespace {
@@ -11,19 +12,14 @@ namespace {
 const DateTime kFirstOfMay = DateTime::FromIso("1960-05-01 07:08:09").value();
 
 TEST(ShortDate, WritesTheLocalesFormWithAWholeYear) {
-  struct Row {
-    const char* pattern;
-    const char* expected;
-  };
-  const Row rows[] = {
+  const Table<const char*, const char*> rows = {
       {"dd.MM.yy", "01.05.1960"}, {"M/d/yy", "5/1/1960"},         {"y-MM-dd", "1960-05-01"},
       {"dd/MM/y", "01/05/1960"},  {"d-M-yy", "1-5-1960"},         {"d.MM.yy 'г'.", "1.5.1960"},
       {"yy. M. d.", "1960.5.1"},  {"dd.MM.y 'г'.", "01.05.1960"}, {"'d'dd/MM/yyyy", "01/05/1960"},
       {"", "01.05.1960"},         {"MMMM", "01.05.1960"},         {"yy/dd/MM", "01.05.1960"},
-      {"ddMMyy", "01.05.1960"},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(ShortDate::FromPattern(row.pattern).Format(kFirstOfMay), row.expected) << row.pattern;
+      {"ddMMyy", "01.05.1960"}};
+  for (const auto& [pattern, expected] : rows) {
+    EXPECT_EQ(ShortDate::FromPattern(pattern).Format(kFirstOfMay), expected) << pattern;
   }
 }
 
@@ -39,22 +35,16 @@ TEST(ShortDate, ReadsWhatPeopleType) {
   const ShortDate german;
   const ShortDate american = ShortDate::FromPattern("M/d/yy");
   const ShortDate iso = ShortDate::FromPattern("y-MM-dd");
-  struct Row {
-    const ShortDate& form;
-    const char* text;
-    const char* expected;
-  };
-  const Row rows[] = {
+  const Table<const ShortDate&, const char*, const char*> rows = {
       {german, "1.5.1960", "1960-05-01 00:00:00"},           {german, "  01/05/60 ", "1960-05-01 00:00:00"},
       {german, "01-05-29", "2029-05-01 00:00:00"},           {german, "01-05-30", "1930-05-01 00:00:00"},
       {german, "1960-05-01", "1960-05-01 00:00:00"},         {german, "1.5.1960 7:08", "1960-05-01 07:08:00"},
       {german, "1.5.1960  07:08:09", "1960-05-01 07:08:09"}, {american, "5/1/1960", "1960-05-01 00:00:00"},
-      {american, "1960-05-01", "1960-05-01 00:00:00"},       {iso, "60-5-1", "1960-05-01 00:00:00"},
-  };
-  for (const Row& row : rows) {
-    const auto date = row.form.Parse(row.text);
-    ASSERT_TRUE(date) << row.text;
-    EXPECT_EQ(date->ToIso(), row.expected) << row.text;
+      {american, "1960-05-01", "1960-05-01 00:00:00"},       {iso, "60-5-1", "1960-05-01 00:00:00"}};
+  for (const auto& [form, text, expected] : rows) {
+    const auto date = form.Parse(text);
+    ASSERT_TRUE(date) << text;
+    EXPECT_EQ(date->ToIso(), expected) << text;
   }
 }
 
@@ -96,27 +86,23 @@ class SystemLocale : public testing::Test {
 };
 
 TEST_F(SystemLocale, GivesTheForm) {
-  struct Row {
-    const char* locale;
-    const char* expected;
-  };
-  const Row rows[] = {{"de_DE.UTF-8", "01.05.1960"},
-                      {"en_US.UTF-8", "5/1/1960"},
-                      {"en_GB", "01/05/1960"},
-                      {"nl_NL.UTF-8", "01-05-1960"},
-                      {"sv_SE@euro", "1960-05-01"},
-                      {"fr_CH.UTF-8", "01.05.1960"},
-                      {"ru_RU.UTF-8", "01.05.1960"},
-                      {"th_TH.UTF-8", "1/5/1960"},
-                      {"C", "01.05.1960"},
-                      {"C.UTF-8", "01.05.1960"},
-                      {"POSIX", "01.05.1960"},
-                      {"xx_YY.UTF-8", "01.05.1960"},
-                      {"", "01.05.1960"},
-                      {"%%%/../..", "01.05.1960"}};
-  for (const Row& row : rows) {
-    setenv("LANG", row.locale, 1);
-    EXPECT_EQ(ShortDate::FromSystem().Format(kFirstOfMay), row.expected) << row.locale;
+  const Table<const char*, const char*> rows = {{"de_DE.UTF-8", "01.05.1960"},
+                                                {"en_US.UTF-8", "5/1/1960"},
+                                                {"en_GB", "01/05/1960"},
+                                                {"nl_NL.UTF-8", "01-05-1960"},
+                                                {"sv_SE@euro", "1960-05-01"},
+                                                {"fr_CH.UTF-8", "01.05.1960"},
+                                                {"ru_RU.UTF-8", "01.05.1960"},
+                                                {"th_TH.UTF-8", "1/5/1960"},
+                                                {"C", "01.05.1960"},
+                                                {"C.UTF-8", "01.05.1960"},
+                                                {"POSIX", "01.05.1960"},
+                                                {"xx_YY.UTF-8", "01.05.1960"},
+                                                {"", "01.05.1960"},
+                                                {"%%%/../..", "01.05.1960"}};
+  for (const auto& [locale, expected] : rows) {
+    setenv("LANG", locale, 1);
+    EXPECT_EQ(ShortDate::FromSystem().Format(kFirstOfMay), expected) << locale;
   }
 }
 

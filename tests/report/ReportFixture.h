@@ -42,6 +42,7 @@ class LogFile : protected test::LogFolder {
   /// All rows in the order in which they were added.
   [[nodiscard]] std::unique_ptr<dao::Recordset> Rows();
   [[nodiscard]] const std::filesystem::path& Folder() const { return folder_.Path(); }
+  [[nodiscard]] std::vector<std::string> Names() const { return folder_.Names(); }
 
  private:
   std::shared_ptr<dao::Database> database_;

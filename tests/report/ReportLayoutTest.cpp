@@ -33,6 +33,12 @@ class ReportLayoutTest : public testing::Test {
     return DrawPages();
   }
 
+  /// Other rows, or another state of the log, in the same design.
+  std::vector<Drawing> DrawAnew(const LaterEntriesOf& entriesOf = {}) {
+    layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, area_, entriesOf);
+    return Draw();
+  }
+
   std::vector<Drawing> DrawPages() {
     std::vector<Drawing> pages(static_cast<std::size_t>(layout_->PageCount()));
     for (int page = 1; page <= layout_->PageCount(); ++page)
@@ -142,8 +148,7 @@ TEST_F(ReportLayoutTest, AFullPagePutsTheCountOnAPageOfItsOwn) {
   LogFile fullLog;
   fullLog.Add({}, static_cast<int>(full));
   rows_ = fullLog.Rows();
-  layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
-  const std::vector<Drawing> pages = Draw();
+  const std::vector<Drawing> pages = DrawAnew();
   ASSERT_EQ(pages.size(), 2U);
   EXPECT_EQ(Numbers(pages[0]).size(), full);
   EXPECT_TRUE(Numbers(pages[1]).empty());
@@ -161,11 +166,9 @@ TEST_F(ReportLayoutTest, TheStateOfTheLogMovesNothingToAnotherPage) {
     some.Add({}, rows);
     Begin();
     rows_ = some.Rows();
-    layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
-    const std::vector<Drawing> without = Draw();
+    const std::vector<Drawing> without = DrawAnew();
     job_->report.SetLogState(texts, {"7-ABCDE-X", 50});
-    layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
-    const std::vector<Drawing> with = Draw();
+    const std::vector<Drawing> with = DrawAnew();
     ASSERT_GE(with.size(), without.size());
     EXPECT_TRUE(with.back().Has("7-ABCDE-X")) << rows;
     for (std::size_t page = 0; page < without.size(); ++page)
@@ -186,10 +189,9 @@ TEST_F(ReportLayoutTest, LaterEntriesStandBelowTheirRowFromPageToPage) {
     return entries;
   };
   Begin();
-  layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4, entriesOf);
   std::vector<std::string> drawn;
   std::size_t numbers = 0;
-  for (const Drawing& page : Draw()) {
+  for (const Drawing& page : DrawAnew(entriesOf)) {
     numbers += Numbers(page).size();
     for (const Drawing::Text& text : page.texts)
       if (text.text.starts_with("XI") && text.text != "XI") drawn.push_back(text.text);
@@ -216,17 +218,6 @@ TEST_F(ReportLayoutTest, RowsChangedWhilePrintingStayOnTheirPage) {
   for (const Drawing& page : drawn) std::ranges::copy(Numbers(page), std::inserter(numbers, numbers.end()));
   EXPECT_EQ(numbers.size(), 99U);
   EXPECT_FALSE(numbers.contains(3));
-}
-
-TEST_F(ReportLayoutTest, StopsWhenTold) {
-  log.Add({}, 2'000);
-  for (const int calls : {1, 2, 4}) {
-    Begin();
-    CountedProgress progress;
-    progress.stopAtCounting = calls;
-    EXPECT_FALSE(layout_->Paginate(progress));
-    EXPECT_EQ(progress.countings, calls);
-  }
 }
 
 TEST_F(ReportLayoutTest, OtherPaperChangesTheColumnsThatStretch) {
@@ -268,8 +259,7 @@ TEST_F(ReportLayoutTest, AFormulaThatCannotBeReadIsNamed) {
       for (ObjectDesign& object : band.objects) object.value = formula;
     }
     try {
-      layout_.emplace(job_->design, job_->report, *rows_, job_->shortDate, *metrics_, kA4);
-      (void)Draw();
+      (void)DrawAnew();
       ADD_FAILURE() << formula << " was accepted";
     } catch (const NamedFormulaError& error) {
       EXPECT_EQ(error.name(), formula);

@@ -3,6 +3,7 @@
 
 #include "platform/CodePage.h"
 #include "report/TextWrap.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::report {
 namespace {
@@ -18,61 +19,42 @@ class PointMetrics final : public TextMetrics {
   [[nodiscard]] bool IsRightToLeft(std::string_view) const override { return false; }
 };
 
-struct Row {
-  std::string text;
-  int width;
-  int lines;
-  std::vector<std::string> wrapped;
-};
+using Cases = Table<const char*, int, int, std::vector<std::string>>;
 
-void PrintTo(const Row& row, std::ostream* out) {
-  *out << '"' << row.text << "\" in " << row.width << " by " << row.lines;
+/// Each text in its room: width, lines, and how it is wrapped.
+void ExpectWrapped(const Cases& cases) {
+  for (const auto& [text, width, lines, wrapped] : cases)
+    EXPECT_THAT(WrapText(text, {static_cast<double>(width), 0, lines}, PointMetrics()),
+                ElementsAreArray(wrapped))
+        << text << " in " << width << " by " << lines;
 }
 
 TEST(TextWrapTest, BreaksWhereAReaderWould) {
-  const Row rows[] = {
-      {"kurz", 10, 3, {"kurz"}},
-      {"", 10, 3, {""}},
-      {"eins zwei drei", 9, 3, {"eins zwei", "drei"}},
-      {"eins zwei drei", 8, 3, {"eins", "zwei", "drei"}},
-      {"eins   zwei", 5, 3, {"eins", "zwei"}},
-      {"Meier-Müller", 8, 3, {"Meier-", "Müller"}},
-      {"am 1999-03-02", 10, 3, {"am", "1999-03-02"}},
-      {"oben/unten", 6, 3, {"oben/", "unten"}},
-      {"äöüßäöüß", 3, 4, {"äöü", "ßäö", "üß"}},
-      {"漢字漢字漢", 2, 4, {"漢字", "漢字", "漢"}},
-      {"eins\rzwei\r\ndrei\nvier", 9, 9, {"eins", "zwei", "drei", "vier"}},
-      {"eins\r\r\n\n  \rzwei\n", 9, 9, {"eins", "zwei"}},
-      {"a\tb\x01"
-       "c",
-       9,
-       9,
-       {"a b c"}},
-  };
-  for (const Row& row : rows) {
-    const TextRoom room{static_cast<double>(row.width), 0, row.lines};
-    EXPECT_THAT(WrapText(row.text, room, PointMetrics()), ElementsAreArray(row.wrapped))
-        << testing::PrintToString(row);
-  }
+  ExpectWrapped({{"kurz", 10, 3, {"kurz"}},
+                 {"", 10, 3, {""}},
+                 {"eins zwei drei", 9, 3, {"eins zwei", "drei"}},
+                 {"eins zwei drei", 8, 3, {"eins", "zwei", "drei"}},
+                 {"eins   zwei", 5, 3, {"eins", "zwei"}},
+                 {"Meier-Müller", 8, 3, {"Meier-", "Müller"}},
+                 {"am 1999-03-02", 10, 3, {"am", "1999-03-02"}},
+                 {"oben/unten", 6, 3, {"oben/", "unten"}},
+                 {"äöüßäöüß", 3, 4, {"äöü", "ßäö", "üß"}},
+                 {"漢字漢字漢", 2, 4, {"漢字", "漢字", "漢"}},
+                 {"eins\rzwei\r\ndrei\nvier", 9, 9, {"eins", "zwei", "drei", "vier"}},
+                 {"eins\r\r\n\n  \rzwei\n", 9, 9, {"eins", "zwei"}},
+                 {"a\tb\001c", 9, 9, {"a b c"}}});
 }
 
 TEST(TextWrapTest, SaysWhereItWasCut) {
-  const Row rows[] = {
-      {"eins zwei drei", 9, 1, {"eins zwe…"}},
-      {"eins zwei drei vier", 9, 2, {"eins zwei", "drei vier"}},
-      {"eins zwei drei vier", 8, 2, {"eins", "zwei dr…"}},
-      {"eins\rzwei", 9, 1, {"eins…"}},
-      {"neunneun\rzwei", 8, 1, {"neunneu…"}},
-      {"langeswort", 5, 1, {"lang…"}},
-      {"e\u0301e\u0301e\u0301", 3, 1, {"e\u0301…"}},  // an accent is never parted from its letter
-      {"ab", 0, 1, {"…"}},
-      {"ab", 0, 3, {"a", "b"}},
-  };
-  for (const Row& row : rows) {
-    const TextRoom room{static_cast<double>(row.width), 0, row.lines};
-    EXPECT_THAT(WrapText(row.text, room, PointMetrics()), ElementsAreArray(row.wrapped))
-        << testing::PrintToString(row);
-  }
+  ExpectWrapped({{"eins zwei drei", 9, 1, {"eins zwe…"}},
+                 {"eins zwei drei vier", 9, 2, {"eins zwei", "drei vier"}},
+                 {"eins zwei drei vier", 8, 2, {"eins", "zwei dr…"}},
+                 {"eins\rzwei", 9, 1, {"eins…"}},
+                 {"neunneun\rzwei", 8, 1, {"neunneu…"}},
+                 {"langeswort", 5, 1, {"lang…"}},
+                 {"e\u0301e\u0301e\u0301", 3, 1, {"e\u0301…"}},  // an accent is never parted from its letter
+                 {"ab", 0, 1, {"…"}},
+                 {"ab", 0, 3, {"a", "b"}}});
 }
 
 TEST(TextWrapTest, ATextThatBreaksItselfDoesNotFitOneLine) {

@@ -3,6 +3,7 @@
 #include "report/Formula.h"
 #include "report/dsrResults.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::report {
 namespace {
@@ -10,25 +11,14 @@ namespace {
 using platform::DateTime;
 using platform::ShortDate;
 
-class QuotingTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey) const override { return "\"ja\" {dao.x}"; }
-};
-
 TEST(DateOrderTest, IsReadFromTheSystemsOwnDates) {
-  struct Row {
-    const char* today;
-    const char* second;
-    const char* picture;
-  };
-  const Row rows[] = {
+  const Table<const char*, const char*, const char*> rows = {
       {"09.02.2024", "02.03.1999", "d.M.yyyy"}, {"2/9/2024", "3/2/1999", "M/d/yyyy"},
       {"2/9/24", "3/2/99", "M/d/yy"},           {"2024-02-09", "1999-03-02", "yyyy-M-d"},
       {"9-2-2024", "2-3-1999", "d-M-yyyy"},     {"9Feb2024", "2Mar1999", ""},
-      {"20240209", "19990302", "yyyy/M/d"},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(BirthDatePicture(ReadDateOrder(row.today, row.second)), row.picture) << row.second;
+      {"20240209", "19990302", "yyyy/M/d"}};
+  for (const auto& [today, second, picture] : rows) {
+    EXPECT_EQ(BirthDatePicture(ReadDateOrder(today, second)), picture) << second;
   }
 }
 
@@ -57,7 +47,7 @@ TEST(dsrResultsTest, InitialisationWritesTheFiveFormulaTexts) {
 }
 
 TEST(dsrResultsTest, AQuoteInATextDoesNotEndTheFormula) {
-  const QuotingTexts texts;
+  const test::FakeTexts texts({}, " \"ja\" {dao.x}");
   const dsrResults report(texts, "", *DateTime::FromCivil(2024, 2, 9), ShortDate());
   for (const char* name : {"pregnancy", "diagRetry", "printed", "pages"}) {
     EXPECT_NO_THROW(Formula{*report.FormulaText(name)}) << name;

@@ -1,15 +1,13 @@
-#include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <random>
 #include <set>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
 #include "db/dao/TableScan.h"
 #include "seals/Canonical.h"
 #include "tests/seals/SealedLog.h"
+#include "tests/support/Child.h"
 
 namespace varnlog::seals {
 namespace {
@@ -17,11 +15,11 @@ namespace {
 class KilledEntryTest : public SealedLog {
  protected:
   /// A run of the program of its own: enters, corrects and closes until it is killed. Says when it begins.
-  [[noreturn]] void WorksUntilKilled(unsigned seed, int begun) {
+  [[noreturn]] void WorksUntilKilled(unsigned seed, const std::filesystem::path& begun) {
     std::minstd_rand random(seed);
     author_.run = platform::CurrentAuthor().run;
     Opens();
-    EXPECT_EQ(write(begun, "!", 1), 1);
+    test::WriteFile(begun, "!");
     std::set<std::pair<std::int64_t, std::string>> entered;
     for (;;) {
       // Among the newest, every other of which is open at first: there are open ones in every round.
@@ -45,21 +43,13 @@ class KilledEntryTest : public SealedLog {
 
   void RunsAndIsKilledAfter(useconds_t microseconds, unsigned seed) {
     log_->Close();
-    int begun[2] = {-1, -1};
-    ASSERT_EQ(pipe(begun), 0);
-    const pid_t child = fork();
-    if (child == 0) WorksUntilKilled(seed, begun[1]);
-    char sign = 0;
+    const std::filesystem::path begun = folder_ / "begun";
+    std::filesystem::remove(begun);
+    test::Child run([&]() -> int { WorksUntilKilled(seed, begun); });
     // Some are killed while they open the log.
-    if (seed % 8 != 0) {
-      EXPECT_EQ(read(begun[0], &sign, 1), 1);
-    }
+    while (seed % 8 != 0 && !std::filesystem::exists(begun)) usleep(1000);
     usleep(microseconds);
-    close(begun[0]);
-    close(begun[1]);
-    kill(child, SIGKILL);
-    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    run.Kill();
   }
 
   /// Fields that somebody entered and that are still open.

@@ -9,6 +9,7 @@
 #include "start/StartUp.h"
 #include "tests/start/AppFixture.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::start {
 namespace {
@@ -50,24 +51,19 @@ class RepairLogTest : public testing::Test {
 };
 
 TEST_F(RepairLogTest, WhatALogLacksIsFoundAndPutBackWhereItCanBe) {
-  struct Case {
-    const char* statement;
-    const char* finding;
-    std::vector<std::string> restored;
-  };
   MakeLog(3);
   EXPECT_THAT(Check(), IsEmpty());
   EXPECT_TRUE(Repair().IsWhole());
   const auto indexes = Open()->TableDefs("TXray").Indexes();
-  for (const auto& [statement, finding, restored] :
-       {Case{"DROP INDEX iXRayTs", "iXRayTs", {"iXRayTs"}},
-        {"DROP INDEX iXRayIdent; CREATE INDEX iXRayIdent ON TXray (tXraySName)",
-         "iXRayIdent",
-         {"iXRayIdent"}},
-        {"DELETE FROM TConfig WHERE tCfgSKey = 'DBVersion'", "DBVersion", {"DBVersion"}},
-        {"DROP TABLE TConfig", "TConfig", {"TConfig", "DBVersion"}},
-        {"DROP TRIGGER rXrayChange; ALTER TABLE TXray DROP COLUMN tXraySRegio", "tXraySRegio", {}},
-        {"DROP TABLE TXray", "TXray", {}}}) {
+  for (const auto& [statement, finding, restored] : Table<const char*, const char*, std::vector<std::string>>{
+           {"DROP INDEX iXRayTs", "iXRayTs", {"iXRayTs"}},
+           {"DROP INDEX iXRayIdent; CREATE INDEX iXRayIdent ON TXray (tXraySName)",
+            "iXRayIdent",
+            {"iXRayIdent"}},
+           {"DELETE FROM TConfig WHERE tCfgSKey = 'DBVersion'", "DBVersion", {"DBVersion"}},
+           {"DROP TABLE TConfig", "TConfig", {"TConfig", "DBVersion"}},
+           {"DROP TRIGGER rXrayChange; ALTER TABLE TXray DROP COLUMN tXraySRegio", "tXraySRegio", {}},
+           {"DROP TABLE TXray", "TXray", {}}}) {
     MakeLog(3, statement);
     EXPECT_THAT(Check(), ElementsAre(HasSubstr(finding))) << statement;
     const LogRepair repair = Repair();

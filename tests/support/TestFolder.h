@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,8 +18,10 @@ namespace varnlog::test {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// Throws when that is not possible.
 inline void WriteFile(const std::filesystem::path& path, std::string_view bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
+  if (!(std::ofstream(path, std::ios::binary) << bytes << std::flush))
+    throw std::runtime_error("cannot write " + path.string());
 }
 
 inline void AppendFile(const std::filesystem::path& path, std::string_view bytes) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/Table.h"
 #include "tools/make_databases/TextTable.h"
 
 namespace varnlog::tools {
@@ -20,19 +21,16 @@ TEST(TextTableTest, ReadsAKeyAndSevenTextsALine) {
 
 TEST(TextTableTest, NamesTheLineThatIsWrong) {
   const std::string good = "A_B\t1\t2\t3\t4\t5\t6\t7\n";
-  struct Case {
-    std::string content;
-    const char* says;
-  };
-  for (const auto& [content, says] : {Case{"", "line 1"},
-                                      {"key\tD\tGB\n", "line 1"},
-                                      {kHeading + good + "A_C\t1\t2\n", "line 3: 3 columns"},
-                                      {kHeading + "A_B\t1\t2\t3\t4\t5\t6\t7\t8\n", "line 2: 9 columns"},
-                                      {kHeading + "a_b\t1\t2\t3\t4\t5\t6\t7\n", "'a_b' is no key"},
-                                      {kHeading + "A_B\t1\t\t3\t4\t5\t6\t7\n", "A_B has no text in GB"},
-                                      {kHeading + good + good, "line 3: A_B is there already"},
-                                      {kHeading + good + "\n" + good, "line 3"},
-                                      {kHeading + "A_B\t1\t2\t3\t4\t5\t6\t\xff\n", "not UTF-8"}}) {
+  for (const auto& [content, says] :
+       Table<std::string, const char*>{{"", "line 1"},
+                                       {"key\tD\tGB\n", "line 1"},
+                                       {kHeading + good + "A_C\t1\t2\n", "line 3: 3 columns"},
+                                       {kHeading + "A_B\t1\t2\t3\t4\t5\t6\t7\t8\n", "line 2: 9 columns"},
+                                       {kHeading + "a_b\t1\t2\t3\t4\t5\t6\t7\n", "'a_b' is no key"},
+                                       {kHeading + "A_B\t1\t\t3\t4\t5\t6\t7\n", "A_B has no text in GB"},
+                                       {kHeading + good + good, "line 3: A_B is there already"},
+                                       {kHeading + good + "\n" + good, "line 3"},
+                                       {kHeading + "A_B\t1\t2\t3\t4\t5\t6\t\xff\n", "not UTF-8"}}) {
     try {
       static_cast<void>(ReadTextTable(content));
       ADD_FAILURE() << "accepted: " << content;

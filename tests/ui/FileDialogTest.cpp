@@ -7,27 +7,24 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
+#include "tests/support/Table.h"
 #include "ui/FileDialog.h"
 
 namespace varnlog::ui::test {
 namespace {
 
 TEST(NameFilters, ComeFromPairsOfTextAndPatterns) {
-  struct Case {
-    const char* filter;
-    QStringList expected;
-  };
-  for (const Case& c : {
-           Case{"Kontrollbuch (*.mdb)|*.mdb|Alle Dateien (*.*)|*.*",
-                {"Kontrollbuch (*.mdb)", "Alle Dateien (*)"}},
-           Case{"Logs|*.mdb;*.md0", {"Logs (*.mdb *.md0)"}},
-           Case{"Журнал|*.mdb", {"Журнал (*.mdb)"}},
-           Case{"Old (Jet 3) files|*.mdb", {"Old (Jet 3) files (*.mdb)"}},
-           Case{"no patterns", {}},
-           Case{"empty||Logs|*.mdb", {"Logs (*.mdb)"}},
-           Case{"", {}},
+  for (const auto& [filter, expected] : Table<const char*, QStringList>{
+           {"Kontrollbuch (*.mdb)|*.mdb|Alle Dateien (*.*)|*.*",
+            {"Kontrollbuch (*.mdb)", "Alle Dateien (*)"}},
+           {"Logs|*.mdb;*.md0", {"Logs (*.mdb *.md0)"}},
+           {"Журнал|*.mdb", {"Журнал (*.mdb)"}},
+           {"Old (Jet 3) files|*.mdb", {"Old (Jet 3) files (*.mdb)"}},
+           {"no patterns", {}},
+           {"empty||Logs|*.mdb", {"Logs (*.mdb)"}},
+           {"", {}},
        }) {
-    EXPECT_EQ(NameFilters(c.filter), c.expected) << c.filter;
+    EXPECT_EQ(NameFilters(filter), expected) << filter;
   }
 }
 

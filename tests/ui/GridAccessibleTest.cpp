@@ -95,7 +95,7 @@ TEST_F(GridAccessibleTest, SelectionIsCountedNotListed) {
   EXPECT_EQ(Table()->selectedRowCount(), 999'999);
 }
 
-TEST_F(GridAccessibleTest, TheHeadingTellsTheOrder) {
+TEST_F(GridAccessibleTest, TheHeadingTellsTheOrderAndActionsSortAndMoveTheFocus) {
   Shows(100);
   grid_.SetSortTexts("aufsteigend", "absteigend");
   const auto order = [this](int column) { return Reader()->child(column)->text(QAccessible::Description); };
@@ -105,10 +105,6 @@ TEST_F(GridAccessibleTest, TheHeadingTellsTheOrder) {
   EXPECT_EQ(order(0), "");
   grid_.SetSortIndicator(1, Qt::AscendingOrder);
   EXPECT_EQ(order(1), "aufsteigend");
-}
-
-TEST_F(GridAccessibleTest, ActionsSortAndMoveTheFocus) {
-  Shows(100);
   Reader()->child(1)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   EXPECT_EQ(rows_.headings, std::vector<int>{1});
   Table()->cellAt(8, 2)->actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());

@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -74,13 +75,7 @@ class MadeUpRows : public TDBGridEvents {
   void EditRefused() override { ++refusals; }
   void Undo() override { ++undone; }
 
-  struct Written {
-    Written(std::int64_t l, int c, QString t) : location(l), column(c), text(std::move(t)) {}
-    std::int64_t location;
-    int column;
-    QString text;
-    friend bool operator==(const Written&, const Written&) = default;
-  };
+  using Written = std::tuple<std::int64_t, int, QString>;  // location, column, text
 
   TDBGrid* grid = nullptr;
   int reads = 0;

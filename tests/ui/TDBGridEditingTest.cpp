@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QLineEdit>
 
+#include "tests/support/Table.h"
 #include "tests/ui/GridFixture.h"
 #include "ui/CellEditors.h"
 
@@ -31,7 +32,7 @@ TEST_F(TDBGridEditingTest, TypingReplacesTheValueAndEnterStoresIt) {
   EXPECT_FALSE(grid_.IsEditing());
 }
 
-TEST_F(TDBGridEditingTest, F2KeepsTheValueAndEscapeGivesUp) {
+TEST_F(TDBGridEditingTest, F2KeepsTheValueEscapeGivesUpAndNoChangeIsNoCorrection) {
   Shows(100);
   grid_.SetCurrentCell(4, 2);
   Presses(Qt::Key_F2);
@@ -45,11 +46,6 @@ TEST_F(TDBGridEditingTest, F2KeepsTheValueAndEscapeGivesUp) {
   EXPECT_TRUE(rows_.written.empty());
   EXPECT_EQ(grid_.CellText(4, 2), "64");
   EXPECT_EQ(rows_.editsAsked, (Asked{{2, 0}}));
-}
-
-TEST_F(TDBGridEditingTest, AnUnchangedEntryIsNoCorrection) {
-  Shows(100);
-  grid_.SetCurrentCell(4, 2);
   Presses(Qt::Key_F2);
   Presses(Qt::Key_Return);
   Types("64");
@@ -158,27 +154,21 @@ TEST_F(TDBGridEditingTest, ReadingTheRowsAnewKeepsWhatIsBeingTyped) {
 }
 
 TEST_F(TDBGridEditingTest, AnEntryIsLimitedInCharacters) {
-  struct Case {
-    QString pasted;
-    QString kept;
-  };
   const QString grin = QString::fromUcs4(U"\U0001F600");
   Shows(100);
-  for (const Case& c : {Case{"123456789", "12345"}, Case{"äöüßÄÖ", "äöüßÄ"}, Case{"a\tb\nc", "a b c"},
-                        Case{grin.repeated(7), grin.repeated(5)}, Case{"", ""}}) {
+  for (const auto& [pasted, kept] : Table<QString, QString>{{"123456789", "12345"},
+                                                            {"äöüßÄÖ", "äöüßÄ"},
+                                                            {"a\tb\nc", "a b c"},
+                                                            {grin.repeated(7), grin.repeated(5)},
+                                                            {"", ""}}) {
     grid_.SetCurrentCell(4, 2);
     Presses(Qt::Key_F2);
-    QApplication::clipboard()->setText(c.pasted);
-    if (c.pasted.isEmpty()) Line()->clear();
+    QApplication::clipboard()->setText(pasted);
+    if (pasted.isEmpty()) Line()->clear();
     Line()->paste();
-    EXPECT_EQ(Line()->text(), c.kept) << c.pasted.toStdString();
+    EXPECT_EQ(Line()->text(), kept) << pasted.toStdString();
     Presses(Qt::Key_Escape);
   }
-}
-
-TEST_F(TDBGridEditingTest, AFullEntryTakesNothingInItsMiddle) {
-  Shows(100);
-  grid_.SetCurrentCell(4, 2);
   Types("12345");
   Line()->setCursorPosition(2);
   Types("9");
@@ -199,6 +189,10 @@ TEST_F(TDBGridEditingTest, TabGoesToOpenCellsThatAreEmptyOnly) {
   EXPECT_EQ(visited, (std::vector<Cell>{{0, 4}, {3, 3}, {3, 4}, {5, 3}}));
   Presses(Qt::Key_Backtab, Qt::ShiftModifier);
   EXPECT_EQ(Current(), Cell(3, 4));
+  grid_.SetAllowUpdate(false);
+  grid_.SetCurrentCell(0, 0);
+  Presses(Qt::Key_Tab);
+  EXPECT_EQ(Current(), Cell(0, 1)) << "without updates to every cell";
 }
 
 TEST_F(TDBGridEditingTest, AValueIsConfirmedAsItStandsAndOnlyWhereItIsOpen) {
@@ -246,15 +240,7 @@ TEST_F(TDBGridEditingTest, TheSearchForAnOpenCellLetsOtherEventsThrough) {
   EXPECT_EQ(Current(), Cell(1, 0)) << "any other key gives the search up";
 }
 
-TEST_F(TDBGridEditingTest, WithoutUpdatesTabVisitsEveryCell) {
-  Shows(10);
-  grid_.SetAllowUpdate(false);
-  grid_.SetCurrentCell(0, 0);
-  Presses(Qt::Key_Tab);
-  EXPECT_EQ(Current(), Cell(0, 1));
-}
-
-TEST_F(TDBGridEditingTest, AltDownOpensTheListAndAChoiceIsStored) {
+TEST_F(TDBGridEditingTest, AltDownOpensTheListAChoiceIsStoredAndEscapeIsNone) {
   Shows(100);
   grid_.SetCurrentCell(0, 3);
   Presses(Qt::Key_Down, Qt::AltModifier);
@@ -267,10 +253,7 @@ TEST_F(TDBGridEditingTest, AltDownOpensTheListAndAChoiceIsStored) {
   Presses(Qt::Key_Return);
   EXPECT_EQ(rows_.written, (Writes{{0, 3, "unbekannt"}}));
   EXPECT_EQ(List(), nullptr);
-}
-
-TEST_F(TDBGridEditingTest, EscapeClosesTheListWithoutAChoice) {
-  Shows(100);
+  rows_.written.clear();
   ClicksButton(2, 3);
   ASSERT_NE(List(), nullptr);
   EXPECT_EQ(Current(), Cell(2, 3));

@@ -142,17 +142,6 @@ TEST_F(TDBGridTest, AHeadingRaisesHeadClickAndKeepsItsOwnMark) {
   EXPECT_EQ(rows_.headings, (std::vector<int>{2, 1, 4}));
 }
 
-TEST_F(TDBGridTest, WidthsStayWithinReason) {
-  Shows(10);
-  for (const auto& [asked, given] : {std::pair{150, 150},
-                                     {0, TDBGrid::kNarrowest},
-                                     {-5, TDBGrid::kNarrowest},
-                                     {1'000'000, TDBGrid::kWidest}}) {
-    grid_.SetColumnWidth(1, asked);
-    EXPECT_EQ(grid_.ColumnWidth(1), given) << asked;
-  }
-}
-
 TEST_F(TDBGridTest, WidthsFollowTheFontAndTheLastColumnTakesWhatIsLeft) {
   Shows(10);
   for (int column = 0; column < grid_.ColumnCount(); ++column) grid_.SetColumnWidth(column, 50);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/Paths.h"
+#include "tests/support/FakeTexts.h"
 #include "ui/GridColors.h"
 #include "ui/KeyNames.h"
 #include "ui/QtText.h"
@@ -113,16 +114,12 @@ TEST(Toolbar, IsRebuiltFromItsCommandsInBothSizes) {
 }
 
 TEST(KeyNames, StandInMenusAsInTheHelp) {
-  class Texts final : public core::TextLookup {
-   public:
-    [[nodiscard]] std::string GetText(core::TextKey key) const override {
-      return std::string(key.name()).substr(7);
-    }
-  } texts;
+  const varnlog::test::FakeTexts texts;
   KeyNames names(texts);
   QCoreApplication::installTranslator(&names);
-  EXPECT_EQ(QKeySequence("Ctrl+Shift+PgUp").toString(QKeySequence::NativeText), "CTRL+SHIFT+PGUP");
-  EXPECT_EQ(QKeySequence("Alt+Return").toString(QKeySequence::NativeText), "Alt+RETURN");
+  EXPECT_EQ(QKeySequence("Ctrl+Shift+PgUp").toString(QKeySequence::NativeText),
+            "GL_KEY_CTRL+GL_KEY_SHIFT+GL_KEY_PGUP");
+  EXPECT_EQ(QKeySequence("Alt+Return").toString(QKeySequence::NativeText), "Alt+GL_KEY_RETURN");
 }
 
 TEST(PlainToolTip, ShowsMarkUpInsteadOfObeyingIt) {

@@ -36,17 +36,17 @@ class Commands : public MainWindow {
 
   void StartsQuietly() {
     Starts();
-    (void)program_->TakeMessages();
+    (void)TakeMessages();
   }
   void OpensFile(const std::optional<fs::path>& file) {
     ui::CFileDialog::AnswerWith(
         [file](const ui::CFileDialog&) { return file ? std::optional(file->string()) : std::nullopt; });
-    program_->Triggers(mnuFileOpen);
+    Triggers(mnuFileOpen);
   }
   [[nodiscard]] std::set<CommandId> Enabled() {
     std::set<CommandId> enabled;
     for (const CommandDef& command : AllCommands()) {
-      if (program_->Window().Action(command.id)->isEnabled()) enabled.insert(command.id);
+      if (Window().Action(command.id)->isEnabled()) enabled.insert(command.id);
     }
     return enabled;
   }
@@ -58,7 +58,7 @@ class Commands : public MainWindow {
   }
   [[nodiscard]] QList<QAction*> RecentActions() {
     QList<QAction*> recent;
-    for (QAction* action : Child<QMenu>(program_->Window(), "mnuFile").actions()) {
+    for (QAction* action : Child<QMenu>(Window(), "mnuFile").actions()) {
       if (action->text().startsWith('&') && action->text().mid(2, 2) == ". ") recent << action;
     }
     return recent;
@@ -68,17 +68,23 @@ class Commands : public MainWindow {
     fs::copy_file(installation_.program() / "varnlog.md0", file);
     return file;
   }
+  void TogglesReadOnly() {
+    InDialog("frmProperties", [](QDialog& dialog) {
+      Child<QCheckBox>(dialog, "chkReadOnly").click();
+      Child<QPushButton>(dialog, "cmdClose").click();
+    });
+    Triggers(mnuViewProperties);
+  }
   void ClosesLogView() {
-    program_->Window().Results()->parentWidget()->close();
-    RunningProgram::Settle();
+    Window().Results()->parentWidget()->close();
+    Settle();
   }
   void Activates() {
     emit qApp->applicationStateChanged(Qt::ApplicationActive);
     QTest::qWait(400);
   }
-  [[nodiscard]] QString IniValue(const char* key) const {
-    return QString::fromStdString(
-        start::modINIFile().ReadString("User", key, (installation_.program() / "varnlog.ini").string()));
+  [[nodiscard]] std::string IniValue(const char* section, const char* key) const {
+    return start::modINIFile().ReadString(section, key, (installation_.program() / "varnlog.ini").string());
   }
   [[nodiscard]] std::string ReadOnlyInLog() const {
     std::string value;
@@ -101,18 +107,14 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   const std::set<CommandId> withView = {
       mnuFilePrint,      mnuFilePrintPreview, mnuFilePrintSetup,      mnuFileExport,    mnuEditFind,
       mnuEditIncomplete, mnuEditNextMissing,  mnuEditPreviousMissing, mnuViewStatistics};
-  const auto both = [](std::set<CommandId> a, const std::set<CommandId>& b) {
-    a.insert(b.begin(), b.end());
+  const auto both = [](std::set<CommandId> a, std::set<CommandId> b) {
+    a.merge(b);
     return a;
   };
   StartsQuietly();
   const std::set<CommandId> open = both(always, withLog);
   EXPECT_EQ(Enabled(), both(both(open, withView), {mnuEditUpdate}));
-  program_->InDialog("frmProperties", [](QDialog& dialog) {
-    Child<QCheckBox>(dialog, "chkReadOnly").click();
-    Child<QPushButton>(dialog, "cmdClose").click();
-  });
-  program_->Triggers(mnuViewProperties);
+  TogglesReadOnly();
   EXPECT_EQ(Enabled(), both(open, withView)) << "read-only";
   ClosesLogView();
   EXPECT_EQ(Enabled(), open) << "without the view";
@@ -124,96 +126,92 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   ui::CFileDialog::AnswerWith([](const ui::CFileDialog&) { return std::nullopt; });
   StartsQuietly();
   EXPECT_EQ(Enabled(), always) << "nothing is open";
-  EXPECT_EQ(program_->Window().windowTitle(), program_->Text("MN_CAPTION"_key));
+  EXPECT_EQ(Window().windowTitle(), Text("MN_CAPTION"_key));
 }
 
 TEST_F(Commands, AnotherLogIsMarkedAndGetsExposuresOnlyOnPurpose) {
   StartsQuietly();
-  const auto& mark = Child<QLabel>(program_->Window(), "pnlOtherLog");
+  const auto& mark = Child<QLabel>(Window(), "pnlOtherLog");
   EXPECT_FALSE(mark.isVisible());
   EXPECT_EQ(Recent(), std::vector<fs::path>{installation_.log()}) << "opened at start";
   const fs::path archive = NewLog("Archiv.mdb");
   OpensFile(archive);
   EXPECT_TRUE(mark.isVisible());
-  EXPECT_TRUE(program_->Window().windowTitle().contains(program_->Text("MN_OTHERLOG"_key)));
+  EXPECT_TRUE(Window().windowTitle().contains(Text("MN_OTHERLOG"_key)));
   installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2022", "08:00:00")});
   Activates();
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 0) << "never on activation";
+  EXPECT_EQ(Grid().ApproximateCount(), 0) << "never on activation";
   program_->AnswersFirst({core::MessageAnswer::kNo});
-  program_->Triggers(mnuEditUpdate);
-  EXPECT_TRUE(program_->TakeMessages().value(0).contains(QString::fromStdString(archive.string())));
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  Triggers(mnuEditUpdate);
+  EXPECT_TRUE(TakeMessages().value(0).contains(QString::fromStdString(archive.string())));
+  EXPECT_EQ(Grid().ApproximateCount(), 0);
   OpensFile(installation_.log());
   EXPECT_FALSE(mark.isVisible());
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 5);
+  EXPECT_EQ(Grid().ApproximateCount(), 5);
 }
 
 TEST_F(Commands, ExportExactlyWhatIsShown) {
   StartsQuietly();
-  program_->ClicksHeading(logview::kPatientColumn);
-  program_->Grid().SetColumnShown(logview::kDoseColumn, false);
+  ClicksHeading(logview::kPatientColumn);
+  Grid().SetColumnShown(logview::kDoseColumn, false);
   std::vector<std::string> proposed;
   const fs::path file = installation_.suite() / "Übergabe.json";
   ui::CFileDialog::AnswerWith([&](const ui::CFileDialog& dialog) {
     proposed.push_back(dialog.FileName());
     return file.string();
   });
-  program_->Triggers(mnuFileExport);
-  EXPECT_TRUE(program_->TakeMessages().value(0).contains(QString::fromStdString(file.string())));
+  Triggers(mnuFileExport);
+  EXPECT_TRUE(TakeMessages().value(0).contains(QString::fromStdString(file.string())));
   EXPECT_TRUE(proposed.at(0).ends_with(".xlsx"));
   const QString exported = QString::fromStdString(varnlog::test::ReadFile(file));
   EXPECT_FALSE(exported.contains("mGycm2"));
   qsizetype at = 0;
-  for (const QString& patient : program_->ColumnTexts(logview::kPatientColumn)) {
+  for (const QString& patient : ColumnTexts(logview::kPatientColumn)) {
     at = exported.indexOf('"' + patient + '"', at + 1);
     EXPECT_GT(at, 0) << patient.toStdString();
   }
 }
 
-TEST_F(Commands, OpenAnotherLogAndKnowTheLastFour) {
+TEST_F(Commands, OpenAnotherLogAndKnowTheLastOnes) {
   StartsQuietly();
   const int beeps = program_->Beeps();
   OpensFile(std::nullopt);
   EXPECT_EQ(program_->Beeps(), beeps + 1);
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "cancelled";
+  EXPECT_EQ(Grid().ApproximateCount(), 4) << "cancelled";
 
-  std::vector<fs::path> logs;
-  for (const char* name : {"a.mdb", "b.mdb", "c.mdb", "d.mdb", "e 'ü'.mdb"}) {
-    logs.push_back(NewLog(name));
-    OpensFile(logs.back());
-    EXPECT_EQ(program_->Globals().strDataFileGl, logs.back().string());
-    EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  const fs::path first = installation_.log();
+  const fs::path second = NewLog("b.mdb");
+  const fs::path third = NewLog("e 'ü'.mdb");
+  for (const fs::path& log : {second, third}) {
+    OpensFile(log);
+    EXPECT_EQ(Globals().strDataFileGl, log.string());
+    EXPECT_EQ(Grid().ApproximateCount(), 0);
   }
-  const std::vector<fs::path> lastFour = {logs[4], logs[3], logs[2], logs[1]};
-  EXPECT_EQ(Recent(), lastFour);
-  EXPECT_TRUE(program_->TakeMessages().isEmpty());
+  EXPECT_EQ(Recent(), (std::vector{third, second, first}));
+  EXPECT_TRUE(TakeMessages().isEmpty());
 
   // A file that is none, and one that is gone.
   OpensFile(installation_.suite() / "kalvero.ini");
-  fs::remove(logs[2]);
-  RecentActions().at(2)->trigger();
-  const QStringList messages = program_->TakeMessages();
+  fs::remove(second);
+  RecentActions().at(1)->trigger();
+  const QStringList messages = TakeMessages();
   ASSERT_EQ(messages.size(), 2) << messages.join('\n').toStdString();
-  EXPECT_TRUE(messages.at(1).contains(QString::fromStdString(logs[2].string())))
-      << messages.at(1).toStdString();
-  EXPECT_EQ(Recent(), lastFour) << "only what was opened comes to the head";
-  EXPECT_EQ(program_->Globals().strDataFileGl, logs[4].string());
-  EXPECT_NE(program_->Window().Results(), nullptr) << "and is open again";
+  EXPECT_TRUE(messages.at(1).contains(QString::fromStdString(second.string())));
+  EXPECT_EQ(Recent(), (std::vector{third, second, first})) << "only what was opened comes to the head";
+  EXPECT_EQ(Globals().strDataFileGl, third.string());
+  EXPECT_NE(Window().Results(), nullptr) << "and is open again";
 
-  RecentActions().at(3)->trigger();
-  RunningProgram::Settle();
-  EXPECT_EQ(program_->Globals().strDataFileGl, logs[1].string());
-  const std::vector<fs::path> moved = {logs[1], logs[4], logs[3], logs[2]};
-  EXPECT_EQ(Recent(), moved);
+  RecentActions().at(2)->trigger();
+  Settle();
+  EXPECT_EQ(Globals().strDataFileGl, first.string());
   StartsQuietly();
-  EXPECT_EQ(Recent(), moved);
-  EXPECT_EQ(program_->Globals().strDataFileGl, logs[1].string());
+  EXPECT_EQ(Recent(), (std::vector{first, third, second}));
 }
 
 TEST_F(Commands, ViewOptionsAreKeptUntilTheNextStart) {
   const auto shown = [this] {
-    const auto& toolbar = Child<ui::Toolbar>(program_->Window(), "tlbStandard");
-    return std::array{toolbar.isVisible(), program_->Window().statusBar()->isVisible(),
+    const auto& toolbar = Child<ui::Toolbar>(Window(), "tlbStandard");
+    return std::array{toolbar.isVisible(), Window().statusBar()->isVisible(),
                       toolbar.iconSize() == QSize(32, 32)};
   };
   StartsQuietly();
@@ -221,55 +219,38 @@ TEST_F(Commands, ViewOptionsAreKeptUntilTheNextStart) {
   EXPECT_EQ(shown(), expected);
   const CommandId commands[] = {mnuViewToolbar, mnuViewStatusbar, mnuViewBigIcons};
   for (std::size_t i = 0; i < 3; ++i) {
-    program_->Triggers(commands[i]);
+    Triggers(commands[i]);
     expected.at(i) = false;
     EXPECT_EQ(shown(), expected) << Def(commands[i]).name;
   }
   StartsQuietly();
   EXPECT_EQ(shown(), expected);
-  for (const CommandId command : commands) EXPECT_FALSE(program_->Window().Action(command)->isChecked());
-  program_->Triggers(mnuViewToolbar);
-  EXPECT_TRUE(Child<ui::Toolbar>(program_->Window(), "tlbStandard").isVisible());
-}
-
-TEST_F(Commands, ReloadShowsWhatOthersHaveDone) {
-  StartsQuietly();
-  installation_.WithLog(false, [](dao::Database& log) {
-    log.Execute("DELETE FROM TXray WHERE tXraySName = 'Zander'");
-    log.Execute("UPDATE TXray SET tXraySVolt = '71' WHERE tXraySName = 'Abel'");
-  });
-  program_->Triggers(mnuViewLoad);
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 3);
-  EXPECT_EQ(program_->ColumnTexts(kVoltageColumn).count("71"), 2);
-  for (const CommandId command : {mnuViewLoad, mnuSortAll}) {
-    ClosesLogView();
-    EXPECT_EQ(program_->Window().Results(), nullptr);
-    program_->Triggers(command);
-    EXPECT_EQ(program_->Grid().ApproximateCount(), 3) << "opens the view again";
-  }
+  for (const CommandId command : commands) EXPECT_FALSE(Window().Action(command)->isChecked());
+  Triggers(mnuViewToolbar);
+  EXPECT_TRUE(Child<ui::Toolbar>(Window(), "tlbStandard").isVisible());
 }
 
 TEST_F(Commands, TheDeskTakesThePlaceOfWindowsThatCannotBeSeen) {
   StartsQuietly();
-  const auto logView = [this] {
-    return dynamic_cast<QMdiSubWindow*>(program_->Window().Results()->parentWidget());
-  };
-  const auto& desk = Child<QWidget>(program_->Window(), "desk");
+  const auto logView = [this] { return dynamic_cast<QMdiSubWindow*>(Window().Results()->parentWidget()); };
+  const auto& desk = Child<QWidget>(Window(), "desk");
   ClosesLogView();
   ASSERT_TRUE(desk.isVisible());
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-  RunningProgram::Settle();
+  Settle();
   EXPECT_FALSE(desk.isVisible());
-  ASSERT_NE(program_->Window().Results(), nullptr) << "the first choice shows the log";
+  ASSERT_NE(Window().Results(), nullptr) << "the first choice shows the log";
   for (const CommandId command : {mnuViewLoad, mnuSortAll}) {
-    logView()->showMinimized();
-    RunningProgram::Settle();
-    EXPECT_TRUE(desk.isVisible());
-    program_->Triggers(command);
-    EXPECT_TRUE(program_->Grid().isVisible() && !logView()->isMinimized()) << Def(command).name;
+    for (const bool closes : {false, true}) {
+      closes ? ClosesLogView() : logView()->showMinimized();
+      Settle();
+      EXPECT_TRUE(desk.isVisible());
+      Triggers(command);
+      EXPECT_TRUE(Grid().isVisible() && !logView()->isMinimized()) << Def(command).name;
+    }
   }
   logView()->showNormal();
-  EXPECT_GT(logView()->width(), program_->Window().width() / 2);
+  EXPECT_GT(logView()->width(), Window().width() / 2);
   OpensFile(NewLog("anderes.mdb"));
   OpensFile(installation_.log());
   ClosesLogView();
@@ -279,30 +260,29 @@ TEST_F(Commands, TheDeskTakesThePlaceOfWindowsThatCannotBeSeen) {
       std::ranges::find_if(buttons, [](const auto* button) { return button->text() == "anderes.mdb"; });
   ASSERT_NE(recent, buttons.end());
   (*recent)->click();
-  RunningProgram::Settle();
+  Settle();
   EXPECT_FALSE(desk.isVisible());
 }
 
 TEST_F(Commands, AMaximisedWindowStaysSoThroughTheIconState) {
   StartsQuietly();
   const auto minimises = [this] {
-    program_->Window().setWindowState(Qt::WindowMaximized | Qt::WindowMinimized);
-    ASSERT_TRUE(program_->Window().isMinimized());
+    Window().setWindowState(Qt::WindowMaximized | Qt::WindowMinimized);
+    ASSERT_TRUE(Window().isMinimized());
   };
   minimises();
-  program_->Window().BringToFront();
-  EXPECT_EQ(program_->Window().windowState() & ~Qt::WindowActive, Qt::WindowMaximized);
+  Window().BringToFront();
+  EXPECT_EQ(Window().windowState() & ~Qt::WindowActive, Qt::WindowMaximized);
   minimises();
-  ASSERT_TRUE(program_->Quits());
-  const std::string place = start::modINIFile().ReadString(
-      "Form Positions", "frmMDIMain", (installation_.program() / "varnlog.ini").string());
+  ASSERT_TRUE(Quits());
+  const std::string place = IniValue("Form Positions", "frmMDIMain");
   EXPECT_TRUE(place.ends_with("S=2")) << place;
 }
 
 TEST_F(Commands, PropertiesProtectTheLogAndWorkOnItsFile) {
   StartsQuietly();
-  program_->Enters(0, kVoltageColumn, "65");
-  program_->InDialog("frmProperties", [this](QDialog& dialog) {
+  Enters(0, kVoltageColumn, "65");
+  InDialog("frmProperties", [this](QDialog& dialog) {
     EXPECT_EQ(Child<QLabel>(dialog, "lblPath").text().toStdString(), installation_.log().string());
     EXPECT_EQ(Child<QLabel>(dialog, "lblVersion").text(), "1.1");
     EXPECT_EQ(Child<QLabel>(dialog, "lblRows").text(), "4");
@@ -310,37 +290,32 @@ TEST_F(Commands, PropertiesProtectTheLogAndWorkOnItsFile) {
     for (const auto& [button, key] :
          {std::pair("cmdCompact", "PP_COMPACT_DONE"_key), std::pair("cmdRepair", "PP_REPAIR_DONE"_key)}) {
       Child<QPushButton>(dialog, button).click();
-      const QStringList messages = program_->TakeMessages();
+      const QStringList messages = TakeMessages();
       ASSERT_FALSE(messages.isEmpty()) << button;
-      EXPECT_TRUE(messages.last().startsWith(program_->Text(key).section('$', 0, 0)))
-          << messages.last().toStdString();
+      EXPECT_TRUE(messages.last().startsWith(Text(key).section('$', 0, 0))) << messages.last().toStdString();
     }
     Child<QCheckBox>(dialog, "chkReadOnly").click();
     Child<QPushButton>(dialog, "cmdClose").click();
   });
-  program_->Triggers(mnuViewProperties);
+  Triggers(mnuViewProperties);
   ASSERT_TRUE(program_->DialogsDone());
   EXPECT_EQ(ReadOnlyInLog(), "1");
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
-  EXPECT_EQ(program_->Grid().StateOf(0, kVoltageColumn), ui::CellState::kLocked) << "the log was closed";
-  program_->Enters(1, kVoltageColumn, "66");
-  EXPECT_NE(program_->Grid().CellText(1, kVoltageColumn), "66") << "read-only";
-  EXPECT_TRUE(Child<QLabel>(program_->Window(), "pnlReadOnly").isVisible());
+  EXPECT_EQ(Grid().ApproximateCount(), 4);
+  EXPECT_EQ(Grid().StateOf(0, kVoltageColumn), ui::CellState::kLocked) << "the log was closed";
+  Enters(1, kVoltageColumn, "66");
+  EXPECT_NE(Grid().CellText(1, kVoltageColumn), "66") << "read-only";
+  EXPECT_TRUE(Child<QLabel>(Window(), "pnlReadOnly").isVisible());
 
   installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2022", "08:00:00")});
   StartsQuietly();
-  EXPECT_EQ(IniValue("UpdateOnActivation"), "0");
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "no update is offered";
-  program_->Globals().UpdateOnActivation = true;
+  EXPECT_EQ(IniValue("User", "UpdateOnActivation"), "0");
+  EXPECT_EQ(Grid().ApproximateCount(), 4) << "no update is offered";
+  Globals().UpdateOnActivation = true;
   Activates();
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "nor made";
-  program_->InDialog("frmProperties", [](QDialog& dialog) {
-    Child<QCheckBox>(dialog, "chkReadOnly").click();
-    Child<QPushButton>(dialog, "cmdClose").click();
-  });
-  program_->Triggers(mnuViewProperties);
-  program_->Enters(1, kVoltageColumn, "66");
-  EXPECT_EQ(program_->Grid().CellText(1, kVoltageColumn), "66");
+  EXPECT_EQ(Grid().ApproximateCount(), 4) << "nor made";
+  TogglesReadOnly();
+  Enters(1, kVoltageColumn, "66");
+  EXPECT_EQ(Grid().CellText(1, kVoltageColumn), "66");
   ClosesLogView();
   Activates();
   EXPECT_TRUE(fs::exists(installation_.exchangeFile())) << "no update without the view";
@@ -350,7 +325,7 @@ TEST_F(Commands, ALogThatDoesNotOpenCanBeRepaired) {
   StartsQuietly();
   installation_.WithLog(
       false, [](dao::Database& log) { log.Execute("DELETE FROM TConfig WHERE tCfgSKey = 'DBVersion'"); });
-  program_->InDialog("frmProperties", [this](QDialog& dialog) {
+  InDialog("frmProperties", [this](QDialog& dialog) {
     EXPECT_EQ(Child<QLabel>(dialog, "lblPath").text().toStdString(), installation_.log().string());
     EXPECT_TRUE(Child<QPushButton>(dialog, "cmdRepair").isEnabled());
     EXPECT_FALSE(Child<QPushButton>(dialog, "cmdCompact").isEnabled());
@@ -358,43 +333,41 @@ TEST_F(Commands, ALogThatDoesNotOpenCanBeRepaired) {
   });
   OpensFile(installation_.log());
   EXPECT_TRUE(program_->DialogsDone());
-  EXPECT_EQ(program_->TakeMessages().value(0), program_->Text("MN_ERR_CONFIG"_key));
-  EXPECT_TRUE(program_->Window().Action(mnuViewProperties)->isEnabled()) << "nor does it go away";
+  EXPECT_EQ(TakeMessages().value(0), Text("MN_ERR_CONFIG"_key));
+  EXPECT_TRUE(Window().Action(mnuViewProperties)->isEnabled()) << "nor does it go away";
 }
 
 TEST_F(Commands, PreviewIsAChildWindowAndPrintingNeedsAPrinter) {
   StartsQuietly();
   for (const CommandId command : {mnuFilePrint, mnuFilePrintSetup}) {
-    program_->Triggers(command);
-    EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("MN_ERR_NOPRINTER"_key)))
-        << Def(command).name;
+    Triggers(command);
+    EXPECT_EQ(TakeMessages(), QStringList(Text("MN_ERR_NOPRINTER"_key))) << Def(command).name;
   }
-  program_->Triggers(mnuFilePrintPreview);
-  const auto* preview =
-      dynamic_cast<report::frmPreview*>(program_->Window().findChild<QWidget*>("frmPreview"));
+  Triggers(mnuFilePrintPreview);
+  const auto* preview = dynamic_cast<report::frmPreview*>(Window().findChild<QWidget*>("frmPreview"));
   ASSERT_NE(preview, nullptr);
-  EXPECT_EQ(preview->windowTitle(), program_->Text("MN_PRINTPREVIEW"_key));
+  EXPECT_EQ(preview->windowTitle(), Text("MN_PRINTPREVIEW"_key));
   EXPECT_TRUE(preview->parentWidget()->isMaximized());
   EXPECT_EQ(preview->PageCount(), 1);
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-  RunningProgram::Settle();
-  EXPECT_EQ(program_->Window().findChild<QWidget*>("frmPreview"), nullptr) << "keys work from the start";
+  Settle();
+  EXPECT_EQ(Window().findChild<QWidget*>("frmPreview"), nullptr) << "keys work from the start";
   // It shows rows that are no longer those of the log view.
-  const std::function<void()> changes[] = {
-      [this] { OpensFile(NewLog("anderes.mdb")); }, [this] { program_->Triggers(mnuSortAll); },
-      [this] { program_->Triggers(mnuViewLoad); }, [this] { ClosesLogView(); }};
+  const std::function<void()> changes[] = {[this] { OpensFile(NewLog("anderes.mdb")); },
+                                           [this] { Triggers(mnuSortAll); },
+                                           [this] { Triggers(mnuViewLoad); }, [this] { ClosesLogView(); }};
   for (const auto& change : changes) {
-    program_->Triggers(mnuFilePrintPreview);
-    ASSERT_NE(program_->Window().findChild<QWidget*>("frmPreview"), nullptr);
+    Triggers(mnuFilePrintPreview);
+    ASSERT_NE(Window().findChild<QWidget*>("frmPreview"), nullptr);
     change();
-    RunningProgram::Settle();
-    EXPECT_EQ(program_->Window().findChild<QWidget*>("frmPreview"), nullptr);
+    Settle();
+    EXPECT_EQ(Window().findChild<QWidget*>("frmPreview"), nullptr);
   }
 }
 
 TEST_F(Commands, TheAboutBoxNamesVersionAndLibraries) {
   StartsQuietly();
-  program_->InDialog("frmAbout", [](QDialog& dialog) {
+  InDialog("frmAbout", [](QDialog& dialog) {
     QString shown;
     for (const QLabel* label : dialog.findChildren<QLabel*>()) shown += label->text() + '\n';
     EXPECT_TRUE(shown.contains("1.1")) << shown.toStdString();
@@ -406,7 +379,7 @@ TEST_F(Commands, TheAboutBoxNamesVersionAndLibraries) {
     }
     Child<QPushButton>(dialog, "cmdOK").click();
   });
-  program_->Triggers(mnuHelpInfo);
+  Triggers(mnuHelpInfo);
   EXPECT_TRUE(program_->DialogsDone());
 }
 
@@ -467,12 +440,12 @@ class LongUpdate : public Commands {
   /// Cancels, is asked, comes back from another program, and presses `button`.
   void Cancels(const char* button) {
     const CancelsAtOnce user;
-    program_->InDialog("frmCancelUpdate", [this, button](QDialog& dialog) {
+    InDialog("frmCancelUpdate", [this, button](QDialog& dialog) {
       Activates();
       EXPECT_EQ(QApplication::activeModalWidget(), &dialog) << "a second update in the first";
       Child<QPushButton>(dialog, button).click();
     });
-    program_->Triggers(mnuEditUpdate);
+    Triggers(mnuEditUpdate);
     EXPECT_TRUE(program_->DialogsDone());
   }
   static constexpr std::int64_t kExposures = 50;
@@ -481,18 +454,18 @@ class LongUpdate : public Commands {
 
 TEST_F(LongUpdate, CancelledInTheMiddleLeavesLogAndExchangeFileAsTheyWere) {
   Cancels("cmdCancel");
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  EXPECT_EQ(Grid().ApproximateCount(), 0);
   EXPECT_EQ(fs::file_size(installation_.exchangeFile()), reported_);
-  EXPECT_TRUE(program_->Globals().UpdateDeclinedGl);
-  EXPECT_TRUE(program_->TakeMessages().isEmpty());
+  EXPECT_TRUE(Globals().UpdateDeclinedGl);
+  EXPECT_TRUE(TakeMessages().isEmpty());
   Activates();
   EXPECT_EQ(fs::file_size(installation_.exchangeFile()), reported_) << "activating starts no update any more";
 
   Cancels("cmdUpdate");
-  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Window().Results()->IsPopulated(); }, 10'000));
-  EXPECT_EQ(program_->Grid().ApproximateCount(), kExposures) << "thought better of it";
+  EXPECT_TRUE(QTest::qWaitFor([this] { return Window().Results()->IsPopulated(); }, 10'000));
+  EXPECT_EQ(Grid().ApproximateCount(), kExposures) << "thought better of it";
   EXPECT_FALSE(fs::exists(installation_.exchangeFile()));
-  EXPECT_FALSE(program_->Globals().UpdateDeclinedGl);
+  EXPECT_FALSE(Globals().UpdateDeclinedGl);
   const fs::path folder = installation_.exchangeFile().parent_path();
   const auto isMovedAside = [](const fs::directory_entry& entry) {
     return entry.path().extension() == ".taken";

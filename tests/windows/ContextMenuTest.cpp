@@ -32,20 +32,20 @@ class ContextMenu : public MainWindow {
     });
     emit on.customContextMenuRequested(at);
     EXPECT_TRUE(found) << text.toStdString();
-    RunningProgram::Settle();
+    Settle();
   }
   void ChoosesOnRow(int row, core::TextKey key) {
-    program_->Grid().SetCurrentCell(row, logview::kPatientColumn);
-    Chooses(program_->Grid(), {}, program_->Text(key));
+    Grid().SetCurrentCell(row, logview::kPatientColumn);
+    Chooses(Grid(), {}, Text(key));
   }
 };
 
 TEST_F(ContextMenu, ShowsAllOfAPatientAlsoOneThatTheSelectionCannotName) {
   Starts();
   ChoosesOnRow(0, "RS_PATIENTROWS"_key);
-  EXPECT_EQ(program_->Globals().SortSelectionGl, core::SelectionKind::kPatient);
+  EXPECT_EQ(Globals().SortSelectionGl, core::SelectionKind::kPatient);
   EXPECT_EQ(Patients(), (Names{"Abel", "Abel"}));
-  program_->Triggers(mnuSortAll);
+  Triggers(mnuSortAll);
   ChoosesOnRow(1, "RS_PATIENTROWS"_key);
   QTest::qWait(50);
   EXPECT_EQ(Patients(), Names{"O'Hara"});
@@ -53,37 +53,36 @@ TEST_F(ContextMenu, ShowsAllOfAPatientAlsoOneThatTheSelectionCannotName) {
 
 TEST_F(ContextMenu, HidesColumnsFromKeysAndCopiesUntilTheyAreShownAgain) {
   Starts();
-  const int width = program_->Grid().ColumnWidth(kVoltageColumn);
-  auto& headings = *program_->Grid().horizontalHeader();
-  Chooses(headings, {headings.sectionViewportPosition(kVoltageColumn) + 2, 2},
-          program_->Text("RS_HIDECOLUMN"_key));
-  program_->Grid().SetCurrentCell(0, 0);
-  program_->Triggers(mnuEditNextMissing);
-  EXPECT_EQ(program_->Grid().Col(), 0) << "what is missing there cannot be entered";
-  program_->Triggers(mnuFileEnd);
+  const int width = Grid().ColumnWidth(kVoltageColumn);
+  auto& headings = *Grid().horizontalHeader();
+  Chooses(headings, {headings.sectionViewportPosition(kVoltageColumn) + 2, 2}, Text("RS_HIDECOLUMN"_key));
+  Grid().SetCurrentCell(0, 0);
+  Triggers(mnuEditNextMissing);
+  EXPECT_EQ(Grid().Col(), 0) << "what is missing there cannot be entered";
+  Triggers(mnuFileEnd);
   Starts();
-  EXPECT_TRUE(program_->Grid().isColumnHidden(kVoltageColumn));
-  program_->Grid().selectRow(0);
+  EXPECT_TRUE(Grid().isColumnHidden(kVoltageColumn));
+  Grid().selectRow(0);
   ChoosesOnRow(0, "RS_COPYHEADINGS"_key);
   EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "Patient\nAbel, Käthe *01.02.1960");
-  program_->Grid().selectRow(0);
-  EXPECT_EQ(program_->Grid().SelectionText().count('\t'), logview::kColumnCount - 2);
-  Chooses(*program_->Grid().horizontalHeader(), {2, 2}, program_->Text("RS_ALLCOLUMNS"_key));
-  EXPECT_FALSE(program_->Grid().isColumnHidden(kVoltageColumn));
-  EXPECT_EQ(program_->Grid().ColumnWidth(kVoltageColumn), width);
+  Grid().selectRow(0);
+  EXPECT_EQ(Grid().SelectionText().count('\t'), logview::kColumnCount - 2);
+  Chooses(*Grid().horizontalHeader(), {2, 2}, Text("RS_ALLCOLUMNS"_key));
+  EXPECT_FALSE(Grid().isColumnHidden(kVoltageColumn));
+  EXPECT_EQ(Grid().ColumnWidth(kVoltageColumn), width);
 }
 
 TEST_F(ContextMenu, SaysWhatACellMeans) {
   Starts();
-  const auto& model = program_->Grid().Model();
+  const auto& model = Grid().Model();
   EXPECT_EQ(model.TipText(0, logview::kDateColumn), "Uhrzeit: 11:00:00");
-  EXPECT_EQ(model.TipText(0, logview::kTypeColumn), program_->Text("RS_TYPE_XC"_key));
-  program_->Grid().SetCurrentCell(0, logview::kTypeColumn);
-  (void)program_->TakeMessages();
-  Chooses(program_->Grid(), {}, program_->Text("RS_WHATISTHIS"_key));
-  const QString told = program_->TakeMessages().value(0);
-  EXPECT_TRUE(told.contains(program_->Text("RS_TYPE_XC"_key))) << told.toStdString();
-  EXPECT_TRUE(told.contains(program_->Text("RS_STATE_LOCKED"_key))) << told.toStdString();
+  EXPECT_EQ(model.TipText(0, logview::kTypeColumn), Text("RS_TYPE_XC"_key));
+  Grid().SetCurrentCell(0, logview::kTypeColumn);
+  (void)TakeMessages();
+  Chooses(Grid(), {}, Text("RS_WHATISTHIS"_key));
+  const QString told = TakeMessages().value(0);
+  EXPECT_TRUE(told.contains(Text("RS_TYPE_XC"_key))) << told.toStdString();
+  EXPECT_TRUE(told.contains(Text("RS_STATE_LOCKED"_key))) << told.toStdString();
 }
 
 }  // namespace

@@ -25,37 +25,37 @@ using HistoryTest = MainWindow;
 
 TEST_F(HistoryTest, ThePaneFollowsTheRowAndShowsWhatBecameOfIt) {
   Starts();
-  program_->Triggers(CommandId::mnuViewHistory);
+  Triggers(CommandId::mnuViewHistory);
   const std::string origin = "Aus Kalvero übernommen||";
-  EXPECT_EQ(Shown(program_->Window()), Names{origin});
-  program_->Enters(1, kVoltageColumn, "63");
-  program_->Enters(1, kVoltageColumn, "64");
-  program_->Enters(1, logview::kCommentColumn, "o. B.");
+  EXPECT_EQ(Shown(Window()), Names{origin});
+  Enters(1, kVoltageColumn, "63");
+  Enters(1, kVoltageColumn, "64");
+  Enters(1, logview::kCommentColumn, "o. B.");
   const Names history = {origin, "Berichtigt: kV|60|63", "Berichtigt: kV|63|64",
                          "Geändert: Bemerkung|–|o. B."};
-  EXPECT_EQ(Shown(program_->Window()), history);
+  EXPECT_EQ(Shown(Window()), history);
   program_->ClicksCell(2, 0);
-  EXPECT_EQ(Shown(program_->Window()), Names{origin}) << "of another row";
-  program_->ClicksHeading(logview::kPatientColumn);
+  EXPECT_EQ(Shown(Window()), Names{origin}) << "of another row";
+  ClicksHeading(logview::kPatientColumn);
   program_->ClicksCell(2, 0);
-  EXPECT_EQ(Shown(program_->Window()), history) << "the same exposure in another order";
-  EXPECT_TRUE(program_->Quits());
+  EXPECT_EQ(Shown(Window()), history) << "the same exposure in another order";
+  EXPECT_TRUE(Quits());
 
   Starts();
-  EXPECT_TRUE(program_->Globals().OptHistoryVisible);
+  EXPECT_TRUE(Globals().OptHistoryVisible);
   program_->ClicksCell(1, 0);
-  EXPECT_EQ(Shown(program_->Window()).back(), "Gesperrt: kV|offen|gesperrt");
+  EXPECT_EQ(Shown(Window()).back(), "Gesperrt: kV|offen|gesperrt");
 }
 
 TEST_F(HistoryTest, ACellThatWasChangedIsMarkedAndSaysByWhom) {
   Starts();
-  program_->Enters(1, kVoltageColumn, "63");
-  const auto& model = program_->Grid().Model();
+  Enters(1, kVoltageColumn, "63");
+  const auto& model = Grid().Model();
   for (int column = 0; column < logview::kColumnCount; ++column)
     EXPECT_EQ(model.CellAt(1, column).isMarked, column == kVoltageColumn) << column;
   EXPECT_FALSE(model.CellAt(2, kVoltageColumn).isMarked);
-  const QString who = ui::ToQString(program_->Globals().AuthorGl.account);
-  const QString where = ui::ToQString(program_->Globals().AuthorGl.workstation);
+  const QString who = ui::ToQString(Globals().AuthorGl.account);
+  const QString where = ui::ToQString(Globals().AuthorGl.workstation);
   for (const QString& said :
        {model.NoteText(1, kVoltageColumn),
         model.data(model.index(1, kVoltageColumn), Qt::AccessibleDescriptionRole).toString()})
@@ -78,7 +78,7 @@ QString Verifies(RunningProgram& program, const QString& anchor) {
 
 TEST_F(HistoryTest, TheWindowVerifiesTheLogAsVarnlogctlDoes) {
   Starts();
-  program_->Enters(1, kVoltageColumn, "63");
+  Enters(1, kVoltageColumn, "63");
   const QString sound = Verifies(*program_, {});
   const std::string head = installation_.Ctl("verify").out;
   EXPECT_TRUE(sound.contains("Aufnahmen: 4, spätere Einträge: 1, Siegel: 3")) << sound.toStdString();
@@ -103,15 +103,15 @@ TEST_F(HistoryTest, AnOlderCopyIsWarnedOfOnceAndABrokenChainInOneMessage) {
   namespace fs = std::filesystem;
   const fs::path copy = installation_.suite() / "old.mdb";
   Starts();
-  program_->Enters(1, kVoltageColumn, "63");
+  Enters(1, kVoltageColumn, "63");
   program_.reset();
   fs::copy_file(installation_.log(), copy);
   Starts();
-  program_->Enters(1, logview::kCommentColumn, "o. B.");
+  Enters(1, logview::kCommentColumn, "o. B.");
   program_.reset();
   fs::copy_file(copy, installation_.log(), fs::copy_options::overwrite_existing);
   Starts();
-  EXPECT_EQ(program_->TakeMessages().filter("zuletzt darin gesehen").size(), 1);
+  EXPECT_EQ(TakeMessages().filter("zuletzt darin gesehen").size(), 1);
   EXPECT_TRUE(Verifies(*program_, {}).contains("Ein Arbeitsplatz vermisste einen früheren Stand"));
   program_.reset();
   installation_.WithLog(false, [](dao::Database& log) {
@@ -120,12 +120,12 @@ TEST_F(HistoryTest, AnOlderCopyIsWarnedOfOnceAndABrokenChainInOneMessage) {
         "INSERT INTO TXray (tXraySName) VALUES ('Neu')");
   });
   Starts();
-  const QStringList told = program_->TakeMessages().filter("iegel");
+  const QStringList told = TakeMessages().filter("iegel");
   ASSERT_EQ(told.size(), 1) << told.join("; ").toStdString();
   for (const char* part : {"Die Regeln", "Siegel 2 wurde verändert", "1 Aufnahmen ohne Siegel"})
     EXPECT_TRUE(told[0].contains(part)) << told[0].toStdString();
-  program_->Enters(1, logview::kCommentColumn, "neu");
-  EXPECT_EQ(program_->Grid().CellText(1, logview::kCommentColumn), "neu") << "work goes on";
+  Enters(1, logview::kCommentColumn, "neu");
+  EXPECT_EQ(Grid().CellText(1, logview::kCommentColumn), "neu") << "work goes on";
 }
 
 }  // namespace

@@ -29,6 +29,22 @@ class MainWindow : public testing::Test {
     program_.reset();
     program_ = std::make_unique<RunningProgram>(installation_, answer);
   }
+  // The run's own, in fewer words.
+  [[nodiscard]] frmMDIMain& Window() { return program_->Window(); }
+  [[nodiscard]] ui::TDBGrid& Grid() { return program_->Grid(); }
+  [[nodiscard]] core::Globals& Globals() { return program_->Globals(); }
+  [[nodiscard]] QString Text(core::TextKey key) const { return program_->Text(key); }
+  [[nodiscard]] QStringList ColumnTexts(int column) { return program_->ColumnTexts(column); }
+  QStringList TakeMessages() { return program_->TakeMessages(); }
+  void Triggers(CommandId command) { program_->Triggers(command); }
+  void Enters(int row, int column, const QString& text) { program_->Enters(row, column, text); }
+  void ClicksHeading(int column) { program_->ClicksHeading(column); }
+  bool Quits() { return program_->Quits(); }
+  void InDialog(const char* name, std::function<void(QDialog&)> user) {
+    program_->InDialog(name, std::move(user));
+  }
+  static void Settle() { RunningProgram::Settle(); }
+
   /// The last day's exposure comes first.
   [[nodiscard]] std::string Stored(const std::string& field) const {
     std::string text;

@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QTreeWidget>
 
+#include "tests/support/Table.h"
 #include "tests/windows/MainWindow.h"
 
 namespace varnlog::app::test {
@@ -15,47 +16,47 @@ using enum CommandId;
 
 TEST_F(MainWindow, LeavesThemAfterANoUntilTheUpdateIsAskedFor) {
   Starts(core::MessageAnswer::kNo);
-  const QString offer = program_->TakeMessages().value(0);
-  EXPECT_TRUE(offer.startsWith(program_->Text("RC_XRNOTUPDATED"_key).section('$', 0, 0)));
+  const QString offer = TakeMessages().value(0);
+  EXPECT_TRUE(offer.startsWith(Text("RC_XRNOTUPDATED"_key).section('$', 0, 0)));
   EXPECT_TRUE(offer.contains(QString::fromStdString(installation_.log().string()))) << "which log";
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
+  EXPECT_EQ(Grid().ApproximateCount(), 0);
   emit qApp->applicationStateChanged(Qt::ApplicationActive);
   QTest::qWait(400);
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 0) << "declined";
-  program_->Triggers(mnuEditUpdate);
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
-  EXPECT_TRUE(Child<QLabel>(program_->Window(), "pnlRows").text().contains("4"));
+  EXPECT_EQ(Grid().ApproximateCount(), 0) << "declined";
+  Triggers(mnuEditUpdate);
+  EXPECT_EQ(Grid().ApproximateCount(), 4);
+  EXPECT_TRUE(Child<QLabel>(Window(), "pnlRows").text().contains("4"));
   installation_.Reports({cli::NewExposure("Neu", "XI", "01.01.2022", "08:00:00")});
-  program_->Grid().SetCurrentCell(3, logview::kCommentColumn);
+  Grid().SetCurrentCell(3, logview::kCommentColumn);
   emit qApp->applicationStateChanged(Qt::ApplicationActive);
-  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Grid().ApproximateCount() == 5; }, 10'000));
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 5) << "activation updates again, without a question";
-  EXPECT_EQ(program_->Grid().Row(), 4) << "on the same exposure as before";
-  EXPECT_EQ(program_->Grid().Col(), int{logview::kCommentColumn});
-  const auto meaning = [this](int row) { return program_->Grid().Model().Description(row, 0); };
-  EXPECT_EQ(meaning(0), program_->Text("RS_STATE_NEW"_key));
+  EXPECT_TRUE(QTest::qWaitFor([this] { return Grid().ApproximateCount() == 5; }, 10'000));
+  EXPECT_EQ(Grid().ApproximateCount(), 5) << "activation updates again, without a question";
+  EXPECT_EQ(Grid().Row(), 4) << "on the same exposure as before";
+  EXPECT_EQ(Grid().Col(), int{logview::kCommentColumn});
+  const auto meaning = [this](int row) { return Grid().Model().Description(row, 0); };
+  EXPECT_EQ(meaning(0), Text("RS_STATE_NEW"_key));
   EXPECT_EQ(meaning(1), "") << "came with the update before";
-  (void)program_->TakeMessages();
-  program_->Triggers(mnuEditUpdate);
-  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("MN_NOXR"_key)));
+  (void)TakeMessages();
+  Triggers(mnuEditUpdate);
+  EXPECT_EQ(TakeMessages(), QStringList(Text("MN_NOXR"_key)));
 }
 
 TEST_F(MainWindow, AHeadingSortsAndTheNumbersHeadingBeeps) {
   Starts();
-  program_->ClicksHeading(logview::kPatientColumn);
+  ClicksHeading(logview::kPatientColumn);
   const Names once = Patients();
-  program_->ClicksHeading(logview::kPatientColumn);
+  ClicksHeading(logview::kPatientColumn);
   const Names twice = Patients();
   EXPECT_EQ(once, Names({"Abel", "Abel", "O'Hara", "Zander"}));
   EXPECT_EQ(twice, Names({"Zander", "O'Hara", "Abel", "Abel"}));
   const int beeps = program_->Beeps();
-  program_->ClicksHeading(logview::kNumberColumn);
+  ClicksHeading(logview::kNumberColumn);
   EXPECT_EQ(program_->Beeps(), beeps + 1);
   EXPECT_EQ(Patients(), twice);
   // The frame of the log is rebuilt when its file was worked on.
-  program_->Window().Results()->ReloadGrid();
-  EXPECT_TRUE(program_->Grid().horizontalHeader()->isSortIndicatorShown());
-  EXPECT_EQ(program_->Grid().horizontalHeader()->sortIndicatorSection(), logview::kPatientColumn);
+  Window().Results()->ReloadGrid();
+  EXPECT_TRUE(Grid().horizontalHeader()->isSortIndicatorShown());
+  EXPECT_EQ(Grid().horizontalHeader()->sortIndicatorSection(), logview::kPatientColumn);
 }
 
 TEST_F(MainWindow, EachSelectionShowsItsRowsAndACancelledOneChangesNothing) {
@@ -63,13 +64,7 @@ TEST_F(MainWindow, EachSelectionShowsItsRowsAndACancelledOneChangesNothing) {
   const auto year = [](QDialog& dialog) { EntersPeriod(dialog, "1.1.2020", "31.12.2020"); };
   const auto abel = [](QDialog& dialog) { SearchesAndTakes(dialog, "Abel"); };
   using Step = std::pair<const char*, std::function<void(QDialog&)>>;
-  struct Row {
-    CommandId command;
-    std::vector<Step> dialogs;
-    SelectionKind kind;
-    std::size_t rows;
-  };
-  const Row rows[] = {
+  const Table<CommandId, std::vector<Step>, SelectionKind, std::size_t> rows = {
       {mnuSortDateAll, {{"frmBegEnd", year}}, SelectionKind::kPeriod, 3},
       {mnuSortDateAllXI, {{"frmBegEnd", year}}, SelectionKind::kPeriodXI, 2},
       {mnuSortDateAllXP, {{"frmBegEnd", Cancels}}, SelectionKind::kPeriodXI, 2},
@@ -79,34 +74,33 @@ TEST_F(MainWindow, EachSelectionShowsItsRowsAndACancelledOneChangesNothing) {
       {mnuSortPatPeriod, {{"frmPatSearch", Cancels}}, SelectionKind::kPatient, 2},
       {mnuSortPatPeriod, {{"frmPatSearch", abel}, {"frmBegEnd", Cancels}}, SelectionKind::kPatient, 2},
       {mnuSortPatPeriod, {{"frmPatSearch", abel}, {"frmBegEnd", year}}, SelectionKind::kPatientPeriod, 1},
-      {mnuSortAll, {}, SelectionKind::kAll, 4},
-  };
-  for (const Row& row : rows) {
-    const std::string name(Def(row.command).name);
-    for (const auto& [dialog, user] : row.dialogs) program_->InDialog(dialog, user);
-    program_->Triggers(row.command);
+      {mnuSortAll, {}, SelectionKind::kAll, 4}};
+  for (const auto& [command, dialogs, kind, count] : rows) {
+    const std::string name(Def(command).name);
+    for (const auto& [dialog, user] : dialogs) InDialog(dialog, user);
+    Triggers(command);
     EXPECT_TRUE(program_->DialogsDone()) << name;
-    EXPECT_EQ(program_->Globals().SortSelectionGl, row.kind) << name;
-    EXPECT_EQ(Patients().size(), row.rows) << name;
+    EXPECT_EQ(Globals().SortSelectionGl, kind) << name;
+    EXPECT_EQ(Patients().size(), count) << name;
   }
 }
 
 TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
   Starts();
-  (void)program_->TakeMessages();
-  program_->InDialog("frmPatSearch", [&](QDialog& dialog) {
+  (void)TakeMessages();
+  InDialog("frmPatSearch", [&](QDialog& dialog) {
     for (const QString& entry : {QString("'"), QString("["), QString("O'Hara"), QString("%"), QString("Nemo"),
                                  QString(1000, 'x'), QString("\" OR 1=1 --")}) {
       Child<QLineEdit>(dialog, "txtSearch").setText(entry);
       Child<QPushButton>(dialog, "cmdSearch").click();
-      const bool told = !program_->TakeMessages().isEmpty();
+      const bool told = !TakeMessages().isEmpty();
       const bool found = Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount() > 0;
       EXPECT_NE(told, found) << entry.toStdString() << ": either a list or a message";
     }
-    const QStringList apostrophe(program_->Text("PS_ERR_APOSTROPHE"_key));
+    const QStringList apostrophe(Text("PS_ERR_APOSTROPHE"_key));
     Child<QLineEdit>(dialog, "txtSearch").setText("O'H");
     Child<QPushButton>(dialog, "cmdSearch").click();
-    EXPECT_EQ(program_->TakeMessages(), apostrophe);
+    EXPECT_EQ(TakeMessages(), apostrophe);
     Child<QLineEdit>(dialog, "txtSearch").setText("abel,k");
     Child<QPushButton>(dialog, "cmdSearch").click();
     EXPECT_EQ(Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount(), 1) << "without the blank";
@@ -120,12 +114,12 @@ TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
     ASSERT_EQ(list.topLevelItemCount(), 3);
     list.setCurrentItem(list.topLevelItem(1));
     Child<QPushButton>(dialog, "cmdOK").click();
-    EXPECT_EQ(program_->TakeMessages(), apostrophe) << "found, but not to be chosen";
+    EXPECT_EQ(TakeMessages(), apostrophe) << "found, but not to be chosen";
     Cancels(dialog);
   });
-  program_->Triggers(mnuSortPatAll);
+  Triggers(mnuSortPatAll);
   EXPECT_TRUE(program_->DialogsDone());
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  EXPECT_EQ(Grid().ApproximateCount(), 4);
 }
 
 }  // namespace

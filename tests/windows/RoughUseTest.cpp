@@ -16,7 +16,14 @@ class RoughUse : public MainWindow {
  protected:
   void Starts(core::MessageAnswer answer = core::MessageAnswer::kYes) {
     MainWindow::Starts(answer);
-    started_ = program_->TakeMessages();
+    started_ = TakeMessages();
+  }
+  /// Starts while the file dialog gives this.
+  void StartsChoosing(const std::optional<std::string>& file, core::MessageAnswer answer) {
+    program_.reset();
+    ui::CFileDialog::AnswerWith([file](const ui::CFileDialog&) { return file; });
+    Starts(answer);
+    ui::CFileDialog::AnswerWith({});
   }
   void Ini(const std::string& lines) {
     cli::Installation::Write(installation_.program() / "varnlog.ini", lines);
@@ -28,23 +35,23 @@ class RoughUse : public MainWindow {
 TEST_F(RoughUse, AnotherWorkstationsWorkShowsWhenAValueIsEntered) {
   Starts();
   const auto entering = [this](int row, int column, const char* text) {
-    (void)program_->TakeMessages();
-    program_->Enters(row, column, text);
-    return program_->TakeMessages().join('|').toStdString();
+    (void)TakeMessages();
+    Enters(row, column, text);
+    return TakeMessages().join('|').toStdString();
   };
-  const std::string inUse = program_->Text("RS_ERR_RECORDEX"_key).toStdString();
+  const std::string inUse = Text("RS_ERR_RECORDEX"_key).toStdString();
   installation_.WithLog(false, [](dao::Database& log) {
     log.Execute("UPDATE TXray SET tXraySVolt = '71' WHERE tXraySType = 'XC'");
     log.Execute("DELETE FROM TXray WHERE tXraySName = 'O''Hara'");
   });
   // The first row was corrected meanwhile, and the newer value has not been seen here.
   EXPECT_EQ(entering(0, kVoltageColumn, "65"), inUse);
-  EXPECT_EQ(Stored("tXraySVolt"), program_->Grid().CellText(0, kVoltageColumn).toStdString());
-  EXPECT_EQ(entering(1, kVoltageColumn, "66"), program_->Text("RS_ERR_RECDEL"_key).toStdString());
+  EXPECT_EQ(Stored("tXraySVolt"), Grid().CellText(0, kVoltageColumn).toStdString());
+  EXPECT_EQ(entering(1, kVoltageColumn, "66"), Text("RS_ERR_RECDEL"_key).toStdString());
 
   EXPECT_TRUE(entering(0, logview::kCommentColumn, "frei").empty());
   EXPECT_EQ(Stored("tXraySComment"), "frei");
-  program_->Triggers(mnuViewLoad);
+  Triggers(mnuViewLoad);
   EXPECT_EQ(Patients(), Names({"Abel", "Abel", "Zander"}));
 }
 
@@ -54,20 +61,14 @@ TEST_F(RoughUse, NamesOfEveryKindAreShownFoundAndSelected) {
   const std::vector<std::string> names = {"100% - [echt]", "Weiß_Ö?",    "{dao.x}", "\"Rex\"",
                                           "Ünal; -- x",    "#1 & Söhne", wide,      "אבג"};
   installation_.WithLog(false, [&](dao::Database& log) {
-    int id = 1000;
-    for (const std::string& name : names) {
-      log.Execute(
-          "INSERT INTO TXray (tXrayCulIntIDPk, tXraySName, tXraySFirstname, tXrayDBirthday, tXrayTs, "
-          "tXraySType) "
-          "VALUES (" +
-          std::to_string(id++) + ", '" + name +
-          "', 'Käthe', '1960-02-01 00:00:00', '2023-01-01 08:00:00', 'XI')");
-    }
+    for (const std::string& name : names)
+      log.Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday, tXrayTs) VALUES ('" +
+                  name + "', 'Käthe', '1960-02-01 00:00:00', '2023-01-01 08:00:00')");
   });
-  program_->Triggers(mnuSortAll);
+  Triggers(mnuSortAll);
   for (const std::string& name : names) {
     EXPECT_TRUE(std::ranges::count(Patients(), name) == 1) << name;
-    program_->InDialog("frmPatSearch", [&](QDialog& dialog) {
+    InDialog("frmPatSearch", [&](QDialog& dialog) {
       // Brackets and the like are wildcards of the search; the list below shows everybody.
       Child<QLineEdit>(dialog, "txtSearch").setText("*");
       Child<QPushButton>(dialog, "cmdSearch").click();
@@ -81,13 +82,13 @@ TEST_F(RoughUse, NamesOfEveryKindAreShownFoundAndSelected) {
       Child<QPushButton>(dialog, "cmdOK").click();
       if (dialog.isVisible()) Cancels(dialog);
     });
-    program_->Triggers(mnuSortPatAll);
-    EXPECT_EQ(program_->Globals().strPatNameGl, name);
+    Triggers(mnuSortPatAll);
+    EXPECT_EQ(Globals().strPatNameGl, name);
     EXPECT_EQ(Patients(), Names({name}));
-    EXPECT_TRUE(program_->Window().windowTitle().contains(QString::fromStdString(name)));
-    EXPECT_NE(program_->Window().Results()->Headline().find(name), std::string::npos) << "the report's title";
-    EXPECT_TRUE(program_->TakeMessages().isEmpty()) << name;
-    program_->Triggers(mnuSortAll);
+    EXPECT_TRUE(Window().windowTitle().contains(QString::fromStdString(name)));
+    EXPECT_NE(Window().Results()->Headline().find(name), std::string::npos) << "the report's title";
+    EXPECT_TRUE(TakeMessages().isEmpty()) << name;
+    Triggers(mnuSortAll);
   }
 }
 
@@ -99,10 +100,10 @@ TEST_F(RoughUse, AnApostropheInASelectedNameIsToldAndNothingElseHappens) {
   fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
   Starts();
   EXPECT_EQ(started_.size(), 3) << started_.join("\n--\n").toStdString();
-  EXPECT_EQ(started_.last(), "3075: " + program_->Text("GL_ERR_3075"_key)) << "in the user's language";
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 0);
-  program_->Triggers(mnuSortAll);
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  EXPECT_EQ(started_.last(), "3075: " + Text("GL_ERR_3075"_key)) << "in the user's language";
+  EXPECT_EQ(Grid().ApproximateCount(), 0);
+  Triggers(mnuSortAll);
+  EXPECT_EQ(Grid().ApproximateCount(), 4);
 }
 
 TEST_F(RoughUse, SettingsOutOfAllBoundsStillShowAWindow) {
@@ -118,19 +119,16 @@ TEST_F(RoughUse, SettingsOutOfAllBoundsStillShowAWindow) {
   for (const char* ini : rows) {
     Ini(ini);
     Starts();
-    frmMDIMain& window = program_->Window();
-    const QRect screen = window.screen()->availableGeometry();
-    EXPECT_TRUE(screen.contains(QRect(window.pos(), window.size())))
-        << ini << window.x() << "," << window.y() << " " << window.width() << "x" << window.height() << " on "
-        << screen.width() << "x" << screen.height();
+    frmMDIMain& window = Window();
+    EXPECT_TRUE(window.screen()->availableGeometry().contains(QRect(window.pos(), window.size()))) << ini;
     EXPECT_GT(window.centralWidget()->height(), 0) << ini;
-    EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << ini;
+    EXPECT_EQ(Grid().ApproximateCount(), 4) << ini;
     for (int column = 0; column < logview::kColumnCount; ++column) {
-      const int width = program_->Grid().ColumnWidth(column);
+      const int width = Grid().ColumnWidth(column);
       EXPECT_TRUE(width >= ui::TDBGrid::kNarrowest && width <= ui::TDBGrid::kWidest) << ini << column;
     }
     window.grab();
-    EXPECT_TRUE(program_->Quits()) << ini;
+    EXPECT_TRUE(Quits()) << ini;
   }
 }
 
@@ -139,30 +137,27 @@ TEST_F(RoughUse, ALogThatVanishedBetweenTwoStartsGivesWayToTheOneOfTheSuite) {
   const fs::path other = installation_.suite() / "anderes.mdb";
   fs::copy_file(installation_.log(), other);
   ui::CFileDialog::AnswerWith([&](const ui::CFileDialog&) { return std::optional(other.string()); });
-  program_->Triggers(mnuFileOpen);
+  Triggers(mnuFileOpen);
   ui::CFileDialog::AnswerWith({});
-  ASSERT_EQ(program_->Globals().strDataFileGl, other.string());
+  ASSERT_EQ(Globals().strDataFileGl, other.string());
   program_.reset();
   fs::rename(other, other.string() + ".weg");
   Starts(core::MessageAnswer::kGoOn);
   ASSERT_EQ(started_.size(), 1);
   EXPECT_TRUE(started_.at(0).contains("anderes.mdb")) << started_.at(0).toStdString();
   EXPECT_TRUE(started_.at(0).contains("Varnlog.mdb")) << started_.at(0).toStdString();
-  EXPECT_EQ(program_->Globals().strDataFileGl, installation_.log().string());
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  EXPECT_EQ(Globals().strDataFileGl, installation_.log().string());
+  EXPECT_EQ(Grid().ApproximateCount(), 4);
   program_.reset();
   fs::rename(other.string() + ".weg", other);
   Starts();
-  EXPECT_EQ(program_->Globals().strDataFileGl, other.string()) << "it stayed configured";
+  EXPECT_EQ(Globals().strDataFileGl, other.string()) << "it stayed configured";
   EXPECT_TRUE(started_.isEmpty()) << started_.join('\n').toStdString();
 
   // Another one is chosen instead.
   program_.reset();
   fs::remove(other);
-  ui::CFileDialog::AnswerWith(
-      [&](const ui::CFileDialog&) { return std::optional(installation_.log().string()); });
-  Starts(core::MessageAnswer::kOpen);
-  ui::CFileDialog::AnswerWith({});
+  StartsChoosing(installation_.log().string(), core::MessageAnswer::kOpen);
   EXPECT_EQ(started_.size(), 1);
   program_.reset();
   Starts();
@@ -172,12 +167,10 @@ TEST_F(RoughUse, ALogThatVanishedBetweenTwoStartsGivesWayToTheOneOfTheSuite) {
   program_.reset();
   fs::remove(installation_.log());
   fs::remove(installation_.program() / "varnlog.md0");
-  ui::CFileDialog::AnswerWith([](const ui::CFileDialog&) { return std::nullopt; });
-  Starts();
-  ui::CFileDialog::AnswerWith({});
+  StartsChoosing(std::nullopt, core::MessageAnswer::kYes);
   ASSERT_EQ(started_.size(), 3);
   for (const QString& message : started_) EXPECT_TRUE(message.contains("Varnlog.mdb"));
-  EXPECT_EQ(program_->Window().Results(), nullptr);
+  EXPECT_EQ(Window().Results(), nullptr);
 }
 
 }  // namespace

@@ -13,17 +13,17 @@ class Values : public MainWindow {
   void SetUp() override {
     MainWindow::SetUp();
     Starts();
-    (void)program_->TakeMessages();
+    (void)TakeMessages();
   }
   /// Types into the first row's voltage and leaves the editor open.
   void Types(const QString& text) {
-    program_->Window().activateWindow();
-    program_->Grid().SetCurrentCell(0, kVoltageColumn);
-    program_->Grid().setFocus();
-    RunningProgram::Settle();
-    QTest::keyClick(&program_->Grid(), Qt::Key_F2);
-    RunningProgram::Settle();
-    ASSERT_TRUE(program_->Grid().IsEditing());
+    Window().activateWindow();
+    Grid().SetCurrentCell(0, kVoltageColumn);
+    Grid().setFocus();
+    Settle();
+    QTest::keyClick(&Grid(), Qt::Key_F2);
+    Settle();
+    ASSERT_TRUE(Grid().IsEditing());
     QTest::keySequence(QApplication::focusWidget(), QKeySequence::SelectAll);
     QTest::keyClicks(QApplication::focusWidget(), text);
   }
@@ -36,34 +36,34 @@ TEST_F(Values, WhateverRebuildsPrintsOrLeavesStoresTheOpenEntryFirst) {
   for (const CommandId command : {mnuViewLoad, mnuSortAll, mnuFilePrintPreview, mnuEditUpdate}) {
     const std::string text = std::to_string(++volt);
     Types(QString::fromStdString(text));
-    program_->Triggers(command);
+    Triggers(command);
     EXPECT_EQ(Stored("tXraySVolt"), text) << Def(command).name;
-    EXPECT_FALSE(program_->Grid().IsEditing()) << Def(command).name;
-    if (auto* preview = program_->Window().findChild<QWidget*>("frmPreview")) {
+    EXPECT_FALSE(Grid().IsEditing()) << Def(command).name;
+    if (auto* preview = Window().findChild<QWidget*>("frmPreview")) {
       preview->parentWidget()->close();
-      RunningProgram::Settle();
+      Settle();
     }
   }
   Types("61");
-  program_->ClicksHeading(logview::kDateColumn);
+  ClicksHeading(logview::kDateColumn);
   EXPECT_EQ(Stored("tXraySVolt"), "61");
-  program_->Triggers(mnuSortAll);
+  Triggers(mnuSortAll);
   Types("62");
-  ASSERT_TRUE(program_->Quits());
+  ASSERT_TRUE(Quits());
   EXPECT_EQ(Stored("tXraySVolt"), "62");
 }
 
 /// What the state of a cell means to those who do not see its colour.
 TEST_F(Values, TellHowLongTheyCanBeChanged) {
-  const auto meaning = [this](int column) { return program_->Grid().Model().StateText(0, column); };
-  EXPECT_EQ(meaning(kVoltageColumn), program_->Text("RS_STATE_OPEN"_key));
-  program_->Enters(0, kVoltageColumn, "63");
-  EXPECT_EQ(meaning(kVoltageColumn), program_->Text("RS_STATE_PENDING"_key));
-  EXPECT_EQ(meaning(logview::kCommentColumn), program_->Text("RS_STATE_ALWAYS"_key));
-  program_->Grid().ClickHeading(kVoltageColumn);
-  EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "");
-  program_->Grid().ClickHeading(kVoltageColumn);
-  EXPECT_EQ(meaning(kVoltageColumn), program_->Text("RS_STATE_PENDING"_key)) << "read anew";
+  const auto meaning = [this](int column) { return Grid().Model().StateText(0, column); };
+  EXPECT_EQ(meaning(kVoltageColumn), Text("RS_STATE_OPEN"_key));
+  Enters(0, kVoltageColumn, "63");
+  EXPECT_EQ(meaning(kVoltageColumn), Text("RS_STATE_PENDING"_key));
+  EXPECT_EQ(meaning(logview::kCommentColumn), Text("RS_STATE_ALWAYS"_key));
+  Grid().ClickHeading(kVoltageColumn);
+  EXPECT_EQ(Grid().CellText(0, kVoltageColumn), "");
+  Grid().ClickHeading(kVoltageColumn);
+  EXPECT_EQ(meaning(kVoltageColumn), Text("RS_STATE_PENDING"_key)) << "read anew";
 }
 
 TEST_F(Values, AnUpdateOnActivationWaitsForTheEndOfADialogOrAnEntry) {
@@ -71,123 +71,123 @@ TEST_F(Values, AnUpdateOnActivationWaitsForTheEndOfADialogOrAnEntry) {
   Types("63");
   Activates();
   QTest::qWait(500);
-  EXPECT_TRUE(program_->Grid().IsEditing());
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
-  ASSERT_TRUE(program_->Window().Results()->CommitEdit());
-  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Grid().ApproximateCount() == 5; }, 10'000));
+  EXPECT_TRUE(Grid().IsEditing());
+  EXPECT_EQ(Grid().ApproximateCount(), 4);
+  ASSERT_TRUE(Window().Results()->CommitEdit());
+  EXPECT_TRUE(QTest::qWaitFor([this] { return Grid().ApproximateCount() == 5; }, 10'000));
 
   installation_.Reports({cli::NewExposure("Spät", "XI", "02.01.2019", "08:00:00")});
-  program_->InDialog("frmPatSearch", [this](QDialog& dialog) {
+  InDialog("frmPatSearch", [this](QDialog& dialog) {
     Activates();
     QTest::qWait(500);
-    EXPECT_EQ(program_->Grid().ApproximateCount(), 5) << "neither updated nor rebuilt";
+    EXPECT_EQ(Grid().ApproximateCount(), 5) << "neither updated nor rebuilt";
     Cancels(dialog);
   });
-  program_->Triggers(mnuSortPatAll);
-  EXPECT_TRUE(QTest::qWaitFor([this] { return program_->Grid().ApproximateCount() == 6; }, 10'000));
-  EXPECT_EQ(program_->Window().windowTitle().section(" - [", 0, 0), program_->Text("RS_ALLPATIENTIMG"_key));
+  Triggers(mnuSortPatAll);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return Grid().ApproximateCount() == 6; }, 10'000));
+  EXPECT_EQ(Window().windowTitle().section(" - [", 0, 0), Text("RS_ALLPATIENTIMG"_key));
 }
 
 TEST_F(Values, CtrlZTakesPendingEntriesBackTheCurrentCellsFirst) {
-  const QString before = program_->Grid().CellText(1, kVoltageColumn);
-  program_->Enters(0, kVoltageColumn, "63");
-  program_->Enters(1, kVoltageColumn, "64");
+  const QString before = Grid().CellText(1, kVoltageColumn);
+  Enters(0, kVoltageColumn, "63");
+  Enters(1, kVoltageColumn, "64");
   const auto presses = [this] {
-    QTest::keyClick(&program_->Grid(), Qt::Key_Z, Qt::ControlModifier);
-    RunningProgram::Settle();
+    QTest::keyClick(&Grid(), Qt::Key_Z, Qt::ControlModifier);
+    Settle();
   };
-  program_->Grid().SetCurrentCell(0, kVoltageColumn);
+  Grid().SetCurrentCell(0, kVoltageColumn);
   presses();
-  EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "");
-  EXPECT_EQ(program_->Grid().StateOf(0, kVoltageColumn), ui::CellState::kEdit);
+  EXPECT_EQ(Grid().CellText(0, kVoltageColumn), "");
+  EXPECT_EQ(Grid().StateOf(0, kVoltageColumn), ui::CellState::kEdit);
   presses();
-  EXPECT_EQ(program_->Grid().CellText(1, kVoltageColumn), before) << "then the last one made";
-  EXPECT_EQ(program_->Grid().Row(), 1) << "where it can be seen";
+  EXPECT_EQ(Grid().CellText(1, kVoltageColumn), before) << "then the last one made";
+  EXPECT_EQ(Grid().Row(), 1) << "where it can be seen";
   const int beeps = program_->Beeps();
   presses();
   EXPECT_EQ(program_->Beeps(), beeps + 1) << "nothing is left";
-  ASSERT_TRUE(program_->Quits());
+  ASSERT_TRUE(Quits());
   EXPECT_EQ(Stored("tXrayBEdVolt"), "1") << "and nothing is locked";
 }
 
 TEST_F(Values, AValueIsEmptiedOnPurposeOnly) {
-  program_->Enters(0, kVoltageColumn, "63");
+  Enters(0, kVoltageColumn, "63");
   program_->AnswersWith(core::MessageAnswer::kNo);
-  program_->Enters(0, kVoltageColumn, "");
-  EXPECT_EQ(program_->TakeMessages().size(), 1);
-  EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "63");
+  Enters(0, kVoltageColumn, "");
+  EXPECT_EQ(TakeMessages().size(), 1);
+  EXPECT_EQ(Grid().CellText(0, kVoltageColumn), "63");
   program_->AnswersWith(core::MessageAnswer::kYes);
-  program_->Enters(0, kVoltageColumn, "");
+  Enters(0, kVoltageColumn, "");
   EXPECT_EQ(Stored("tXraySVolt"), "");
 }
 
 TEST_F(Values, ARefusedEntryStaysInItsEditor) {
   installation_.WithLog(false, [this](dao::Database& log) {
     const dao::ChangeGroup others = log.BeginChanges();
-    program_->Enters(0, kVoltageColumn, "65");
-    EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RS_ERR_RECORDEX"_key)));
+    Enters(0, kVoltageColumn, "65");
+    EXPECT_EQ(TakeMessages(), QStringList(Text("RS_ERR_RECORDEX"_key)));
   });
-  ASSERT_TRUE(program_->Grid().IsEditing());
-  program_->Triggers(mnuViewLoad);
+  ASSERT_TRUE(Grid().IsEditing());
+  Triggers(mnuViewLoad);
   EXPECT_EQ(Stored("tXraySVolt"), "65");
 }
 
 TEST_F(Values, QuittingNamesWhatWillBeLockedAndShowsItOnRequest) {
-  program_->Enters(1, kVoltageColumn, "63");
+  Enters(1, kVoltageColumn, "63");
   program_->AnswersFirst({core::MessageAnswer::kLook});
-  EXPECT_FALSE(program_->Quits());
-  const QString question = program_->TakeMessages().value(0);
+  EXPECT_FALSE(Quits());
+  const QString question = TakeMessages().value(0);
   EXPECT_TRUE(question.contains("O'Hara, ")) << question.toStdString();
   EXPECT_TRUE(question.contains("kV 63")) << question.toStdString();
   EXPECT_EQ(Patients(), Names({"O'Hara"})) << "the rows in question";
-  QTest::keyClick(&program_->Grid(), Qt::Key_Z, Qt::ControlModifier);
-  program_->Triggers(mnuViewLoad);
-  EXPECT_EQ(program_->Grid().ApproximateCount(), 4);
+  QTest::keyClick(&Grid(), Qt::Key_Z, Qt::ControlModifier);
+  Triggers(mnuViewLoad);
+  EXPECT_EQ(Grid().ApproximateCount(), 4);
   program_->AnswersFirst({core::MessageAnswer::kNo});
-  EXPECT_FALSE(program_->Quits());
-  (void)program_->TakeMessages();
-  EXPECT_TRUE(program_->Quits());
-  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("RC_QUIT"_key))) << "nothing is pending";
+  EXPECT_FALSE(Quits());
+  (void)TakeMessages();
+  EXPECT_TRUE(Quits());
+  EXPECT_EQ(TakeMessages(), QStringList(Text("RC_QUIT"_key))) << "nothing is pending";
 }
 
 TEST_F(Values, QuittingWaitsForAnotherWorkstationAndLeavesNothingOpenByItself) {
-  program_->Enters(0, kVoltageColumn, "63");
+  Enters(0, kVoltageColumn, "63");
   installation_.WithLog(false, [this](dao::Database& log) {
     const dao::ChangeGroup others = log.BeginChanges();
     program_->AnswersFirst({core::MessageAnswer::kYes, core::MessageAnswer::kCancel});
-    EXPECT_FALSE(program_->Quits());
-    const QString failure = program_->TakeMessages().value(1);
-    EXPECT_TRUE(failure.contains("3045: " + program_->Text("GL_ERR_3045"_key))) << failure.toStdString();
-    EXPECT_EQ(program_->Grid().ApproximateCount(), 4) << "nothing was closed";
+    EXPECT_FALSE(Quits());
+    const QString failure = TakeMessages().value(1);
+    EXPECT_TRUE(failure.contains("3045: " + Text("GL_ERR_3045"_key))) << failure.toStdString();
+    EXPECT_EQ(Grid().ApproximateCount(), 4) << "nothing was closed";
   });
-  ASSERT_TRUE(program_->Quits());
+  ASSERT_TRUE(Quits());
   EXPECT_EQ(Stored("tXrayBEdVolt"), "0");
 }
 
 TEST_F(Values, ALogWhoseFileWasReplacedIsOpenedAnew) {
   const std::filesystem::path restored = installation_.suite() / "Sicherung.mdb";
   std::filesystem::copy_file(installation_.log(), restored);
-  program_->Enters(0, kVoltageColumn, "63");
+  Enters(0, kVoltageColumn, "63");
   std::filesystem::rename(restored, installation_.log());
   installation_.WithLog(
       false, [](dao::Database& log) { log.Execute("DELETE FROM TXray WHERE tXraySName = 'Abel'"); });
-  program_->Triggers(mnuViewLoad);
-  RunningProgram::Settle();
-  ASSERT_EQ(program_->TakeMessages().size(), 1);
+  Triggers(mnuViewLoad);
+  Settle();
+  ASSERT_EQ(TakeMessages().size(), 1);
   EXPECT_EQ(Patients(), Names({"O'Hara", "Zander"}));
-  program_->Enters(0, kVoltageColumn, "64");
-  ASSERT_TRUE(program_->Quits());
+  Enters(0, kVoltageColumn, "64");
+  ASSERT_TRUE(Quits());
   EXPECT_EQ(Stored("tXraySVolt"), "64");
   EXPECT_EQ(Stored("tXrayBEdVolt"), "0");
 }
 
 TEST_F(Values, ALogThatCannotBeReadDoesNotClaimToBeEmpty) {
   installation_.WithLog(false, [](dao::Database& log) { log.Execute("ALTER TABLE TXray RENAME TO Weg"); });
-  program_->Triggers(mnuViewLoad);
-  EXPECT_EQ(program_->Grid().EmptyText(), program_->Text("RS_UNREADABLE"_key));
+  Triggers(mnuViewLoad);
+  EXPECT_EQ(Grid().EmptyText(), Text("RS_UNREADABLE"_key));
   installation_.WithLog(false, [](dao::Database& log) { log.Execute("ALTER TABLE Weg RENAME TO TXray"); });
-  program_->Triggers(mnuViewLoad);
-  EXPECT_EQ(program_->Grid().EmptyText(), program_->Text("RS_EMPTY"_key));
+  Triggers(mnuViewLoad);
+  EXPECT_EQ(Grid().EmptyText(), Text("RS_EMPTY"_key));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/db/dao/MemoryStorage.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::dao {
 namespace {
@@ -48,38 +49,30 @@ std::vector<std::string> Letters() {
 }
 
 TEST(CollationTest, IgnoresCaseAndKeepsAccents) {
-  const struct {
-    const char* a;
-    const char* b;
-    int order;
-  } cases[] = {
-      {"Müller", "MÜLLER", 0},
-      {"Weiß", "WEISS", 0},
-      {"weiẞ", "Weiß", 0},
-      {"Müller", "Muller", 1},
-      {"Müller", "Mu\u0308ller", 0},
-      {"Mueller", "Müller", -1},
-      {"Muller", "Mullet", -1},
-      {"Weiß", "Weisz", -1},
-      {"Weiß", "Weisr", 1},
-      {"Иванов", "ИВАНОВ", 0},
-      {"Ёлкин", "Елкин", 1},
-      {"Ежов", "Ёлкин", -1},
-      {"", "a", -1},
-      {"", "\x01", 0},
-      {"a\x01"
-       "b",
-       "AB", 0},
-      {"a\tb", "ab", -1},
-      {"O'Neil", "ONeil", -1},
-      {"van Dam", "Vandam", -1},
-      {"10", "9", -1},
-      {"Zoe", "Äbtissin", 1},
-      {"É\u0323", "E\u0323\u0301", 0},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Compare(c.a, c.b), c.order) << c.a << " / " << c.b;
-    EXPECT_EQ(Compare(c.b, c.a), -c.order) << c.a << " / " << c.b;
+  const Table<const char*, const char*, int> cases = {{"Müller", "MÜLLER", 0},
+                                                      {"Weiß", "WEISS", 0},
+                                                      {"weiẞ", "Weiß", 0},
+                                                      {"Müller", "Muller", 1},
+                                                      {"Müller", "Mu\u0308ller", 0},
+                                                      {"Mueller", "Müller", -1},
+                                                      {"Muller", "Mullet", -1},
+                                                      {"Weiß", "Weisz", -1},
+                                                      {"Weiß", "Weisr", 1},
+                                                      {"Иванов", "ИВАНОВ", 0},
+                                                      {"Ёлкин", "Елкин", 1},
+                                                      {"Ежов", "Ёлкин", -1},
+                                                      {"", "a", -1},
+                                                      {"", "\x01", 0},
+                                                      {"a\001b", "AB", 0},
+                                                      {"a\tb", "ab", -1},
+                                                      {"O'Neil", "ONeil", -1},
+                                                      {"van Dam", "Vandam", -1},
+                                                      {"10", "9", -1},
+                                                      {"Zoe", "Äbtissin", 1},
+                                                      {"É\u0323", "E\u0323\u0301", 0}};
+  for (const auto& [a, b, order] : cases) {
+    EXPECT_EQ(Compare(a, b), order) << a << " / " << b;
+    EXPECT_EQ(Compare(b, a), -order) << a << " / " << b;
   }
 }
 
@@ -171,10 +164,7 @@ TEST(CollationTest, FoldAgreesForAllAscii) {
 
 TEST(TextFunctionsTest, AnswerAsTheOperatorsTheyStandFor) {
   MemoryStorage storage;
-  const struct {
-    const char* expression;
-    const char* value;
-  } cases[] = {
+  const Table<const char*, const char*> cases = {
       {"jet_concat('a', NULL, 'b', 1)", "ab1"},
       {"jet_concat(NULL, NULL)", ""},
       {"typeof(jet_concat(NULL, NULL))", "text"},
@@ -191,10 +181,9 @@ TEST(TextFunctionsTest, AnswerAsTheOperatorsTheyStandFor) {
        "101"},
       {"group_concat(jet_like('?b', t), '') FROM (SELECT 'ab' AS t UNION ALL SELECT 'b' UNION ALL SELECT "
        "'XB')",
-       "101"},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(storage.Rows("SELECT " + std::string(c.expression)), c.value) << c.expression;
+       "101"}};
+  for (const auto& [expression, value] : cases)
+    EXPECT_EQ(storage.Rows("SELECT " + std::string(expression)), value) << expression;
 }
 
 }  // namespace

@@ -11,31 +11,31 @@ TEST_F(DBEngineTest, AWorkspaceNeedsAWorkgroupFileAndAnAccount) {
   const auto creating = [&](const std::string& user, const std::string& password) {
     return ErrorOf([&] { static_cast<void>(engine_.CreateWorkspace("MyWs", user, password)); });
   };
-  EXPECT_EQ(creating("Admin", ""), ErrorNumber::kNone);
-  EXPECT_EQ(creating("ADMIN", ""), ErrorNumber::kNone);
-  EXPECT_EQ(creating("Admin", "x"), ErrorNumber::kBadAccount);
-  EXPECT_EQ(creating("Nobody", ""), ErrorNumber::kBadAccount);
-  EXPECT_EQ(creating("Admin' OR '1'='1", ""), ErrorNumber::kBadAccount);
+  EXPECT_EQ(creating("Admin", ""), kNone);
+  EXPECT_EQ(creating("ADMIN", ""), kNone);
+  EXPECT_EQ(creating("Admin", "x"), kBadAccount);
+  EXPECT_EQ(creating("Nobody", ""), kBadAccount);
+  EXPECT_EQ(creating("Admin' OR '1'='1", ""), kBadAccount);
   const auto workgroup = Open(engine_.SystemDB());
   workgroup->Execute("INSERT INTO Accounts VALUES ('Praxis', 'salt', '" + PasswordHash("salt", "geheim") +
                      "')");
-  EXPECT_EQ(creating("praxis", "geheim"), ErrorNumber::kNone);
-  EXPECT_EQ(creating("praxis", "Geheim"), ErrorNumber::kBadAccount);
-  EXPECT_EQ(creating("praxis", ""), ErrorNumber::kBadAccount);
+  EXPECT_EQ(creating("praxis", "geheim"), kNone);
+  EXPECT_EQ(creating("praxis", "Geheim"), kBadAccount);
+  EXPECT_EQ(creating("praxis", ""), kBadAccount);
   folder_.Holding("letter.txt", "no database");
   for (const std::string& file : {std::string(), Path("missing.mdw"), Path("letter.txt"), MakeLog()}) {
     engine_.SetSystemDB(file);
-    EXPECT_EQ(creating("Admin", ""), ErrorNumber::kWorkgroupFileMissing) << file;
+    EXPECT_EQ(creating("Admin", ""), kWorkgroupFileMissing) << file;
   }
 }
 
 TEST_F(DBEngineTest, FindsAppendedWorkspacesByName) {
   const auto appended = engine_.CreateWorkspace("MyWs", "Admin", "");
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.Workspaces("MyWs")); }), ErrorNumber::kItemNotFound);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.Workspaces("MyWs")); }), kItemNotFound);
   engine_.AppendWorkspace(appended);
   EXPECT_EQ(engine_.Workspaces("myws"), appended);
   engine_.RemoveWorkspace(appended);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.Workspaces("MyWs")); }), ErrorNumber::kItemNotFound);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.Workspaces("MyWs")); }), kItemNotFound);
 }
 
 TEST_F(DBEngineTest, CountsReadsWritesAndLocks) {

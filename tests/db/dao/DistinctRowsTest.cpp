@@ -1,15 +1,9 @@
-#include <algorithm>
-#include <filesystem>
-#include <random>
-#include <string>
-#include <unistd.h>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "db/dao/rows/DistinctRows.h"
 #include "db/dao/sql/JetSql.h"
+#include "tests/db/dao/ConnectionFixture.h"
 
 namespace varnlog::dao {
 namespace {
@@ -18,24 +12,8 @@ using ::testing::ElementsAre;
 
 const std::vector<std::string> kPatient = {"tXraySName", "TXRAYSFIRSTNAME", "tXrayDBirthday"};
 
-class DistinctRowsTest : public ::testing::Test {
+class DistinctRowsTest : public ConnectionTest {
  protected:
-  DistinctRowsTest() {
-    std::filesystem::remove(path_);
-    log_ = Connection::Create(path_, state_);
-    log_->Execute(
-        "CREATE TABLE TXray (tXrayCulIntIDPk INTEGER PRIMARY KEY, tXraySName TEXT(32) COLLATE JET, "
-        "tXraySFirstname TEXT(32) COLLATE JET, tXrayDBirthday DATETIME)");
-  }
-  ~DistinctRowsTest() override {
-    log_->Close();
-    std::filesystem::remove(path_);
-  }
-
-  void Add(Connection& connection, const std::string& values) {
-    connection.Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday) VALUES " + values);
-  }
-
   std::shared_ptr<Connection> Find() { return rows_.Find(*log_, *log_->Table("txray"), kPatient); }
 
   /// The columns of each row, separated by "|".
@@ -57,11 +35,6 @@ class DistinctRowsTest : public ::testing::Test {
     return Rows(*found, "SELECT tXraySName FROM TXray");
   }
 
-  std::string path_ = (std::filesystem::temp_directory_path() /
-                       ("varnlog distinct rows ä " + std::to_string(::getpid()) + ".mdb"))
-                          .string();
-  std::shared_ptr<EngineState> state_ = std::make_shared<EngineState>();
-  std::shared_ptr<Connection> log_;
   DistinctRows rows_;
 };
 
@@ -79,16 +52,7 @@ TEST_F(DistinctRowsTest, HoldsEachCombinationOnceInOrder) {
 }
 
 TEST_F(DistinctRowsTest, GivesStatementsTheAnswerOfTheTable) {
-  std::mt19937 random(3);
-  const char* const names[] = {"'Müller'", "'MÜLLER'",  "'Mueller'", "'Weiß'",
-                               "'weiss'",  "'O''Neil'", "NULL",      "''"};
-  const char* const dates[] = {"'1961-03-12 00:00:00'", "'1880-01-01 00:00:00'", "NULL"};
-  std::string values;
-  for (int i = 0; i < 2'000; ++i) {
-    values += std::string(i == 0 ? "" : ", ") + "(" + names[random() % 8] + ", " + names[random() % 8] +
-              ", " + dates[random() % 3] + ")";
-  }
-  Add(*log_, values);
+  AddAtRandom(2'000);
   for (const char* where : {"([tXraySName] & ', ' & [tXraySFirstname]) Like 'mü*'",
                             "tXraySName Like '?*' And tXraySFirstname Is Null",
                             "tXraySName = 'WEISS' And tXrayDBirthday = #3/12/1961#",
@@ -138,9 +102,7 @@ TEST_F(DistinctRowsTest, KeepsTheRowsWhileNothingChanges) {
 }
 
 TEST_F(DistinctRowsTest, LeavesToTheTableWhatIsTooVariedOrUnknown) {
-  log_->Execute(
-      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100001) "
-      "INSERT INTO TXray (tXraySName) SELECT i FROM n");
+  AddDifferent(100'001);
   EXPECT_EQ(Find(), nullptr);
   log_->Execute("DELETE FROM TXray WHERE tXraySName = '1'");
   EXPECT_NE(Find(), nullptr);

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "tests/db/dao/EngineFixture.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::dao {
 
@@ -35,30 +36,25 @@ TEST_F(DynasetTest, MovesAmongRowsAndBeyondTheirEnds) {
   EXPECT_EQ(rows->Type(), RecordsetType::kDynaset);
   EXPECT_EQ(rows->AbsolutePosition(), 0) << "the first row is current after opening";
   EXPECT_EQ(rows->Fields("tXraySName").Text(), "P4");
-  struct Step {
-    std::int64_t by;
-    std::int64_t position;
-    const char* edge;
-  };
-  for (const auto& [by, position, edge] : {Step{2, 2, ""},
-                                           {-1, 1, ""},
-                                           {0, 1, ""},
-                                           {100, -1, "EOF"},
-                                           {-2, 3, ""},
-                                           {-4, -1, "BOF"},
-                                           {1, 0, ""},
-                                           {4, 4, ""},
-                                           {1, -1, "EOF"}}) {
+  for (const auto& [by, position, edge] : Table<std::int64_t, std::int64_t, const char*>{{2, 2, ""},
+                                                                                         {-1, 1, ""},
+                                                                                         {0, 1, ""},
+                                                                                         {100, -1, "EOF"},
+                                                                                         {-2, 3, ""},
+                                                                                         {-4, -1, "BOF"},
+                                                                                         {1, 0, ""},
+                                                                                         {4, 4, ""},
+                                                                                         {1, -1, "EOF"}}) {
     rows->Move(by);
     EXPECT_EQ(rows->AbsolutePosition(), position) << "after moving by " << by;
     EXPECT_EQ(rows->IsEOF(), std::string_view(edge) == "EOF") << "after moving by " << by;
     EXPECT_EQ(rows->IsBOF(), std::string_view(edge) == "BOF") << "after moving by " << by;
   }
-  EXPECT_EQ(ErrorOf([&] { rows->MoveNext(); }), ErrorNumber::kNoCurrentRecord);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Text()); }), ErrorNumber::kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { rows->MoveNext(); }), kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Text()); }), kNoCurrentRecord);
   for (const std::int64_t outside :
        {std::int64_t{-1}, std::int64_t{5}, std::numeric_limits<std::int64_t>::max()})
-    EXPECT_EQ(ErrorOf([&] { rows->SetAbsolutePosition(outside); }), ErrorNumber::kNoCurrentRecord) << outside;
+    EXPECT_EQ(ErrorOf([&] { rows->SetAbsolutePosition(outside); }), kNoCurrentRecord) << outside;
   rows->Move(std::numeric_limits<std::int64_t>::min());
   EXPECT_TRUE(rows->IsBOF());
   rows->MoveLast();
@@ -73,7 +69,7 @@ TEST_F(DynasetTest, AnEmptyOneIsAtBothEnds) {
   for (const auto& move :
        std::vector<std::function<void()>>{[&] { rows->MoveFirst(); }, [&] { rows->MoveLast(); },
                                           [&] { rows->MoveNext(); }, [&] { rows->Edit(); }})
-    EXPECT_EQ(ErrorOf(move), ErrorNumber::kNoCurrentRecord);
+    EXPECT_EQ(ErrorOf(move), kNoCurrentRecord);
 }
 
 // Many rows share a time stamp, so that slices end among equal ones.
@@ -85,19 +81,16 @@ TEST_F(DynasetTest, SlicesGiveTheSameRowsAsOneReading) {
     AddExposure(*table,
                 {"P" + std::to_string(i % 9), "Anna", Minute(0), Minute(static_cast<int>(random() % 40))});
   workspace_->CommitTrans();
-  struct Case {
-    const char* sql;
-    const char* storageSql;  // the same, told to the storage itself
-  };
-  for (const auto& [sql, expected] :
-       {Case{"SELECT * FROM TXray", "1 ORDER BY rowid"},
-        {"SELECT * FROM TXray ORDER BY tXrayTs", "1 ORDER BY tXrayTs, rowid"},
-        {kByTime, "1 ORDER BY tXrayTs DESC, rowid DESC"},
-        {"SELECT * FROM TXray WHERE tXraySName = 'p3' ORDER BY tXrayTs DESC",
-         "tXraySName = 'P3' ORDER BY tXrayTs DESC, rowid DESC"},
-        {"SELECT * FROM TXray WHERE tXrayTs Between #3/1/2024 8:10:00 AM# And #3/1/2024 8:20:00 AM# ORDER BY "
-         "tXrayTs",
-         "tXrayTs BETWEEN '2024-03-01 08:10:00' AND '2024-03-01 08:20:00' ORDER BY tXrayTs, rowid"}}) {
+  for (const auto& [sql, expected] : Table<const char*, const char*>{
+           {"SELECT * FROM TXray", "1 ORDER BY rowid"},
+           {"SELECT * FROM TXray ORDER BY tXrayTs", "1 ORDER BY tXrayTs, rowid"},
+           {kByTime, "1 ORDER BY tXrayTs DESC, rowid DESC"},
+           {"SELECT * FROM TXray WHERE tXraySName = 'p3' ORDER BY tXrayTs DESC",
+            "tXraySName = 'P3' ORDER BY tXrayTs DESC, rowid DESC"},
+           {"SELECT * FROM TXray WHERE tXrayTs Between #3/1/2024 8:10:00 AM# And #3/1/2024 8:20:00 AM# ORDER "
+            "BY "
+            "tXrayTs",
+            "tXrayTs BETWEEN '2024-03-01 08:10:00' AND '2024-03-01 08:20:00' ORDER BY tXrayTs, rowid"}}) {
     log_->Execute("CREATE TABLE expected AS SELECT rowid AS id FROM TXray WHERE " + std::string(expected));
     const auto wanted = log_->OpenRecordset("SELECT id FROM expected", RecordsetType::kSnapshot);
     std::vector<std::int64_t> wantedIds;
@@ -151,8 +144,8 @@ TEST_F(DynasetTest, SeesWhatOthersChangedAndWhatTheyDeleted) {
   otherLog->Execute("DELETE FROM TXray WHERE tXraySName = 'P3'");
   rows->Move(2);
   EXPECT_EQ(rows->AbsolutePosition(), 3);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Text()); }), ErrorNumber::kRecordDeleted);
-  EXPECT_EQ(ErrorOf([&] { rows->Edit(); }), ErrorNumber::kRecordDeleted);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Text()); }), kRecordDeleted);
+  EXPECT_EQ(ErrorOf([&] { rows->Edit(); }), kRecordDeleted);
   rows->MoveNext();
   EXPECT_EQ(rows->Fields("tXraySName").Text(), "P4") << "moving goes on";
   log_->Execute("UPDATE TXray SET tXraySName = 'Own' WHERE tXraySName = 'P5'");
@@ -184,7 +177,7 @@ TEST_F(DynasetTest, ClonesShareRowsAndBookmarksButNotThePosition) {
   const auto rows = log_->OpenRecordset(kByTime);
   rows->Move(3);
   const auto clone = rows->Clone();
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(clone->Fields(0).Text()); }), ErrorNumber::kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(clone->Fields(0).Text()); }), kNoCurrentRecord);
   EXPECT_EQ(clone->AbsolutePosition(), -1);
   clone->SetBookmark(rows->Bookmark());
   EXPECT_EQ(clone->Fields("tXraySName").Text(), "P6");
@@ -207,21 +200,21 @@ TEST_F(DynasetTest, RefusesToOverwriteWhatAnotherUserChangedMeanwhile) {
   otherLog->Execute("UPDATE TXray SET tXraySVolt = '60' WHERE rowid = 1");
   rows->Edit();
   rows->Fields("tXraySVolt").SetText("70");
-  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kDataChanged);
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), kDataChanged);
   rows->CancelUpdate();
   EXPECT_EQ(rows->Fields("tXraySVolt").Text(), "60") << "now it is shown";
   rows->Edit();
   rows->Fields("tXraySVolt").SetText("70");
   otherLog->Execute("UPDATE TXray SET tXraySDr = 'B' WHERE rowid = 1");  // another field does not matter
-  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kNone);
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), kNone);
   rows->Edit();
   rows->Fields("tXraySVolt").SetText("80");
-  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kNone) << "a change of one's own is no conflict";
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), kNone) << "a change of one's own is no conflict";
   EXPECT_EQ(rows->Fields("tXraySVolt").Text(), "80");
   rows->Edit();
   rows->Fields("tXraySVolt").SetText("90");
   otherLog->Execute("DELETE FROM TXray WHERE rowid = 1");
-  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), ErrorNumber::kRecordDeleted);
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), kRecordDeleted);
 }
 
 TEST_F(DynasetTest, AddsRows) {

@@ -13,6 +13,7 @@ namespace varnlog::dao {
 
 using test::ErrorOf;
 using test::ReadFile;
+using enum ErrorNumber;
 
 class EngineTest : public testing::Test, protected test::LogFolder {
  protected:

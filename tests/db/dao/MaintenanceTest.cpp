@@ -3,6 +3,7 @@
 #include <set>
 
 #include "tests/db/dao/EngineFixture.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::dao {
 
@@ -66,23 +67,18 @@ TEST_F(MaintenanceTest, CompactsIntoANewFile) {
 TEST_F(MaintenanceTest, CompactingNeverOverwritesAndLeavesNothingHalf) {
   folder_.Holding("there.mdb", "something else");
   folder_.Holding("letter.txt", "no database");
-  struct Case {
-    std::string source;
-    std::string target;
-    ErrorNumber number;
-  };
-  for (const auto& [source, target, number] :
-       {Case{path_, Path("there.mdb"), ErrorNumber::kFileExists},
-        {path_, path_, ErrorNumber::kFileExists},
-        {path_, Path("no/where.mdb"), ErrorNumber::kInvalidPath},
-        {Path("missing.mdb"), Path("new.mdb"), ErrorNumber::kFileNotFound},
-        {Path("letter.txt"), Path("new.mdb"), ErrorNumber::kUnrecognisedFormat}})
+  for (const auto& [source, target, number] : Table<std::string, std::string, ErrorNumber>{
+           {path_, Path("there.mdb"), kFileExists},
+           {path_, path_, kFileExists},
+           {path_, Path("no/where.mdb"), kInvalidPath},
+           {Path("missing.mdb"), Path("new.mdb"), kFileNotFound},
+           {Path("letter.txt"), Path("new.mdb"), kUnrecognisedFormat}})
     EXPECT_EQ(ErrorOf([&] { engine_.CompactDatabase(source, target); }), number)
         << source << " to " << target;
   EXPECT_EQ(ErrorOf([&] {
               engine_.CompactDatabase(path_, Path("new.mdb"), kNoOption, [](double) { return false; });
             }),
-            ErrorNumber::kCancelled);
+            kCancelled);
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw", "there.mdb"}));
   EXPECT_EQ(ReadFile(Path("there.mdb")), "something else");
 }
@@ -94,8 +90,14 @@ TEST_F(MaintenanceTest, CompactsInPlaceWhileNobodyElseWrites) {
   const auto other = AnotherStation();
   const auto otherLog = other.workspace->OpenDatabase(path_, false, false);
   other.workspace->BeginTrans();
-  EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(path_, Path("log.TMP")); }), ErrorNumber::kFileInUse);
+  EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(path_, Path("log.TMP")); }), kFileInUse);
   other.workspace->Rollback();
+  EXPECT_EQ(ErrorOf([&] {
+              engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption,
+                                     [](double part) { return part < 0.8; });
+            }),
+            kCancelled);
+  EXPECT_EQ(Ids(path_), ids);
   const auto rows = otherLog->OpenRecordset("SELECT * FROM TXray ORDER BY tXrayTs");
   engine_.CompactInPlace(path_, Path("log.TMP"));
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
@@ -109,32 +111,22 @@ TEST_F(MaintenanceTest, CompactsInPlaceWhileNobodyElseWrites) {
   EXPECT_TRUE(Ids(path_).contains(kRows + 1));
 }
 
-TEST_F(MaintenanceTest, ACancelledCompactionCostsNothing) {
-  const auto ids = Ids(path_);
-  EXPECT_EQ(ErrorOf([&] {
-              engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption,
-                                     [](double part) { return part < 0.8; });
-            }),
-            ErrorNumber::kCancelled);
-  EXPECT_EQ(Ids(path_), ids);
-}
-
 // Logs whose names agree up to the first point have one temporary file.
 TEST_F(MaintenanceTest, TheTemporaryFileOfAnotherIsLeftAlone) {
   bool wasInUse = false;
   const std::string second = MakeLog("log.2024.mdb");
   engine_.CompactInPlace(path_, Path("log.TMP"), kNoOption, [&](double part) {
     if (part <= 0.7 || std::exchange(wasInUse, true)) return true;
-    EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(second, Path("log.TMP")); }), ErrorNumber::kFileInUse);
+    EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(second, Path("log.TMP")); }), kFileInUse);
     return true;
   });
   EXPECT_TRUE(wasInUse);
   const std::string log = MakeLog("log.TMP");
   for (const fs::path& same : {fs::path(log), fs::path(second)})
-    EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(same.string(), log); }), ErrorNumber::kFileExists);
+    EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(same.string(), log); }), kFileExists);
   fs::remove(log);
   fs::create_symlink(path_, log);
-  EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(second, log); }), ErrorNumber::kFileExists);
+  EXPECT_EQ(ErrorOf([&] { engine_.CompactInPlace(second, log); }), kFileExists);
   EXPECT_EQ(Ids(path_).size(), std::size_t{kRows});
 }
 
@@ -251,8 +243,7 @@ TEST_F(MaintenanceTest, ANumberThatNoCounterGivesOutDoesNotUseItUp) {
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_NE(findings[0].find("tXrayCulIntIDPk: 1"), std::string::npos) << findings[0];
   const Exposure exposure{"New", "Row", Minute(0), Minute(9999)};
-  EXPECT_EQ(ErrorOf([&] { AddExposure(*log->OpenRecordset("TXray"), exposure); }),
-            ErrorNumber::kRuleViolated);
+  EXPECT_EQ(ErrorOf([&] { AddExposure(*log->OpenRecordset("TXray"), exposure); }), kRuleViolated);
   log->Close();
   Damage(path_, PageOfRow("P1500") * kPage, kPage);
   engine_.RepairDatabase(path_);
@@ -315,10 +306,8 @@ TEST_F(MaintenanceTest, RepairEndsWellWhateverIsDamaged) {
     }
     const std::string damaged = ReadFile(path_);
     const ErrorNumber result = ErrorOf([&] { engine_.RepairDatabase(path_); });
-    if (result == ErrorNumber::kNone) {
-      EXPECT_EQ(ErrorOf([&] { EXPECT_TRUE(Open(path_)->TableNames().size() > 0) << round; }),
-                ErrorNumber::kNone)
-          << round;
+    if (result == kNone) {
+      EXPECT_EQ(ErrorOf([&] { EXPECT_TRUE(Open(path_)->TableNames().size() > 0) << round; }), kNone) << round;
     } else {
       EXPECT_TRUE(ReadFile(path_) == damaged) << round << ", error " << static_cast<int>(result);
     }
@@ -330,24 +319,19 @@ TEST_F(MaintenanceTest, RepairEndsWellWhateverIsDamaged) {
   }
 }
 
-TEST_F(MaintenanceTest, RepairOfWhatCannotBeReadChangesNothing) {
+TEST_F(MaintenanceTest, RepairThatIsCancelledOrReadsNothingChangesNothing) {
+  Damage(path_, PageOfRow("P1500") * kPage, kPage);
+  std::string before = ReadFile(path_);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_, [](double) { return false; }); }), kCancelled);
+  EXPECT_TRUE(ReadFile(path_) == before);
   Damage(path_, 100, kPage - 100, '\xee');
-  const std::string before = ReadFile(path_);
-  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_); }), ErrorNumber::kUnrecognisedFormat);
+  before = ReadFile(path_);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_); }), kUnrecognisedFormat);
   EXPECT_TRUE(ReadFile(path_) == before);
   folder_.Holding("letter.txt", "no database");
-  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("letter.txt")); }), ErrorNumber::kUnrecognisedFormat);
-  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("missing.mdb")); }), ErrorNumber::kFileNotFound);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("letter.txt")); }), kUnrecognisedFormat);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(Path("missing.mdb")); }), kFileNotFound);
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"letter.txt", "log.mdb", "system.mdw"}));
-}
-
-TEST_F(MaintenanceTest, ACancelledRepairChangesNothing) {
-  Damage(path_, PageOfRow("P1500") * kPage, kPage);
-  const std::string before = ReadFile(path_);
-  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path_, [](double) { return false; }); }),
-            ErrorNumber::kCancelled);
-  EXPECT_TRUE(ReadFile(path_) == before);
-  EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"log.mdb", "system.mdw"}));
 }
 
 TEST_F(MaintenanceTest, CheckFindsValuesThatAFieldCannotHold) {

@@ -4,6 +4,7 @@
 
 #include "tests/db/dao/EngineFixture.h"
 #include "tests/support/Child.h"
+#include "tests/support/Table.h"
 
 namespace varnlog::dao {
 
@@ -25,19 +26,15 @@ TEST_F(OpenDatabaseTest, TellsWhyAFileCannotBeOpened) {
   folder_.Holding("old.mdb", std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(4096, 'x'));
   folder_.Holding("header.mdb", std::string("SQLite format 3\0", 16) + std::string(4096, '\xff'));
   fs::create_directory(folder_ / "folder.mdb");
-  struct Case {
-    const char* name;
-    ErrorNumber number;
-  };
-  for (const auto& [name, number] : {Case{"missing.mdb", ErrorNumber::kFileNotFound},
-                                     {"no folder/log.mdb", ErrorNumber::kInvalidPath},
-                                     {"no\\such\\log.mdb", ErrorNumber::kInvalidPath},
-                                     {"folder.mdb", ErrorNumber::kCannotOpen},
-                                     {"empty.mdb", ErrorNumber::kUnrecognisedFormat},
-                                     {"letter.txt", ErrorNumber::kUnrecognisedFormat},
-                                     {"short.mdb", ErrorNumber::kUnrecognisedFormat},
-                                     {"old.mdb", ErrorNumber::kUnrecognisedFormat},
-                                     {"header.mdb", ErrorNumber::kUnrecognisedFormat}}) {
+  for (const auto& [name, number] : Table<const char*, ErrorNumber>{{"missing.mdb", kFileNotFound},
+                                                                    {"no folder/log.mdb", kInvalidPath},
+                                                                    {"no\\such\\log.mdb", kInvalidPath},
+                                                                    {"folder.mdb", kCannotOpen},
+                                                                    {"empty.mdb", kUnrecognisedFormat},
+                                                                    {"letter.txt", kUnrecognisedFormat},
+                                                                    {"short.mdb", kUnrecognisedFormat},
+                                                                    {"old.mdb", kUnrecognisedFormat},
+                                                                    {"header.mdb", kUnrecognisedFormat}}) {
     for (const bool readOnly : {false, true}) {
       EXPECT_EQ(Opening(Path(name), readOnly), number) << name << (readOnly ? ", read only" : "");
       const std::string text = ErrorTextOf([&] { static_cast<void>(Open(Path(name), readOnly)); });
@@ -51,12 +48,12 @@ TEST_F(OpenDatabaseTest, TellsWhyAFileCannotBeOpened) {
 TEST_F(OpenDatabaseTest, RefusesToWriteWithoutPermissionButReads) {
   const std::string path = MakeLog();
   fs::permissions(path, fs::perms::owner_read);
-  EXPECT_EQ(Opening(path), ErrorNumber::kNoPermission);
+  EXPECT_EQ(Opening(path), kNoPermission);
   EXPECT_EQ(Open(path, true)->TableNames(), (std::vector<std::string>{"TConfig", "TXray"}));
   fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
   fs::permissions(folder_.Path(), fs::perms::owner_read | fs::perms::owner_exec);
-  EXPECT_EQ(Opening(path), ErrorNumber::kNoPermission) << "no journal can be made in the folder";
-  EXPECT_EQ(Opening(path, true), ErrorNumber::kNone);
+  EXPECT_EQ(Opening(path), kNoPermission) << "no journal can be made in the folder";
+  EXPECT_EQ(Opening(path, true), kNone);
   fs::permissions(folder_.Path(), fs::perms::owner_all);
 }
 
@@ -72,8 +69,8 @@ TEST_F(OpenDatabaseTest, ReadsFromAReadOnlyMedium) {
   const ErrorNumber reading = Opening(Path("medium/log.mdb"), true);
   ASSERT_EQ(umount2(medium.c_str(), MNT_DETACH), 0);
   ASSERT_TRUE(isReadOnly);
-  EXPECT_EQ(writing, ErrorNumber::kNoPermission);
-  EXPECT_EQ(reading, ErrorNumber::kNone);
+  EXPECT_EQ(writing, kNoPermission);
+  EXPECT_EQ(reading, kNone);
 }
 
 TEST_F(OpenDatabaseTest, WaitsForALockAndThenReportsTheFileInUse) {
@@ -85,8 +82,8 @@ TEST_F(OpenDatabaseTest, WaitsForALockAndThenReportsTheFileInUse) {
     return held;
   });
   ASSERT_TRUE(holder.Holds());
-  EXPECT_EQ(Opening(path), ErrorNumber::kFileInUse);
-  EXPECT_EQ(Opening(path, true), ErrorNumber::kFileInUse);
+  EXPECT_EQ(Opening(path), kFileInUse);
+  EXPECT_EQ(Opening(path, true), kFileInUse);
 }
 
 TEST_F(OpenDatabaseTest, OpensExclusivelyOnlyWhenNobodyWrites) {
@@ -94,25 +91,24 @@ TEST_F(OpenDatabaseTest, OpensExclusivelyOnlyWhenNobodyWrites) {
   const auto other = AnotherStation();
   const auto open = other.workspace->OpenDatabase(path, false, false);
   other.workspace->BeginTrans();
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(workspace_->OpenDatabase(path, true, false)); }),
-            ErrorNumber::kFileInUse);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(workspace_->OpenDatabase(path, true, false)); }), kFileInUse);
   other.workspace->Rollback();
   const auto alone = workspace_->OpenDatabase(path, true, false);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(open->OpenRecordset("TXray")); }), ErrorNumber::kFileInUse);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(open->OpenRecordset("TXray")); }), kFileInUse);
 }
 
 TEST_F(OpenDatabaseTest, FindsADamagedFirstPage) {
   const std::string path = MakeLog();
   Damage(path, 100, 64, '\x7f');
-  EXPECT_EQ(Opening(path), ErrorNumber::kDamaged);
+  EXPECT_EQ(Opening(path), kDamaged);
 }
 
 TEST_F(OpenDatabaseTest, TakesAFileBackFromAnotherJournalMode) {
   const std::string path = MakeLog();
   Damage(path, 18, 2, '\2');  // as another program leaves it that keeps its journal in shared memory
-  EXPECT_EQ(Opening(path, true), ErrorNumber::kNoPermission);
+  EXPECT_EQ(Opening(path, true), kNoPermission);
   EXPECT_EQ(Open(path)->TableDefs("txray").Fields().size(), 25U);
-  EXPECT_EQ(Opening(path, true), ErrorNumber::kNone) << "it is an ordinary file again";
+  EXPECT_EQ(Opening(path, true), kNone) << "it is an ordinary file again";
 }
 
 // A log that was restored or exchanged while it was open: its name, and with it the journal, is another
@@ -132,13 +128,12 @@ TEST_F(OpenDatabaseTest, LeavesAFileAloneThatLostItsNameToAnother) {
   AddExposure(*fresh->OpenRecordset("TXray"), {"New", "Row", Minute(0), Minute(9)});
   ASSERT_TRUE(fs::exists(path + "-journal"));
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(ErrorOf([&] { rows->MoveLast(), static_cast<void>(rows->Fields(1).Text()); }),
-              ErrorNumber::kFileReplaced);
+    EXPECT_EQ(ErrorOf([&] { rows->MoveLast(), static_cast<void>(rows->Fields(1).Text()); }), kFileReplaced);
     EXPECT_EQ(ErrorOf([&] {
                 AddExposure(*stale->OpenRecordset("TXray"), {"L", "o", Minute(0), Minute(0)});
               }),
-              ErrorNumber::kFileReplaced);
-    EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kFileReplaced);
+              kFileReplaced);
+    EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), kFileReplaced);
   }
   EXPECT_TRUE(fs::exists(path + "-journal"));
   other.workspace->CommitTrans();
@@ -154,8 +149,8 @@ TEST_F(OpenDatabaseTest, RefusesTablesOfForeignModules) {
                          nullptr, nullptr, nullptr),
             SQLITE_OK);
   sqlite3_close(handle);
-  EXPECT_EQ(Opening(path), ErrorNumber::kUnrecognisedFormat);
-  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path); }), ErrorNumber::kUnrecognisedFormat);
+  EXPECT_EQ(Opening(path), kUnrecognisedFormat);
+  EXPECT_EQ(ErrorOf([&] { engine_.RepairDatabase(path); }), kUnrecognisedFormat);
 }
 
 TEST_F(OpenDatabaseTest, EverythingOfAClosedDatabaseIsInvalid) {
@@ -165,24 +160,19 @@ TEST_F(OpenDatabaseTest, EverythingOfAClosedDatabaseIsInvalid) {
   const auto rows = log->OpenRecordset("SELECT * FROM TXray");
   auto definition = log->TableDefs("TXray");
   log->Close();
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Number()); }), ErrorNumber::kObjectInvalid);
-  EXPECT_EQ(ErrorOf([&] { table->MoveNext(); }), ErrorNumber::kObjectInvalid);
-  EXPECT_EQ(ErrorOf([&] {
-              AddExposure(*table, {"A", "B", Minute(0), Minute(0)});
-            }),
-            ErrorNumber::kObjectInvalid);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(log->OpenRecordset("TXray")); }), ErrorNumber::kObjectInvalid);
-  EXPECT_EQ(ErrorOf([&] { definition.Append({.name = "x", .type = FieldType::kBoolean}); }),
-            ErrorNumber::kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows->Fields(0).Number()); }), kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { table->MoveNext(); }), kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { AddExposure(*table, {"A", "B", Minute(0), Minute(0)}); }), kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(log->OpenRecordset("TXray")); }), kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { definition.Append({.name = "x", .type = FieldType::kBoolean}); }), kObjectInvalid);
 }
 
 TEST_F(OpenDatabaseTest, NewFilesNeedAFreeNameInAFolder) {
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.CreateDatabase(Path("no/log.mdb"), "", 0)); }),
-            ErrorNumber::kInvalidPath);
+            kInvalidPath);
   const std::string path = MakeLog();
   const std::string before = ReadFile(path);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.CreateDatabase(path, "", 0)); }),
-            ErrorNumber::kFileExists);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(engine_.CreateDatabase(path, "", 0)); }), kFileExists);
   EXPECT_TRUE(ReadFile(path) == before);
 }
 

@@ -1,18 +1,14 @@
-#include <algorithm>
-#include <filesystem>
 #include <limits>
-#include <random>
-#include <string>
-#include <unistd.h>
+#include <optional>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "db/dao/DBEngine.h"
 #include "db/dao/rows/IdSource.h"
 #include "db/dao/rows/OrderedIds.h"
 #include "db/dao/sqlite/Collation.h"
+#include "tests/db/dao/ConnectionFixture.h"
 
 namespace varnlog::dao {
 namespace {
@@ -20,33 +16,9 @@ namespace {
 using ::testing::ElementsAre;
 using Ids = std::vector<std::int64_t>;
 
-class OrderedIdsTest : public ::testing::Test {
+class OrderedIdsTest : public ConnectionTest {
  protected:
-  OrderedIdsTest() {
-    std::filesystem::remove(path_);
-    log_ = Connection::Create(path_, state_);
-    log_->Execute(
-        "CREATE TABLE TXray (tXrayCulIntIDPk INTEGER PRIMARY KEY, tXraySName TEXT(32) COLLATE JET, "
-        "tXraySFirstname TEXT(32) COLLATE JET, tXrayDBirthday DATETIME, tXrayBEdDr YESNO)");
-    std::mt19937 random(11);
-    const char* const names[] = {"'Müller'", "'MÜLLER'",  "'Mueller'", "'Weiß'",
-                                 "'weiss'",  "'O''Neil'", "NULL",      "''"};
-    const char* const dates[] = {"'1961-03-12 00:00:00'", "'1880-01-01 00:00:00'", "NULL"};
-    std::string values;
-    for (int i = 0; i < 1'000; ++i) {
-      values += std::string(i == 0 ? "" : ", ") + "(" + names[random() % 8] + ", " + names[random() % 8] +
-                ", " + dates[random() % 3] + ")";
-    }
-    Add(values);
-  }
-  ~OrderedIdsTest() override {
-    log_->Close();
-    std::filesystem::remove(path_);
-  }
-
-  void Add(const std::string& values) {
-    log_->Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday) VALUES " + values);
-  }
+  OrderedIdsTest() { AddAtRandom(1'000); }
 
   std::optional<Ids> Ordered(const std::string& rest) {
     Parameters parameters;
@@ -63,12 +35,6 @@ class OrderedIdsTest : public ::testing::Test {
     }
     return ids;
   }
-
-  std::string path_ = (std::filesystem::temp_directory_path() /
-                       ("varnlog ordered ids ä " + std::to_string(::getpid()) + ".mdb"))
-                          .string();
-  std::shared_ptr<EngineState> state_ = std::make_shared<EngineState>();
-  std::shared_ptr<Connection> log_;
 };
 
 TEST_F(OrderedIdsTest, GivesTheOrderOfTheStorage) {
@@ -77,7 +43,7 @@ TEST_F(OrderedIdsTest, GivesTheOrderOfTheStorage) {
         "ORDER BY TXray.tXraySName , TXray.tXraySFirstname , TXray.tXrayDBirthday;",
         "ORDER BY TXray.tXraySName DESC , TXray.tXraySFirstname DESC , TXray.tXrayDBirthday DESC;",
         "WHERE tXraySName = 'MÜLLER' ORDER BY tXraySFirstname DESC, tXrayDBirthday",
-        "WHERE tXraySName = 'weiss' ORDER BY tXraySFirstname DESC, tXrayDBirthday",
+        "WHERE tXraySName = 'weiss' ORDER BY tXraySFirstname, tXrayDBirthday DESC",
         "WHERE tXraySName = 'nobody' ORDER BY tXraySFirstname"}) {
     const auto ids = Ordered(rest);
     ASSERT_TRUE(ids.has_value()) << rest;
@@ -94,11 +60,11 @@ TEST_F(OrderedIdsTest, KnowsTheLastOrderAndItsReverseUntilTheFileChanges) {
   EXPECT_EQ(Ordered("ORDER BY tXraySName DESC, tXrayDBirthday"),
             OrderedByStorage("ORDER BY tXraySName DESC, tXrayDBirthday"));
   ASSERT_EQ(Ordered(ascending), first);
-  Add("('aaa', '', NULL)");
+  Add(*log_, "('aaa', '', NULL)");
   EXPECT_EQ(Ordered(descending), OrderedByStorage(descending));
 
   log_->BeginWork();
-  Add("('bbb', '', NULL)");
+  Add(*log_, "('bbb', '', NULL)");
   EXPECT_EQ(Ordered(ascending)->size(), 1'002U);
   log_->RollbackWork();
   EXPECT_EQ(Ordered(ascending)->size(), 1'001U);
@@ -109,10 +75,7 @@ TEST_F(OrderedIdsTest, LeavesOtherOrdersToTheStorage) {
                            "ORDER BY tXraySName, tXrayCulIntIDPk", "ORDER BY tXraySName & tXraySFirstname"}) {
     EXPECT_FALSE(Ordered(rest).has_value()) << rest;
   }
-  log_->Execute(
-      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 200000) "
-      "INSERT INTO TXray (tXraySName) SELECT 'a long and quite different name of number ' || i || "
-      "'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx' FROM n");
+  AddDifferent(200'000, " is the number in a name that is long and quite different" + std::string(40, 'x'));
   EXPECT_FALSE(Ordered("ORDER BY tXraySName").has_value());
 }
 

@@ -62,7 +62,7 @@ TEST_F(TableRecordsetTest, SeekTakesValuesInTheOrderOfTheIndexAndIgnoresCase) {
   EXPECT_EQ(table_->Fields(0).Number(), 2);
   EXPECT_FALSE(FindExposure(*table_, {"Weiß", "Anne", birthday_, Minute(5)})) << "accents count";
   EXPECT_FALSE(FindExposure(*table_, {"Weiß", "Änne", birthday_, Minute(6)}));
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(table_->Fields(0).Number()); }), ErrorNumber::kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(table_->Fields(0).Number()); }), kNoCurrentRecord);
   table_->Seek("=", {std::string_view("weiß"), std::string_view("ÄNNE")});
   ASSERT_FALSE(table_->NoMatch());
   EXPECT_EQ(table_->Fields(0).Number(), 1) << "of several rows the oldest";
@@ -83,12 +83,12 @@ TEST_F(TableRecordsetTest, SeekWithoutIndexOrWithWrongKeysIsAnError) {
   const auto seek = [&](std::string_view comparison, std::initializer_list<SeekKey> keys) {
     return ErrorOf([&] { table_->Seek(comparison, keys); });
   };
-  EXPECT_EQ(seek("=", {std::int64_t{1}}), ErrorNumber::kNotSupported);
-  EXPECT_EQ(ErrorOf([&] { table_->SetIndex("iNone"); }), ErrorNumber::kItemNotFound);
+  EXPECT_EQ(seek("=", {std::int64_t{1}}), kNotSupported);
+  EXPECT_EQ(ErrorOf([&] { table_->SetIndex("iNone"); }), kItemNotFound);
   table_->SetIndex("PrimaryKey");
-  EXPECT_EQ(seek(">", {std::int64_t{1}}), ErrorNumber::kNotSupported);
-  EXPECT_EQ(seek("=", {}), ErrorNumber::kNotSupported);
-  EXPECT_EQ(seek("=", {std::int64_t{1}, std::int64_t{2}}), ErrorNumber::kNotSupported);
+  EXPECT_EQ(seek(">", {std::int64_t{1}}), kNotSupported);
+  EXPECT_EQ(seek("=", {}), kNotSupported);
+  EXPECT_EQ(seek("=", {std::int64_t{1}, std::int64_t{2}}), kNotSupported);
 }
 
 // Whether a row is looked up in the index or known to be later than all others must never show.
@@ -143,13 +143,12 @@ TEST_F(TableRecordsetTest, TextsAreMeasuredInCharacters) {
   table_->AddNew();
   Field& name = table_->Fields("tXraySName");
   EXPECT_EQ(name.Size(), 32);
-  EXPECT_EQ(ErrorOf([&] { name.SetText(umlauts32); }), ErrorNumber::kNone);
-  EXPECT_EQ(ErrorOf([&] { name.SetText(umlauts32 + "x"); }), ErrorNumber::kTooLongForField);
-  EXPECT_EQ(ErrorOf([&] { name.SetText(std::string(33, 'x')); }), ErrorNumber::kTooLongForField);
+  EXPECT_EQ(ErrorOf([&] { name.SetText(umlauts32); }), kNone);
+  EXPECT_EQ(ErrorOf([&] { name.SetText(umlauts32 + "x"); }), kTooLongForField);
+  EXPECT_EQ(ErrorOf([&] { name.SetText(std::string(33, 'x')); }), kTooLongForField);
   EXPECT_EQ(name.Text(), umlauts32) << "what was refused leaves the value alone";
   table_->Update();
-  EXPECT_EQ(ErrorOf([&] { name.SetText("x"); }), ErrorNumber::kNotSupported)
-      << "not between AddNew and Update";
+  EXPECT_EQ(ErrorOf([&] { name.SetText("x"); }), kNotSupported) << "not between AddNew and Update";
 }
 
 TEST_F(TableRecordsetTest, FieldsTakeOnlyValuesOfTheirType) {
@@ -162,8 +161,7 @@ TEST_F(TableRecordsetTest, FieldsTakeOnlyValuesOfTheirType) {
       [&] { text.SetBoolean(true); }, [&] { text.SetNumber(1); },    [&] { text.SetDate(Minute(0)); },
       [&] { date.SetText("x"); },     [&] { date.SetNumber(1); },    [&] { flag.SetText("1"); },
       [&] { flag.SetDate({}); },      [&] { counter.SetNumber(9); }, [&] { counter.SetNull(); }};
-  for (std::size_t i = 0; i < wrong.size(); ++i)
-    EXPECT_EQ(ErrorOf(wrong[i]), ErrorNumber::kNotSupported) << i;
+  for (std::size_t i = 0; i < wrong.size(); ++i) EXPECT_EQ(ErrorOf(wrong[i]), kNotSupported) << i;
   date.SetDate(DateTime());
   EXPECT_TRUE(date.IsNull()) << "a date that is not set";
 }
@@ -192,11 +190,11 @@ TEST_F(TableRecordsetTest, AnEditMayBeGivenUp) {
   table_->Fields("tXraySDr").SetText("wrong");
   table_->CancelUpdate();
   EXPECT_TRUE(table_->Fields("tXraySDr").IsNull());
-  EXPECT_EQ(ErrorOf([&] { table_->Update(); }), ErrorNumber::kUpdateWithoutEdit);
+  EXPECT_EQ(ErrorOf([&] { table_->Update(); }), kUpdateWithoutEdit);
   table_->Edit();
   table_->Fields("tXraySDr").SetText("wrong");
   table_->MoveNext();  // moving gives an edit up, too
-  EXPECT_EQ(ErrorOf([&] { table_->Update(); }), ErrorNumber::kUpdateWithoutEdit);
+  EXPECT_EQ(ErrorOf([&] { table_->Update(); }), kUpdateWithoutEdit);
   table_->MoveFirst();
   EXPECT_TRUE(table_->Fields("tXraySDr").IsNull());
 }
@@ -208,18 +206,18 @@ TEST_F(TableRecordsetTest, WalksThroughTheTableAndKnowsItsEnds) {
   std::string names;
   for (; !fresh->IsEOF(); fresh->MoveNext()) names += std::string(fresh->Fields("tXraySName").Text()) + " ";
   EXPECT_EQ(names, "P0 P1 P2 ");
-  EXPECT_EQ(ErrorOf([&] { fresh->MoveNext(); }), ErrorNumber::kNoCurrentRecord);
-  EXPECT_EQ(ErrorOf([&] { fresh->MoveLast(); }), ErrorNumber::kNotSupported);
+  EXPECT_EQ(ErrorOf([&] { fresh->MoveNext(); }), kNoCurrentRecord);
+  EXPECT_EQ(ErrorOf([&] { fresh->MoveLast(); }), kNotSupported);
 }
 
 TEST_F(TableRecordsetTest, ADatabaseOpenForReadingIsNotChanged) {
   FillLog(*workspace_, *log_, 1);
   const auto readOnly = Open(log_->Name(), true);
   const auto table = readOnly->OpenRecordset("TXray");
-  EXPECT_EQ(ErrorOf([&] { table->AddNew(); }), ErrorNumber::kReadOnlyDatabase);
-  EXPECT_EQ(ErrorOf([&] { table->Edit(); }), ErrorNumber::kReadOnlyDatabase);
+  EXPECT_EQ(ErrorOf([&] { table->AddNew(); }), kReadOnlyDatabase);
+  EXPECT_EQ(ErrorOf([&] { table->Edit(); }), kReadOnlyDatabase);
   EXPECT_EQ(ErrorOf([&] { readOnly->TableDefs("TXray").Append({.name = "x", .type = FieldType::kBoolean}); }),
-            ErrorNumber::kReadOnlyDatabase);
+            kReadOnlyDatabase);
 }
 
 TEST_F(TableRecordsetTest, AddsFieldsToATable) {
@@ -228,7 +226,7 @@ TEST_F(TableRecordsetTest, AddsFieldsToATable) {
   definition.Append({.name = "tXraySNote", .type = FieldType::kText, .size = 32});
   definition.Append({.name = "tXrayBEdNote", .type = FieldType::kBoolean});
   EXPECT_EQ(ErrorOf([&] { definition.Append({.name = "TXRAYSNAME", .type = FieldType::kText, .size = 8}); }),
-            ErrorNumber::kObjectInvalid);
+            kObjectInvalid);
   const auto table = log_->OpenRecordset("TXray");
   EXPECT_TRUE(table->Fields("tXraySNote").IsNull());
   EXPECT_EQ(table->Fields("tXraySNote").Size(), 32);

@@ -1,86 +1,15 @@
-#include <algorithm>
-#include <numeric>
-#include <random>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "db/dao/rows/TextOrder.h"
-#include "tests/db/dao/MemoryStorage.h"
 
 namespace varnlog::dao {
 namespace {
 
 using ::testing::ElementsAre;
 using Values = std::vector<std::optional<std::string_view>>;
-
-/// Rows that the storage and a TextOrder can both sort.
-class SortedTable : public ::testing::Test {
- protected:
-  SortedTable() {
-    storage_.Run(
-        "CREATE TABLE T (id INTEGER PRIMARY KEY, a TEXT COLLATE JET, b TEXT COLLATE JET, d DATETIME)");
-  }
-
-  /// Calls take(id, values) for the rows of "SELECT id, ...".
-  template <typename Take>
-  void ForEach(const std::string& sql, Take take) {
-    sqlite3_stmt* statement = nullptr;
-    ASSERT_EQ(sqlite3_prepare_v2(storage_.Handle(), sql.c_str(), -1, &statement, nullptr), SQLITE_OK);
-    while (sqlite3_step(statement) == SQLITE_ROW) {
-      Values values;
-      for (int i = 1; i < sqlite3_column_count(statement); ++i) {
-        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
-        values.emplace_back(text == nullptr ? std::nullopt : std::optional<std::string_view>(text));
-      }
-      take(sqlite3_column_int64(statement, 0), values);
-    }
-    sqlite3_finalize(statement);
-  }
-
-  std::vector<std::int64_t> Ids(const std::string& sql) {
-    std::vector<std::int64_t> ids;
-    ForEach(sql, [&](std::int64_t id, const Values&) { ids.push_back(id); });
-    return ids;
-  }
-
-  MemoryStorage storage_;
-};
-
-TEST_F(SortedTable, IsInTheOrderOfTheStorage) {
-  std::mt19937 random(5);
-  const char* const names[] = {"'Müller'", "'MÜLLER'", "'Muller'", "'Weiß'", "'weiss'",
-                               "NULL",     "''",       "'Zoë'",    "'zoe'"};
-  const char* const dates[] = {"'1961-03-12 00:00:00'", "'1880-01-01 00:00:00'", "NULL",
-                               "'2001-01-01 00:00:00'"};
-  storage_.Run("BEGIN");
-  for (int row = 0; row < 3'000; ++row) {
-    storage_.Run("INSERT OR IGNORE INTO T VALUES (" + std::to_string(random() % 100'000) + ", " +
-                 names[random() % 9] + ", " + names[random() % 9] + ", " + dates[random() % 4] + ")");
-  }
-  const struct {
-    const char* columns;
-    const char* orderBy;
-    std::vector<TextOrder::Term> terms;
-  } cases[] = {
-      {"a", "a", {{true, false}}},
-      {"a", "a DESC", {{true, true}}},
-      {"d, b", "d DESC, b", {{false, true}, {true, false}}},
-      {"a, b, d", "a, b, d", {{true, false}, {true, false}, {false, false}}},
-      {"a, b, d", "a DESC, b DESC, d DESC", {{true, true}, {true, true}, {false, true}}},
-  };
-  for (const auto& c : cases) {
-    for (const char* scan : {" ORDER BY id", " ORDER BY d, id DESC"}) {
-      TextOrder order(c.terms, 100);
-      ForEach("SELECT id, " + std::string(c.columns) + " FROM T" + scan,
-              [&](std::int64_t id, const Values& values) { ASSERT_TRUE(order.Add(id, values)); });
-      const std::string id = c.terms.back().descending ? ", id DESC" : ", id";
-      EXPECT_EQ(order.Finish(), Ids("SELECT id FROM T ORDER BY " + std::string(c.orderBy) + id))
-          << c.orderBy << " scanned" << scan;
-    }
-  }
-}
 
 TEST(TextOrderTest, CopesWithFewRowsAndFewValues) {
   TextOrder none({TextOrder::Term{}});

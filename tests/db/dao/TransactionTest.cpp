@@ -67,13 +67,13 @@ TEST_F(TransactionTest, TheEndOfAJournalReachesTheDisk) {
 
 TEST_F(TransactionTest, TransactionsPair) {
   const auto log = Open(path_);
-  EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), ErrorNumber::kInvalidTransaction);
-  EXPECT_EQ(ErrorOf([&] { workspace_->Rollback(); }), ErrorNumber::kInvalidTransaction);
+  EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), kInvalidTransaction);
+  EXPECT_EQ(ErrorOf([&] { workspace_->Rollback(); }), kInvalidTransaction);
   workspace_->BeginTrans();
-  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kInvalidTransaction);
+  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), kInvalidTransaction);
   workspace_->Rollback();
   workspace_->Close();
-  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), kObjectInvalid);
 }
 
 TEST_F(TransactionTest, OneStationWaitsForTheOther) {
@@ -81,12 +81,11 @@ TEST_F(TransactionTest, OneStationWaitsForTheOther) {
   auto other = AnotherStation();
   const auto otherLog = other.workspace->OpenDatabase(path_, false, false);
   other.workspace->BeginTrans();
-  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), ErrorNumber::kFileInUse)
-      << "after the lock retry time";
+  EXPECT_EQ(ErrorOf([&] { workspace_->BeginTrans(); }), kFileInUse) << "after the lock retry time";
   EXPECT_EQ(ErrorOf([&] {
               AddExposure(*log->OpenRecordset("TXray"), {"A", "B", Minute(0), Minute(1)});
             }),
-            ErrorNumber::kFileInUse);
+            kFileInUse);
   engine_.SetOption(EngineOption::kLockDelay, 1000);
   std::thread commits([&] {
     AddExposure(*otherLog->OpenRecordset("TXray"), {"First", "One", Minute(0), Minute(0)});
@@ -118,16 +117,16 @@ TEST_F(TransactionTest, AFullDiskUndoesAllAndWritesNothingMore) {
   log->Execute("PRAGMA max_page_count = 8");  // the storage meets its limit as it would meet the disk's
   workspace_->BeginTrans();
   const auto table = log->OpenRecordset("TXray");
-  ErrorNumber failure = ErrorNumber::kNone;
-  for (int i = 0; i < 5000 && failure == ErrorNumber::kNone; ++i)
+  ErrorNumber failure = kNone;
+  for (int i = 0; i < 5000 && failure == kNone; ++i)
     failure = ErrorOf([&] { AddExposure(*table, {"P", std::to_string(i), Minute(0), Minute(100 + i)}); });
-  EXPECT_EQ(failure, ErrorNumber::kNotEnoughDiskSpace);
+  EXPECT_EQ(failure, kNotEnoughDiskSpace);
   EXPECT_EQ(ErrorOf([&] {
               AddExposure(*table, {"P", "X", Minute(0), Minute(1)});
             }),
-            ErrorNumber::kInvalidTransaction)
+            kInvalidTransaction)
       << "not one row outside the transaction that was undone";
-  EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), ErrorNumber::kInvalidTransaction);
+  EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), kInvalidTransaction);
   log->Close();
   EXPECT_EQ(RowCount(), 10);
   EXPECT_TRUE(Findings().empty());

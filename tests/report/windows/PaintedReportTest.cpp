@@ -1,7 +1,3 @@
-#include <fstream>
-#include <iterator>
-#include <set>
-
 #include <QImage>
 #include <QPdfWriter>
 #include <gmock/gmock.h>
@@ -52,19 +48,15 @@ TEST_F(PaintedReportTest, WidthsAddUpForTextsThatAreNotJoined) {
 
 TEST_F(PaintedReportTest, StoppingLeavesTheOldFile) {
   log.Add({}, 200);
-  std::ofstream(File()) << "old";
+  test::WriteFile(File(), "old");
   for (const int stopAt : {1, 2, 3}) {
     const ReportJob job = Begin();
     CountedProgress stopping;
     (stopAt == 1 ? stopping.stopAtCounting : stopping.stopAtPainting) = stopAt;
     EXPECT_FALSE(SavePdf(job, A4(), {File(), {}}, stopping));
   }
-  std::ifstream left(File());
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(left), {}), "old");
-  std::set<std::string> files;
-  for (const auto& entry : std::filesystem::directory_iterator(log.Folder()))
-    files.insert(entry.path().filename().string());
-  EXPECT_THAT(files, testing::ElementsAre("bericht.pdf", "log.mdb", "system.mdw"));
+  EXPECT_EQ(test::ReadFile(File()), "old");
+  EXPECT_THAT(log.Names(), testing::ElementsAre("bericht.pdf", "log.mdb", "system.mdw"));
 }
 
 TEST_F(PaintedReportTest, TheSamePageHasTheSameLinesOnEveryDevice) {

@@ -19,6 +19,7 @@
 #include "tests/logview/LogviewFakes.h"
 #include "tests/report/ReportFixture.h"
 #include "tests/report/windows/PdfPages.h"
+#include "tests/support/Table.h"
 #include "ui/FileDialog.h"
 
 namespace varnlog::report {
@@ -242,20 +243,17 @@ TEST_F(PreviewTest, TurnsItsPages) {
   auto* number = preview->findChild<QSpinBox*>("numPage");
   EXPECT_EQ(number->text(), QString("Seite 1 von %1").arg(pages));
   EXPECT_FALSE(Command("cmdPreviousPage")->isEnabled());
-  const struct {
-    const char* command;
-    int page;
-  } steps[] = {{"cmdNextPage", 2},
-               {"cmdNextPage", 3},
-               {"cmdPreviousPage", 2},
-               {"cmdLastPage", pages},
-               {"cmdFirstPage", 1}};
-  for (const auto& step : steps) {
-    Command(step.command)->trigger();
-    EXPECT_EQ(preview->CurrentPage(), step.page) << step.command;
-    EXPECT_EQ(number->value(), step.page);
-    EXPECT_EQ(Command("cmdNextPage")->isEnabled(), step.page < pages);
-    EXPECT_EQ(Command("cmdFirstPage")->isEnabled(), step.page > 1);
+  const Table<const char*, int> steps = {{"cmdNextPage", 2},
+                                         {"cmdNextPage", 3},
+                                         {"cmdPreviousPage", 2},
+                                         {"cmdLastPage", pages},
+                                         {"cmdFirstPage", 1}};
+  for (const auto& [command, page] : steps) {
+    Command(command)->trigger();
+    EXPECT_EQ(preview->CurrentPage(), page) << command;
+    EXPECT_EQ(number->value(), page);
+    EXPECT_EQ(Command("cmdNextPage")->isEnabled(), page < pages);
+    EXPECT_EQ(Command("cmdFirstPage")->isEnabled(), page > 1);
   }
   number->setValue(3);
   EXPECT_EQ(preview->CurrentPage(), 3);
