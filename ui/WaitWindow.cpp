@@ -9,6 +9,7 @@ using core::literals::operator""_key;
 namespace {
 
 constexpr int kMillisecondsUntilShown = 1'000;
+constexpr int kSteps = 1'000;
 
 }  // namespace
 
@@ -22,13 +23,19 @@ WaitWindow::WaitWindow(QWidget* parent, const core::TextLookup& texts, const cha
   dialog_.setMinimumDuration(kMillisecondsUntilShown);
   dialog_.setAutoReset(false);
   dialog_.setAutoClose(false);
+  dialog_.setRange(0, kSteps);
+  dialog_.setValue(0);
 }
 
 bool WaitWindow::Advance(core::TextKey label, std::int64_t done, std::int64_t all) {
-  dialog_.setLabelText(
-      Caption(texts_, label, {{"lngDone", std::to_string(done)}, {"lngCount", std::to_string(all)}}));
-  dialog_.setMaximum(static_cast<int>(all) + 1);
-  dialog_.setValue(static_cast<int>(done));
+  return Show(Caption(texts_, label, {{"lngDone", std::to_string(done)}, {"lngCount", std::to_string(all)}}),
+              all > 0 ? static_cast<double>(done) / static_cast<double>(all) : 0);
+}
+
+bool WaitWindow::Show(const QString& text, double part) {
+  dialog_.setLabelText(text);
+  // The last step would end the dialog before the job.
+  dialog_.setValue(static_cast<int>(part * (kSteps - 1)));
   return !dialog_.wasCanceled();
 }
 

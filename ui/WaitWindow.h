@@ -17,6 +17,8 @@ class WaitWindow {
 
   /// False stops the job. `label` has the placeholders lngDone and lngCount.
   [[nodiscard]] bool Advance(core::TextKey label, std::int64_t done, std::int64_t all);
+  /// The same for jobs of several steps; `part` of all is done, from 0 to 1.
+  [[nodiscard]] bool Show(const QString& text, double part);
 
  private:
   const core::TextLookup& texts_;
