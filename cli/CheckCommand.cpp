@@ -4,16 +4,7 @@
 
 namespace varnlog::cli {
 
-namespace {
-
 using namespace core::literals;
-
-/// An older log has none yet, and neither has an empty one.
-bool HasSealsToCheck(dao::Database& log) {
-  return seals::HasSealTables(log) && seals::ReadHead(log).number > 0;
-}
-
-}  // namespace
 
 // A log of any version is verified, and nothing is brought up to date: a check changes nothing.
 void RunCheckCommand(Session& session, const Options& options, Output& output) {
@@ -26,7 +17,7 @@ void RunCheckCommand(Session& session, const Options& options, Output& output) {
     for (std::string& finding : core::CheckLog(session.Log())) findings.push_back(std::move(finding));
   for (const std::string& finding : findings) output.Write(OneLine(finding) + "\n");
   if (!findings.empty()) session.Fail("VC_ERR_DAMAGED"_key, {{"strError", session.LogFile()}});
-  if (HasSealsToCheck(session.Log())) VerifySeals(session, options, output);
+  if (seals::HasSeals(session.Log())) VerifySeals(session, options, output);
   output.Write("ok\n");
 }
 

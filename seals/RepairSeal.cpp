@@ -76,7 +76,7 @@ void AddRowsAsTheyAre(dao::Database& log, Seal& seal) {
 
 void SealRepaired(dao::Database& log, const std::vector<dao::IdRange>& lostExposures,
                   const platform::Author& author, const platform::Clock& clock) {
-  if (!HasSealTables(log) || ReadHead(log).number == 0) return;
+  if (!HasSeals(log)) return;
   const Head head = ReadHead(log);
   const auto lostEntries = log.UnusedIds(kHistory);
   const auto lostSeals = log.UnusedIds(kSeals);

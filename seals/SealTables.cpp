@@ -77,6 +77,10 @@ bool HasSealTables(const dao::Database& log) {
   return db::TableExists(log, kHistory) && db::TableExists(log, kSeals);
 }
 
+bool HasSeals(dao::Database& log) {
+  return HasSealTables(log) && ReadHead(log).number > 0;
+}
+
 void MakeSealTables(dao::Database& log) {
   const std::string_view sql = kSealSql;
   log.Execute(sql.substr(0, sql.find(kRuleBegin)));

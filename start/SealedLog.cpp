@@ -59,8 +59,10 @@ std::string HeadKey(const core::Globals& globals) {
 }
 
 void WarnOfLostHead(const core::Globals& globals, const Services& services, const seals::Anchor& anchor) {
-  services.Messages().Critical(
-      "SL_ANCHOR"_key, {{"strFile", globals.strDataFileGl}, {"lngNumber", std::to_string(anchor.seal)}});
+  services.Messages().Show(
+      {.key = "SL_ANCHOR"_key,
+       .values = {{"strFile", globals.strDataFileGl}, {"lngNumber", std::to_string(anchor.seal)}},
+       .icon = core::MessageIcon::kWarning});
   if (globals.LedgerGl) seals::SealGoingOn(*globals.LogEngineGl->Database(), *globals.LedgerGl);
 }
 
