@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/Fakes.h"
 #include "bench/Installation.h"
 #include "db/dao/DBEngine.h"
 #include "exports/Export.h"
@@ -19,16 +20,6 @@ namespace {
 constexpr std::int64_t kUsual = 100'000;
 constexpr std::int64_t kFew = 10'000;
 constexpr const char* kAll = "SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;";
-
-class NoTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey key) const override { return std::string(key.name()); }
-};
-
-class Fdi final : public intake::ToothScheme {
- public:
-  [[nodiscard]] bool SchemeUS() const override { return false; }
-};
 
 class NoProgress final : public exports::ExportProgress {
  public:
@@ -70,7 +61,7 @@ class ExportedLog {
   dao::DBEngine engine_;
   std::shared_ptr<dao::Workspace> workspace_;
   std::shared_ptr<dao::Database> log_;
-  NoTexts texts_;
+  KeyTexts texts_;
   Fdi scheme_;
   platform::ShortDate shortDate_;
   std::unique_ptr<dao::Recordset> rows_;

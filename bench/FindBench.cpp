@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+#include "bench/Fakes.h"
 #include "bench/Installation.h"
 #include "logview/RowFilter.h"
 
@@ -15,11 +16,6 @@ namespace {
 constexpr std::int64_t kLarge = 1'000'000;
 constexpr std::int64_t kRowsPerSlice = 20'000;
 constexpr const char* kAll = "SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;";
-
-class Fdi final : public intake::ToothScheme {
- public:
-  [[nodiscard]] bool SchemeUS() const override { return false; }
-};
 
 class SearchedLog {
  public:

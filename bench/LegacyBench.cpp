@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+#include "bench/Fakes.h"
 #include "bench/Installation.h"
 #include "bench/OldLogFile.h"
 #include "legacy/Conversion.h"
@@ -49,16 +50,11 @@ class Silent final : public legacy::ConversionView {
   void Beep() override {}
 };
 
-class NoTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey /*key*/) const override { return {}; }
-};
-
 /// Converts the old log into `target`; false when that failed.
 bool ConvertOnce(const Installation& practice, const fs::path& target) {
   dao::DBEngine engine;
   engine.SetSystemDB((practice.ProgramFolder() / "system.mdw").string());
-  const NoTexts texts;
+  const KeyTexts texts;
   Silent view;
   const platform::Author author;
   const platform::SystemClock clock;

@@ -7,6 +7,7 @@
 #include <QPdfWriter>
 #include <benchmark/benchmark.h>
 
+#include "bench/Fakes.h"
 #include "bench/Installation.h"
 #include "db/dao/DBEngine.h"
 #include "report/PaintedReport.h"
@@ -21,11 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kAll = "SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;";
-
-class KeyTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey key) const override { return std::string(key.name()); }
-};
 
 class NoProgress final : public report::ReportProgress {
  public:

@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+#include "bench/Fakes.h"
 #include "bench/Installation.h"
 #include "core/Globals.h"
 #include "db/dao/TableScan.h"
@@ -28,11 +29,6 @@ constexpr std::int64_t kLarge = 1'000'000;
 constexpr int kEntries = 50'000;
 constexpr std::uint64_t kSeed = 7;
 constexpr int kOldYear = 2010;
-
-class NoTexts final : public core::TextLookup {
- public:
-  [[nodiscard]] std::string GetText(core::TextKey key) const override { return std::string(key.name()); }
-};
 
 class NoView final : public intake::UpdateView {
  public:
@@ -75,7 +71,7 @@ class OpenLog {
   }
   void Update() {
     NoView view;
-    const NoTexts texts;
+    const KeyTexts texts;
     static_cast<void>(intake::RunUpdate({globals, texts, clock_}, view));
   }
 

@@ -159,7 +159,7 @@ std::error_code CheckedFileWriter::Publish() {
 
 CheckedFile OpenChecked(const std::filesystem::path& path) {
   CheckedFile checked;
-  if (!MayExist(path)) return checked;
+  if (!platform::MayExist(path)) return checked;
   std::error_code error;
   checked.state = CheckedFile::State::kUnreadable;
   checked.file =
@@ -175,11 +175,6 @@ CheckedFile OpenChecked(const std::filesystem::path& path) {
   const bool holds = got == kNumberBytes && *sum == NumberAt(tail, 0);
   checked.state = holds ? CheckedFile::State::kSound : CheckedFile::State::kDamaged;
   return checked;
-}
-
-bool MayExist(const std::filesystem::path& path) {
-  std::error_code error;
-  return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found;
 }
 
 void AppendNumber(std::string& head, std::uint64_t number) {

@@ -84,9 +84,6 @@ struct CheckedFile {
 };
 [[nodiscard]] CheckedFile OpenChecked(const std::filesystem::path& path);
 
-/// False only when there is surely nothing of that name: what cannot be asked for counts as there.
-[[nodiscard]] bool MayExist(const std::filesystem::path& path);
-
 /// Numbers in the head of such a file: eight bytes, little-endian.
 void AppendNumber(std::string& head, std::uint64_t number);
 [[nodiscard]] std::uint64_t NumberAt(std::string_view bytes, std::size_t offset);

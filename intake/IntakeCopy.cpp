@@ -50,7 +50,7 @@ RunId NewRunId() {
 IntakeCopy::IntakeCopy(const std::filesystem::path& logFile) : logFile_(logFile), path_(CopyPath(logFile)) {}
 
 bool IntakeCopy::Exists() const {
-  return MayExist(path_);
+  return platform::MayExist(path_);
 }
 
 RunId IntakeCopy::PeekId() const {

@@ -32,7 +32,7 @@ IntakeSources::IntakeSources(const std::filesystem::path& exchange, const std::f
 bool IntakeSources::AnythingThere() const {
   std::error_code error;
   const std::vector<TakenFile> taken = ListTakenFiles(exchange_, error);
-  return error || MayExist(exchange_) || ShiftJournal(exchange_).Exists() || copy_.Exists() ||
+  return error || platform::MayExist(exchange_) || ShiftJournal(exchange_).Exists() || copy_.Exists() ||
          std::ranges::any_of(taken, &TakenFile::IsPending);
 }
 
@@ -96,7 +96,7 @@ IntakeSources::Opened IntakeSources::Open(const RunId& committed, const std::vec
   for (const TakenFile& taken : takenFiles_) {
     if (taken.IsPending() && !OpenTaken(taken, true)) return Opened::kCannotRead;
   }
-  const Opened exchange = MayExist(exchange_) ? OpenExchange() : Opened::kReady;
+  const Opened exchange = platform::MayExist(exchange_) ? OpenExchange() : Opened::kReady;
   if (exchange == Opened::kReady) Recognise(applied);
   return exchange;
 }
@@ -120,7 +120,7 @@ void IntakeSources::OpenToLook() {
   for (const TakenFile& taken : takenFiles_) {
     if (taken.IsPending()) static_cast<void>(OpenTaken(taken, false));
   }
-  if (MayExist(exchange_)) static_cast<void>(OpenExchange());
+  if (platform::MayExist(exchange_)) static_cast<void>(OpenExchange());
 }
 
 /// What the journal said can be seen from the safe copy of the same run, if that is whole.

@@ -23,7 +23,7 @@ ShiftJournal::ShiftJournal(const std::filesystem::path& exchange)
     : exchange_(exchange), path_(JournalPath(exchange)) {}
 
 bool ShiftJournal::Exists() const {
-  return MayExist(path_);
+  return platform::MayExist(path_);
 }
 
 bool ShiftJournal::IsDamaged() const {

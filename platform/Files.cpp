@@ -22,6 +22,11 @@ bool SameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
   return std::filesystem::equivalent(a, b, error) && !error;
 }
 
+bool MayExist(const std::filesystem::path& path) {
+  std::error_code error;
+  return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found;
+}
+
 std::optional<std::string> ReadWholeFile(const std::filesystem::path& path, std::error_code& error,
                                          std::uint64_t limit) {
   constexpr std::uint64_t kLeastRoom = 4096;

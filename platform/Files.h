@@ -44,6 +44,9 @@ namespace varnlog::platform {
 /// Another name for the same file (hard-link identity): device and file number.
 [[nodiscard]] bool SameFile(const std::filesystem::path& a, const std::filesystem::path& b);
 
+/// False only when there is surely nothing of that name: what cannot be asked for counts as there.
+[[nodiscard]] bool MayExist(const std::filesystem::path& path);
+
 /// Tells one file from another, whatever its names: equal only for the same file, as long as it exists.
 struct FileIdentity {
   std::uint64_t volume = 0;

@@ -43,7 +43,9 @@ void FillTexts(Database& database, const fs::path& source) {
 template <typename Fill>
 void Make(const fs::path& target, const std::vector<fs::path>& schemas, const Fill& fill) {
   const fs::path unfinished = fs::path(target) += ".new";
+  // What an interrupted build has left, and the journal of that.
   fs::remove(unfinished);
+  fs::remove(fs::path(unfinished) += "-journal");
   DBEngine engine;
   const auto database = engine.CreateDatabase(varnlog::platform::FromPath(unfinished), "", 0);
   for (const fs::path& schema : schemas) database->Execute(Content(schema));
