@@ -27,7 +27,7 @@ class RowWriter {
       : rows_(rows), texts_(texts), scheme_(scheme) {}
 
   /// False when a value is locked.
-  bool Write(const RowBuffer& entered) {
+  bool Write(const EnteredValues& entered) {
     for (int column = 0; column < kColumnCount; ++column) {
       const auto& text = entered[static_cast<std::size_t>(column)];
       if (text && !WriteColumn(column, *text)) return false;
@@ -94,7 +94,7 @@ bool EditRow(dao::Recordset& rows, dao::Bookmark location, const Change& change)
 
 }  // namespace
 
-RowWritten WriteRow(dao::Recordset& rows, dao::Bookmark location, const RowBuffer& entered,
+RowWritten WriteRow(dao::Recordset& rows, dao::Bookmark location, const EnteredValues& entered,
                     const core::TextLookup& texts, const intake::ToothScheme& scheme, CEdits& edits) {
   RowWriter writer(rows, texts, scheme);
   if (!EditRow(rows, location, [&] { return writer.Write(entered); })) return {.isLocked = true};

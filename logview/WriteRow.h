@@ -14,8 +14,8 @@
 
 namespace varnlog::logview {
 
-/// One edited row as the grid hands it over: the entered text of each changed column.
-using RowBuffer = std::array<std::optional<std::string>, kColumnCount>;
+/// What was entered into one row: the text of each changed column. A value is this from the grid's door on.
+using EnteredValues = std::array<std::optional<std::string>, kColumnCount>;
 
 struct RowWritten {
   /// One of the values was locked since its editor was opened; nothing was written.
@@ -27,7 +27,7 @@ struct RowWritten {
 /// Writes the changed values of one row and notes for each the flag that is to be cleared. All of it is
 /// stored or nothing is: throws dao::EngineError with the row as it was and nothing noted. That a value is
 /// open is known by the transaction that writes it, whatever other workstations do meanwhile.
-RowWritten WriteRow(dao::Recordset& rows, dao::Bookmark location, const RowBuffer& entered,
+RowWritten WriteRow(dao::Recordset& rows, dao::Bookmark location, const EnteredValues& entered,
                     const core::TextLookup& texts, const intake::ToothScheme& scheme, CEdits& edits);
 
 /// Takes the pending entry of a cell back: the value is what it was before the first correction, and will not

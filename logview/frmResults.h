@@ -159,10 +159,10 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void ShowError(const dao::EngineError& error);
   void ShowEditError(const dao::EngineError& error);
   /// Whether the cells that were entered still hold what the grid shows.
-  [[nodiscard]] bool IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) const;
+  [[nodiscard]] bool IsAsShown(dao::Recordset& rows, const EnteredValues& entered) const;
   /// False when a value was emptied by mistake.
-  [[nodiscard]] bool ConfirmEmptied(const ui::RowBuffer& entered);
-  void NoteEntries(int row, const RowBuffer& entered);
+  [[nodiscard]] bool ConfirmEmptied(const EnteredValues& entered);
+  void NoteEntries(int row, const EnteredValues& entered);
   struct Cell {
     int row = 0;
     int column = 0;

@@ -142,18 +142,18 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
 
 /// An open value that is emptied would be locked empty when the log is closed; in a list, the empty entry is
 /// chosen.
-bool frmResults::ConfirmEmptied(const ui::RowBuffer& entered) {
+bool frmResults::ConfirmEmptied(const EnteredValues& entered) {
   for (int column = 0; column < kColumnCount; ++column) {
-    const auto& value = entered.Value(0, column);
+    const auto& value = entered.at(static_cast<std::size_t>(column));
     const Column& emptied = kColumns.at(static_cast<std::size_t>(column));
-    if (!value || !value->isEmpty() || emptied.IsList() || emptied.editFlag.empty()) continue;
+    if (!value || !value->empty() || emptied.IsList() || emptied.editFlag.empty()) continue;
     return context_.Messages().Confirm("RS_ASK_EMPTY"_key,
                                        {{"strColumn", ColumnHeading(column, context_.texts)}});
   }
   return true;
 }
 
-void frmResults::NoteEntries(int row, const RowBuffer& entered) {
+void frmResults::NoteEntries(int row, const EnteredValues& entered) {
   const std::int64_t id = data1_->Ids()[static_cast<std::size_t>(row)];
   for (int column = 0; column < kColumnCount; ++column)
     if (entered.at(static_cast<std::size_t>(column))) entered_.push_back({id, column});
@@ -195,11 +195,11 @@ void frmResults::TakeBackEntry() {
 }
 
 /// Nobody overwrites a correction that another workstation made and that he has not seen.
-bool frmResults::IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) const {
+bool frmResults::IsAsShown(dao::Recordset& rows, const EnteredValues& entered) const {
   const RowDisplay display(rows, codeTexts_, context_.scheme, context_.shortDate);
   const int row = static_cast<int>(rows.AbsolutePosition());
   for (int column = 0; column < kColumnCount; ++column) {
-    if (!entered.Value(0, column)) continue;
+    if (!entered.at(static_cast<std::size_t>(column))) continue;
     if (grid_->CellText(row, column) != ui::ToQString(display.Text(column))) return false;
   }
   return true;
@@ -207,17 +207,17 @@ bool frmResults::IsAsShown(dao::Recordset& rows, const ui::RowBuffer& entered) c
 
 std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer& rowBuf,
                                                             std::int64_t writeLocation) {
-  RowBuffer entered;
+  EnteredValues entered;
   for (int column = 0; column < kColumnCount; ++column) {
     if (const auto& value = rowBuf.Value(0, column)) {
       entered.at(static_cast<std::size_t>(column)) = ui::FromQString(*value);
     }
   }
-  if (!ConfirmEmptied(rowBuf)) return std::nullopt;
+  if (!ConfirmEmptied(entered)) return std::nullopt;
   try {
     const auto rows = data1_->Clone();
     rows->SetBookmark(dao::Bookmark{writeLocation});
-    if (!IsAsShown(*rows, rowBuf)) {
+    if (!IsAsShown(*rows, entered)) {
       return FailureOf(context_.texts, dao::EngineError(dao::ErrorNumber::kDataChanged, ""));
     }
     const RowWritten written = WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts,
