@@ -85,7 +85,7 @@ const std::array<Column, kColumnCount> kColumns = {{
      .field = "tXraySDr",
      .editFlag = "tXrayBEdDr",
      .digits = 13},
-    {.headingKey = "RS_COMMENT", .tipKey = "RS_TIP_COMMENT", .field = "tXraySComment", .digits = 24},
+    {.headingKey = "RS_COMMENT", .tipKey = "RS_TIP_COMMENT", .field = "tXraySComment", .digits = 12},
 }};
 
 std::string Column::SortClause(bool descending) const {

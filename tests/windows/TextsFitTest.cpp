@@ -8,9 +8,13 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTabBar>
+#include <QTableView>
 #include <QTreeView>
 #include <gtest/gtest.h>
 
@@ -54,6 +58,9 @@ class Inspector {
       DialogLetters(*dialog);
     } else if (const auto* main = qobject_cast<QMainWindow*>(&window)) {
       MenuLetters(*main->menuBar());
+      const QWidget* front = main->findChild<QMdiArea*>()->activeSubWindow();
+      for (const auto* grid : Shown<QTableView>(front != nullptr ? *front : window))
+        EXPECT_EQ(grid->horizontalScrollBar()->maximum(), 0) << where_ << " has columns out of sight";
     }
   }
 
