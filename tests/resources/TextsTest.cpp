@@ -171,11 +171,12 @@ TEST(Spelling, LettersBelongToTheLanguageOfTheirColumn) {
 // A Latin c or o inside a Russian word looks right and is found by no search and read aloud wrongly.
 TEST(Spelling, RussianWordsAreCyrillicThroughout) {
   const std::set<std::string> latinWords = {
-      "Kalvero", "XI",         "XP",    "XC",    "XS",    "XV",       "PDF",     "mdb",    "pdf",    "mdw",
-      "system",  "varnlogctl", "help",  "from",  "to",    "partial",  "convert", "verify", "update", "anchor",
-      "QR",      "despite",    "clock", "other", "log",   "txt",      "varnlog", "ini",    "Ctrl",   "Z",
-      "Shift",   "Enter",      "Esc",   "Home",  "End",   "Page",     "Up",      "Down",   "yes",    "xlsx",
-      "csv",     "json",       "CSV",   "JSON",  "Excel", "overwrite"};
+      "Kalvero",   "XI",     "XP",         "XC",      "XS",    "XV",    "PDF",     "mdb",     "pdf",
+      "mdw",       "system", "varnlogctl", "help",    "from",  "to",    "partial", "convert", "verify",
+      "update",    "anchor", "QR",         "despite", "clock", "other", "log",     "txt",     "varnlog",
+      "ini",       "Ctrl",   "Z",          "Shift",   "Enter", "Esc",   "Home",    "End",     "Page",
+      "Up",        "Down",   "yes",        "xlsx",    "csv",   "json",  "CSV",     "JSON",    "Excel",
+      "overwrite", "png",    "svg",        "PNG",     "SVG",   "mGycm"};
   ForEachText([&](const std::string&, std::string_view language, const std::string& text) {
     if (language != "CYR") return;
     std::string word;
