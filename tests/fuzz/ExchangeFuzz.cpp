@@ -1,14 +1,15 @@
 #include <limits>
 
 #include "intake/CPAXTOTokens.h"
-#include "tests/fuzz/ScratchFile.h"
+#include "tests/support/TestFolder.h"
 
 /// What the suite might write. Nothing may be read beyond the file, and what was counted can be had.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace varnlog;
-  const fuzz::ScratchFile file("varnlog.sdx", data, size);
+  const test::TestFolder folder;
+  const auto file = folder.Holding("varnlog.sdx", {reinterpret_cast<const char*>(data), size});
   intake::CPAXTOTokens tokens(platform::CodePage(850));
-  if (!tokens.OpenMailslot(file.path().string())) return 0;
+  if (!tokens.OpenMailslot(file.string())) return 0;
   const std::int64_t end = tokens.ReadMailslot(std::numeric_limits<std::int64_t>::max());
   if (end < 0 || end > static_cast<std::int64_t>(size)) std::abort();
   intake::CToken token;

@@ -1,6 +1,6 @@
 #include "db/dao/DBEngine.h"
 #include "tests/Paths.h"
-#include "tests/fuzz/ScratchFile.h"
+#include "tests/support/TestFolder.h"
 
 namespace {
 
@@ -19,8 +19,8 @@ void ReadAll(varnlog::dao::Database& log) {
 /// Any file as a log: refused or read, and mended or not.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace varnlog;
-  const fuzz::ScratchFile file("log.mdb", data, size);
-  const std::string path = file.path().string();
+  const test::TestFolder folder;
+  const std::string path = folder.Holding("log.mdb", {reinterpret_cast<const char*>(data), size}).string();
   dao::DBEngine engine;
   engine.SetSystemDB(VARNLOG_PROGRAM_DIR "/system.mdw");
   const auto workspace = engine.CreateWorkspace("Fuzz", "Admin", "");

@@ -1,5 +1,5 @@
 #include "intake/IntakeCopy.h"
-#include "tests/fuzz/ScratchFile.h"
+#include "tests/support/TestFolder.h"
 
 /// The safe copy. Its sum would refuse nearly everything, so the right one is put behind the bytes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -8,9 +8,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   intake::Checksum sum;
   sum.Add(bytes);
   intake::AppendNumber(bytes, sum.Value());
-  const fuzz::ScratchFile file("log.mdb.intake", reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                               bytes.size());
-  intake::IntakeCopy copy(file.path().parent_path() / "log.mdb");
+  const test::TestFolder folder;
+  folder.Holding("log.mdb.intake", bytes);
+  intake::IntakeCopy copy(folder / "log.mdb");
   copy.Load();
   for (const intake::CopySection& section : copy.Sections()) {
     if (!intake::SumOf(section.bytes)) std::abort();  // a section that lies outside the file

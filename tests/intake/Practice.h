@@ -4,12 +4,15 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "core/Globals.h"
 #include "intake/UpdateRun.h"
 #include "platform/Clock.h"
+#include "tests/Paths.h"
+#include "tests/intake/ExchangeRecords.h"
 #include "tests/support/FakeTexts.h"
 #include "tests/support/TestFolder.h"
 
@@ -18,10 +21,22 @@ namespace varnlog::intake::test {
 /// Shows nothing, remembers everything, answers by script (then with Cancel).
 class ScriptedView final : public UpdateView {
  public:
-  core::MessageAnswer Show(const core::Message& message) override;
+  core::MessageAnswer Show(const core::Message& message) override {
+    messages.push_back(message);
+    if (onMessage) onMessage();
+    if (answers.empty()) {
+      return message.choices.empty() ? core::MessageAnswer::kCancel : core::MessageAnswer::kOk;
+    }
+    const core::MessageAnswer answer = answers.front();
+    answers.pop_front();
+    return answer;
+  }
   void Beep() override {}
   void SetRecordCount(std::int64_t records) override { recordCount = records; }
-  void Advance(std::int64_t recordsDone) override;
+  void Advance(std::int64_t recordsDone) override {
+    done = recordsDone;
+    if (onAdvance) onAdvance(recordsDone);
+  }
   [[nodiscard]] bool CancelIsWanted() const override { return cancelWanted; }
   void AskCancel() override {
     cancelWanted = false;
@@ -31,7 +46,12 @@ class ScriptedView final : public UpdateView {
   void ShowNotices(const std::vector<std::string>& lines) override { notices = lines; }
 
   /// The first words of the messages: their keys.
-  [[nodiscard]] std::vector<std::string> Keys() const;
+  [[nodiscard]] std::vector<std::string> Keys() const {
+    std::vector<std::string> keys;
+    for (const core::Message& message : messages)
+      keys.push_back(message.text.substr(0, message.text.find(' ')));
+    return keys;
+  }
 
   std::deque<core::MessageAnswer> answers;
   std::function<void()> onMessage;
@@ -50,19 +70,78 @@ using Row = std::map<std::string, std::string>;  // field name, stored value; NU
 /// A practice on some day in 2024: an empty log, the suite's exchange file, one workstation.
 class Practice {
  public:
-  explicit Practice(const std::filesystem::path& folder);
-  ~Practice();
+  explicit Practice(const std::filesystem::path& where)
+      : folder(where),
+        exchange(where / "varnlog.sdx"),
+        log(where / "Varnlog.mdb"),
+        clock_(*platform::DateTime::FromCivil(2024, 6, 30, 12)) {
+    const std::filesystem::path program = VARNLOG_PROGRAM_DIR;
+    if (!std::filesystem::exists(log)) std::filesystem::copy_file(program / "varnlog.md0", log);
+    globals.ExchangeFileGl = exchange.string();
+    globals.strDataFileGl = log.string();
+    globals.kVGl = 60;
+    globals.mAGl = 8;
+    globals.LogEngineGl = std::make_unique<db::CJetEngine>(engine_);
+    globals.LogEngineGl->SetWorkgroupPath((program / "system.mdw").string());
+    globals.LogEngineGl->OpenWorkspace("MyWs", "Admin", "");
+    if (globals.LogEngineGl->OpenDBInWorkspace(log.string(), false, false) != 0) {
+      throw std::runtime_error(globals.LogEngineGl->LastError());
+    }
+  }
+  ~Practice() { globals.LogEngineGl.reset(); }
+  Practice(const Practice&) = delete;
+  Practice& operator=(const Practice&) = delete;
 
   /// The suite writes.
-  void Reports(const std::string& records) const;
-  UpdateResult Updates(const RunOptions& options = kHasty);
-  [[nodiscard]] std::vector<Row> Log();
+  void Reports(const std::string& records) const { AppendFile(exchange, records); }
+  UpdateResult Updates(const RunOptions& options = kHasty) {
+    view.messages.clear();
+    view.notices.clear();
+    globals.UpdateDeclinedGl = false;
+    return RunUpdate({globals, texts_, clock_}, view, options);
+  }
+  [[nodiscard]] std::vector<Row> Log() {
+    std::vector<Row> rows;
+    const auto set = globals.LogEngineGl->Database()->OpenRecordset("SELECT TXray.* FROM TXray");
+    for (; !set->IsEOF(); set->MoveNext()) {
+      Row row;
+      for (std::size_t i = 0; i < set->FieldCount(); ++i) {
+        const dao::Field& field = set->Fields(i);
+        if (!field.IsNull()) row[field.Name()] = std::string(field.Text());
+      }
+      rows.push_back(std::move(row));
+    }
+    return rows;
+  }
   /// Of "Patient 0" to "Patient N-1", who should have one exposure each: those who have none or several, and
   /// how many there are of anybody else.
-  [[nodiscard]] std::string Differences(int patients);
+  [[nodiscard]] std::string Differences(int patients) {
+    std::vector<int> found(static_cast<std::size_t>(patients));
+    int others = 0;
+    const auto set = globals.LogEngineGl->Database()->OpenRecordset("TXray", dao::RecordsetType::kTable);
+    const dao::Field& name = set->Fields("tXraySName");
+    for (; !set->IsEOF(); set->MoveNext()) {
+      const std::string text(name.Text());
+      const bool isPatient = text.starts_with("Patient ");
+      const std::size_t number = isPatient ? std::stoul(text.substr(8)) : found.size();
+      if (number < found.size()) {
+        ++found[number];
+      } else {
+        ++others;
+      }
+    }
+    std::string differences = others == 0 ? "" : std::to_string(others) + " others; ";
+    for (std::size_t i = 0; i < found.size() && differences.size() < 1000; ++i) {
+      if (found[i] != 1)
+        differences += "Patient " + std::to_string(i) + ": " + std::to_string(found[i]) + "; ";
+    }
+    return differences;
+  }
   [[nodiscard]] bool ExchangePending() const { return ExchangeDataPending(globals); }
 
-  static const RunOptions kHasty;
+  static inline const RunOptions kHasty{.patience = std::chrono::milliseconds(500),
+                                        .grace = std::chrono::milliseconds(0),
+                                        .quiet = std::chrono::milliseconds(0)};
 
   std::filesystem::path folder;
   std::filesystem::path exchange;

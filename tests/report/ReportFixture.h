@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -32,20 +33,46 @@ struct LoggedRow {
 /// A log of its own in the temporary folder.
 class LogFile : protected test::LogFolder {
  public:
-  LogFile();
-  ~LogFile();
+  LogFile() = default;
+  ~LogFile() { workspace_->Close(); }
   LogFile(const LogFile&) = delete;
   LogFile& operator=(const LogFile&) = delete;
 
-  void Add(const LoggedRow& row, int times = 1);
+  void Add(const LoggedRow& row, int times = 1) {
+    workspace_->BeginTrans();
+    const auto table = database_->OpenRecordset("TXray");
+    for (int i = 0; i < times; ++i) {
+      table->AddNew();
+      const auto taken = platform::DateTime::FromSeconds(row.taken.SecondsSinceEpoch() + i);
+      const std::pair<const char*, std::string> values[] = {{"tXraySName", row.name},
+                                                            {"tXraySFirstname", row.firstName},
+                                                            {"tXrayDBirthday", row.birth.ToIso()},
+                                                            {"tXrayTs", taken.ToIso()},
+                                                            {"tXraySPreg", row.pregnancy},
+                                                            {"tXraySDr", row.person},
+                                                            {"tXraySType", row.type},
+                                                            {"tXraySRegio", row.region},
+                                                            {"tXraySRadDur", "120"},
+                                                            {"tXraySVolt", "60"},
+                                                            {"tXraySCur", "7"},
+                                                            {"tXraySDose", "14.2"},
+                                                            {"tXraySDiagRetry", row.retry}};
+      for (const auto& [field, value] : values) test::SetField(table->Fields(field), value);
+      if (!row.comment.empty()) table->Fields("tXraySComment").SetText(row.comment);
+      table->Update();
+    }
+    workspace_->CommitTrans();
+  }
   [[nodiscard]] dao::Database& Database() { return *database_; }
   /// All rows in the order in which they were added.
-  [[nodiscard]] std::unique_ptr<dao::Recordset> Rows();
+  [[nodiscard]] std::unique_ptr<dao::Recordset> Rows() {
+    return database_->OpenRecordset("SELECT TXray.* FROM TXray ORDER BY TXray.tXrayCulIntIDPk;");
+  }
   [[nodiscard]] const std::filesystem::path& Folder() const { return folder_.Path(); }
   [[nodiscard]] std::vector<std::string> Names() const { return folder_.Names(); }
 
  private:
-  std::shared_ptr<dao::Database> database_;
+  std::shared_ptr<dao::Database> database_ = Open(MakeLog());
 };
 
 using GivenTexts = test::FakeTexts;
@@ -101,8 +128,14 @@ class Drawing final : public ReportCanvas {
 
   void DrawSymbol(double, double, double, const QrCode&) override {}
 
-  [[nodiscard]] bool Has(std::string_view text) const;
-  [[nodiscard]] bool HasAt(const Text& text) const;
+  [[nodiscard]] bool Has(std::string_view text) const {
+    return std::ranges::count(texts, text, &Text::text) > 0;
+  }
+  [[nodiscard]] bool HasAt(const Text& text) const {
+    return std::any_of(texts.begin(), texts.end(), [&text](const Text& drawn) {
+      return drawn.text == text.text && drawn.left == text.left && drawn.baseline == text.baseline;
+    });
+  }
   std::vector<Text> texts;
   std::vector<Rule> rules;
 };

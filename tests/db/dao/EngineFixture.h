@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -25,14 +26,31 @@ class EngineTest : public testing::Test, protected test::LogFolder {
     std::unique_ptr<DBEngine> engine;
     std::shared_ptr<Workspace> workspace;
   };
-  [[nodiscard]] Station AnotherStation() const;
+  [[nodiscard]] Station AnotherStation() const {
+    auto engine = std::make_unique<DBEngine>();
+    engine->SetSystemDB(engine_.SystemDB());
+    engine->SetOption(EngineOption::kLockDelay, 5);
+    auto workspace = engine->CreateWorkspace("Other", "Admin", "");
+    return {std::move(engine), std::move(workspace)};
+  }
 
   /// Overwrites `length` bytes from `offset` on.
-  static void Damage(const std::string& path, std::uint64_t offset, std::size_t length, char byte = '\0');
+  static void Damage(const std::string& path, std::uint64_t offset, std::size_t length, char byte = '\0') {
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(static_cast<std::streamoff>(offset));
+    file << std::string(length, byte);
+  }
 };
 
 /// The text of the engine error that `operation` throws, "" when there is none.
-[[nodiscard]] std::string ErrorTextOf(const std::function<void()>& operation);
+[[nodiscard]] inline std::string ErrorTextOf(const std::function<void()>& operation) {
+  try {
+    operation();
+    return {};
+  } catch (const EngineError& error) {
+    return error.what();
+  }
+}
 
 /// One exposure: the fields by which it is known.
 struct Exposure {
@@ -41,11 +59,33 @@ struct Exposure {
   platform::DateTime birthday;
   platform::DateTime ts;
 };
-void AddExposure(Recordset& table, const Exposure& exposure);
-[[nodiscard]] bool FindExposure(Recordset& table, const Exposure& exposure);
+inline void AddExposure(Recordset& table, const Exposure& exposure) {
+  table.AddNew();
+  table.Fields("tXraySName").SetText(exposure.name);
+  table.Fields("tXraySFirstname").SetText(exposure.firstname);
+  table.Fields("tXrayDBirthday").SetDate(exposure.birthday);
+  table.Fields("tXrayTs").SetDate(exposure.ts);
+  table.Update();
+}
+[[nodiscard]] inline bool FindExposure(Recordset& table, const Exposure& exposure) {
+  table.SetIndex("iXRayIdent");
+  table.Seek("=", {std::string_view(exposure.name), std::string_view(exposure.firstname), exposure.birthday,
+                   exposure.ts});
+  return !table.NoMatch();
+}
 /// 1 March 2024 at 8:00 and that many minutes.
-[[nodiscard]] platform::DateTime Minute(int minutes);
+[[nodiscard]] inline platform::DateTime Minute(int minutes) {
+  return platform::DateTime::FromSeconds(platform::DateTime::FromCivil(2024, 3, 1, 8)->SecondsSinceEpoch() +
+                                         std::int64_t{minutes} * 60);
+}
 /// Adds patients "P0", "P1", ... a minute apart, in one transaction.
-void FillLog(Workspace& workspace, Database& log, int rows);
+inline void FillLog(Workspace& workspace, Database& log, int rows) {
+  workspace.BeginTrans();
+  const auto table = log.OpenRecordset("TXray");
+  for (int i = 0; i < rows; ++i)
+    AddExposure(*table,
+                {"P" + std::to_string(i), "Anna", *platform::DateTime::FromCivil(1970, 1, 1), Minute(i)});
+  workspace.CommitTrans();
+}
 
 }  // namespace varnlog::dao

@@ -53,6 +53,7 @@ TEST_F(SelectTest, WhatIsNoSelectStatementOfAKnownTableIsAnError) {
            {"SELECT * FROM TXray WHERE rowid = 1", kTooFewParameters},
            {"SELECT * FROM TXray WHERE tXraySName = 'O'Neil'", kSyntaxError},
            {"SELECT * FROM TXray WHERE tXraySName = ''; DELETE FROM TXray --'", kSyntaxError},
+           {"SELECT * FROM TXray; DELETE FROM TXray", kSyntaxError},
            {"DELETE FROM TXray", kTableNotFound}})
     EXPECT_EQ(Opening(source), number) << source;
   EXPECT_EQ(log_->OpenRecordset("TXray")->RecordCount(), 4);
