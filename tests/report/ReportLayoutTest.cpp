@@ -220,6 +220,17 @@ TEST_F(ReportLayoutTest, RowsChangedWhilePrintingStayOnTheirPage) {
   EXPECT_FALSE(numbers.contains(3));
 }
 
+TEST_F(ReportLayoutTest, StopsWhenTold) {
+  log.Add({}, 2'000);
+  for (const int calls : {1, 2, 4}) {
+    Begin();
+    CountedProgress progress;
+    progress.stopAtCounting = calls;
+    EXPECT_FALSE(layout_->Paginate(progress));
+    EXPECT_EQ(progress.countings, calls);
+  }
+}
+
 TEST_F(ReportLayoutTest, OtherPaperChangesTheColumnsThatStretch) {
   Begin();
   const ReportDesign& design = job_->design;

@@ -22,6 +22,11 @@ TEST(GridColors, StoredColoursAreBlueGreenRedOrASystemNumber) {
   EXPECT_FALSE(ColorFromStored(0x80000063).isValid()) << "no such system colour: the grid's own is used";
 }
 
+TEST(GridColors, ContrastIsThatOfTheEye) {
+  EXPECT_NEAR(Contrast(Qt::black, Qt::white), 21.0, 0.01);
+  EXPECT_NEAR(Contrast(Qt::red, Qt::red), 1.0, 0.01);
+}
+
 TEST(GridColors, TheGivenColoursAreUsedAsTheyAre) {
   const GridColors colors = GridColors::Default();
   const QPalette light(Qt::white);
