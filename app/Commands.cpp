@@ -43,6 +43,10 @@ constexpr CommandDef kCommands[] = {
      [](CommandHost& host) { host.Quit(); }},
     {mnuFileExport, "mnuFileExport", "MN_MNU_FILEEXPORT", "", "Ctrl+E", kPrintable, false,
      [](CommandHost& host) { host.ExportShownRows(); }},
+    {mnuFileInspection, "mnuFileInspection", "MN_MNU_FILEINSPECTION", "", "", kDataFileOpen, false,
+     [](CommandHost& host) { host.MakeInspection(); }},
+    {mnuFileBackup, "mnuFileBackup", "MN_MNU_FILEBACKUP", "", "", kAlways, false,
+     [](CommandHost& host) { host.ShowBackup(); }},
     {mnuEditUpdate, "mnuEditUpdate", "MN_MNU_UPDATE", "Update", "Ctrl+U", kUpdatable, false,
      [](CommandHost& host) { host.Program().Update(); }},
     {mnuEditFind, "mnuEditFind", "MN_MNU_EDITFIND", "", "Ctrl+Shift+F", kPrintable, false,
@@ -84,6 +88,8 @@ constexpr CommandDef kCommands[] = {
      [](CommandHost& host) { host.ShowPropertiesOfLog(); }},
     {mnuViewStatistics, "mnuViewStatistics", "MN_MNU_VIEWSTATISTICS", "", "Ctrl+T", kPrintable, false,
      [](CommandHost& host) { host.ShowStatistics(); }},
+    {mnuViewSettings, "mnuViewSettings", "MN_MNU_VIEWSETTINGS", "", "", kAlways, false,
+     [](CommandHost& host) { host.ShowSettings(); }},
     {mnuHelpOnHelp, "mnuHelpOnHelp", "MN_MNU_HELPONHELP", "", "", kAlways, false,
      Help<HelpPart::kHelpOnHelp>},
     {mnuHelpContents, "mnuHelpContents", "MN_MNU_HELPCONTENTS", "", "F1", kAlways, false,
@@ -103,12 +109,11 @@ constexpr MenuEntry Item(CommandId id) {
 constexpr MenuEntry kSeparator{MenuEntry::Kind::kSeparator, mnuFileNew};
 constexpr MenuEntry kRecentFiles{MenuEntry::Kind::kRecentFiles, mnuFileNew};
 
-constexpr MenuEntry kFileMenu[] = {Item(mnuFileNew),    Item(mnuFileOpen),
-                                   kSeparator,          Item(mnuFilePrintPreview),
-                                   Item(mnuFilePrint),  Item(mnuFilePrintSetup),
-                                   kSeparator,          Item(mnuFileVerify),
-                                   Item(mnuFileExport), kRecentFiles,
-                                   kSeparator,          Item(mnuFileEnd)};
+constexpr MenuEntry kFileMenu[] = {
+    Item(mnuFileNew),    Item(mnuFileOpen),       kSeparator,          Item(mnuFilePrintPreview),
+    Item(mnuFilePrint),  Item(mnuFilePrintSetup), kSeparator,          Item(mnuFileVerify),
+    Item(mnuFileExport), Item(mnuFileInspection), Item(mnuFileBackup), kRecentFiles,
+    kSeparator,          Item(mnuFileEnd)};
 constexpr MenuEntry kEditMenu[] = {Item(mnuEditUpdate),      kSeparator,
                                    Item(mnuEditFind),        Item(mnuEditIncomplete),
                                    Item(mnuEditNextMissing), Item(mnuEditPreviousMissing)};
@@ -124,8 +129,8 @@ constexpr MenuEntry kSelectionMenu[] = {Item(mnuSortPatAll),
                                         kSeparator,
                                         Item(mnuSortAll)};
 constexpr MenuEntry kViewMenu[] = {
-    Item(mnuViewToolbar), Item(mnuViewStatusbar), Item(mnuViewBigIcons),   Item(mnuViewHistory),
-    kSeparator,           Item(mnuViewLoad),      Item(mnuViewProperties), Item(mnuViewStatistics)};
+    Item(mnuViewToolbar), Item(mnuViewStatusbar),  Item(mnuViewBigIcons),   Item(mnuViewHistory), kSeparator,
+    Item(mnuViewLoad),    Item(mnuViewProperties), Item(mnuViewStatistics), Item(mnuViewSettings)};
 constexpr MenuEntry kHelpMenu[] = {
     Item(mnuHelpOnHelp), Item(mnuHelpContents), Item(mnuHelpIndex),  Item(mnuHelpSearch),
     kSeparator,          Item(mnuHelpInfo),     Item(mnuHelpSupport)};

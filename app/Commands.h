@@ -17,6 +17,8 @@ enum class CommandId {
   mnuFileVerify,
   mnuFileEnd,
   mnuFileExport,
+  mnuFileInspection,
+  mnuFileBackup,
   mnuEditUpdate,
   mnuEditFind,
   mnuEditIncomplete,
@@ -38,6 +40,7 @@ enum class CommandId {
   mnuViewLoad,
   mnuViewProperties,
   mnuViewStatistics,
+  mnuViewSettings,
   mnuHelpOnHelp,
   mnuHelpContents,
   mnuHelpIndex,
@@ -71,6 +74,8 @@ class CommandHost {
   virtual void SetUpPrinter() = 0;
   virtual void ShowVerify() = 0;
   virtual void ExportShownRows() = 0;
+  virtual void MakeInspection() = 0;
+  virtual void ShowBackup() = 0;
   virtual void FindInList() = 0;
   virtual void ToggleIncomplete() = 0;
   /// `step` is 1 or -1.
@@ -80,6 +85,7 @@ class CommandHost {
   virtual void ReloadView() = 0;
   virtual void ShowPropertiesOfLog() = 0;
   virtual void ShowStatistics() = 0;
+  virtual void ShowSettings() = 0;
   virtual void ShowHelp(HelpPart part) = 0;
   virtual void ShowAbout() = 0;
   virtual void ShowSupport() = 0;

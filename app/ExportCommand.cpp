@@ -5,7 +5,7 @@
 
 #include "db/modCommon.h"
 #include "exports/Export.h"
-#include "platform/ListSeparator.h"
+#include "exports/Separator.h"
 #include "ui/FileDialog.h"
 #include "ui/QtText.h"
 #include "ui/SaveFolder.h"
@@ -59,7 +59,7 @@ std::optional<std::int64_t> Write(QWidget* parent, const ExportContext& context,
                           .format = format,
                           .ifTaken = platform::IfTaken::kReplace,
                           .log = context.log,
-                          .listSeparator = platform::ListSeparator()},
+                          .listSeparator = exports::ListSeparatorOf(context.ini, context.iniFile)},
                          progress);
 }
 

@@ -22,10 +22,11 @@ std::string HelpFile(const core::Globals& globals) {
 
 std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
   static constexpr std::pair<std::string_view, std::string_view> kDialogs[] = {
-      {"frmPatSearch", "patients"},  {"frmBegEnd", "patients"},       {"frmRunUpdate", "update"},
-      {"frmCancelUpdate", "update"}, {"frmUpdateNotices", "update"},  {"frmProperties", "datafiles"},
-      {"frmPrinter", "printing"},    {"frmPrinterSetup", "printing"}, {"frmConvert", "oldlogs"},
-      {"frmVerify", "history"},      {"frmAbout", "overview"},        {"frmStatistics", "statistics"},
+      {"frmPatSearch", "patients"},   {"frmBegEnd", "patients"},       {"frmRunUpdate", "update"},
+      {"frmCancelUpdate", "update"},  {"frmUpdateNotices", "update"},  {"frmProperties", "datafiles"},
+      {"frmPrinter", "printing"},     {"frmPrinterSetup", "printing"}, {"frmConvert", "oldlogs"},
+      {"frmVerify", "history"},       {"frmAbout", "overview"},        {"frmStatistics", "statistics"},
+      {"frmInspection", "exporting"}, {"frmBackup", "datafiles"},      {"frmSettings", "datafiles"},
   };
   // Keys carry the prefix of the window that uses them.
   static constexpr std::pair<std::string_view, std::string_view> kKeys[] = {
@@ -41,6 +42,9 @@ std::string_view HelpPageOf(std::string_view dialog, std::string_view textKey) {
       {"MN_OPENXRLOG", "datafiles"},
       {"EX_", "exporting"},
       {"ST_", "statistics"},
+      {"IN_", "exporting"},
+      {"BK_", "datafiles"},
+      {"SE_", "datafiles"},
       {"FD_", "selections"},
       {"DRS_", "printing"},
       {"MN_ERR_NOPRINTER", "printing"},

@@ -7,6 +7,7 @@
 #include "app/TakeOverProgress.h"
 #include "app/frmMDIMain.h"
 #include "app/frmProperties.h"
+#include "app/frmSettings.h"
 #include "app/frmSupport.h"
 #include "app/frmVerify.h"
 #include "logview/LaterEntries.h"
@@ -76,6 +77,11 @@ void frmMDIMain::ShowStatistics() {
                     .shortDate = context_.shortDate,
                     .print = print_},
                    *rows, results_->Headline());
+}
+
+void frmMDIMain::ShowSettings() {
+  frmSettings dialog(this, context_.services.texts, context_.services.ini, context_.globals.IniFileGl);
+  if (dialog.exec() == QDialog::Accepted && results_) results_->ApplyColors();
 }
 
 void frmMDIMain::FindInList() {

@@ -94,6 +94,7 @@ frmMDIMain::frmMDIMain(const WindowContext& context)
   BuildStatusBar();
   BuildHistory();
   WatchExchange();
+  ScheduleBackup();
   timUpdate_.setSingleShot(true);
   timUpdate_.setInterval(kMillisecondsAfterActivation);
   connect(&timUpdate_, &QTimer::timeout, this, &frmMDIMain::UpdateWhenFree);
@@ -214,7 +215,8 @@ bool frmMDIMain::AskPatient() {
   const auto& log = context_.globals.LogEngineGl->Database();
   if (!log) return false;
   dialogs::frmPatSearch dialog(this, dialogs::PatientSearch(context_.globals, *log, context_.shortDate),
-                               context_.services.texts, context_.services.user);
+                               context_.services.texts, context_.services.user,
+                               results_ ? results_->CurrentPatient() : std::string());
   return dialog.exec() == QDialog::Accepted;
 }
 
@@ -451,6 +453,7 @@ void frmMDIMain::closeEvent(QCloseEvent* event) {
   unloading_ = true;
   timUpdate_.stop();
   timAtOnce_.stop();
+  timBackup_.stop();
   exchange_.Watch({});
   formPos_.SaveForm();
   program_.Unload();

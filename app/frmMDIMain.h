@@ -13,6 +13,7 @@
 #include <QStackedWidget>
 #include <QTimer>
 
+#include "app/BackupJob.h"
 #include "app/CFormPosIni.h"
 #include "app/CMruINI.h"
 #include "app/Desk.h"
@@ -93,6 +94,8 @@ class frmMDIMain final : public QMainWindow,
   [[nodiscard]] bool IsBusy() const;
   void UpdateWhenFree();
   void WatchExchange();
+  void ScheduleBackup();
+  void BackUpIfDue();
   void ExchangeChanged();
   void ShowWaiting();
   void TakeInAtOnce();
@@ -105,6 +108,8 @@ class frmMDIMain final : public QMainWindow,
   void SetUpPrinter() override;
   void ShowVerify() override;
   void ExportShownRows() override;
+  void MakeInspection() override;
+  void ShowBackup() override;
   void FindInList() override;
   void ToggleIncomplete() override;
   void GoToMissing(int step) override;
@@ -112,6 +117,7 @@ class frmMDIMain final : public QMainWindow,
   void ReloadView() override;
   void ShowPropertiesOfLog() override { ShowProperties(); }
   void ShowStatistics() override;
+  void ShowSettings() override;
   void ShowHelp(HelpPart part) override;
   void ShowAbout() override;
   void ShowSupport() override;
@@ -145,6 +151,7 @@ class frmMDIMain final : public QMainWindow,
   void ShowIncomplete(std::optional<std::int64_t> rows) override;
   void CurrentRowChanged() override;
   void ShowSelection(const core::Selection& selection) override { program_.Show(selection); }
+  void SaveRecord(std::unique_ptr<dao::Recordset> rows, const std::string& headline) override;
   void LogReplaced() override;
   void ResultsClosed() override;
 
@@ -182,6 +189,9 @@ class frmMDIMain final : public QMainWindow,
   std::optional<intake::WaitingRecords> waiting_;  // from the load on
   std::vector<std::string> notices_;               // of updates that could not tell them
   QTimer timAtOnce_;
+  BackupJob backup_{context_.globals};
+  QTimer timBackup_;
+  bool backupTold_ = false;  // what keeps the daily copy from being made
   QTimer timUpdate_;
   QPointer<logview::frmResults> results_;
   bool loading_ = true;

@@ -11,6 +11,7 @@
 #include "core/Numbers.h"
 #include "db/modCommon.h"
 #include "platform/Files.h"
+#include "statistics/Retention.h"
 #include "ui/QtText.h"
 
 namespace varnlog::app {
@@ -73,6 +74,8 @@ QWidget* frmProperties::FileTab() {
   version_ = AddFact(form, "PP_DBVERSION"_key, "lblVersion");
   size_ = AddFact(form, "PP_SIZE"_key, "lblSize");
   rows_ = AddFact(form, "PP_ROWS"_key, "lblRows");
+  retention_ = AddFact(form, "PP_RETENTION"_key, "lblRetention");
+  retention_->setToolTip(Caption(texts, "PP_RETENTIONTIP"_key));
 
   readOnly_ = new QCheckBox(Caption(texts, "PP_READONLY"_key));
   readOnly_->setObjectName("chkReadOnly");
@@ -157,6 +160,10 @@ void frmProperties::ShowFacts() {
   try {
     rows_->setText(isOpen ? ui::ToQString(core::Grouped(services_.texts, std::to_string(RowCount(*log))))
                           : QString());
+    retention_->setText(
+        isOpen ? ui::ToQString(core::Grouped(services_.texts, std::to_string(statistics::CountPastRetention(
+                                                                  *log, services_.clock.Today()))))
+               : QString());
   } catch (const dao::EngineError& error) {
     rows_->setText(ui::ToQString(core::EngineErrorText(services_.texts, error)));
   }

@@ -51,6 +51,7 @@ class frmProperties final : public QDialog {
   QLabel* version_ = nullptr;
   QLabel* size_ = nullptr;
   QLabel* rows_ = nullptr;
+  QLabel* retention_ = nullptr;
   QCheckBox* readOnly_ = nullptr;
   QPushButton* compact_ = nullptr;
   QPushButton* repair_ = nullptr;

@@ -35,6 +35,8 @@ void RunListCommand(Session& session, const Options& options, Output& output);
 void AddExportOptions(CLI::App& command, Options& options);
 void ValidateExport(const Options& options);
 void RunExportCommand(Session& session, const Options& options, Output& output);
+void AddInspectionOptions(CLI::App& command, Options& options);
+void RunInspectionCommand(Session& session, const Options& options, Output& output);
 void AddReportOptions(CLI::App& command, Options& options);
 void RunStatisticsCommand(Session& session, const Options& options, Output& output);
 void RunReportCommand(Session& session, const Options& options, Output& output);

@@ -17,6 +17,8 @@ constexpr std::array kCommands = {
 #ifdef VARNLOG_HAS_REPORT  // not in a build without Qt
     Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,
             RunReportCommand},
+    Command{"inspection", "make a folder with everything about a period, for an inspector",
+            AddInspectionOptions, ValidateSelection, RunInspectionCommand},
 #endif
     Command{"convert", "take the rows of a log of the earlier program into a new log", AddConvertOptions,
             nullptr, RunConvertCommand, Command::Works::kOnFiles},

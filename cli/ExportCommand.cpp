@@ -3,8 +3,8 @@
 #include "cli/Command.h"
 #include "db/modCommon.h"
 #include "exports/Export.h"
+#include "exports/Separator.h"
 #include "logview/Selection.h"
-#include "platform/ListSeparator.h"
 
 namespace varnlog::cli {
 
@@ -70,7 +70,7 @@ void RunExportCommand(Session& session, const Options& options, Output& /*output
                .format = *exports::FormatOf(options.output),
                .ifTaken = options.overwrite ? platform::IfTaken::kReplace : platform::IfTaken::kFail,
                .log = session.LogFile(),
-               .listSeparator = platform::ListSeparator()});
+               .listSeparator = exports::ListSeparatorOf(session.ini(), session.globals().IniFileGl)});
   } catch (const exports::ExportError& error) {
     session.FailWith(exports::ExportErrorText(session.texts(), error));
   }

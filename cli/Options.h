@@ -41,6 +41,9 @@ struct Options {
   bool overwrite = false;
   bool despiteClock = false;
   bool otherLog = false;
+  bool withComments = false;
+  bool oldestFirst = false;
+  int patients = 2;
 };
 
 /// The full path, as long as the current folder is still the user's own.

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/Command.h"
+#include "db/modCommon.h"
 #include "logview/LaterEntries.h"
 #include "logview/Selection.h"
 #include "platform/Files.h"
@@ -59,13 +60,16 @@ void AddReportOptions(CLI::App& command, Options& options) {
       ->option_text("FILE.pdf");
   command.add_flag("--with-entries", options.withEntries,
                    "below each exposure what was entered or changed later, when, by whom and where");
+  command.add_flag("--oldest-first", options.oldestFirst, "oldest exposures first");
 }
 
 void RunReportCommand(Session& session, const Options& options, Output& /*output*/) {
   SetSelection(session.globals(), options, session.shortDate());
   session.OpenLog(Session::Access::kRead);
   const auto selection = logview::BuildSelection(session.globals(), session.texts(), session.shortDate());
-  const auto rows = session.Log().OpenRecordset(selection.sql);
+  const std::string sql =
+      options.oldestFirst ? db::ReplaceSortClause(selection.sql, "ORDER BY TXray.tXrayTs;") : selection.sql;
+  const auto rows = session.Log().OpenRecordset(sql);
   try {
     SaveReport(session, *rows, selection.headline, options);
   } catch (const dao::EngineError&) {

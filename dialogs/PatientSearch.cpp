@@ -1,5 +1,8 @@
 #include "dialogs/PatientSearch.h"
 
+#include <algorithm>
+
+#include "db/dao/TableScan.h"
 #include "db/modCommon.h"
 
 namespace varnlog::dialogs {
@@ -75,6 +78,28 @@ std::vector<std::string> PatientSearch::Entries(std::string_view pattern) {
     entries.push_back(std::move(entry));
   }
   return entries;
+}
+
+std::vector<std::string> PatientSearch::Proposals(const std::string& first) const {
+  constexpr std::int64_t kRowsLookedAt = 500;
+  constexpr std::size_t kMost = 30;
+  const std::vector<std::string> fields = {"tXraySName", "tXraySFirstname", "tXrayDBirthday"};
+  const auto scan =
+      log_.Scan("TXray", fields, {.first = log_.Greatest("TXray", "tXrayCulIntIDPk") - kRowsLookedAt + 1});
+  std::vector<std::string> latest;
+  while (scan->Next()) {
+    const auto& values = scan->Values();
+    std::string entry(values[0].text);
+    entry.append(", ").append(values[1].text).append(kBirthSign);
+    latest.push_back(entry.append(
+        shortDate_.Format(platform::DateTime::FromIso(values[2].text).value_or(platform::DateTime()))));
+  }
+  std::vector<std::string> proposals;
+  if (!first.empty()) proposals.push_back(first);
+  for (auto entry = latest.rbegin(); entry != latest.rend() && proposals.size() < kMost; ++entry) {
+    if (std::ranges::find(proposals, *entry) == proposals.end()) proposals.push_back(*entry);
+  }
+  return proposals;
 }
 
 SearchResult PatientSearch::Search(std::string_view text) {

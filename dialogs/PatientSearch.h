@@ -39,6 +39,10 @@ class PatientSearch {
   /// nothing is found with them as they are.
   [[nodiscard]] SearchResult Search(std::string_view text);
 
+  /// What is proposed before anything is typed: this patient, "" for none, and those of the latest exposures,
+  /// each once.
+  [[nodiscard]] std::vector<std::string> Proposals(const std::string& first) const;
+
   /// OK was pressed with `selected` chosen in the list ("" for none) and `searchText` in the box.
   [[nodiscard]] Confirmation Confirm(std::string_view selected, std::string_view searchText);
 

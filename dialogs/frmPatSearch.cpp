@@ -4,6 +4,7 @@
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include "core/EngineMessages.h"
@@ -15,8 +16,14 @@ namespace varnlog::dialogs {
 using core::literals::operator""_key;
 using ui::Caption;
 
+namespace {
+
+constexpr int kMillisecondsAfterTyping = 200;
+
+}  // namespace
+
 frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const core::TextLookup& texts,
-                           core::UserDialog& user)
+                           core::UserDialog& user, const std::string& first)
     : QDialog(parent),
       search_(search),
       texts_(texts),
@@ -51,6 +58,10 @@ frmPatSearch::frmPatSearch(QWidget* parent, PatientSearch search, const core::Te
   bottom->addWidget(buttons, 1);
   layout->addLayout(bottom);
 
+  typed_.setSingleShot(true);
+  typed_.setInterval(kMillisecondsAfterTyping);
+  connect(&typed_, &QTimer::timeout, this, &frmPatSearch::SearchWhileTyping);
+  Propose(first);
   cmdSearch_->setDefault(true);
   txtSearch_->setFocus();
   resize(fontMetrics().averageCharWidth() * 76, fontMetrics().height() * 26);
@@ -85,6 +96,43 @@ void frmPatSearch::BuildList() {
 void frmPatSearch::TextEdited() {
   cmdSearch_->setDefault(true);
   selected_.clear();
+  typed_.start();
+}
+
+void frmPatSearch::List(const std::vector<std::string>& entries) {
+  const QSignalBlocker quiet(lvwPat_);
+  lvwPat_->clear();
+  QList<QTreeWidgetItem*> items;
+  items.reserve(static_cast<qsizetype>(entries.size()));
+  for (const std::string& entry : entries)
+    items.append(new QTreeWidgetItem(QStringList(ui::ToQString(entry))));
+  lvwPat_->addTopLevelItems(items);
+  lblCount_->setText(Caption(texts_, "PS_COUNT"_key, {{"lngCount", std::to_string(items.size())}}));
+}
+
+/// None of them is chosen until the user goes there.
+void frmPatSearch::Propose(const std::string& first) {
+  try {
+    List(search_.Proposals(first));
+    lblCount_->clear();
+    if (lvwPat_->topLevelItemCount() == 0) return;
+    const QSignalBlocker quiet(lvwPat_);
+    lvwPat_->setCurrentItem(lvwPat_->topLevelItem(0));
+  } catch (const dao::EngineError&) {
+    lvwPat_->clear();  // who searches is told what is wrong
+  }
+}
+
+void frmPatSearch::SearchWhileTyping() {
+  const std::string text = ui::FromQString(txtSearch_->text().trimmed());
+  if (text.empty()) return;
+  try {
+    List(search_.Search(text).entries);
+    const QSignalBlocker quiet(lvwPat_);
+    if (lvwPat_->topLevelItemCount() > 0) lvwPat_->setCurrentItem(lvwPat_->topLevelItem(0));
+  } catch (const dao::EngineError&) {
+    lvwPat_->clear();  // the search button says why
+  }
 }
 
 void frmPatSearch::keyPressEvent(QKeyEvent* event) {
@@ -104,6 +152,9 @@ void frmPatSearch::Choose(const QTreeWidgetItem* item) {
 }
 
 void frmPatSearch::ReportError(const dao::EngineError& error) {
+  // What is listed is not what was looked for.
+  lvwPat_->clear();
+  lblCount_->clear();
   // The query cannot hold such a name; what the engine makes of the rest tells the user nothing.
   const bool apostrophe = error.number() == dao::ErrorNumber::kSyntaxError &&
                           (txtSearch_->text() + selected_).contains(QLatin1Char('\''));
@@ -116,6 +167,7 @@ void frmPatSearch::ReportError(const dao::EngineError& error) {
 }
 
 void frmPatSearch::Search() {
+  typed_.stop();
   const QString text = txtSearch_->text();
   QApplication::setOverrideCursor(Qt::WaitCursor);
   try {

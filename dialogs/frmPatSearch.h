@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include "core/Messages.h"
@@ -14,7 +15,9 @@ namespace varnlog::dialogs {
 /// Finds one patient of the log. accepted() means that the patient globals hold the choice.
 class frmPatSearch final : public QDialog {
  public:
-  frmPatSearch(QWidget* parent, PatientSearch search, const core::TextLookup& texts, core::UserDialog& user);
+  /// `first` is the patient that is proposed first; "" for none.
+  frmPatSearch(QWidget* parent, PatientSearch search, const core::TextLookup& texts, core::UserDialog& user,
+               const std::string& first = {});
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -25,6 +28,10 @@ class frmPatSearch final : public QDialog {
   void Search();
   void Ok();
   void TextEdited();
+  /// Finds what was typed so far; what finds nothing yet is no reason for a message.
+  void SearchWhileTyping();
+  void List(const std::vector<std::string>& entries);
+  void Propose(const std::string& first);
   void Choose(const QTreeWidgetItem* item);
   void Show(const SearchResult& result, const QString& searchText);
   void ReportError(const dao::EngineError& error);
@@ -38,6 +45,7 @@ class frmPatSearch final : public QDialog {
   QTreeWidget* lvwPat_;
   QLabel* lblCount_;
   QPushButton* cmdOK_;
+  QTimer typed_;
   QString selected_;  // empty when no list entry is chosen
 };
 

@@ -84,8 +84,13 @@ const std::array<Column, kColumnCount> kColumns = {{
      .tipKey = "RS_TIP_PERSCHARGE",
      .field = "tXraySDr",
      .editFlag = "tXrayBEdDr",
-     .digits = 13},
-    {.headingKey = "RS_COMMENT", .tipKey = "RS_TIP_COMMENT", .field = "tXraySComment", .digits = 12},
+     .digits = 13,
+     .suggests = true},
+    {.headingKey = "RS_COMMENT",
+     .tipKey = "RS_TIP_COMMENT",
+     .field = "tXraySComment",
+     .digits = 12,
+     .suggests = true},
 }};
 
 std::string Column::SortClause(bool descending) const {

@@ -37,6 +37,7 @@ struct Column {
       {};                 // texts to choose from, beside an empty one; empty: typed freely
   int digits = 0;         // width until the user changes it, in digits of the font
   bool isNumber = false;  // shown to the right
+  bool suggests = false;  // while it is typed, what was entered before is proposed
   std::array<std::string_view, 3> sortFields = {};  // what the heading sorts by; empty: `field`
 
   [[nodiscard]] bool IsWritten() const { return !field.empty(); }
@@ -55,6 +56,7 @@ enum ColumnIndex : int {
   kRegionColumn = 5,
   kDoseColumn = 9,
   kRetakeColumn = 10,
+  kPersonColumn = 11,
   kCommentColumn = 12,
 };
 

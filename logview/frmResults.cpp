@@ -127,6 +127,7 @@ void frmResults::BuildColumns() {
     if (column.IsWritten() && column.editFlag.empty()) {
       shown.openText = ui::Caption(context_.texts, "RS_STATE_ALWAYS"_key);
     }
+    if (column.suggests) shown.suggestions = [this, i] { return SuggestionsOf(i); };
     if (column.IsList()) shown.list.append(QString());
     for (const core::TextKey choice : column.choices) {
       shown.list.append(ui::Caption(context_.texts, choice));

@@ -59,6 +59,8 @@ class ResultsHost {
   virtual void CurrentRowChanged() = 0;
   /// Shows another selection.
   virtual void ShowSelection(const core::Selection& selection) = 0;
+  /// Saves the report of these rows, which `headline` names, as a file that the user chooses.
+  virtual void SaveRecord(std::unique_ptr<dao::Recordset> rows, const std::string& headline) = 0;
   /// The log's file was replaced since it was opened: this view has nothing to show any more. Returns before
   /// anything is done about it.
   virtual void LogReplaced() = 0;
@@ -97,6 +99,8 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void ReloadGrid();
   /// Whether values may be entered, after the log was protected or freed.
   void ApplyReadOnly();
+  /// After the settings' colours were changed.
+  void ApplyColors() { LoadColors(); }
   /// Lets go of the open log.
   void CloseData();
 
@@ -108,6 +112,8 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   /// The numbers of the columns shown, from left to right.
   [[nodiscard]] std::vector<int> ShownColumns() const;
   [[nodiscard]] ui::TDBGrid& Grid() { return *grid_; }
+  /// The patient of the current row as the grid shows him; "" when there is none.
+  [[nodiscard]] std::string CurrentPatient() const;
   /// The number of the exposure in the current row; nothing when there is none.
   [[nodiscard]] std::optional<std::int64_t> CurrentExposure() const;
   /// Every row is counted.
@@ -132,6 +138,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void ExplainColumn(int column);
   void ExplainCell();
   void ShowPatientOfRow();
+  void SavePatientRecord();
   void LoadColors();
   void ShowIcon(const std::string& key);
   bool OpenRows(const std::string& sql);
@@ -160,6 +167,10 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void ShowEditError(const dao::EngineError& error);
   /// Whether the cells that were entered still hold what the grid shows.
   [[nodiscard]] bool IsAsShown(dao::Recordset& rows, const EnteredValues& entered) const;
+  /// What was entered in this column before.
+  [[nodiscard]] QStringList SuggestionsOf(int column) const;
+  /// False when the user does not stand by a measured value that looks mistyped.
+  [[nodiscard]] bool ConfirmUnusual(dao::Recordset& row, const EnteredValues& entered);
   /// False when a value was emptied by mistake.
   [[nodiscard]] bool ConfirmEmptied(const EnteredValues& entered);
   void NoteEntries(int row, const EnteredValues& entered);

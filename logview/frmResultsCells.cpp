@@ -4,6 +4,8 @@
 #include "logview/CellMarks.h"
 #include "logview/Columns.h"
 #include "logview/EditRules.h"
+#include "logview/Plausibility.h"
+#include "logview/Suggestions.h"
 #include "logview/WriteRow.h"
 #include "logview/frmResults.h"
 #include "ui/QtText.h"
@@ -153,6 +155,39 @@ bool frmResults::ConfirmEmptied(const EnteredValues& entered) {
   return true;
 }
 
+QStringList frmResults::SuggestionsOf(int column) const {
+  QStringList shown;
+  try {
+    for (const std::string& text :
+         SuggestionsFor(Log(), std::string(kColumns.at(static_cast<std::size_t>(column)).field)))
+      shown << ui::ToQString(text);
+  } catch (const dao::EngineError&) {
+    return {};  // typing needs none of them
+  }
+  return shown;
+}
+
+bool frmResults::ConfirmUnusual(dao::Recordset& row, const EnteredValues& entered) {
+  for (int column = 0; column < kColumnCount; ++column) {
+    const Column& measured = kColumns.at(static_cast<std::size_t>(column));
+    const auto& value = entered.at(static_cast<std::size_t>(column));
+    if (!value || !measured.isNumber || !measured.IsWritten()) continue;
+    const auto why =
+        WhyImplausible(Log(), row.Fields("tXraySType").Text(), std::string(measured.field), *value);
+    if (!why) continue;
+    return context_.Messages().Confirm(why->isNoNumber ? "RS_ASK_NONUMBER"_key : "RS_ASK_UNUSUAL"_key,
+                                       {{"strColumn", ColumnHeading(column, context_.texts)},
+                                        {"strValue", *value},
+                                        {"strLeast", why->least},
+                                        {"strGreatest", why->greatest}});
+  }
+  return true;
+}
+
+std::string frmResults::CurrentPatient() const {
+  return grid_->Row() < 0 ? std::string() : ui::FromQString(grid_->CellText(grid_->Row(), kPatientColumn));
+}
+
 void frmResults::NoteEntries(int row, const EnteredValues& entered) {
   const std::int64_t id = data1_->Ids()[static_cast<std::size_t>(row)];
   for (int column = 0; column < kColumnCount; ++column)
@@ -220,6 +255,7 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
     if (!IsAsShown(*rows, entered)) {
       return FailureOf(context_.texts, dao::EngineError(dao::ErrorNumber::kDataChanged, ""));
     }
+    if (!ConfirmUnusual(*rows, entered)) return std::nullopt;
     const RowWritten written = WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts,
                                         context_.scheme, context_.edits);
     if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};

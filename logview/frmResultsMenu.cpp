@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <limits>
+
 #include <QMenu>
 
 #include "logview/Selection.h"
@@ -49,6 +52,7 @@ void frmResults::ShowContextMenu(const QPoint& position) {
               [this] { grid_->CopySelection(ui::TDBGrid::Copied::kWithHeadings); });
   menu.addSeparator();
   entries.Add("RS_PATIENTROWS"_key, {}, [this] { ShowPatientOfRow(); })->setEnabled(grid_->Row() >= 0);
+  entries.Add("RS_PATIENTPDF"_key, {}, [this] { SavePatientRecord(); })->setEnabled(grid_->Row() >= 0);
   entries.Add("RS_WHATISTHIS"_key, {}, [this] { ExplainCell(); })->setEnabled(grid_->Row() >= 0);
   menu.addSeparator();
   AddColumnMenu(menu);
@@ -137,6 +141,40 @@ QString frmResults::CellTip(std::int64_t bookmark, int colIndex) {
   if (!taken.IsSet()) return {};
   constexpr std::size_t kTimeBegins = 11;
   return ui::Caption(context_.texts, "RS_TIP_TIME"_key, {{"strTime", taken.ToIso().substr(kTimeBegins)}});
+}
+
+/// Of the whole log, whatever is shown. The names are compared here and not by a query, which could not take
+/// each of them.
+void frmResults::SavePatientRecord() {
+  try {
+    if (!LocateRow(grid_->Row())) return;
+    core::Selection patient;
+    patient.SortSelectionGl = core::SelectionKind::kPatient;
+    patient.strPatNameGl = data1_->Fields("tXraySName").Text();
+    patient.strPatFirstnameGl = data1_->Fields("tXraySFirstname").Text();
+    patient.dPatBirthdayGl = data1_->Fields("tXrayDBirthday").Date();
+    const auto all = Log().OpenRecordset("SELECT TXray.* From TXray ORDER BY TXray.tXrayTs;",
+                                         dao::RecordsetType::kDynaset);
+    while (!all->Populate(std::numeric_limits<std::int32_t>::max())) {
+    }
+    std::vector<std::int64_t> found;
+    ExposureScan scan(Log(), {"tXraySName", "tXraySFirstname", "tXrayDBirthday"}, all->Ids());
+    while (!scan.Read(std::numeric_limits<std::int32_t>::max(), [&](const ExposureScan::Row& row) {
+      const auto born = platform::DateTime::FromIso(row[2].text).value_or(platform::DateTime());
+      if (row[0].text == patient.strPatNameGl && row[1].text == patient.strPatFirstnameGl &&
+          born == patient.dPatBirthdayGl)
+        found.push_back(row[3].integer);
+    })) {
+    }
+    const dao::IdSet wanted(found);
+    std::vector<std::int64_t> inOrder;
+    std::ranges::copy_if(all->Ids(), std::back_inserter(inOrder),
+                         [&wanted](std::int64_t id) { return wanted.Contains(id); });
+    host_.SaveRecord(all->Only(std::move(inOrder)),
+                     BuildSelection(patient, context_.texts, context_.shortDate).headline);
+  } catch (const dao::EngineError& error) {
+    ShowEditError(error);
+  }
 }
 
 void frmResults::ShowPatientOfRow() {

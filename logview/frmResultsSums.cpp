@@ -50,6 +50,8 @@ std::int64_t frmResults::MarkedRows() const {
 
 void frmResults::BeginSums() {
   tally_.reset();
+  // What stood there was of other rows.
+  sums_->clear();
   if (data1_) sumTimer_.start(kMillisecondsUntilBegin);
 }
 

@@ -67,6 +67,8 @@ void SetUp(QPdfWriter& writer, const ReportJob& job, const QPageLayout& page) {
   constexpr int kPointsPerInch = 72;
   writer.setResolution(static_cast<int>(kFontUnitsPerPoint) * kPointsPerInch);
   writer.setPageLayout(page);
+  // To be kept for years: all fonts are in the file.
+  writer.setPdfVersion(QPagedPaintDevice::PdfVersion_A1b);
   writer.setTitle(FromUtf8(job.report.Title()));
   writer.setCreator(FromUtf8(*job.report.Caption("txtProduct")));
 }

@@ -205,6 +205,10 @@ void PrintCommands::SaveReport(QWidget* parent, const ReportJob& job) {
   });
 }
 
+void PrintCommands::SaveRecord(QWidget* parent, const PrintSource& source) {
+  Guard([&] { SaveReport(parent, Begin(source)); });
+}
+
 /// False when the user stopped it.
 bool PrintCommands::SaveTo(QWidget* parent, const ReportJob& job, const std::string& file) {
   ProgressWindow progress(parent, context_.texts, "DRS_SAVING"_key);

@@ -75,6 +75,8 @@ class PrintCommands {
   void PrintSheets(QWidget* parent, const PaintedSheets& sheets);
   /// Asks for a file and writes the report to it.
   void SaveReport(QWidget* parent, const ReportJob& job);
+  /// The same of rows that are not those of the selection.
+  void SaveRecord(QWidget* parent, const PrintSource& source);
 
   /// Whether what was entered later is printed as well; kept.
   void ChooseEntries(bool withEntries);

@@ -1,6 +1,9 @@
 #include "statistics/Retention.h"
 
 #include <algorithm>
+#include <vector>
+
+#include "db/dao/TableScan.h"
 
 namespace varnlog::statistics {
 
@@ -34,6 +37,15 @@ bool Retention::IsOver(std::string_view taken, std::string_view born) const {
   const DateTime end =
       KeptUntil(DateTime::FromIso(taken).value_or(DateTime()), DateTime::FromIso(born).value_or(DateTime()));
   return end.IsSet() && end < today_;
+}
+
+std::int64_t CountPastRetention(dao::Database& log, DateTime today) {
+  const Retention retention(today);
+  const std::vector<std::string> fields = {"tXrayTs", "tXrayDBirthday"};
+  const auto scan = log.Scan("TXray", fields, {});
+  std::int64_t count = 0;
+  while (scan->Next()) count += retention.IsOver(scan->Values()[0].text, scan->Values()[1].text) ? 1 : 0;
+  return count;
 }
 
 }  // namespace varnlog::statistics

@@ -14,7 +14,7 @@
 #include "charts/PagePainter.h"
 #include "db/modCommon.h"
 #include "exports/RowWriter.h"
-#include "platform/ListSeparator.h"
+#include "exports/Separator.h"
 #include "platform/SafeFile.h"
 #include "statistics/StatisticsRows.h"
 #include "ui/FileDialog.h"
@@ -31,6 +31,8 @@ namespace {
 
 constexpr int kCharacters = 110;
 constexpr int kLines = 26;
+constexpr int kMostCharacters = 180;
+constexpr int kMostLines = 50;
 constexpr double kPartOfWidth = 0.75;  // of the screen
 constexpr double kPartOfHeight = 0.6;
 
@@ -110,6 +112,8 @@ frmStatistics::frmStatistics(QWidget* parent, const StatisticsContext& context,
   const QSizeF room = screen()->availableSize();
   resize(QSizeF(room.width() * kPartOfWidth, room.height() * kPartOfHeight)
              .toSize()
+             .boundedTo(
+                 {fontMetrics().averageCharWidth() * kMostCharacters, fontMetrics().height() * kMostLines})
              .expandedTo({fontMetrics().averageCharWidth() * kCharacters, fontMetrics().height() * kLines}));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   tabs_->setFocus();
@@ -160,7 +164,8 @@ std::string frmStatistics::ContentFor(const std::string& file) const {
       return charts::SvgOf(CurrentPage()).toStdString();
     case ChartFormat::kCsv: {
       TextOf text;
-      WriteTable(CurrentPage().table, *exports::MakeCsvWriter(text, {.separator = platform::ListSeparator(),
+      WriteTable(CurrentPage().table, *exports::MakeCsvWriter(text, {.separator = exports::ListSeparatorOf(
+                                                                         context_.ini, context_.iniFile),
                                                                      .byteOrderMark = true}));
       return text.Text();
     }

@@ -14,6 +14,7 @@
 #include <QToolTip>
 
 #include "ui/CellEditors.h"
+#include "ui/SuggestingEdit.h"
 
 namespace varnlog::ui {
 
@@ -171,7 +172,8 @@ QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
   const GridColumn& column = model_.Column(index.column());
   auto* self = const_cast<CellDelegate*>(this);  // the signals of the base class are not const
   if (column.list.isEmpty()) {
-    auto* editor = new QLineEdit(parent);
+    QLineEdit* editor =
+        column.suggestions ? new SuggestingEdit(column.suggestions(), parent) : new QLineEdit(parent);
     // An open cell that is empty would look as before but for the cursor.
     editor->setStyleSheet(QStringLiteral("QLineEdit { border: 1px solid palette(highlight); padding: 0; }"));
     // Where the text stood before: a line edit has a border and a small margin of its own.

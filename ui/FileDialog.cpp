@@ -91,13 +91,19 @@ std::optional<std::string> CFileDialog::ShowSave(QWidget* parent) const {
   return Show(parent, Mode::kSave);
 }
 
+std::optional<std::string> CFileDialog::ShowFolder(QWidget* parent) const {
+  return Show(parent, Mode::kFolder);
+}
+
 std::optional<std::string> CFileDialog::Show(QWidget* parent, Mode mode) const {
   if (CurrentScript()) return CurrentScript()(*this);
   QFileDialog dialog(parent, ToQString(title_));
   dialog.setObjectName("CFileDialog");
   ui::SetHelpTopic(dialog, helpTopic_);
-  dialog.setAcceptMode(mode == Mode::kOpen ? QFileDialog::AcceptOpen : QFileDialog::AcceptSave);
-  dialog.setFileMode(mode == Mode::kOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+  dialog.setAcceptMode(mode == Mode::kSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dialog.setFileMode(mode == Mode::kOpen     ? QFileDialog::ExistingFile
+                     : mode == Mode::kFolder ? QFileDialog::Directory
+                                             : QFileDialog::AnyFile);
   // The folder of a file that is gone may be gone too; the dialog then begins where it likes.
   QString folder = ToQString(initDir_);
   folder.replace('\\', '/');

@@ -37,12 +37,15 @@ class CFileDialog {
   /// The full path to write to; the user has agreed to overwrite a file that exists.
   [[nodiscard]] std::optional<std::string> ShowSave(QWidget* parent) const;
 
+  /// The full path of an existing folder.
+  [[nodiscard]] std::optional<std::string> ShowFolder(QWidget* parent) const;
+
   /// From now on `script` answers all file dialogs instead of the user; an empty one ends that.
   using Script = std::function<std::optional<std::string>(const CFileDialog&)>;
   static void AnswerWith(Script script);
 
  private:
-  enum class Mode { kOpen, kSave };
+  enum class Mode { kOpen, kSave, kFolder };
   [[nodiscard]] std::optional<std::string> Show(QWidget* parent, Mode mode) const;
 
   std::string initDir_;

@@ -27,6 +27,7 @@ struct GridColumn {
   QStringList list{};              // entries of the drop-down list; empty: no list
   QString openText{};              // what kEdit means in this column, where that differs from the grid's text
   QString tip{};                   // tooltip of the heading
+  std::function<QStringList()> suggestions{};  // for an editor that is about to open; nothing for none
 };
 
 /// The rows as QTableView wants to see them. Holds no data but the blocks read last.

@@ -22,7 +22,8 @@ namespace varnlog {
 namespace {
 
 /// Of the windows that texts belong to.
-const std::string kPrefixes = "(?:BK|MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|HP|KVX|CV|VC|VN|VF|HI|SL|SF|EX|FD|ST)";
+const std::string kPrefixes =
+    "(?:BK|MN|RU|CU|RS|PS|BE|PP|AB|DRS|RC|GL|HP|KVX|CV|VC|VN|VF|HI|SL|SF|EX|FD|ST|IN|SE)";
 constexpr std::array<std::string_view, 7> kLanguages = {"D", "GB", "E", "I", "F", "NL", "CYR"};
 
 using Texts = std::array<std::string, kLanguages.size()>;

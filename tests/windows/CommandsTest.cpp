@@ -100,10 +100,11 @@ TEST_F(Commands, AreEnabledByWhatIsOpen) {
   const std::set<CommandId> always = {mnuFileOpen,     mnuFileEnd,    mnuViewToolbar,  mnuViewStatusbar,
                                       mnuViewBigIcons, mnuHelpOnHelp, mnuHelpContents, mnuHelpIndex,
                                       mnuHelpSearch,   mnuHelpInfo,   mnuHelpSupport,  mnuViewProperties,
-                                      mnuViewHistory};
-  const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,   mnuSortDateAllXI,
-                                       mnuSortDateAllXP, mnuSortDateAllXC, mnuSortDateAllXS, mnuSortDateAllXV,
-                                       mnuSortAll,       mnuViewLoad,      mnuFileVerify};
+                                      mnuViewHistory,  mnuFileBackup, mnuViewSettings};
+  const std::set<CommandId> withLog = {mnuSortPatAll,    mnuSortPatPeriod, mnuSortDateAll,
+                                       mnuSortDateAllXI, mnuSortDateAllXP, mnuSortDateAllXC,
+                                       mnuSortDateAllXS, mnuSortDateAllXV, mnuSortAll,
+                                       mnuViewLoad,      mnuFileVerify,    mnuFileInspection};
   const std::set<CommandId> withView = {
       mnuFilePrint,      mnuFilePrintPreview, mnuFilePrintSetup,      mnuFileExport,    mnuEditFind,
       mnuEditIncomplete, mnuEditNextMissing,  mnuEditPreviousMissing, mnuViewStatistics};

@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -177,8 +178,13 @@ void WindowTour::Start() {
 void WindowTour::ShowLog() {
   Enter(1, logview::kCommentColumn, QStringLiteral("36 MOD"));
   Enter(4, logview::kCommentColumn, QStringLiteral("+"));
+  ExpectMessage("message-unusual");
   Enter(FirstRow(kVoltageColumn, ui::CellState::kEdit), kVoltageColumn, QStringLiteral("63"));
+  user_.Check();
   Grid().SetCurrentCell(0, logview::kNumberColumn);
+  // The line below the list comes a moment later.
+  const auto& sums = Child<QLabel>(*window_, "lblSums");
+  for (QDeadlineTimer patience(5000); sums.text().isEmpty() && !patience.hasExpired();) Settle();
   Visit("log", *window_);
   Trigger(CommandId::mnuViewHistory);
   Grid().SetCurrentCell(1, logview::kCommentColumn);
@@ -290,6 +296,12 @@ void WindowTour::ShowProgramWindows() {
     Child<QPushButton>(window, "cmdClose").click();
   });
   Trigger(CommandId::mnuFileVerify);
+  ExpectAndPress("frmSettings", "settings", "cmdCancel");
+  Trigger(CommandId::mnuViewSettings);
+  ExpectAndPress("frmInspection", "inspection", "cmdCancel");
+  Trigger(CommandId::mnuFileInspection);
+  ExpectAndPress("frmBackup", "backup", "cmdClose");
+  Trigger(CommandId::mnuFileBackup);
   ExpectAndPress("frmAbout", "about", "cmdOK");
   Trigger(CommandId::mnuHelpInfo);
   ExpectAndPress("frmSupport", "support", "cmdClose");

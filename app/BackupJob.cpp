@@ -1,0 +1,33 @@
+#include "app/BackupJob.h"
+
+#include "core/Installation.h"
+#include "ui/QtText.h"
+
+namespace varnlog::app {
+
+namespace {
+
+constexpr const char* kProgram = "varnlogctl";
+
+}  // namespace
+
+bool BackupJob::Start(const std::string& folder, Ended ended) {
+  if (IsRunning()) return false;
+  QObject::disconnect(&process_, nullptr, nullptr, nullptr);
+  const auto tell = [this, ended] {
+    const bool made = process_.error() != QProcess::FailedToStart &&
+                      process_.exitStatus() == QProcess::NormalExit && process_.exitCode() == 0;
+    const QByteArray said = made ? process_.readAllStandardOutput() : process_.readAllStandardError();
+    ended(made, said.isEmpty() ? ui::FromQString(process_.errorString()) : said.trimmed().toStdString());
+  };
+  QObject::connect(&process_, &QProcess::finished, &process_, tell);
+  QObject::connect(&process_, &QProcess::errorOccurred, &process_, [tell](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) tell();  // nothing has finished that never began
+  });
+  process_.start(ui::ToQString(core::DeliveredFile(globals_, kProgram)),
+                 {"--folder", ui::ToQString(globals_.ProgramFolderGl), "--file",
+                  ui::ToQString(globals_.strDataFileGl), "backup", "--to", ui::ToQString(folder)});
+  return true;
+}
+
+}  // namespace varnlog::app
