@@ -23,13 +23,15 @@ void Require(int result, const std::string& name) {
 }
 
 zip_fileinfo InfoOf(platform::DateTime time) {
+  // The library has them without or with a sign, as it was built.
+  const auto number = [](int value) { return static_cast<decltype(tm_zip::tm_sec)>(value); };
   zip_fileinfo info{};
-  info.tmz_date.tm_sec = time.Second();
-  info.tmz_date.tm_min = time.Minute();
-  info.tmz_date.tm_hour = time.Hour();
-  info.tmz_date.tm_mday = time.Day();
-  info.tmz_date.tm_mon = time.Month() - 1;
-  info.tmz_date.tm_year = time.Year();
+  info.tmz_date.tm_sec = number(time.Second());
+  info.tmz_date.tm_min = number(time.Minute());
+  info.tmz_date.tm_hour = number(time.Hour());
+  info.tmz_date.tm_mday = number(time.Day());
+  info.tmz_date.tm_mon = number(time.Month() - 1);
+  info.tmz_date.tm_year = number(time.Year());
   return info;
 }
 
