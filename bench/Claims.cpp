@@ -4,8 +4,8 @@ namespace varnlog::bench {
 
 namespace {
 
-// An update may take 1.8 times as long as the bare insertion, and sealing what it adds 1.15 times as long as not
-// sealing it.
+// An update may take 1.8 times as long as the bare insertion, and sealing what it adds 1.15 times as long as
+// not sealing it.
 constexpr double kSealedUpdate = 1.8 * 1.15;
 
 constexpr Ratio kClaims[] = {

@@ -43,9 +43,13 @@ TEST_F(Start, CommandLinesEndAsTheySay) {
   const std::string program = "QT_QPA_PLATFORM=none '" VARNLOG_PROGRAM_DIR "/varnlog' ";
   const std::string nowhere = "'" + (installation_.suite() / "kein Ordner").string() + "'";
   const Table<std::string, int, std::string, std::string> rows = {
-      {"--help", 0, "--folder", ""},         {"--version", 0, "varnlog 1.", ""},
-      {"--nonsense", 2, "", "nonsense"},     {"--folder", 2, "", "folder"},
-      {"Varnlog.mdb", 2, "", "Varnlog.mdb"}, {"--help --folder " + nowhere, 0, "--language", ""}};
+      {"--help", 0, "--folder", ""},
+      {"--version", 0, "varnlog 1.", ""},
+      {"--nonsense", 2, "", "nonsense"},
+      {"--folder", 2, "", "folder"},
+      {"a.mdb b.mdb", 2, "", "only one"},
+      {"--inspect", 2, "", "--inspect"},
+      {"--help --folder " + nowhere, 0, "--language", ""}};
   for (const auto& [arguments, status, out, err] : rows) {
     const cli::Ended ended = installation_.Shell(program + arguments);
     EXPECT_EQ(ended.status, status) << arguments;

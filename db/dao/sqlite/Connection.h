@@ -148,6 +148,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void LeaveSharedMemoryJournal();
   void SetCache(bool writing);
   void SetSync(bool sync);
+  void EndLeftOver();
   void EndWork() noexcept;
   void TellCommitting();
   void TellEnded() noexcept;
@@ -158,7 +159,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::shared_ptr<EngineState> state_;
   sqlite3* handle_ = nullptr;
   bool inWork_ = false;
-  bool isSafe_ = true;  // until ForgoSafety()
+  bool hasLeftOver_ = false;  // a transaction that could not be ended
+  bool isSafe_ = true;        // until ForgoSafety()
   std::int64_t epoch_ = 0;
   std::uint32_t fileChanges_ = 0;
   std::chrono::steady_clock::time_point fileChangesRead_;

@@ -12,8 +12,16 @@ bool Connection::InTransaction() const {
   return sqlite3_get_autocommit(Handle()) == 0;
 }
 
+// A scope whose end failed (memory ran out) leaves its transaction open. Whoever took that for one around him
+// would never commit.
+void Connection::EndLeftOver() {
+  if (hasLeftOver_ && InTransaction()) rollback_.Run();
+  hasLeftOver_ = false;
+}
+
 void Connection::BeginWork() {
   if (inWork_) throw EngineError(ErrorNumber::kInvalidTransaction, "A transaction is already open.");
+  EndLeftOver();
   SetCache(true);
   SetSync(state_->options.userCommitSync);
   try {
@@ -111,6 +119,7 @@ void ChangeGroup::Commit() {
 }
 
 ReadScope::ReadScope(Connection& connection) : connection_(connection) {
+  connection_.EndLeftOver();
   if (connection_.InTransaction()) return;
   connection_.begin_.Run();
   began_ = true;
@@ -121,14 +130,14 @@ ReadScope::~ReadScope() {
   try {
     connection_.commit_.Run();
   } catch (const std::exception&) {
-    // Ending a read changes nothing; the next statement reports what is wrong.
-    return;
+    connection_.hasLeftOver_ = true;
   }
 }
 
 WriteScope::WriteScope(Connection& connection) : connection_(connection) {
   connection_.RequireWritable();
   connection_.RequireIntactWork();
+  connection_.EndLeftOver();
   if (connection_.InTransaction()) return;
   connection_.beginWrite_.Run();
   began_ = true;
@@ -141,8 +150,7 @@ WriteScope::~WriteScope() {
   try {
     connection_.rollback_.Run();
   } catch (const std::exception&) {
-    // The storage undoes it when the file is next opened.
-    return;
+    connection_.hasLeftOver_ = true;
   }
 }
 
