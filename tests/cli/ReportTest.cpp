@@ -202,8 +202,9 @@ TEST_F(ReportTest, AFailureLeavesTheOldFileAndSaysWhy) {
       // What a full disk does, for a file of more than a few kilobytes.
       {"no room", "trap '' XFSZ; ulimit -f 8; ", target}};
   for (const auto& [why, before, output] : rows) {
-    const Ended ended =
-        installation_.Shell(before + installation_.CtlCommand() + " report --output '" + output + "'");
+    std::string command = before;
+    command.append(installation_.CtlCommand()).append(" report --output '").append(output).append("'");
+    const Ended ended = installation_.Shell(command);
     EXPECT_EQ(ended.status, 1) << why;
     EXPECT_THAT(ended.err, HasSubstr("Der Bericht konnte nicht gespeichert werden: " + output)) << why;
   }

@@ -102,8 +102,8 @@ TEST(ModCommon, ReadsTimes) {
 
 class FileHelpers : public testing::Test {
  protected:
-  std::string In(const std::string& name) const { return (folder_ / name).string(); }
-  std::string Holding(const std::string& name, const std::string& content) const {
+  [[nodiscard]] std::string In(const std::string& name) const { return (folder_ / name).string(); }
+  [[nodiscard]] std::string Holding(const std::string& name, const std::string& content) const {
     return folder_.Holding(name, content).string();
   }
   test::TestFolder folder_;
@@ -132,7 +132,7 @@ TEST_F(FileHelpers, MakeAllFoldersOfAPath) {
 
 TEST_F(FileHelpers, ChangeTheCurrentFolder) {
   const fs::path before = fs::current_path();
-  Holding("kalvero.ini", "x");
+  static_cast<void>(Holding("kalvero.ini", "x"));
   ASSERT_TRUE(MakeFolderPath(In("Programm")));
   EXPECT_TRUE(ChangeToFolder(In("Programm")));
   EXPECT_TRUE(FileExists("..\\kalvero.ini"));

@@ -18,7 +18,9 @@ class PeriodTest : public testing::Test {
     selection.dPatBirthdayGl = *DateTime::FromCivil(1961, 3, 12);
     return Period(selection, shortDate, clock, texts).Confirm(boxes);
   }
-  std::string Chosen() const { return selection.dBegGl.ToIso() + " to " + selection.dEndGl.ToIso(); }
+  [[nodiscard]] std::string Chosen() const {
+    return selection.dBegGl.ToIso() + " to " + selection.dEndGl.ToIso();
+  }
 
   core::Selection selection;
   test::FakeTexts texts{{{"BE_WORDTODAY", "сегодня"}, {"BE_WORDYESTERDAY", "aujourd’hui"}}};

@@ -38,12 +38,12 @@ class EightProcessesTest : public testing::Test {
   }
   [[nodiscard]] Outcome Runs(const std::string& role, const std::string& arguments,
                              std::optional<milliseconds> killedAfter = {}) {
-    const Outcome outcome = faults::Run({.arguments = arguments,
-                                         .program = suite_.program(),
-                                         .folder = suite_.log().parent_path(),
-                                         .output = Note(role),
-                                         .environment = {},
-                                         .killedAfter = killedAfter});
+    Outcome outcome = faults::Run({.arguments = arguments,
+                                   .program = suite_.program(),
+                                   .folder = suite_.log().parent_path(),
+                                   .output = Note(role),
+                                   .environment = {},
+                                   .killedAfter = killedAfter});
     if (outcome.status == 0) ++done_;
     if (outcome.status == 1) AppendFile(Note(role + " refused"), outcome.err);
     return outcome;
@@ -80,7 +80,7 @@ class EightProcessesTest : public testing::Test {
         if (stored.empty()) continue;
         ++corrected;
         if (std::atoi(comment.substr(std::min(comment.size(), kComment.size())).c_str()) < std::stoi(stored))
-          lost += patient + " has '" + comment + "' instead of " + stored + "; ";
+          lost.append(patient).append(" has '").append(comment).append("' instead of ").append(stored + "; ");
       }
     });
     return corrected > 0 ? lost : "nothing was corrected";

@@ -29,7 +29,7 @@ class StartUp : public testing::Test {
 
   /// A log file to which statements of the storage's own language were applied.
   std::string LogWith(const std::string& name, std::initializer_list<const char*> statements) {
-    const std::string file = folder_.Data(name);
+    std::string file = folder_.Data(name);
     fs::copy_file(folder_.Program() / "varnlog.md0", file);
     dao::DBEngine engine;
     engine.SetSystemDB((folder_.Program() / "system.mdw").string());

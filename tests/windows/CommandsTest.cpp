@@ -64,7 +64,7 @@ class Commands : public MainWindow {
     return recent;
   }
   [[nodiscard]] fs::path NewLog(const char* name) const {
-    const fs::path file = installation_.suite() / name;
+    fs::path file = installation_.suite() / name;
     fs::copy_file(installation_.program() / "varnlog.md0", file);
     return file;
   }
