@@ -21,7 +21,8 @@ using ui::Caption;
 
 namespace {
 
-constexpr int kCharacters = 62;
+constexpr int kPathCharacters = 44;
+constexpr int kDotsCharacters = 6;
 constexpr std::string_view kColors = "GridColors";
 
 struct Language {
@@ -100,7 +101,6 @@ frmSettings::frmSettings(QWidget* parent, const core::TextLookup& texts, core::S
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(form);
   layout->addWidget(buttons);
-  setMinimumWidth(fontMetrics().averageCharWidth() * kCharacters);
 }
 
 void frmSettings::AddColors() {
@@ -122,10 +122,12 @@ void frmSettings::AddColors() {
 
 QLayout* frmSettings::FolderRow(QLineEdit* box, const char* name, std::string_view section) {
   box->setObjectName(QLatin1String(name));
+  box->setMinimumWidth(fontMetrics().averageCharWidth() * kPathCharacters);
   box->setText(ui::ToQString(ini_.ReadString(section, "Folder", iniFile_)));
   auto* choose = new QPushButton(QStringLiteral("..."));
   choose->setAccessibleName(box->accessibleName() + QStringLiteral(" ..."));
   choose->setAutoDefault(false);
+  choose->setMaximumWidth(fontMetrics().averageCharWidth() * kDotsCharacters);
   connect(choose, &QPushButton::clicked, this, [this, box] {
     ui::CFileDialog dialog;
     dialog.SetDialogTitle(texts_.GetText("SE_CAPTION"_key));
