@@ -22,7 +22,6 @@ using ui::Caption;
 namespace {
 
 constexpr int kPathCharacters = 44;
-constexpr int kDotsCharacters = 6;
 constexpr std::string_view kColors = "GridColors";
 
 struct Language {
@@ -127,7 +126,6 @@ QLayout* frmSettings::FolderRow(QLineEdit* box, const char* name, std::string_vi
   auto* choose = new QPushButton(QStringLiteral("..."));
   choose->setAccessibleName(box->accessibleName() + QStringLiteral(" ..."));
   choose->setAutoDefault(false);
-  choose->setMaximumWidth(fontMetrics().averageCharWidth() * kDotsCharacters);
   connect(choose, &QPushButton::clicked, this, [this, box] {
     ui::CFileDialog dialog;
     dialog.SetDialogTitle(texts_.GetText("SE_CAPTION"_key));
