@@ -132,13 +132,14 @@ bool MainProgram::OpenDataFile(const std::string& file) {
   return true;
 }
 
-void MainProgram::ReplaceDataFile(const std::string& file) {
+void MainProgram::ReplaceDataFile(const std::string& file, OpenFor time) {
   if (!view_.CommitEntry() || !LockCorrections()) return;
   const std::string before = globals_.strDataFileGl;
   view_.CloseResultWindows();
   const bool wasOpen = CloseVarnlogDB();
   if (OpenDataFile(file)) {
-    globals_.ConfiguredGl = file;
+    if (time == OpenFor::kGood) globals_.ConfiguredGl = file;
+    if (globals_.ConfiguredGl.empty()) globals_.ConfiguredGl = before;
     view_.RememberFile(file);
   } else if (wasOpen && before != file && Open(before)) {
     view_.ViewResults();
@@ -148,14 +149,14 @@ void MainProgram::ReplaceDataFile(const std::string& file) {
 void MainProgram::FileOpen() {
   const auto file = view_.AskDataFile(db::FolderPart(globals_.strDataFileGl));
   if (file) {
-    ReplaceDataFile(*file);
+    ReplaceDataFile(*file, OpenFor::kGood);
   } else {
     services_.user.Beep();
   }
 }
 
-void MainProgram::OpenFile(const std::string& file) {
-  ReplaceDataFile(file);
+void MainProgram::OpenFile(const std::string& file, OpenFor time) {
+  ReplaceDataFile(file, time);
 }
 
 void MainProgram::RunUpdate() {

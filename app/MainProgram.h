@@ -61,6 +61,9 @@ struct StartedWith {
   bool isInspection = false;  // nothing is changed, taken in or kept, and the imaging suite is not needed
 };
 
+/// How long a log that is opened stays the practice's own.
+enum class OpenFor { kGood, kThisRun };
+
 /// What the main window's commands do, apart from drawing them. Errors have been shown to the user when a
 /// call returns.
 class MainProgram {
@@ -78,7 +81,7 @@ class MainProgram {
   /// Asks for a log and opens it in place of the present one; a beep when the dialog was cancelled.
   void FileOpen();
   /// Opens a log in place of the present one.
-  void OpenFile(const std::string& file);
+  void OpenFile(const std::string& file, OpenFor time = OpenFor::kGood);
 
   void Update();
   void Select(core::SelectionKind kind);
@@ -116,7 +119,7 @@ class MainProgram {
   [[nodiscard]] const logview::NewRows& NewRows() const { return newRows_; }
 
  private:
-  void ReplaceDataFile(const std::string& file);
+  void ReplaceDataFile(const std::string& file, OpenFor time);
   void LoadLogSettings();
   void AwaitConfiguredLog();
   [[nodiscard]] bool ConfirmOtherLog();

@@ -416,11 +416,11 @@ void frmMDIMain::BringToFront() {
   activateWindow();
 }
 
-void frmMDIMain::OpenWhenFree(const std::string& file) {
+void frmMDIMain::OpenWhenFree(const std::string& file, OpenFor time) {
   if (unloading_ || file.empty() || (program_.State().dataFileOpen && file == context_.globals.strDataFileGl))
     return;
-  if (!IsBusy()) return program_.OpenFile(file);
-  QTimer::singleShot(kMillisecondsAfterActivation, this, [this, file] { OpenWhenFree(file); });
+  if (!IsBusy()) return program_.OpenFile(file, time);
+  QTimer::singleShot(kMillisecondsAfterActivation, this, [this, file, time] { OpenWhenFree(file, time); });
 }
 
 void frmMDIMain::dragEnterEvent(QDragEnterEvent* event) {
@@ -433,7 +433,7 @@ void frmMDIMain::dropEvent(QDropEvent* event) {
   event->accept();
   QTimer::singleShot(0, this, [this, file = ui::FromQString(DroppedFile(*event->mimeData()))] {
     BringToFront();
-    OpenWhenFree(file);
+    OpenWhenFree(file, OpenFor::kGood);
   });
 }
 

@@ -59,7 +59,7 @@ class frmMDIMain final : public QMainWindow,
   /// To the front, out of the icon state, as another copy of the program asks for.
   void BringToFront();
   /// As soon as no dialog and no editor is open; "" opens nothing.
-  void OpenWhenFree(const std::string& file);
+  void OpenWhenFree(const std::string& file, OpenFor time);
 
  protected:
   void closeEvent(QCloseEvent* event) override;

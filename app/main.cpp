@@ -159,7 +159,7 @@ int RunProgram(core::Globals& globals, const Arguments& arguments) {
   user.SetParent(&window);
   instance.OnActivation([&window](const QString& file) {
     window.BringToFront();
-    window.OpenWhenFree(ui::FromQString(file));
+    window.OpenWhenFree(ui::FromQString(file), app::OpenFor::kThisRun);
   });
   return window.Load() ? QApplication::exec() : kFailed;
 }

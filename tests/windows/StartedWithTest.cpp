@@ -71,6 +71,11 @@ TEST_F(StartedWithALog, TheSettingsKeepNamingThePracticesOwn) {
   ASSERT_TRUE(program_->Quits());
   Starts();
   EXPECT_EQ(program_->Globals().strDataFileGl, installation_.log().string());
+  program_->Window().OpenWhenFree(archive_.string(), OpenFor::kThisRun);
+  EXPECT_EQ(program_->Globals().strDataFileGl, archive_.string()) << "handed over by another copy";
+  ASSERT_TRUE(program_->Quits());
+  Starts();
+  EXPECT_EQ(program_->Globals().strDataFileGl, installation_.log().string());
 }
 
 TEST_F(StartedWithALog, ALogThatIsDroppedIsOpenedWhenNoDialogIsOpen) {
