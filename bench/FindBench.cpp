@@ -2,8 +2,8 @@
 #include <stdexcept>
 
 #include <benchmark/benchmark.h>
-#include <sqlite3.h>
 
+#include "bench/BareScan.h"
 #include "bench/Fakes.h"
 #include "bench/Installation.h"
 #include "logview/RowFilter.h"
@@ -85,28 +85,9 @@ void FindAgain(benchmark::State& state) {
 
 void BareFind(benchmark::State& state) {
   const SearchedLog log;
-  sqlite3* bare = nullptr;
-  if (sqlite3_open_v2(log.Practice().LogFile().c_str(), &bare, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
-    throw std::runtime_error("cannot open");
-  }
-  for (auto _ : state) {
-    sqlite3_stmt* scan = nullptr;
-    sqlite3_prepare_v2(
-        bare,
-        "SELECT tXraySName, tXraySFirstname, tXrayDBirthday, tXraySRegio, tXraySType, tXraySDr, "
-        "tXraySComment FROM TXray",
-        -1, &scan, nullptr);
-    std::size_t bytes = 0;
-    while (sqlite3_step(scan) == SQLITE_ROW) {
-      for (int i = 0; i < 7; ++i) {
-        benchmark::DoNotOptimize(sqlite3_column_text(scan, i));
-        bytes += static_cast<std::size_t>(sqlite3_column_bytes(scan, i));
-      }
-    }
-    sqlite3_finalize(scan);
-    benchmark::DoNotOptimize(bytes);
-  }
-  sqlite3_close(bare);
+  ScanBare(state, log.Practice().LogFile(),
+           "SELECT tXraySName, tXraySFirstname, tXrayDBirthday, tXraySRegio, tXraySType, tXraySDr, "
+           "tXraySComment FROM TXray");
 }
 
 BENCHMARK(BareFind)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(7);
