@@ -1,7 +1,8 @@
 #pragma once
 
-#include <benchmark/benchmark.h>
 #include <filesystem>
+
+#include <benchmark/benchmark.h>
 
 namespace varnlog::bench {
 

@@ -155,6 +155,7 @@ double Statement::Real(int column) const {
 
 std::string_view Statement::Text(int column) const {
   const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(handle_, column));
+  if (text == nullptr) RequireMemory();
   if (text == nullptr) return {};
   return {text, static_cast<std::size_t>(sqlite3_column_bytes(handle_, column))};
 }
@@ -162,6 +163,12 @@ std::string_view Statement::Text(int column) const {
 void Statement::GetValues(std::span<CellView> values) const {
   for (std::size_t i = 0; i < values.size(); ++i)
     values[i] = ViewOf(sqlite3_column_value(handle_, static_cast<int>(i)));
+  RequireMemory();
+}
+
+// A text for which there was no memory looks like none at all, and would be written on as that.
+void Statement::RequireMemory() const {
+  if (sqlite3_errcode(sqlite3_db_handle(handle_)) == SQLITE_NOMEM) throw std::bad_alloc();
 }
 
 }  // namespace varnlog::dao

@@ -66,6 +66,7 @@ class Statement {
  private:
   void CheckBound(int result);
   void RequireOpen() const;
+  void RequireMemory() const;
   void Register();
 
   Connection* connection_ = nullptr;
