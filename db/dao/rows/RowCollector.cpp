@@ -43,7 +43,8 @@ std::string CollectSql(const std::string& columns, const std::string& from, int 
 
 void Collect(Statement& scan, int parameter, RowCollector& collector) {
   const ResetAtEnd reset(scan);
-  sqlite3_bind_pointer(scan.Handle(), parameter, &collector, kPointerType, nullptr);
+  if (sqlite3_bind_pointer(scan.Handle(), parameter, &collector, kPointerType, nullptr) != SQLITE_OK)
+    throw std::bad_alloc();
   scan.Run();
 }
 

@@ -119,6 +119,11 @@ void Statement::Bind(int parameter, const CellView& value) {
   BindNull(parameter);
 }
 
+void Statement::BindColumn(int parameter, const Statement& from, int column) {
+  RequireOpen();
+  CheckBound(sqlite3_bind_value(handle_, parameter, sqlite3_column_value(from.handle_, column)));
+}
+
 bool Statement::Step() {
   RequireOpen();
   const int result = sqlite3_step(handle_);

@@ -37,6 +37,8 @@ class Statement {
   void Bind(int parameter, double number);
   void Bind(int parameter, std::string_view text);
   void Bind(int parameter, const CellView& value);
+  /// A column of the row that `from` stands on, as it lies in the file.
+  void BindColumn(int parameter, const Statement& from, int column);
 
   /// True when there is a row; at the end, and before an error is thrown, the statement is reset.
   bool Step();

@@ -131,8 +131,7 @@ void Salvage::PrepareWriting() {
 bool Salvage::ReadRows(Statement& rows) {
   try {
     while (rows.Step()) {
-      for (int column = 0; column < rows.ColumnCount(); ++column)
-        sqlite3_bind_value(write_.Handle(), column + 1, sqlite3_column_value(rows.Handle(), column));
+      for (int column = 0; column < rows.ColumnCount(); ++column) write_.BindColumn(column + 1, rows, column);
       lastId_ = rows.Number(0);
       write_.Run();
       if (++steps_ % kStepsBetweenReports == 0) Report(highest_ > 0 ? 0.5 * Part(lastId_, highest_) : 0);
