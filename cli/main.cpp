@@ -1,13 +1,17 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "cli/Command.h"
 #include "core/EngineMessages.h"
+#include "platform/Process.h"
 #include "platform/Terminal.h"
 
 namespace {
@@ -113,7 +117,11 @@ int Main(int argc, char** argv) {
     sub->callback([&chosen, &command] { chosen = &command; });
   }
   try {
-    app.parse(argc, argv);
+    // The parser takes what is left from the end.
+    std::vector<std::string> arguments = varnlog::platform::ProgramArguments(argc, argv);
+    if (!arguments.empty()) arguments.erase(arguments.begin());
+    std::ranges::reverse(arguments);
+    app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kDone : kWrongUsage;  // help and version are exits too
   }
@@ -125,7 +133,7 @@ int Main(int argc, char** argv) {
 int main(int argc, char** argv) {
   std::set_new_handler(EndWithoutMemory);
   std::set_terminate(EndWithoutHandler);
-  varnlog::platform::MakeBrokenPipesErrors();
+  varnlog::platform::PrepareStandardStreams();
   try {
     return Main(argc, argv);
   } catch (const std::exception& error) {

@@ -84,7 +84,7 @@ IntakeSources::Opened IntakeSources::Open(const RunId& committed, const std::vec
   sources_.clear();
   made_.reset();
   std::error_code error;
-  if (std::filesystem::is_symlink(exchange_, error)) return Opened::kIsLink;
+  if (platform::IsLink(exchange_)) return Opened::kIsLink;
   const ShiftJournal journal(exchange_);
   if (journal.IsDamaged() && !SettleDamagedJournal(journal.Path())) return Opened::kCannotRead;
   if (!ExchangeRemoval(exchange_, options_).Recover()) return Opened::kCannotOpen;
@@ -115,8 +115,7 @@ void IntakeSources::Recognise(const std::vector<AppliedBytes>& applied) {
 void IntakeSources::OpenToLook() {
   sources_.clear();
   std::error_code error;
-  if (ShiftJournal(exchange_).Exists() || std::filesystem::is_symlink(exchange_, error) || !ListTaken())
-    return;
+  if (ShiftJournal(exchange_).Exists() || platform::IsLink(exchange_) || !ListTaken()) return;
   for (const TakenFile& taken : takenFiles_) {
     if (taken.IsPending()) static_cast<void>(OpenTaken(taken, false));
   }

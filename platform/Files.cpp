@@ -4,11 +4,6 @@
 
 namespace varnlog::platform {
 
-std::string FromPath(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
-
 std::optional<std::uint64_t> FileSize(const std::filesystem::path& path) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return std::nullopt;

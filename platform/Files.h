@@ -33,7 +33,8 @@ namespace varnlog::platform {
 [[nodiscard]] bool IsWritable(const std::filesystem::path& path);
 
 /// Whether others than its owner, this user and the system's administrator may change the file, or exchange
-/// the files in the folder. True as well when that cannot be found out.
+/// the files in the folder. True as well when that cannot be found out. Windows lets everybody who has an
+/// account there change folders that nobody has protected; there others are those who need no account.
 [[nodiscard]] bool MayBeChangedByOthers(const std::filesystem::path& path);
 
 /// The whole file. Fails with std::errc::file_too_large beyond `limit` bytes.
@@ -47,11 +48,16 @@ namespace varnlog::platform {
 /// False only when there is surely nothing of that name: what cannot be asked for counts as there.
 [[nodiscard]] bool MayExist(const std::filesystem::path& path);
 
+/// Whether the name is that of a link to another one, which need not be there.
+[[nodiscard]] bool IsLink(const std::filesystem::path& path);
+
 /// Tells one file from another, whatever its names: equal only for the same file, as long as it exists.
 struct FileIdentity {
-  std::uint64_t volume = 0;
+  std::uint64_t volume = 0;  // 0 where the system does not tell, as for some files of servers
   std::uint64_t number = 0;
-  bool operator==(const FileIdentity&) const = default;
+  bool operator==(const FileIdentity& other) const {
+    return number == other.number && (volume == other.volume || volume == 0 || other.volume == 0);
+  }
 };
 /// Of the file that stands under a name; nothing when there is none or it cannot be asked.
 [[nodiscard]] std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path);
@@ -62,7 +68,8 @@ class File {
   enum class Mode {
     kRead,       // must exist
     kReadWrite,  // must exist
-    kCreateNew,  // must not exist, not even as a link; for this user alone until GiveAccessOf()
+    kCreateNew,  // must not exist, not even as a link; for this user alone until GiveAccessOf(), or for those
+                 // to whom the folder gives its files where folders do that (Windows)
   };
 
   File() = default;
@@ -107,11 +114,13 @@ class File {
   void UnlockRange(std::uint64_t offset, std::uint64_t length);
 
   enum class Solitude {
-    kAlone,        // nobody else has the file open, and new openers wait until EndSolitude()
+    kAlone,        // nobody else has the file open, and new openers wait, or are refused, until EndSolitude()
     kShared,       // somebody else has it open
     kUnsupported,  // this file system cannot tell
   };
-  /// Tries to hold the file alone: a write lease on Linux. Must be opened kReadWrite.
+  /// Tries to hold the file alone: a write lease on Linux, an exclusive open on Windows. Must be opened
+  /// kReadWrite. Locks of this File may be lost, and with them the file itself if its name goes to another
+  /// one.
   [[nodiscard]] Solitude TrySolitude();
   void EndSolitude();
 

@@ -22,6 +22,9 @@ class SystemLauncher final : public Launcher {
 /// True where the operating system has a registration program for components ("Regsvr32.exe").
 [[nodiscard]] bool HasComponentRegistration();
 
+/// What main() was given as UTF-8, the program's own name first.
+[[nodiscard]] std::vector<std::string> ProgramArguments(int count, char** arguments);
+
 /// The value of a variable of the environment; "" when it is not set.
 [[nodiscard]] std::string EnvironmentVariable(const char* name);
 

@@ -37,7 +37,7 @@ std::string RandomDigits() {
 std::error_code WhyNotReplaceable(const fs::path& target) {
   std::error_code error;
   const fs::file_status named = fs::symlink_status(target, error);
-  if (!fs::exists(named) || fs::is_symlink(named)) return {};
+  if (!fs::exists(named) || IsLink(target)) return {};
   if (fs::is_directory(named)) return std::make_error_code(std::errc::is_a_directory);
   if (!fs::is_regular_file(named)) return std::make_error_code(std::errc::not_supported);
   // The folder alone decides whether a rename is allowed; a file that may not be written must still be kept.
@@ -115,18 +115,6 @@ bool TryHold(File& file, std::error_code& error) {
   return file.TryLockRange(kBeyondAnyFile, 1, error);
 }
 
-fs::path BehindLinks(const fs::path& path) {
-  constexpr int kMostLinks = 40;
-  fs::path place = path;
-  std::error_code error;
-  for (int i = 0; i < kMostLinks && fs::is_symlink(place, error); ++i) {
-    const fs::path target = fs::read_symlink(place, error);
-    if (error) break;
-    place = place.parent_path() / target;
-  }
-  return place;
-}
-
 std::error_code ReplaceFile(const fs::path& path, std::string_view content) {
   std::error_code error;
   NewFile made(BehindLinks(path), error);
@@ -162,8 +150,7 @@ std::error_code RenameFile(const fs::path& source, const fs::path& target, IfTak
 }
 
 std::error_code GiveSecondName(const fs::path& path, const fs::path& second) {
-  std::error_code error;
-  fs::create_hard_link(BehindLinks(path), second, error);
+  const std::error_code error = AddName(BehindLinks(path), second);
   if (!error) return FlushFolder(FolderOf(second));
   if (error == std::errc::file_exists) return error;
   return CopyWholeFile(path, second, IfTaken::kFail, path);

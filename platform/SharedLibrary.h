@@ -16,6 +16,8 @@ class SharedLibrary {
   SharedLibrary& operator=(const SharedLibrary&) = delete;
 
   [[nodiscard]] const std::string& Error() const { return error_; }
+  /// Not loaded because it is made for programs of the other width, 32 bits instead of 64, of this system.
+  [[nodiscard]] bool IsForOtherWidth() const { return isForOtherWidth_; }
 
   /// The exported function, or nullptr.
   template <typename Function>
@@ -27,6 +29,7 @@ class SharedLibrary {
   [[nodiscard]] void* Address(const char* name) const;
   void* handle_ = nullptr;
   std::string error_;
+  bool isForOtherWidth_ = false;
 };
 
 }  // namespace varnlog::platform

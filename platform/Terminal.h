@@ -21,8 +21,8 @@ namespace varnlog::platform {
 /// blank; the characters in `kept` stay.
 [[nodiscard]] std::string PrintableText(std::string_view text, std::string_view kept = {});
 
-/// From now on writing to a pipe whose reader is gone fails like any other write, instead of ending the
-/// program.
-void MakeBrokenPipesErrors();
+/// What is written to the standard streams from now on arrives byte for byte, and a console shows it as
+/// UTF-8. Writing to a pipe whose reader is gone fails like any other write, instead of ending the program.
+void PrepareStandardStreams();
 
 }  // namespace varnlog::platform

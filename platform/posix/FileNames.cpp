@@ -41,8 +41,29 @@ std::error_code GiveName(const std::filesystem::path& source, const std::filesys
   return ifTaken == IfTaken::kReplace ? RenameOver(source, target) : RenameToUnused(source, target);
 }
 
+std::error_code AddName(const std::filesystem::path& path, const std::filesystem::path& second) {
+  return link(path.c_str(), second.c_str()) == 0 ? std::error_code() : LastError();
+}
+
 std::error_code RemoveName(const std::filesystem::path& path) {
   return unlink(path.c_str()) == 0 ? std::error_code() : LastError();
+}
+
+bool IsLink(const std::filesystem::path& path) {
+  std::error_code ignored;
+  return std::filesystem::is_symlink(path, ignored);
+}
+
+std::filesystem::path BehindLinks(const std::filesystem::path& path) {
+  constexpr int kMostLinks = 40;
+  std::filesystem::path place = path;
+  for (int i = 0; i < kMostLinks && IsLink(place); ++i) {
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::read_symlink(place, error);
+    if (error) break;
+    place = place.parent_path() / target;
+  }
+  return place;
 }
 
 std::error_code FlushFolder(const std::filesystem::path& folder) {

@@ -43,6 +43,10 @@ std::filesystem::path ToPath(std::string_view text) {
   return path;
 }
 
+std::string FromPath(const std::filesystem::path& path) {
+  return path.native();
+}
+
 bool IsWritable(const std::filesystem::path& path) {
   using std::filesystem::perms;
   std::error_code error;

@@ -76,6 +76,10 @@ std::string EnvironmentVariable(const char* name) {
   return value == nullptr ? std::string() : std::string(value);
 }
 
+std::vector<std::string> ProgramArguments(int count, char** arguments) {
+  return {arguments, arguments + count};
+}
+
 bool HasComponentRegistration() {
   return false;
 }

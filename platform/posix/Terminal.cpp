@@ -16,7 +16,7 @@ int TerminalWidth() {
   return size.ws_col;
 }
 
-void MakeBrokenPipesErrors() {
+void PrepareStandardStreams() {
   std::signal(SIGPIPE, SIG_IGN);
 }
 

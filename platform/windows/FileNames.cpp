@@ -1,0 +1,98 @@
+#include "platform/FileNames.h"
+
+#include <chrono>
+#include <thread>
+
+#include "platform/windows/System.h"
+
+namespace varnlog::platform {
+namespace {
+
+/// Virus scanners and indexers open a new file for a moment, and then it can neither be renamed nor removed.
+bool IsHeldByOthers(DWORD code) {
+  return code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED || code == ERROR_LOCK_VIOLATION ||
+         code == ERROR_USER_MAPPED_FILE || code == ERROR_UNABLE_TO_REMOVE_REPLACED;
+}
+
+/// Repeats a call for half a second while others seem to hold the file.
+template <typename Call>
+std::error_code WithPatience(const Call& call) {
+  using namespace std::chrono_literals;
+  const auto end = std::chrono::steady_clock::now() + 500ms;
+  for (;;) {
+    if (call()) return {};
+    const DWORD code = GetLastError();
+    if (!IsHeldByOthers(code) || std::chrono::steady_clock::now() >= end) return ErrorOf(code);
+    std::this_thread::sleep_for(10ms);
+  }
+}
+
+bool IsFolder(const std::wstring& name) {
+  const DWORD attributes = GetFileAttributesW(name.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool IsLinkName(const std::wstring& name) {
+  WIN32_FIND_DATAW found{};
+  HANDLE search = FindFirstFileW(name.c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return false;
+  FindClose(search);
+  return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+         IsReparseTagNameSurrogate(found.dwReserved0);
+}
+
+}  // namespace
+
+std::error_code GiveName(const std::filesystem::path& source, const std::filesystem::path& target,
+                         IfTaken ifTaken) {
+  const std::wstring from = NativeName(source);
+  const std::wstring to = NativeName(target);
+  // Without the flag that lets the system copy to another volume: a copy can be seen half-made.
+  const DWORD flags =
+      MOVEFILE_WRITE_THROUGH | (ifTaken == IfTaken::kReplace ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0U);
+  return WithPatience([&] {
+    if (MoveFileExW(from.c_str(), to.c_str(), flags) != FALSE) return true;
+    if (ifTaken == IfTaken::kFail || !IsHeldByOthers(GetLastError()) || IsFolder(to)) return false;
+    // A file that readers have open, who allow its removal, can be replaced by this call only.
+    return ReplaceFileW(to.c_str(), from.c_str(), nullptr,
+                        REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS, nullptr,
+                        nullptr) != FALSE;
+  });
+}
+
+std::error_code AddName(const std::filesystem::path& path, const std::filesystem::path& second) {
+  return CreateHardLinkW(NativeName(second).c_str(), NativeName(path).c_str(), nullptr) != FALSE
+             ? std::error_code()
+             : LastError();
+}
+
+std::error_code RemoveName(const std::filesystem::path& path) {
+  const std::wstring name = NativeName(path);
+  if (!IsFolder(name)) return WithPatience([&] { return DeleteFileW(name.c_str()) != FALSE; });
+  if (!IsLinkName(name)) return std::make_error_code(std::errc::is_a_directory);
+  return RemoveDirectoryW(name.c_str()) != FALSE ? std::error_code() : LastError();
+}
+
+bool IsLink(const std::filesystem::path& path) {
+  return IsLinkName(NativeName(path));
+}
+
+std::filesystem::path BehindLinks(const std::filesystem::path& path) {
+  if (!IsLink(path)) return path;
+  constexpr DWORD kEverybody = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const SystemHandle file(CreateFileW(NativeName(path).c_str(), FILE_READ_ATTRIBUTES, kEverybody, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  if (!file) return path;
+  const DWORD room = GetFinalPathNameByHandleW(file.get(), nullptr, 0, FILE_NAME_NORMALIZED);
+  std::wstring name(room, L'\0');
+  name.resize(GetFinalPathNameByHandleW(file.get(), name.data(), room, FILE_NAME_NORMALIZED));
+  return name.empty() || name.size() > room ? path : std::filesystem::path(WithoutPrefix(name));
+}
+
+// A rename is on the disk when it returns. Nobody can be told to put a removal there; the file system's own
+// journal keeps their order.
+std::error_code FlushFolder(const std::filesystem::path& /*folder*/) {
+  return {};
+}
+
+}  // namespace varnlog::platform
