@@ -4,6 +4,10 @@ add_library(varnlog::options ALIAS varnlog_options)
 target_compile_features(varnlog_options INTERFACE cxx_std_20)
 target_include_directories(varnlog_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(varnlog_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(WIN32)
+  include(WindowsResources)
+  target_compile_definitions(varnlog_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN U_STATIC_IMPLEMENTATION)
+endif()
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
@@ -41,13 +45,16 @@ function(varnlog_library name)
   target_link_libraries(varnlog_${name} PUBLIC varnlog::options ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
 endfunction()
 
-# varnlog_program(NAME SOURCES ... DEPENDS ...): an executable of the program folder.
+# varnlog_program(NAME DESCRIPTION ... SOURCES ... DEPENDS ...): an executable of the program folder.
 function(varnlog_program name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "DESCRIPTION" "SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE varnlog::options ${ARG_DEPENDS})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VARNLOG_PROGRAM_DIR})
   add_dependencies(program_folder ${name} program_databases)
+  if(WIN32)
+    varnlog_resources(${name} "${ARG_DESCRIPTION}" ICON)
+  endif()
 endfunction()
 
 # Everything that the program folder is made of, without tests and benchmarks.
