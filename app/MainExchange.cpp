@@ -3,6 +3,7 @@
 
 #include "app/frmMDIMain.h"
 #include "intake/QuietUpdate.h"
+#include "intake/UpdateRun.h"
 #include "intake/frmUpdateNotices.h"
 #include "ui/QtText.h"
 
@@ -33,7 +34,9 @@ void frmMDIMain::ExchangeChanged() {
 
 void frmMDIMain::ShowWaiting() {
   const bool open = program_.State().dataFileOpen;
-  const std::int64_t waiting = open ? waiting_->Count(context_.globals.ExchangeFileGl) : 0;
+  const core::Globals& globals = context_.globals;
+  const std::int64_t waiting =
+      open ? waiting_->Count(globals.ExchangeFileGl, intake::ExchangeBegin(globals)) : 0;
   waitingPanel_->setVisible(waiting > 0);
   waitingPanel_->setText(
       Caption(context_.services.texts, "MN_STATUS_WAITING"_key, {{"lngCount", std::to_string(waiting)}}));
@@ -46,7 +49,8 @@ void frmMDIMain::ShowWaiting() {
 /// An open dialog or editor is waited for; whoever works there is not disturbed.
 void frmMDIMain::TakeInAtOnce() {
   if (unloading_ || !context_.globals.TakeInAtOnce || !program_.MayTakeInAtOnce()) return;
-  if (waiting_->Count(context_.globals.ExchangeFileGl) == 0) return;
+  const core::Globals& globals = context_.globals;
+  if (waiting_->Count(globals.ExchangeFileGl, intake::ExchangeBegin(globals)) == 0) return;
   if (IsBusy()) return timAtOnce_.start(kMillisecondsUntilFree);
   program_.TakeInAtOnce();
   ShowWaiting();

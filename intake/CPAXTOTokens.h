@@ -22,6 +22,7 @@ enum RunTimeError : std::int32_t {
   kFileNotFound = 53,
   kDeviceError = 57,
   kBadRecordLength = 59,
+  kPermissionDenied = 70,
   kPathAccess = 75,
 };
 

@@ -48,7 +48,9 @@ ExchangeRemoval::Solitude ExchangeRemoval::WaitForSolitude(File& file) const {
 /// `file` has been checked and is still open, so that nobody can have shifted its bytes since; but the name
 /// may have gone to another one. What has been moved can no longer be mistaken.
 RunTimeError ExchangeRemoval::TakeAside(const File& file, std::uint64_t count) {
-  const std::optional<TakenFile> taken = MoveAside(exchange_);
+  std::error_code error;
+  const std::optional<TakenFile> taken = MoveAside(exchange_, error);
+  if (error == std::errc::device_or_resource_busy) return kPermissionDenied;
   if (!taken) return kPathAccess;
   options_.Reached(RunStep::kMovedAside);
   if (platform::IdentityOf(taken->path) != file.Identity()) return kInvalidCall;
@@ -61,17 +63,19 @@ RunTimeError ExchangeRemoval::Check(const File& file, std::uint64_t count,
                                     const std::optional<ReadBytes>& read) {
   if (!read) return kNoError;
   const auto identity = file.Identity();
-  const auto sum = SumOf({&file, 0, count});
+  const auto sum = SumOf({&file, read->begin, count - read->begin});
   if (!identity || !sum) return kDeviceError;
   return *identity == read->file && *sum == read->sum ? kNoError : kInvalidCall;
 }
 
-RunTimeError ExchangeRemoval::RemoveAlone(File& file, std::uint64_t count) {
+RunTimeError ExchangeRemoval::RemoveAlone(File& file, std::uint64_t count,
+                                          const std::optional<ReadBytes>& read) {
   std::error_code error;
   const std::uint64_t size = file.Size(error);
   if (error) return kDeviceError;
   if (size < count) return kInvalidCall;
-  if (size == count) return TakeAside(file, count);
+  // The safe copy lacks what an earlier run has read, and an interrupted shift could not be told from it.
+  if (size == count || (read && read->begin > 0)) return TakeAside(file, count);
   // Whoever moved it away had it open, and nobody has now.
   if (platform::IdentityOf(exchange_) != file.Identity()) return kInvalidCall;
   const RangeLock lock(file, size - count);
@@ -106,7 +110,7 @@ RunTimeError ExchangeRemoval::Remove(std::uint64_t count, const std::optional<Re
   const Solitude solitude = WaitForSolitude(file);
   RunTimeError result = Check(file, count, read);
   if (result == kNoError) {
-    result = solitude == Solitude::kAlone ? RemoveAlone(file, count) : RemoveInCompany(file, count);
+    result = solitude == Solitude::kAlone ? RemoveAlone(file, count, read) : RemoveInCompany(file, count);
   }
   file.EndSolitude();
   return result;

@@ -47,7 +47,8 @@ void IntakeSources::Sweep() const {
 }
 
 bool IntakeSources::IsPending(const std::function<RunId()>& committed) const {
-  if (platform::FileSize(exchange_).value_or(0) > 0 && !IsBeingWritten()) return true;
+  const std::uint64_t size = platform::FileSize(exchange_).value_or(0);
+  if (size > 0 && size > ExchangeBegin() && !IsBeingWritten()) return true;
   std::error_code ignored;
   if (std::ranges::any_of(ListTakenFiles(exchange_, ignored), &TakenFile::IsPending)) return true;
   if (ShiftJournal(exchange_).Exists()) return true;
@@ -62,9 +63,15 @@ bool IntakeSources::HasChangedJustNow() const {
 }
 
 bool IntakeSources::IsBeingWritten() const {
+  const std::uint64_t begin = ExchangeBegin();
   // No record is longer than this.
-  if (platform::FileSize(exchange_).value_or(0) > std::numeric_limits<std::int16_t>::max()) return false;
+  if (platform::FileSize(exchange_).value_or(0) > begin + std::numeric_limits<std::int16_t>::max())
+    return false;
   CPAXTOTokens tokens(platform::CodePage::Oem(language_));
+  if (begin > 0) {
+    return tokens.OpenPiece(exchange_, begin) &&
+           static_cast<std::uint64_t>(tokens.ReadMailslot(kAllRecords)) == begin;
+  }
   if (!tokens.OpenMailslot(platform::FromPath(exchange_))) return false;
   return tokens.ReadMailslot(kAllRecords) == 0 && tokens.EndsInsideRecord() && HasChangedJustNow();
 }
@@ -80,7 +87,7 @@ bool IntakeSources::ListTaken() {
   return !error;
 }
 
-IntakeSources::Opened IntakeSources::Open(const RunId& committed, const std::vector<AppliedBytes>& applied) {
+IntakeSources::Opened IntakeSources::Open(const RunId& committed) {
   sources_.clear();
   made_.reset();
   std::error_code error;
@@ -96,20 +103,26 @@ IntakeSources::Opened IntakeSources::Open(const RunId& committed, const std::vec
   for (const TakenFile& taken : takenFiles_) {
     if (taken.IsPending() && !OpenTaken(taken, true)) return Opened::kCannotRead;
   }
-  const Opened exchange = platform::MayExist(exchange_) ? OpenExchange() : Opened::kReady;
-  if (exchange == Opened::kReady) Recognise(applied);
-  return exchange;
+  return platform::MayExist(exchange_) ? OpenExchange() : Opened::kReady;
 }
 
-/// Records that stand at the beginning of a source as they stood there when they were applied.
-void IntakeSources::Recognise(const std::vector<AppliedBytes>& applied) {
-  for (const AppliedBytes& bytes : applied) {
-    for (Source& source : sources_) {
-      if (source.reached - source.begin < bytes.length) continue;
-      if (DigestOf({&source.tokens.OpenFile(), source.begin, bytes.length}) != bytes.digest) continue;
-      source.appliedTo = std::max(source.appliedTo, source.begin + bytes.length);
-    }
+/// Behind the records that stand at this place as they stood there when they were applied.
+std::uint64_t IntakeSources::EndOfApplied(const File& file, std::uint64_t origin) const {
+  std::error_code error;
+  const std::uint64_t size = file.Size(error);
+  std::uint64_t end = origin;
+  for (const AppliedBytes& bytes : applied_) {
+    const bool fits = !error && size >= origin + bytes.length && origin + bytes.length > end;
+    if (fits && DigestOf({&file, origin, bytes.length}) == bytes.digest) end = origin + bytes.length;
   }
+  return end;
+}
+
+std::uint64_t IntakeSources::ExchangeBegin() const {
+  if (applied_.empty()) return 0;
+  std::error_code error;
+  const File file = File::Open(exchange_, File::Mode::kRead, error, File::Links::kRefuse);
+  return error ? 0 : EndOfApplied(file, 0);
 }
 
 void IntakeSources::OpenToLook() {
@@ -201,6 +214,7 @@ std::optional<bool> IntakeSources::IsStillThere(const CopySection& section) cons
 bool IntakeSources::Carry(const CopySection& section) {
   Source source(CopySection::Source::kCarried, copy_.Path(), language_);
   source.carried = section.bytes;
+  source.origin = section.bytes.offset;
   source.begin = section.bytes.offset;
   source.reached = section.bytes.offset + section.bytes.length;
   if (!source.tokens.OpenPiece(source.path, source.begin, source.reached)) return false;
@@ -212,11 +226,13 @@ bool IntakeSources::Carry(const CopySection& section) {
 bool IntakeSources::OpenTaken(const TakenFile& taken, bool mayPutAway) {
   Source source(CopySection::Source::kTaken, taken.path, language_);
   source.taken = taken;
-  source.begin = taken.from;
+  source.origin = taken.from;
   if (!source.tokens.OpenPiece(taken.path, taken.from)) return false;
+  source.begin = EndOfApplied(source.tokens.OpenFile(), source.origin);
+  if (source.begin > source.origin && !source.tokens.OpenPiece(taken.path, source.begin)) return false;
   source.reached = static_cast<std::uint64_t>(source.tokens.ReadMailslot(kAllRecords));
   if (source.tokens.LastErr() == kDeviceError) return false;
-  if (source.reached > source.begin) {
+  if (source.reached > source.origin) {
     sources_.push_back(std::move(source));
     return true;
   }
@@ -228,6 +244,8 @@ bool IntakeSources::OpenTaken(const TakenFile& taken, bool mayPutAway) {
 IntakeSources::Opened IntakeSources::OpenExchange() {
   Source source(CopySection::Source::kExchange, exchange_, language_);
   if (!source.tokens.OpenMailslot(platform::FromPath(exchange_))) return Opened::kCannotOpen;
+  source.begin = EndOfApplied(source.tokens.OpenFile(), 0);
+  if (source.begin > 0 && !source.tokens.OpenPiece(exchange_, source.begin)) return Opened::kCannotOpen;
   source.reached = static_cast<std::uint64_t>(source.tokens.ReadMailslot(kAllRecords));
   if (source.tokens.EndsInsideRecord() && HasChangedJustNow()) return Opened::kReady;
   if (source.tokens.LastErr() != kNoError) return Opened::kCannotRead;
@@ -246,12 +264,11 @@ std::int64_t IntakeSources::TokenCount() const {
                          [](std::int64_t sum, const Source& source) { return sum + source.tokens.Count(); });
 }
 
-bool IntakeSources::ForEachToken(const std::function<bool(CToken&, bool)>& take, Extent extent) {
+bool IntakeSources::ForEachToken(const std::function<bool(CToken&)>& take, Extent extent) {
   for (Source& source : sources_) {
     ReadAhead tokens(source.tokens, extent);
-    std::int64_t index = 0;
     while (CToken* const token = tokens.Next()) {
-      if (!take(*token, source.tokens.Place(index++) < source.appliedTo)) return true;
+      if (!take(*token)) return true;
     }
     if (tokens.HasFailed()) return false;
   }
@@ -267,6 +284,8 @@ bool IntakeSources::Secure(const RunId& id) {
   for (std::size_t i = 0; i < sources_.size(); ++i) {
     Source& source = sources_[i];
     if (secured && source.kind == CopySection::Source::kExchange) secured = NoteWhatWasRead(source, i);
+    const FilePiece whole{&source.tokens.OpenFile(), source.origin, source.reached - source.origin};
+    if (!made_ || source.begin > source.origin) source.digest = DigestOf(whole).value_or("");
     // What this run itself holds open can never be had alone.
     source.tokens.CloseMailslot();
   }
@@ -294,14 +313,6 @@ bool IntakeSources::MakeCopy(const RunId& id) {
   return false;
 }
 
-/// In the safe copy if there is one, else in the source itself.
-FilePiece IntakeSources::WhatWasRead(const Source& source, std::size_t section, File& opened) const {
-  if (made_) return made_->Sections()[section].bytes;
-  std::error_code error;
-  opened = File::Open(source.path, File::Mode::kRead, error, File::Links::kRefuse);
-  return {&opened, source.begin, error ? 0 : source.reached - source.begin};
-}
-
 /// The sum is that of the safe copy as it stands on the disk, if there is one: only what it holds is removed.
 bool IntakeSources::NoteWhatWasRead(Source& source, std::size_t section) const {
   const File& file = source.tokens.OpenFile();
@@ -309,7 +320,7 @@ bool IntakeSources::NoteWhatWasRead(Source& source, std::size_t section) const {
   const auto sum = SumOf(made_ ? made_->Sections()[section].bytes
                                : FilePiece{&file, source.begin, source.reached - source.begin});
   if (!identity || !sum) return false;
-  source.read = {*identity, *sum};
+  source.read = {*identity, *sum, source.begin};
   return true;
 }
 
@@ -317,24 +328,25 @@ RunId IntakeSources::CopiedRun() const {
   return copy_.GetState() == IntakeCopy::State::kSound ? copy_.Id() : RunId();
 }
 
-bool IntakeSources::RemoveFrom(const Source& source) {
+RunTimeError IntakeSources::RemoveFrom(const Source& source) {
   switch (source.kind) {
     case CopySection::Source::kCarried:
-      return true;
+      return kNoError;
     case CopySection::Source::kTaken:
-      if (!AccountFor(exchange_, source.taken, source.reached)) return false;
+      if (!AccountFor(exchange_, source.taken, source.reached)) return kPathAccess;
       options_.Reached(RunStep::kAccountedFor);
-      return true;
+      return kNoError;
     case CopySection::Source::kExchange:
       break;
   }
-  return ExchangeRemoval(exchange_, options_).Remove(source.reached, source.read) == kNoError;
+  return ExchangeRemoval(exchange_, options_).Remove(source.reached, source.read);
 }
 
 bool IntakeSources::RemoveRead() {
   for (Source& source : sources_) {
-    source.isRemoved = RemoveFrom(source);
-    if (!source.isRemoved) return false;
+    const RunTimeError error = RemoveFrom(source);
+    source.isRemoved = error == kNoError;
+    if (!source.isRemoved && error != kPermissionDenied) return false;
   }
   options_.Reached(RunStep::kRemoved);
   return true;
@@ -345,10 +357,8 @@ std::vector<AppliedBytes> IntakeSources::ReadButNotRemoved() const {
   for (std::size_t i = 0; i < sources_.size(); ++i) {
     const Source& source = sources_[i];
     if (source.isRemoved || source.kind == CopySection::Source::kCarried) continue;
-    File opened;
-    const FilePiece bytes = WhatWasRead(source, i, opened);
-    const auto digest = bytes.length > 0 ? DigestOf(bytes) : std::nullopt;
-    if (digest) left.push_back({bytes.length, *digest});
+    const auto digest = source.digest.empty() && made_ ? DigestOf(made_->Sections()[i].bytes) : source.digest;
+    if (digest && !digest->empty()) left.push_back({source.reached - source.origin, *digest});
   }
   return left;
 }

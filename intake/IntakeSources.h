@@ -29,11 +29,15 @@ class IntakeSources {
   [[nodiscard]] bool AnythingThere() const;
   /// Deletes what earlier runs moved aside and nobody needs any more. Needs no lock.
   void Sweep() const;
-  /// Waits as long as the exchange file holds nothing but what the suite is still writing, for as long as the
-  /// run's patience goes.
+  /// Tells what the log has of the records that could not be removed: they are passed over.
+  void SetApplied(std::vector<AppliedBytes> applied) { applied_ = std::move(applied); }
+  /// Waits as long as the exchange file holds nothing new but what the suite is still writing, for as long as
+  /// the run's patience goes.
   void AwaitWhatIsBeingWritten() const;
   /// True when there is data to take, or a copy of a run other than `committed`.
   [[nodiscard]] bool IsPending(const std::function<RunId()>& committed) const;
+  /// Where in the exchange file the records begin that the log does not have.
+  [[nodiscard]] std::uint64_t ExchangeBegin() const;
 
   enum class Opened {
     kReady,
@@ -41,9 +45,8 @@ class IntakeSources {
     kCannotRead,  // something is damaged or the disk fails; nothing is to be taken, and nothing was changed
     kIsLink,      // the exchange file is a link: whoever put it there decides what is read and removed
   };
-  /// Finds, opens and checks all records. `committed` is the last run that the log knows, `applied` what it
-  /// has of the records although they could not be removed.
-  [[nodiscard]] Opened Open(const RunId& committed, const std::vector<AppliedBytes>& applied);
+  /// Finds, opens and checks all records. `committed` is the last run that the log knows.
+  [[nodiscard]] Opened Open(const RunId& committed);
   /// Opens what can be read without a lock and without changing anything: other runs may be at work.
   void OpenToLook();
   /// A left-over that is damaged, and where Open() has put it out of the way.
@@ -56,9 +59,8 @@ class IntakeSources {
   /// True when there was nothing to open.
   [[nodiscard]] bool IsEmpty() const { return sources_.empty(); }
   [[nodiscard]] std::int64_t TokenCount() const;
-  /// Hands every record on, and whether it is one of those that are applied already; `take` returns false to
-  /// stop. False when one can no longer be read.
-  [[nodiscard]] bool ForEachToken(const std::function<bool(CToken& token, bool isApplied)>& take,
+  /// Hands every record on; `take` returns false to stop. False when one can no longer be read.
+  [[nodiscard]] bool ForEachToken(const std::function<bool(CToken& token)>& take,
                                   Extent extent = Extent::kAll);
 
   /// True when records, or bytes that are none, were read.
@@ -72,7 +74,8 @@ class IntakeSources {
   [[nodiscard]] RunId CopiedRun() const;
   /// The run whose copy stands there now, after Secure() has failed: the one to be noted as committed.
   [[nodiscard]] RunId StandingCopy() const { return copy_.PeekId(); }
-  /// Removes what was read, stopping at the first failure.
+  /// Removes what was read, stopping at the first failure. That somebody keeps the exchange file open and
+  /// forbids it is none: what was read is noted then.
   [[nodiscard]] bool RemoveRead();
   /// What was read but is still there.
   [[nodiscard]] std::vector<AppliedBytes> ReadButNotRemoved() const;
@@ -83,9 +86,10 @@ class IntakeSources {
     CopySection::Source kind;
     std::filesystem::path path;
     TakenFile taken;
-    std::uint64_t begin = 0;
+    std::uint64_t origin = 0;  // what lies before is accounted for
+    std::uint64_t begin = 0;   // what lies before is in the log
     std::uint64_t reached = 0;
-    std::uint64_t appliedTo = 0;  // what lies before is in the log
+    std::string digest;  // from the origin on, where the safe copy does not tell it
     bool isRemoved = false;
     FilePiece carried;
     std::optional<ExchangeRemoval::ReadBytes> read;  // of the exchange file, once it is secured
@@ -102,20 +106,19 @@ class IntakeSources {
   [[nodiscard]] bool Carry(const CopySection& section);
   [[nodiscard]] bool OpenTaken(const TakenFile& taken, bool mayPutAway);
   [[nodiscard]] Opened OpenExchange();
-  void Recognise(const std::vector<AppliedBytes>& applied);
+  [[nodiscard]] std::uint64_t EndOfApplied(const platform::File& file, std::uint64_t origin) const;
   [[nodiscard]] bool IsBeingWritten() const;
   [[nodiscard]] bool HasChangedJustNow() const;
-  [[nodiscard]] FilePiece WhatWasRead(const Source& source, std::size_t section,
-                                      platform::File& opened) const;
   [[nodiscard]] bool MakeCopy(const RunId& id);
   [[nodiscard]] bool NoteWhatWasRead(Source& source, std::size_t section) const;
-  [[nodiscard]] bool RemoveFrom(const Source& source);
+  [[nodiscard]] RunTimeError RemoveFrom(const Source& source);
   [[nodiscard]] bool PutAway(const std::filesystem::path& path);
 
   std::filesystem::path exchange_;
   std::filesystem::path logFile_;
   RunOptions options_;
   std::string language_;
+  std::vector<AppliedBytes> applied_;
   IntakeCopy copy_;
   std::optional<IntakeCopy> made_;  // this run's, as it stands on the disk
   std::vector<TakenFile> takenFiles_;

@@ -57,10 +57,6 @@ std::uint64_t NextStamp(const std::filesystem::path& exchange) {
   return earlier.empty() ? NowStamp() : std::max(NowStamp(), earlier.back().stamp + 1);
 }
 
-bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
-  return !platform::RenameFile(from, to, platform::IfTaken::kFail);
-}
-
 bool IsOldEnough(const TakenFile& taken, std::chrono::milliseconds grace) {
   const std::uint64_t now = NowStamp();
   // A stamp from the future: the clock was set back. A minute of that is no reason to keep the file for ever.
@@ -106,11 +102,12 @@ std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange, std
   return found;
 }
 
-std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange) {
+std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange, std::error_code& error) {
   TakenFile taken;
   taken.stamp = NextStamp(exchange);
   taken.path = TakenPath(exchange, taken.stamp, taken.from);
-  if (!Rename(exchange, taken.path)) return std::nullopt;
+  error = platform::RenameFile(exchange, taken.path, platform::IfTaken::kFail);
+  if (error) return std::nullopt;
   taken.size = platform::FileSize(taken.path).value_or(0);
   return taken;
 }
@@ -132,7 +129,8 @@ std::error_code MakeTakenFile(const std::filesystem::path& exchange, const FileP
 }
 
 bool AccountFor(const std::filesystem::path& exchange, const TakenFile& taken, std::uint64_t from) {
-  return taken.from == from || Rename(taken.path, TakenPath(exchange, taken.stamp, from));
+  return taken.from == from ||
+         !platform::RenameFile(taken.path, TakenPath(exchange, taken.stamp, from), platform::IfTaken::kFail);
 }
 
 bool IsOutOfReach(const TakenFile& taken, std::chrono::milliseconds grace) {

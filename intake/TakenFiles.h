@@ -27,8 +27,10 @@ struct TakenFile {
 [[nodiscard]] std::vector<TakenFile> ListTakenFiles(const std::filesystem::path& exchange,
                                                     std::error_code& error);
 
-/// Moves the exchange file aside with nothing accounted for yet, and tells where it is then.
-[[nodiscard]] std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange);
+/// Moves the exchange file aside with nothing accounted for yet, and tells where it is then. Where somebody
+/// who has it open can forbid that (Windows), fails with std::errc::device_or_resource_busy.
+[[nodiscard]] std::optional<TakenFile> MoveAside(const std::filesystem::path& exchange,
+                                                 std::error_code& error);
 
 /// Where such a file is made before it gets the name of one that was moved aside.
 [[nodiscard]] std::filesystem::path RestPath(std::filesystem::path exchange);

@@ -82,11 +82,11 @@ class Run {
 
   void Take(db::CJetEngine& engine);
   [[nodiscard]] bool ClockIsBelieved(db::CJetEngine& engine);
-  [[nodiscard]] bool DatesAreAccepted();
+  [[nodiscard]] bool DatesAreAccepted(const std::vector<AppliedBytes>& applied);
   [[nodiscard]] bool GoesOnAfter(Question question);
   [[nodiscard]] Question Attempt(db::CJetEngine& engine);
   [[nodiscard]] Question TakeAll(dao::Database& log);
-  [[nodiscard]] ExposureWriter::Done TakeOne(ExposureWriter& writer, CToken& token, bool isApplied);
+  [[nodiscard]] ExposureWriter::Done TakeOne(ExposureWriter& writer, CToken& token);
   void Finish(db::CJetEngine& engine, Transaction& transaction);
   void TidyUp(db::CJetEngine& engine) const;
   void Decline();
@@ -136,13 +136,14 @@ bool Run::ClockIsBelieved(db::CJetEngine& engine) {
 
 /// Before the transaction, so that no other workstation waits while the user reads. Other runs may take these
 /// records first, and more may come; what was not said here is said at the end.
-bool Run::DatesAreAccepted() {
+bool Run::DatesAreAccepted(const std::vector<AppliedBytes>& applied) {
   IntakeSources ahead = SourcesOf(globals_, options_);
+  ahead.SetApplied(applied);
   ahead.OpenToLook();
   RecordDates dates(now_);
   auto answer = core::MessageAnswer::kOk;
   std::int64_t looked = 0;
-  const auto look = [&](CToken& token, bool /*isApplied*/) {
+  const auto look = [&](CToken& token) {
     constexpr std::int64_t kBetweenEvents = 4096;
     if (++looked % kBetweenEvents == 0) view_.Wait();
     if (!IsExposure(token)) return true;
@@ -165,14 +166,13 @@ bool Run::DatesAreAccepted() {
   return answer != core::MessageAnswer::kCancel;
 }
 
-ExposureWriter::Done Run::TakeOne(ExposureWriter& writer, CToken& token, bool isApplied) {
+ExposureWriter::Done Run::TakeOne(ExposureWriter& writer, CToken& token) {
   using Done = ExposureWriter::Done;
-  if (isApplied && token.Kind() == "I") return Done::kKnown;
   const Done done = writer.Take(token);
   if (done == Done::kNoExposure) return done;
   for (const DefaultTaken& taken : writer.Defaults()) notices_.AddDefault(token, taken);
   for (const core::TextKey field : writer.CutFields()) notices_.AddCut(token, field);
-  if (done == Done::kKnown && !isApplied && !writer.Defaults().empty()) notices_.AddSkipped(token);
+  if (done == Done::kKnown && !writer.Defaults().empty()) notices_.AddSkipped(token);
   return done;
 }
 
@@ -182,8 +182,8 @@ Run::Question Run::TakeAll(dao::Database& log) {
   ExposureWriter writer(log, {std::to_string(globals_.kVGl), std::to_string(globals_.mAGl)}, now_);
   view_.SetRecordCount(sources_.TokenCount());
   bool isCancelWanted = false;
-  const bool whole = sources_.ForEachToken([&](CToken& token, bool isApplied) {
-    const ExposureWriter::Done done = TakeOne(writer, token, isApplied);
+  const bool whole = sources_.ForEachToken([&](CToken& token) {
+    const ExposureWriter::Done done = TakeOne(writer, token);
     if (done == ExposureWriter::Done::kAdded) ++result_.added;
     if (done == ExposureWriter::Done::kChanged) ++result_.changed;
     view_.Advance(++result_.read);
@@ -217,7 +217,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   const RunId stays = secured ? RunId() : sources_.StandingCopy();
   if (!stays.empty()) WriteRunMark(log, stays);
   const bool removed = secured && sources_.RemoveRead();
-  WriteAppliedBytes(log, removed ? std::vector<AppliedBytes>() : sources_.ReadButNotRemoved());
+  WriteAppliedBytes(log, sources_.ReadButNotRemoved());
   if (!transaction.Commit()) return FailToWrite(engine);
   result_.leftInFile = !removed;
   options_.Reached(RunStep::kCommitted);
@@ -252,7 +252,8 @@ Run::Question Run::Attempt(db::CJetEngine& engine) {
       return Question::kNone;
     }
     dao::Database& log = *engine.Database();
-    switch (sources_.Open(ReadRunMark(log), ReadAppliedBytes(log))) {
+    sources_.SetApplied(ReadAppliedBytes(log));
+    switch (sources_.Open(ReadRunMark(log))) {
       case IntakeSources::Opened::kReady:
         break;
       case IntakeSources::Opened::kCannotOpen:
@@ -294,13 +295,16 @@ bool Run::GoesOnAfter(Question question) {
 }
 
 void Run::Take(db::CJetEngine& engine) {
+  std::vector<AppliedBytes> applied;
   try {
     if (!ClockIsBelieved(engine)) return;
+    applied = ReadAppliedBytes(*engine.Database());
   } catch (const dao::EngineError& error) {
     return Fail("RU_ERR_WRITE"_key, core::EngineErrorText(texts_, error));
   }
+  sources_.SetApplied(applied);
   sources_.AwaitWhatIsBeingWritten();
-  if (!DatesAreAccepted()) return;
+  if (!DatesAreAccepted(applied)) return;
   while (GoesOnAfter(Attempt(engine))) {
   }
 }
@@ -352,14 +356,33 @@ UpdateResult Run::Execute() {
   return result_;
 }
 
+/// None when the log cannot be asked: then everything counts as pending.
+std::vector<AppliedBytes> AppliedBytesOf(const core::Globals& globals) {
+  try {
+    const db::CJetEngine* const engine = globals.LogEngineGl.get();
+    if (engine != nullptr && engine->Database() != nullptr) return ReadAppliedBytes(*engine->Database());
+  } catch (const dao::EngineError&) {
+    return {};
+  }
+  return {};
+}
+
 }  // namespace
 
 UpdateResult RunUpdate(const UpdateContext& context, UpdateView& view, const RunOptions& options) {
   return Run(context, view, options).Execute();
 }
 
+std::uint64_t ExchangeBegin(const core::Globals& globals) {
+  IntakeSources sources = SourcesOf(globals, {});
+  sources.SetApplied(AppliedBytesOf(globals));
+  return sources.ExchangeBegin();
+}
+
 bool ExchangeDataPending(const core::Globals& globals) {
-  const IntakeSources sources = SourcesOf(globals, {});
+  IntakeSources sources = SourcesOf(globals, {});
+  if (platform::FileSize(platform::ToPath(globals.ExchangeFileGl)).value_or(0) > 0)
+    sources.SetApplied(AppliedBytesOf(globals));
   return sources.IsPending([&globals] {
     try {
       const db::CJetEngine* const engine = globals.LogEngineGl.get();

@@ -64,6 +64,10 @@ struct UpdateContext {
 /// is still writing is none yet.
 [[nodiscard]] bool ExchangeDataPending(const core::Globals& globals);
 
+/// Where in the exchange file the records begin that the log does not have: behind those that could not be
+/// removed.
+[[nodiscard]] std::uint64_t ExchangeBegin(const core::Globals& globals);
+
 /// Deletes what earlier runs moved aside and nobody can write to any more: the names of patients are in it.
 void SweepExchange(const core::Globals& globals);
 

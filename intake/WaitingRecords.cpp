@@ -21,15 +21,16 @@ std::string BeginningOf(const std::filesystem::path& path) {
 
 }  // namespace
 
-std::int64_t WaitingRecords::Count(const std::string& exchangeFile) {
+std::int64_t WaitingRecords::Count(const std::string& exchangeFile, std::uint64_t begin) {
   const auto path = platform::ToPath(exchangeFile);
   const auto size = platform::FileSize(path).value_or(0);
   const auto file = platform::IdentityOf(path);
   const std::string beginning = BeginningOf(path);
   const bool hasGrown =
       file && file == file_ && size >= end_ && end_ > 0 && beginning.starts_with(beginning_);
-  if (!hasGrown) {
-    end_ = 0;
+  if (!hasGrown || begin != begin_) {
+    begin_ = begin;
+    end_ = begin;
     count_ = 0;
     file_ = file;
   }

@@ -17,14 +17,16 @@ class WaitingRecords {
   /// `language` chooses the code page of the file.
   explicit WaitingRecords(std::string_view language) : oem_(platform::CodePage::Oem(language)) {}
 
-  /// 0 as well for a file that is not there, cannot be read or is damaged: the next update says so.
-  [[nodiscard]] std::int64_t Count(const std::string& exchangeFile);
+  /// Those from `begin` on. 0 as well for a file that is not there, cannot be read or is damaged: the next
+  /// update says so.
+  [[nodiscard]] std::int64_t Count(const std::string& exchangeFile, std::uint64_t begin = 0);
 
  private:
   platform::CodePage oem_;
   std::optional<platform::FileIdentity> file_;
-  std::string beginning_;  // of the file; another one has others
-  std::uint64_t end_ = 0;  // of what was counted
+  std::string beginning_;    // of the file; another one has others
+  std::uint64_t begin_ = 0;  // of what was counted
+  std::uint64_t end_ = 0;
   std::int64_t count_ = 0;
 };
 

@@ -6,11 +6,12 @@
 #include <system_error>
 #include <utility>
 
-// clang-format off: the first one is what all others need.
+// The first one is what all others need.
+// clang-format off
+#include <windows.h>
 #include <aclapi.h>
 #include <lm.h>
 #include <sddl.h>
-#include <windows.h>
 #define SECURITY_WIN32
 #include <security.h>
 #include <shellapi.h>
