@@ -1,7 +1,7 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
+#include <optional>
 #include <string>
 
 namespace varnlog::platform {
@@ -31,5 +31,11 @@ class SharedLibrary {
   std::string error_;
   bool isForOtherWidth_ = false;
 };
+
+/// What the helper beside the program, which is made for the other width, is told by such a library: see
+/// platform/windows/library32. It works in `folder`. Nothing when there is no answer within ten seconds, and
+/// where the system has no such libraries.
+[[nodiscard]] std::optional<std::string> AskForOtherWidth(const std::filesystem::path& library,
+                                                          const std::filesystem::path& folder);
 
 }  // namespace varnlog::platform

@@ -40,6 +40,8 @@ class CurrentFolder {
 /// The bytes that the library gives, or "".
 std::string AskLibrary(const fs::path& file) {
   const platform::SharedLibrary library(file);
+  if (library.IsForOtherWidth())
+    return platform::AskForOtherWidth(file, file.parent_path()).value_or(std::string());
   auto* open = library.Symbol<OpenFunction>("FDB_Open");
   auto* info = library.Symbol<InfoFunction>("FDB_GetDataBaseInfo");
   auto* close = library.Symbol<CloseFunction>("FDB_Close");

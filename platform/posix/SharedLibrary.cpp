@@ -19,6 +19,11 @@ SharedLibrary::~SharedLibrary() {
   if (handle_ != nullptr) dlclose(handle_);
 }
 
+std::optional<std::string> AskForOtherWidth(const std::filesystem::path& /*library*/,
+                                            const std::filesystem::path& /*folder*/) {
+  return std::nullopt;
+}
+
 void* SharedLibrary::Address(const char* name) const {
   return handle_ == nullptr ? nullptr : dlsym(handle_, name);
 }

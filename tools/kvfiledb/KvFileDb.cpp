@@ -41,13 +41,14 @@ bool isOpen = false;
 
 }  // namespace
 
-int FDB_Open() {
+int KVFILEDB_CALL FDB_Open() {
   const int result = Result("OpenResult");
   isOpen = result == 0;
   return result;
 }
 
-int FDB_GetDataBaseInfo(char* buffer, int size, int /*unused*/, int /*unused*/, int /*unused*/) {
+int KVFILEDB_CALL FDB_GetDataBaseInfo(char* buffer, int size, int /*unused*/, int /*unused*/,
+                                      int /*unused*/) {
   if (!isOpen || buffer == nullptr) return 1;
   if (const int result = Result("InfoResult"); result != 0) return result;
   try {
@@ -60,7 +61,7 @@ int FDB_GetDataBaseInfo(char* buffer, int size, int /*unused*/, int /*unused*/, 
   }
 }
 
-int FDB_Close() {
+int KVFILEDB_CALL FDB_Close() {
   isOpen = false;
   return 0;
 }
