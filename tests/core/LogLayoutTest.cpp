@@ -6,6 +6,7 @@
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
 #include "platform/Files.h"
+#include "tests/support/Environment.h"
 #include "tests/support/LogFolder.h"
 
 namespace varnlog::core {
@@ -46,13 +47,13 @@ TEST_F(EmptyLog, ProgramFolderIsGivenElseNamedElseTheExecutables) {
   Globals globals;
   SetProgramFolder(globals, "");
   EXPECT_EQ(globals.ProgramFolderGl, platform::FromPath(platform::ExecutableFolder()));
-  ::setenv("VARNLOG_FOLDER", folder_.Path().c_str(), 1);
+  test::SetVariable("VARNLOG_FOLDER", platform::FromPath(folder_.Path()));
   SetProgramFolder(globals, "");
   EXPECT_EQ(globals.ProgramFolderGl, folder_.Path().string());
   EXPECT_EQ(globals.IniFileGl, (folder_ / "varnlog.ini").string());
   SetProgramFolder(globals, "anderswo");
   EXPECT_EQ(globals.ProgramFolderGl, (fs::current_path() / "anderswo").string());
-  ::unsetenv("VARNLOG_FOLDER");
+  test::SetVariable("VARNLOG_FOLDER", "");
 }
 
 TEST_F(EmptyLog, WhatIsDeliveredLiesInTheProgramFolderElseBesideTheExecutable) {

@@ -1,15 +1,6 @@
-#include <chrono>
-#include <cstdlib>
-#include <fcntl.h>
-#include <functional>
-#include <sys/stat.h>
-#include <thread>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "platform/Files.h"
-#include "tests/support/Child.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::platform {
@@ -22,10 +13,6 @@ class Files : public testing::Test {
   fs::path Holding(const std::string& name, const std::string& content) const {
     return folder_.Holding(name, content);
   }
-  static std::string Content(const fs::path& path) {
-    std::error_code error;
-    return ReadWholeFile(path, error).value_or("cannot be read: " + error.message());
-  }
   File OpenReadWrite(const fs::path& path) {
     std::error_code error;
     File file = File::Open(path, File::Mode::kReadWrite, error);
@@ -36,108 +23,38 @@ class Files : public testing::Test {
   test::TestFolder folder_;
 };
 
-/// A plain record lock, as other programs take it. 0 when it was granted.
-int TakePlainLock(int descriptor, off_t offset, off_t length) {
-  struct flock range {};
-  range.l_type = F_WRLCK;
-  range.l_whence = SEEK_SET;
-  range.l_start = offset;
-  range.l_len = length;
-  return fcntl(descriptor, F_SETLK, &range) == 0 ? 0 : 1;
-}
-
-int TryPlainLock(const fs::path& path, off_t offset, off_t length) {
-  return test::Child([&] { return TakePlainLock(open(path.c_str(), O_RDWR), offset, length); }).Wait();
-}
-
-TEST_F(Files, ReadsAWholeFileUpToALimitOrSaysWhyNot) {
-  const fs::path path = Holding("zehn", "0123456789");
+TEST_F(Files, AreReadAndWrittenAtAnyPlaceByNamesInAnyScript) {
+  const fs::path path = ToPath(FromPath(folder_.Path()) + "/Журнал ä.sdx");
   std::error_code error;
-  EXPECT_EQ(ReadWholeFile(path, error, 10), "0123456789");
-  EXPECT_EQ(ReadWholeFile(path, error, 9), std::nullopt);
-  EXPECT_EQ(error, std::errc::file_too_large);
-  EXPECT_EQ(ReadWholeFile("/dev/zero", error, 100'000), std::nullopt);
-  EXPECT_EQ(error, std::errc::file_too_large);
-  const std::string large(3'000'000, 'x');
-  EXPECT_EQ(Content(Holding("groß", large)), large);
+  File file = File::Open(path, File::Mode::kCreateNew, error);
+  ASSERT_FALSE(error) << error.message();
+  file.WriteAt(0, "0123456789", error);
+  file.WriteAt(4, "xy", error);
+  file.Truncate(8, error);
+  file.Flush(error);
+  EXPECT_FALSE(error) << error.message();
+  EXPECT_EQ(ReadWholeFile(path, error), "0123xy67");
+  EXPECT_EQ(FromPath(path.filename()), "Журнал ä.sdx");
+  EXPECT_EQ(file.Identity(), IdentityOf(path));
+  EXPECT_FALSE(File::Open(path, File::Mode::kCreateNew, error).IsOpen());
+  EXPECT_EQ(error, std::errc::file_exists);
   EXPECT_EQ(ReadWholeFile(folder_ / "fehlt", error), std::nullopt);
   EXPECT_EQ(error, std::errc::no_such_file_or_directory);
   EXPECT_EQ(ReadWholeFile(folder_.Path(), error), std::nullopt);
   EXPECT_EQ(error, std::errc::is_a_directory);
-  ASSERT_EQ(mkfifo((folder_ / "rohr").c_str(), 0600), 0);
-  EXPECT_EQ(ReadWholeFile(folder_ / "rohr", error), std::nullopt);
-  EXPECT_TRUE(error);
 }
 
-TEST_F(Files, KnowsWhatOthersMayChange) {
-  const fs::path path = Holding("KVFILEDB.DLL", "x");
-  const auto withMode = [&](mode_t mode) {
-    EXPECT_EQ(chmod(path.c_str(), mode), 0);
-    return MayBeChangedByOthers(path);
-  };
-  EXPECT_FALSE(withMode(0755));
-  EXPECT_TRUE(withMode(0757));
-  EXPECT_TRUE(MayBeChangedByOthers(folder_ / "fehlt"));
-  if (geteuid() != 0) GTEST_SKIP() << "only root may give files to a group";
-  EXPECT_FALSE(withMode(0775)) << "nobody else is in the administrator's group";
-  constexpr gid_t kPractice = 4711;
-  ASSERT_EQ(chown(path.c_str(), 0, kPractice), 0);
-  EXPECT_TRUE(withMode(0775));
-  EXPECT_FALSE(withMode(0755));
-}
-
-TEST_F(Files, KnowsTheFileItHasOpenFromAnotherThatTookItsName) {
-  const fs::path path = Holding("varnlog.sdx", "alt");
-  fs::create_symlink(path, folder_ / "verweis");
-  const File file = OpenReadWrite(folder_ / "verweis");
-  EXPECT_EQ(file.Identity(), IdentityOf(path));
-  fs::rename(path, folder_ / "beiseite");
-  EXPECT_NE(file.Identity(), IdentityOf(Holding("varnlog.sdx", "neu")));
-  EXPECT_EQ(IdentityOf(folder_ / "fehlt"), std::nullopt);
-  std::error_code error;
-  EXPECT_FALSE(File::Open(folder_ / "verweis", File::Mode::kRead, error, File::Links::kRefuse).IsOpen());
-  EXPECT_EQ(error, std::errc::too_many_symbolic_link_levels);
-}
-
-TEST_F(Files, ReportsAFullDiskAndAClosedFile) {
-  std::error_code error;
-  File full = File::Open("/dev/full", File::Mode::kReadWrite, error);
-  ASSERT_TRUE(full.IsOpen());
-  full.WriteAt(0, "x", error);
-  EXPECT_EQ(error, std::errc::no_space_on_device);
-  full.Close();
-  static_cast<void>(full.Size(error));
-  EXPECT_TRUE(error);
-}
-
-TEST_F(Files, ItsLockHoldsOffOtherProgramsInItsRangeOnly) {
+TEST_F(Files, LockTheirRangeAndNoOther) {
   const fs::path path = Holding("varnlog.sdx", "0123456789");
   std::error_code error;
   File file = OpenReadWrite(path);
-  ASSERT_TRUE(file.TryLockRange(0, 4, error));
-  // Closing the same file elsewhere in the process must not give the lock away.
-  OpenReadWrite(path).Close();
-  EXPECT_EQ(TryPlainLock(path, 3, 1), 1);
-  EXPECT_EQ(TryPlainLock(path, 4, 6), 0);
-  EXPECT_FALSE(OpenReadWrite(path).TryLockRange(0, 1, error));
-  file.UnlockRange(0, 4);
-  EXPECT_EQ(TryPlainLock(path, 0, 10), 0);
-  ASSERT_TRUE(file.TryLockRange(0, 4, error));
-  file.Close();
-  EXPECT_EQ(TryPlainLock(path, 0, 10), 0) << "the lock goes with the file";
-}
-
-TEST_F(Files, OtherProgramsLocksHoldItOff) {
-  const fs::path path = Holding("varnlog.sdx", "0123456789");
-  const test::Holder other([&] {
-    TakePlainLock(open(path.c_str(), O_RDWR), 5, 1);
-    return nullptr;
-  });
-  ASSERT_TRUE(other.Holds());
-  File file = OpenReadWrite(path);
-  std::error_code error;
-  EXPECT_FALSE(file.TryLockRange(0, 10, error));
-  EXPECT_TRUE(file.TryLockRange(0, 5, error));
+  File other = OpenReadWrite(path);
+  ASSERT_TRUE(file.TryLockRange(2, 4, error));
+  EXPECT_FALSE(other.TryLockRange(5, 10, error));
+  EXPECT_FALSE(error) << error.message();
+  EXPECT_TRUE(other.TryLockRange(6, 10, error));
+  file.UnlockRange(2, 4);
+  EXPECT_TRUE(other.TryLockRange(0, 6, error));
 }
 
 TEST_F(Files, KnowsWhetherItHasAFileToItself) {
@@ -153,17 +70,6 @@ TEST_F(Files, KnowsWhetherItHasAFileToItself) {
   file.EndSolitude();
   const File later = OpenReadWrite(path);
   EXPECT_EQ(file.TrySolitude(), File::Solitude::kShared);
-}
-
-TEST_F(Files, ANewcomerWaitsWhileAFileIsHeldAloneAndTheHolderLivesOn) {
-  const fs::path path = Holding("varnlog.sdx", "0123456789");
-  File file = OpenReadWrite(path);
-  if (file.TrySolitude() != File::Solitude::kAlone) GTEST_SKIP() << "no leases on this file system";
-  test::Child newcomer([&] { return open(path.c_str(), O_WRONLY | O_APPEND) >= 0 ? 0 : 1; });
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
-  EXPECT_TRUE(newcomer.IsRunning()) << "it must wait";
-  file.EndSolitude();
-  EXPECT_EQ(newcomer.Wait(), 0);
 }
 
 }  // namespace
