@@ -19,15 +19,15 @@ apt_sources() {
     apt-get "${options[@]}" -o "Dir::Etc::sourcelist=$lists/main.list" "$@" >&2
 }
 
-# fetch_source NAME FOLDER GIVEN: fills the folder unless it is there already. What the archive does not give is taken from
-# the folder of archives that the user gave.
+# fetch_source NAME FOLDER GIVEN ARCHIVE: fills the folder unless it is there already, from the folder of archives that the user
+# gave if it has ARCHIVE-VERSION.tar.*, else from Debian.
 fetch_source() {
-  local name=$1 folder=$2 given=$3
+  local name=$1 folder=$2 given=$3 begins=$4
   if [ -e "$folder/complete" ]; then return; fi
   rm -rf "$folder"
   mkdir -p "$folder"
   local archive=
-  if [ -n "$given" ]; then archive=$(find "$given" -maxdepth 1 -name "$name[-_][0-9]*.tar.*" | sort | tail -n 1); fi
+  if [ -n "$given" ]; then archive=$(find "$given" -maxdepth 1 -name "$begins[-_][0-9]*.tar.*" | sort | tail -n 1); fi
   if [ -n "$archive" ]; then
     cp "$archive" "$folder/"
   elif ! (cd "$folder" && apt_sources source --download-only "$name"); then

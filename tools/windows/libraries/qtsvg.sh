@@ -1,8 +1,7 @@
-# Icons.
-source_name=qtsvg
+# The icons. Debian's archive may lack its sources: see --sources.
+source_name=qt6-svg
+archive_name=qtsvg
 needs=(qtbase)
-licences=(debian/copyright LICENSES/*)
+licences=(LICENSES/*)
 
-build() {
-  with_cmake . -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)/cmake" -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF
-}
+build() { with_qt .; }
