@@ -49,6 +49,7 @@ report::PrintContext frmMDIMain::PrintContext() {
           .iniFile = context_.globals.IniFileGl,
           .site = [this] { return context_.globals.SiteGl; },
           .log = [this] { return context_.globals.strDataFileGl; },
+          .language = [this] { return context_.globals.LanguageGl; },
           .open = open};
 }
 

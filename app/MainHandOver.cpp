@@ -95,6 +95,7 @@ void frmMDIMain::ShowBackup() {
 }
 
 void frmMDIMain::ScheduleBackup() {
+  timBackup_.setObjectName("timBackup");
   timBackup_.setInterval(kMillisecondsUntilBackup);
   connect(&timBackup_, &QTimer::timeout, this, &frmMDIMain::BackUpIfDue);
   timBackup_.start();

@@ -190,7 +190,7 @@ class frmMDIMain final : public QMainWindow,
   std::vector<std::string> notices_;               // of updates that could not tell them
   QTimer timAtOnce_;
   BackupJob backup_{context_.globals};
-  QTimer timBackup_;
+  QTimer timBackup_{this};
   bool backupTold_ = false;  // what keeps the daily copy from being made
   QTimer timUpdate_;
   QPointer<logview::frmResults> results_;

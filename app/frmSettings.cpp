@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "core/Languages.h"
 #include "exports/Separator.h"
 #include "ui/FileDialog.h"
 #include "ui/QtText.h"
@@ -23,18 +24,6 @@ namespace {
 
 constexpr int kPathCharacters = 44;
 constexpr std::string_view kColors = "GridColors";
-
-struct Language {
-  const char* code;
-  const char* name;  // in itself
-};
-constexpr std::array<Language, 7> kLanguages = {{{"D", "Deutsch"},
-                                                 {"GB", "English"},
-                                                 {"E", "Español"},
-                                                 {"I", "Italiano"},
-                                                 {"F", "Français"},
-                                                 {"NL", "Nederlands"},
-                                                 {"CYR", "Русский"}}};
 
 /// Without loud colours, and still told apart by everybody.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 5> kCalm = {{
@@ -61,8 +50,8 @@ frmSettings::frmSettings(QWidget* parent, const core::TextLookup& texts, core::S
   setWindowTitle(Caption(texts, "SE_CAPTION"_key));
   cmbLanguage_ = new QComboBox;
   cmbLanguage_->setObjectName("cmbLanguage");
-  for (const Language& language : kLanguages)
-    cmbLanguage_->addItem(QString::fromUtf8(language.name), QLatin1String(language.code));
+  for (const core::LanguageName& language : core::kLanguages)
+    cmbLanguage_->addItem(ui::ToQString(language.name), ui::ToQString(language.code));
   cmbLanguage_->setCurrentIndex(
       cmbLanguage_->findData(ui::ToQString(ini.ReadString("App", "Language", iniFile))));
   cmbLanguage_->setToolTip(Caption(texts, "SE_NEXTSTART"_key));

@@ -70,7 +70,8 @@ void ReportPdf(benchmark::State& state) {
   for (auto _ : state) {
     const auto rows = practice.Rows();
     const report::ReportJob job = LoggedPractice::Begin(*rows);
-    if (!report::SavePdf(job, Paper(), {practice.Pdf(), {}}, progress)) state.SkipWithError("cannot save");
+    if (!report::SavePdf(job, Paper(), {.file = practice.Pdf()}, progress))
+      state.SkipWithError("cannot save");
   }
 }
 

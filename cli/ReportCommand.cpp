@@ -46,7 +46,9 @@ void SaveReport(Session& session, dao::Recordset& rows, const std::string& headl
       return entries.Of(exposure, type);
     };
   }
-  if (!report::SaveReportAsPdf(job, {.file = options.output, .log = session.LogFile()}, progress))
+  if (!report::SaveReportAsPdf(
+          job, {.file = options.output, .log = session.LogFile(), .language = session.globals().LanguageGl},
+          progress))
     throw JobError("");
 }
 

@@ -144,8 +144,9 @@ class Maker {
     }
     Reporting progress(progress_);
     Note("report.pdf", Text("IN_REPORT"_key));
-    return report::SavePdf(job, report::DefaultPageLayout(job.design),
-                           {.file = PathOf("report.pdf"), .log = context_.logFile}, progress);
+    return report::SavePdf(
+        job, report::DefaultPageLayout(job.design),
+        {.file = PathOf("report.pdf"), .log = context_.logFile, .language = context_.language}, progress);
   }
 
   [[nodiscard]] std::vector<int> Columns() const {

@@ -1,5 +1,7 @@
 #include "inspection/StartPage.h"
 
+#include "core/Languages.h"
+
 namespace varnlog::inspection {
 
 namespace {
@@ -27,21 +29,11 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
-/// The language's code of the web.
-std::string_view WebLanguage(std::string_view language) {
-  constexpr std::pair<std::string_view, std::string_view> kLanguages[] = {
-      {"D", "de"}, {"GB", "en"}, {"E", "es"}, {"I", "it"}, {"F", "fr"}, {"NL", "nl"}, {"CYR", "ru"}};
-  for (const auto& [own, web] : kLanguages) {
-    if (own == language) return web;
-  }
-  return "de";
-}
-
 }  // namespace
 
 std::string ToHtml(const StartPage& page) {
   std::string html =
-      "<!DOCTYPE html>\n<html lang=\"" + std::string(WebLanguage(page.language)) +
+      "<!DOCTYPE html>\n<html lang=\"" + std::string(core::LanguageTag(page.language)) +
       "\">\n<head>\n<meta charset=\"utf-8\">\n<title>" + Escaped(page.title) +
       "</title>\n<style>body{font-family:sans-serif;margin:2em;max-width:60em}"
       "td,th{text-align:left;padding:.3em 1em .3em 0;vertical-align:top}</style>\n</head>\n<body>\n<h1>" +

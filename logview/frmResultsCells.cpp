@@ -175,7 +175,9 @@ bool frmResults::ConfirmUnusual(dao::Recordset& row, const EnteredValues& entere
     const auto why =
         WhyImplausible(Log(), row.Fields("tXraySType").Text(), std::string(measured.field), *value);
     if (!why) continue;
-    return context_.Messages().Confirm(why->isNoNumber ? "RS_ASK_NONUMBER"_key : "RS_ASK_UNUSUAL"_key,
+    return context_.Messages().Confirm(why->isNoNumber               ? "RS_ASK_NONUMBER"_key
+                                       : why->least == why->greatest ? "RS_ASK_OTHERTHANEVER"_key
+                                                                     : "RS_ASK_UNUSUAL"_key,
                                        {{"strColumn", ColumnHeading(column, context_.texts)},
                                         {"strValue", *value},
                                         {"strLeast", why->least},

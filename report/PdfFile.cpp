@@ -7,9 +7,11 @@
 #include <QIODevice>
 #include <QPdfWriter>
 
+#include "core/Languages.h"
 #include "platform/Ascii.h"
 #include "platform/SafeFile.h"
 #include "report/PaintedReport.h"
+#include "report/PdfLanguage.h"
 
 namespace varnlog::report {
 
@@ -134,6 +136,8 @@ bool SavePdf(const ReportJob& job, const QPageLayout& page, const PdfTarget& tar
   device.Drain();
   RequireDone(target.file, device.error());
   if (!complete) return false;
+  AddPdfLanguage(made.file(), core::LanguageTag(target.language), error);
+  RequireDone(target.file, error);
   RequireDone(target.file, made.TakePlace(platform::IfTaken::kReplace));
   return true;
 }

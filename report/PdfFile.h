@@ -14,7 +14,9 @@ namespace varnlog::report {
 struct PdfTarget {
   std::string file;
   /// Who may read this log may read the report, nobody else. "" for a file like the one that is replaced.
-  std::string log;
+  std::string log = {};
+  /// The code of the language that it is in.
+  std::string language = {};
 };
 
 /// Writes the report as a PDF file by way of a temporary file beside it: the old file or a whole new one,

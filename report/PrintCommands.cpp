@@ -212,7 +212,8 @@ void PrintCommands::SaveRecord(QWidget* parent, const PrintSource& source) {
 /// False when the user stopped it.
 bool PrintCommands::SaveTo(QWidget* parent, const ReportJob& job, const std::string& file) {
   ProgressWindow progress(parent, context_.texts, "DRS_SAVING"_key);
-  return SavePdf(job, page_, {.file = file, .log = context_.log()}, progress);
+  return SavePdf(job, page_, {.file = file, .log = context_.log(), .language = context_.language()},
+                 progress);
 }
 
 std::string PrintCommands::Kept(std::string_view key) const {

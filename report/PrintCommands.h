@@ -40,6 +40,8 @@ struct PrintContext {
   std::function<std::string()> site;
   /// The log's file.
   std::function<std::string()> log;
+  /// The code of the user's language.
+  std::function<std::string()> language;
   /// May throw dao::EngineError.
   std::function<PrintSource()> open;
 

@@ -1,8 +1,7 @@
 #include "start/Language.h"
 
-#include <algorithm>
-
 #include "core/Installation.h"
+#include "core/Languages.h"
 
 namespace varnlog::start {
 
@@ -33,9 +32,9 @@ bool Language::InitLanguage() {
 }
 
 bool Language::SetLanguage(std::string_view code) {
-  const bool known = std::find(kLanguages.begin(), kLanguages.end(), code) != kLanguages.end();
-  globals_.LanguageGl = known ? code : kLanguages.front();
-  return known;
+  const core::LanguageName* const known = core::FindLanguage(code);
+  globals_.LanguageGl = (known != nullptr ? *known : core::kLanguages.front()).code;
+  return known != nullptr;
 }
 
 bool Language::CloseLanguage() {

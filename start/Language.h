@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <string>
 #include <string_view>
 
@@ -8,8 +7,6 @@
 #include "core/TextLookup.h"
 
 namespace varnlog::start {
-
-inline constexpr std::array<std::string_view, 7> kLanguages = {"D", "GB", "E", "I", "F", "NL", "CYR"};
 
 /// The language database "verbalo.mdb" of the program folder, held by Globals::LangEngineGl.
 class Language final : public core::TextLookup {

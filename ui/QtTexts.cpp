@@ -1,30 +1,17 @@
 #include "ui/QtTexts.h"
 
-#include <algorithm>
-#include <array>
-
 #include <QCoreApplication>
 #include <QLibraryInfo>
 
+#include "core/Languages.h"
+#include "ui/QtText.h"
+
 namespace varnlog::ui {
 
-namespace {
-
-struct QtLanguage {
-  std::string_view ours;
-  const char* qts;
-};
-
-constexpr std::array<QtLanguage, 7> kLanguages = {
-    {{"D", "de"}, {"GB", "en"}, {"E", "es"}, {"I", "it"}, {"F", "fr"}, {"NL", "nl"}, {"CYR", "ru"}}};
-
-}  // namespace
-
 void TranslateQt(QTranslator& translator, std::string_view language) {
-  const auto* found = std::find_if(kLanguages.begin(), kLanguages.end(),
-                                   [language](const QtLanguage& each) { return each.ours == language; });
-  if (found == kLanguages.end()) return;
-  if (translator.load(QStringLiteral("qtbase_") + QLatin1String(found->qts),
+  const core::LanguageName* const found = core::FindLanguage(language);
+  if (found == nullptr) return;
+  if (translator.load(QStringLiteral("qtbase_") + ToQString(found->tag),
                       QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
     QCoreApplication::installTranslator(&translator);
   }

@@ -11,6 +11,7 @@
 
 #include "app/Commands.h"
 #include "app/HelpFile.h"
+#include "core/Languages.h"
 #include "tests/Paths.h"
 #include "tests/support/TestFolder.h"
 
@@ -18,8 +19,6 @@ namespace varnlog::app {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* kLanguages[] = {"D", "GB", "E", "I", "F", "NL", "CYR"};
 
 fs::path HelpFolder() {
   return fs::path(VARNLOG_SOURCE_DIR) / "resources" / "help";
@@ -43,7 +42,8 @@ std::multiset<std::string> Bones(const std::string& page) {
 TEST(HelpPages, SayTheSameInEachLanguage) {
   for (const std::string& name : PageNames()) {
     const auto german = Bones(Page("D", name));
-    for (const std::string language : kLanguages) {
+    for (const auto& each : core::kLanguages) {
+      const std::string language(each.code);
       const std::string page = Page(language, name);
       EXPECT_EQ(Bones(page), german) << language << ' ' << name;
       EXPECT_GT(page.size(), Page("D", name).size() / 2) << language << ' ' << name;

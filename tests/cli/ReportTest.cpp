@@ -94,6 +94,11 @@ TEST_F(ReportTest, APdfHasATitleItsFontsAndAFooterOnEachPage) {
   const std::string fonts = installation_.Shell("pdffonts" + quoted).out;
   EXPECT_THAT(fonts, HasSubstr(" yes "));
   EXPECT_THAT(fonts, testing::Not(HasSubstr(" no  no")));
+  const std::string pdf = test::ReadFile(Pdf());
+  const std::string table = pdf.substr(std::stoul(pdf.substr(pdf.rfind("startxref") + 10)));
+  const std::string catalog = pdf.substr(std::stoul(table.substr(table.find('\n', 5) + 1)));
+  EXPECT_THAT(catalog.substr(0, catalog.find("endobj")),
+              testing::AllOf(HasSubstr("/Catalog"), HasSubstr("/Lang (de)")));
   const std::vector<std::string> pages = PdfPages(Pdf(), installation_);
   ASSERT_GT(pages.size(), 2U);
   for (std::size_t i = 0; i < pages.size(); ++i) {

@@ -18,6 +18,7 @@
 #include <QTreeView>
 #include <gtest/gtest.h>
 
+#include "core/Languages.h"
 #include "tests/Paths.h"
 #include "tools/screenshots/WindowTour.h"
 
@@ -164,10 +165,10 @@ class Inspector {
   std::string where_;
 };
 
-class TextsFit : public testing::TestWithParam<std::string_view> {};
+class TextsFit : public testing::TestWithParam<core::LanguageName> {};
 
 TEST_P(TextsFit, EveryWindowShowsItsTextsInFullAndCanBeReadOutAndReachedByKeys) {
-  const std::string language(GetParam());
+  const std::string language(GetParam().code);
   const auto folder = std::filesystem::temp_directory_path() /
                       ("varnlog looks " + std::to_string(QCoreApplication::applicationPid()) + language);
   const tools::DemoPractice practice(folder, {VARNLOG_PROGRAM_DIR, VARNLOG_SUITE_DIR, VARNLOG_OLD_LOG},
@@ -182,8 +183,8 @@ TEST_P(TextsFit, EveryWindowShowsItsTextsInFullAndCanBeReadOutAndReachedByKeys) 
   EXPECT_GT(windows, 30);
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, TextsFit, testing::ValuesIn(start::kLanguages),
-                         [](const auto& language) { return std::string(language.param); });
+INSTANTIATE_TEST_SUITE_P(Languages, TextsFit, testing::ValuesIn(core::kLanguages),
+                         [](const auto& language) { return std::string(language.param.code); });
 
 }  // namespace
 }  // namespace varnlog::app::test

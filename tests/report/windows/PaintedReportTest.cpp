@@ -53,7 +53,7 @@ TEST_F(PaintedReportTest, StoppingLeavesTheOldFile) {
     const ReportJob job = Begin();
     CountedProgress stopping;
     (stopAt == 1 ? stopping.stopAtCounting : stopping.stopAtPainting) = stopAt;
-    EXPECT_FALSE(SavePdf(job, A4(), {File(), {}}, stopping));
+    EXPECT_FALSE(SavePdf(job, A4(), {.file = File()}, stopping));
   }
   EXPECT_EQ(test::ReadFile(File()), "old");
   EXPECT_THAT(log.Names(), testing::ElementsAre("bericht.pdf", "log.mdb", "system.mdw"));
