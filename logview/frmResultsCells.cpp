@@ -257,7 +257,8 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
     if (!IsAsShown(*rows, entered)) {
       return FailureOf(context_.texts, dao::EngineError(dao::ErrorNumber::kDataChanged, ""));
     }
-    if (!ConfirmUnusual(*rows, entered)) return std::nullopt;
+    if (!ConfirmUnusual(*rows, entered))
+      return ui::DataFailure{.number = 0, .text = {}, .keepsEntry = true, .isKnown = true};
     const RowWritten written = WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts,
                                         context_.scheme, context_.edits);
     if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};

@@ -244,10 +244,10 @@ void TDBGrid::TellError() {
   int response = 1;
   const QPointer<TDBGrid> self(this);
   isTelling_ = true;
-  if (events_ != nullptr) events_->Error(failure.number, response);
+  if (events_ != nullptr && !failure.isKnown) events_->Error(failure.number, response);
   if (self.isNull()) return;
   isTelling_ = false;
-  if (response != 0) QApplication::beep();
+  if (response != 0 && !failure.isKnown) QApplication::beep();
   ReturnToEditor();
 }
 

@@ -18,6 +18,8 @@ struct DataFailure {
   QString text;
   /// What was typed stays in its editor, because it may be stored the next time.
   bool keepsEntry = false;
+  /// Nothing is told, because it was the user who took it back.
+  bool isKnown = false;
 };
 
 /// One cell of an owner-drawn column about to be painted.

@@ -46,8 +46,12 @@ TEST_F(EntryHints, AStrangeValueIsAskedAboutAndNeverRefused) {
   program_->Enters(0, kVoltageColumn, "6o");
   EXPECT_EQ(program_->TakeMessages().size(), 1);
   EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "");
+  auto* const editor = program_->Grid().findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr) << "what was typed waits to be mended";
+  EXPECT_EQ(editor->text(), "6o");
   program_->AnswersFirst({core::MessageAnswer::kYes});
-  program_->Enters(0, kVoltageColumn, "6o");
+  QTest::keyClick(editor, Qt::Key_Return);
+  RunningProgram::Settle();
   EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "6o");
   (void)program_->TakeMessages();
   program_->Enters(1, kVoltageColumn, "60");

@@ -78,12 +78,13 @@ class PrintTest : public testing::Test {
   }
 
   void MakeCommands() {
-    commands.emplace(PrintContext{texts, user, clock, shortDate, ini, iniFile,
-                                  [] { return std::string("Praxis"); }, [] { return std::string(); },
-                                  [this] {
-                                    return PrintSource{log.Rows(), "Aufnahmen: 2024"};
-                                  }},
-                     std::move(printers_));
+    commands.emplace(
+        PrintContext{texts, user, clock, shortDate, ini, iniFile, [] { return std::string("Praxis"); },
+                     [] { return std::string(); }, [] { return std::string("D"); },
+                     [this] {
+                       return PrintSource{log.Rows(), "Aufnahmen: 2024"};
+                     }},
+        std::move(printers_));
   }
 
   /// Each modal dialog that opens is given to the next of these, which ends it.
@@ -211,7 +212,7 @@ TEST_F(PrintTest, PaperIsChosenInTheSetupAndUsedAfterwards) {
 
 TEST_F(PrintTest, AFailedSelectionIsReported) {
   commands.emplace(PrintContext{texts, user, clock, shortDate, ini, iniFile, [] { return std::string(); },
-                                [] { return std::string(); },
+                                [] { return std::string(); }, [] { return std::string("D"); },
                                 []() -> PrintSource {
                                   throw dao::EngineError(dao::ErrorNumber::kSyntaxError, "bad apostrophe");
                                 }},
