@@ -86,13 +86,14 @@ Verification Verify(dao::Database& log, const std::optional<Anchor>& anchor, con
 
 std::optional<Finding> CheckNewest(dao::Database& log) {
   constexpr std::int64_t kNewest = 50;
+  constexpr std::int64_t kMostEntries = 500;  // of one seal: a first intake has thousands
   std::optional<Finding> first;
   const Findings findings([&first](Finding finding) {
     if (!first) first = std::move(finding);
   });
   const std::int64_t before = ReadHead(log).number - kNewest;
   const auto base = ReadRepairBase(log, before);
-  SealWalk(log, base ? base->seal : before, findings).Run();
+  SealWalk(log, base ? base->seal : before, findings, kMostEntries).Run();
   return first;
 }
 

@@ -36,10 +36,19 @@ std::string StoredLine(std::string_view previousDigest, const std::vector<dao::C
   return line;
 }
 
+// A number of an entry that can be counted on from, whatever stands in the table.
+std::int64_t EntryNumber(const dao::CellView& value) {
+  return std::clamp<std::int64_t>(NumberOf(value), 0, SealWalk::kAll - 1);
+}
+
 }  // namespace
 
-SealWalk::SealWalk(dao::Database& log, std::int64_t after, const Findings& findings)
-    : log_(log), after_(after), findings_(findings), head_{0, std::string(kNoDigest)} {}
+SealWalk::SealWalk(dao::Database& log, std::int64_t after, const Findings& findings, std::int64_t mostEntries)
+    : log_(log),
+      after_(after),
+      findings_(findings),
+      mostEntries_(mostEntries),
+      head_{0, std::string(kNoDigest)} {}
 
 void SealWalk::Run() {
   const bool hasBase = after_ > 0;
@@ -61,7 +70,7 @@ void SealWalk::Run() {
 
 void SealWalk::TakeBase(const Values& seal) {
   head_ = {NumberOf(seal[kNumber]), TextOf(seal[kDigest])};
-  lastEntry_ = NumberOf(seal[kLastHistory]);
+  lastEntry_ = EntryNumber(seal[kLastHistory]);
 }
 
 void SealWalk::TakeSeal(const Values& seal) {
@@ -78,7 +87,7 @@ void SealWalk::CheckLine(const Values& seal) {
   const std::int64_t number = NumberOf(seal[kNumber]);
   if (number != head_.number + 1) {
     findings_.Add({Fault::kSealDeleted, head_.number + 1, 0, {}});
-    SkipEntries(NumberOf(seal[kFirstHistory]) - 1);
+    SkipEntries(EntryNumber(seal[kFirstHistory]) - 1);
     // A repair knows which one it followed.
     if (seal[kKind].text != NameOf(SealKind::kRepair)) return;
   }
@@ -90,6 +99,12 @@ void SealWalk::CheckLine(const Values& seal) {
 void SealWalk::SkipEntries(std::int64_t last) {
   for (; hasEntry_ && NumberOf(history_->Values()[0]) <= last; hasEntry_ = history_->Next()) ++entries_;
   lastEntry_ = std::max(lastEntry_, last);
+}
+
+void SealWalk::PassOver(std::int64_t last) {
+  history_ = log_.Scan(kHistory, HistoryFields(), {.first = last + 1});
+  hasEntry_ = history_->Next();
+  lastEntry_ = last;
 }
 
 void SealWalk::TakeNotes(const Values& seal) {
@@ -117,7 +132,8 @@ void SealWalk::ReportMissing(std::int64_t from, std::int64_t to) {
 }
 
 void SealWalk::CheckEntries(const Values& seal) {
-  const std::int64_t last = NumberOf(seal[kLastHistory]);
+  const std::int64_t last = EntryNumber(seal[kLastHistory]);
+  if (last - lastEntry_ > mostEntries_) return PassOver(last);
   LineSeal lines;
   std::vector<Entry> entries;
   bool isComplete = true;

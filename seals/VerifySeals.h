@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,8 +27,11 @@ struct RowRange {
 /// history is the one that was sealed. What the seals say about the exposures is left to RowCheck.
 class SealWalk {
  public:
+  static constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
+
   /// From behind the seal number `after` on, which is taken as it is; all when there is none of that number.
-  SealWalk(dao::Database& log, std::int64_t after, const Findings& findings);
+  /// The entries of a seal that has more than `mostEntries` are passed over.
+  SealWalk(dao::Database& log, std::int64_t after, const Findings& findings, std::int64_t mostEntries = kAll);
   void Run();
 
   [[nodiscard]] std::int64_t Count() const { return count_; }
@@ -49,6 +53,7 @@ class SealWalk {
   void TakeNotes(const Values& seal);
   void TakeRange(const Values& seal);
   void SkipEntries(std::int64_t last);
+  void PassOver(std::int64_t last);
   void CheckEntries(const Values& seal);
   void FindChangedEntry(const Values& seal, LineSeal& lines, const std::vector<Entry>& entries);
   void ReportMissing(std::int64_t from, std::int64_t to);
@@ -56,6 +61,7 @@ class SealWalk {
   dao::Database& log_;
   std::int64_t after_;
   const Findings& findings_;
+  std::int64_t mostEntries_;
   std::unique_ptr<dao::TableScan> history_;
   bool hasEntry_ = false;
   std::int64_t lastEntry_ = 0;  // expected up to here by the seals walked so far

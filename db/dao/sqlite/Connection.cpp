@@ -25,9 +25,12 @@ namespace {
 constexpr std::int32_t kWritingBuffer = 64 * 1024;
 constexpr std::int32_t kStorageDefaultBuffer = 2000;
 
-// The storage keeps statistics on its memory behind a lock, for which every row would pay.
+// The storage keeps statistics on its memory behind a lock, for which every row would pay. And what a single
+// statement may have to undo, a few pages where rules watch over a table, would go through a file each time.
 void PrepareStorage() {
-  static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  constexpr int kUndoneInMemory = 1 << 20;  // bytes
+  static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) +
+                                sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kUndoneInMemory);
   static_cast<void>(configured);
 }
 
