@@ -14,6 +14,7 @@
 #include "app/frmMDIMain.h"
 #include "core/Installation.h"
 #include "core/Messages.h"
+#include "db/dao/WarmUp.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "platform/Files.h"
@@ -118,6 +119,7 @@ int RunProgram(core::Globals& globals, const Arguments& arguments) {
   app::SingleInstance instance(globals.ProgramFolderGl);
   // Who only looks disturbs nobody.
   const bool first = started.isInspection || instance.Claim();
+  if (first) dao::WarmUp();
   legacy::InstallJetFormat();
   start::Language texts(globals);
   ui::MessageBox user(texts);

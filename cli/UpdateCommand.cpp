@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/Command.h"
+#include "db/dao/WarmUp.h"
 #include "intake/UpdateRun.h"
 
 namespace varnlog::cli {
@@ -24,6 +25,7 @@ void AddUpdateOptions(CLI::App& command, Options& options) {
 }
 
 void RunUpdateCommand(Session& session, const Options& options, Output& output) {
+  dao::WarmUp();
   core::Globals& globals = session.globals();
   if (!options.otherLog) session.RequireOwnLog();
   session.InstallDefaultLog();

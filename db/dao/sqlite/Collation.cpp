@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <future>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -15,6 +16,7 @@
 #include <unicode/ustring.h>
 
 #include "db/dao/EngineError.h"
+#include "db/dao/WarmUp.h"
 #include "platform/CodePage.h"
 
 namespace varnlog::dao {
@@ -67,13 +69,17 @@ struct Collation::Impl {
   /// The full rules, made when a text is not plain ASCII for the first time. A process that cannot make them
   /// ends: taking two texts for equal instead could lose an exposure.
   [[nodiscard]] const UCollator* Full() noexcept {
-    std::call_once(made, [this] { collator = OpenCollator(); });
+    Make();
     return collator.get();
+  }
+  void Make() {
+    std::call_once(made, [this] { collator = OpenCollator(); });
   }
   [[nodiscard]] int CompareFully(std::string_view a, std::string_view b);
 
   std::once_flag made;
   Collator collator;
+  std::future<void> ahead;
 };
 
 int Collation::Impl::CompareFully(std::string_view a, std::string_view b) {
@@ -118,6 +124,16 @@ Collation::~Collation() = default;
 const Collation& Collation::Instance() {
   static const Collation kInstance;
   return kInstance;
+}
+
+void Collation::MakeAhead() const {
+  if (impl_->ahead.valid()) return;
+  // Where no thread can be had, the first comparison makes them.
+  impl_->ahead = std::async(std::launch::async | std::launch::deferred, [this] { impl_->Make(); });
+}
+
+void WarmUp() {
+  Collation::Instance().MakeAhead();
 }
 
 int Collation::Compare(std::string_view a, std::string_view b) const {

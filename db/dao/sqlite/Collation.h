@@ -21,6 +21,9 @@ class Collation {
   /// One for the process; comparing is safe from one thread at a time.
   [[nodiscard]] static const Collation& Instance();
 
+  /// Makes the full rules on another processor, for work that will need them.
+  void MakeAhead() const;
+
   /// Negative, 0 or positive, as the order of two UTF-8 texts. Malformed bytes count as U+FFFD.
   [[nodiscard]] int Compare(std::string_view a, std::string_view b) const;
   /// The same by the full rules alone, without the short cuts; what Compare() is tested against.
