@@ -11,6 +11,7 @@
 
 #include "cli/Command.h"
 #include "core/EngineMessages.h"
+#include "platform/LibraryMemory.h"
 #include "platform/Process.h"
 #include "platform/Terminal.h"
 
@@ -132,6 +133,7 @@ int Main(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::set_new_handler(EndWithoutMemory);
+  varnlog::platform::GuardLibraryMemory();
   std::set_terminate(EndWithoutHandler);
   varnlog::platform::PrepareStandardStreams();
   try {

@@ -86,6 +86,7 @@ void RememberHead(const core::Globals& globals, core::SettingsStore& ini) {
     dao::Database& log = *globals.LogEngineGl->Database();
     if (!seals::HasSealTables(log)) return;
     const seals::Head head = seals::ReadHead(log);
+    BeginSettings(globals, ini);
     ini.WriteString(globals.strDataFileGl, HeadKey(globals), std::to_string(head.number) + "-" + head.digest,
                     globals.IniFileGl);
   } catch (const dao::EngineError&) {

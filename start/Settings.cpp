@@ -106,6 +106,12 @@ void SaveSettings(const core::Globals& globals, core::SettingsStore& ini) {
   if (!globals.strDataFileGl.empty()) SaveSelection(globals, ini, globals.strDataFileGl);
 }
 
+void BeginSettings(const core::Globals& globals, core::SettingsStore& ini) {
+  if (db::FileExists(globals.IniFileGl)) return;
+  for (const Switch& option : kSwitches)
+    ini.WriteString(kUser, option.key, option.atFirst ? "1" : "0", globals.IniFileGl);
+}
+
 void ReadHostSettings(core::Globals& globals, const core::SettingsStore& ini) {
   globals.SiteGl = ini.ReadString("INSTALL", "Site", core::InSuiteFolder(globals, core::kSuiteSettings));
   const std::string acquisition = core::InSuiteFolder(globals, core::kAcquisitionSettings);

@@ -50,6 +50,9 @@ void LoadSettings(core::Globals& globals, const core::SettingsStore& ini);
 /// The log that the settings name, as a full path, whether it is there or not; "" when they name none.
 [[nodiscard]] std::string ConfiguredDataFile(const core::Globals& globals, const core::SettingsStore& ini);
 void SaveSettings(const core::Globals& globals, core::SettingsStore& ini);
+/// To be called before anything but these settings is noted in the file. Without the file all view options
+/// are on, in one that lacks them all are off.
+void BeginSettings(const core::Globals& globals, core::SettingsStore& ini);
 /// Each log remembers its own last selection, in the section named by its path.
 void LoadSelection(core::Globals& globals, const core::SettingsStore& ini, const std::string& dataFile);
 void SaveSelection(const core::Globals& globals, core::SettingsStore& ini, const std::string& dataFile);

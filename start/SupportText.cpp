@@ -6,6 +6,7 @@
 #include "db/dao/DBEngine.h"
 #include "platform/Files.h"
 #include "seals/SealTables.h"
+#include "start/StartUp.h"
 
 namespace varnlog::start {
 
@@ -43,6 +44,7 @@ void AddContent(std::string& text, dao::Database& log, const core::TextLookup& t
 
 void NoteVerified(const core::Globals& globals, core::SettingsStore& ini, const platform::Clock& clock,
                   bool isSound) {
+  BeginSettings(globals, ini);
   ini.WriteString(globals.strDataFileGl, kVerified,
                   clock.Now().ToIso().append(isSound ? kSound : std::string_view()), globals.IniFileGl);
 }

@@ -233,7 +233,8 @@ std::map<std::string, std::string> KeysInSources() {
   const std::filesystem::path root(VARNLOG_SOURCE_DIR);
   for (std::filesystem::recursive_directory_iterator it(root), end; it != end; ++it) {
     const std::string name = it->path().filename().string();
-    if (it->is_directory() && (name == "build" || name == "tests" || name.starts_with(".")))
+    if (it->is_directory() &&
+        (name == "build" || name == "tests" || name == "platform" || name.starts_with(".")))
       it.disable_recursion_pending();
     if (!it->is_regular_file() ||
         !std::set<std::string>{".cpp", ".h", ".html"}.contains(it->path().extension()))

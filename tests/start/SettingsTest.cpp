@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "start/StartUp.h"
+#include "start/SupportText.h"
 #include "start/modINIFile.h"
 #include "tests/start/AppFixture.h"
 #include "tests/support/Table.h"
@@ -31,6 +32,10 @@ TEST_F(Settings, AreAllOnWithoutAnIniFile) {
   EXPECT_TRUE(globals_.UpdateOnActivation);
   EXPECT_EQ(globals_.strDataFileGl, folder_.Data("Varnlog.mdb"));
   EXPECT_EQ(globals_.SortSelectionGl, SelectionKind::kAll);
+  NoteVerified(globals_, ini_, platform::SystemClock(), true);
+  Load();
+  EXPECT_TRUE(globals_.OptTbrVisible && globals_.UpdateOnActivation && !globals_.TakeInAtOnce)
+      << "a program that was killed in its first run leaves a file with such notes alone";
   Holds("[User]\nOptBigIcons=true\nOptTbrVisible=yes\nOptSbrVisible=1\n");
   Load();
   EXPECT_FALSE(globals_.OptBigIcons || globals_.OptTbrVisible || globals_.UpdateOnActivation);

@@ -17,6 +17,7 @@
 #include "legacy/Conversion.h"
 #include "platform/Author.h"
 #include "platform/Clock.h"
+#include "platform/LibraryMemory.h"
 #include "seals/Ledger.h"
 #include "seals/LogSeals.h"
 #include "tests/faults/Scenario.h"
@@ -78,6 +79,7 @@ int main(int argc, char** argv) {
     std::fputs("workstation: out of memory\n", stderr);
     std::_Exit(1);
   });
+  varnlog::platform::GuardLibraryMemory();
   if (argc < 4) return 2;
   try {
     dao::DBEngine engine;
