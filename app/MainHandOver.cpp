@@ -4,6 +4,7 @@
 #include "app/frmMDIMain.h"
 #include "backup/Schedule.h"
 #include "core/Installation.h"
+#include "db/dao/ServerLink.h"
 #include "exports/Separator.h"
 #include "inspection/frmInspection.h"
 #include "statistics/ReferenceLevels.h"
@@ -106,7 +107,7 @@ void frmMDIMain::BackUpIfDue() {
   timBackup_.setInterval(kMillisecondsBetweenBackups);
   const backup::Settings settings = backup::LoadSettings(context_.services.ini, context_.globals.IniFileGl);
   if (settings.folder.empty() || unloading_ || program_.IsInspection() || !program_.State().dataFileOpen ||
-      start::IsOtherLog(context_.globals))
+      start::IsOtherLog(context_.globals) || dao::IsServerLink(context_.globals.strDataFileGl))
     return;
   if (IsBusy()) return timBackup_.start(kMillisecondsUntilBackup);
   const auto tell = [this](core::TextKey key, const core::Placeholders& values) {

@@ -9,6 +9,7 @@
 #include "core/EngineMessages.h"
 #include "core/LogConfig.h"
 #include "core/Numbers.h"
+#include "db/dao/ServerState.h"
 #include "db/modCommon.h"
 #include "platform/Files.h"
 #include "statistics/Retention.h"
@@ -74,6 +75,8 @@ QWidget* frmProperties::FileTab() {
   version_ = AddFact(form, "PP_DBVERSION"_key, "lblVersion");
   size_ = AddFact(form, "PP_SIZE"_key, "lblSize");
   rows_ = AddFact(form, "PP_ROWS"_key, "lblRows");
+  server_ = AddFact(form, "PP_SERVER"_key, "lblServer");
+  connected_ = AddFact(form, "PP_CONNECTED"_key, "lblConnected");
   retention_ = AddFact(form, "PP_RETENTION"_key, "lblRetention");
   retention_->setToolTip(Caption(texts, "PP_RETENTIONTIP"_key));
 
@@ -145,6 +148,27 @@ QString frmProperties::SizeText(std::uint64_t bytes) const {
                  {{"strSize", ui::FromQString(number)}});
 }
 
+// What a file needs the server sees to itself; the tips of the buttons say so.
+void frmProperties::ShowServer() {
+  const auto& log = globals_.LogEngineGl->Database();
+  const auto state = log ? log->Server() : std::nullopt;
+  auto* form = qobject_cast<QFormLayout*>(server_->parentWidget()->layout());
+  for (QLabel* fact : {server_, connected_}) form->setRowVisible(fact, state.has_value());
+  if (!state) return;
+  const std::string host = state->host.empty() ? state->database : state->host + ", " + state->database;
+  const std::string encryption =
+      state->encryption.empty() ? services_.texts.GetText("PP_PLAIN"_key) : state->encryption;
+  server_->setText(ui::ToQString("PostgreSQL " + state->version + "\n" + host + "\n" + encryption));
+  QStringList connected;
+  for (const std::string& each : state->connected) connected.append(ui::ToQString(each));
+  connected_->setText(connected.join('\n'));
+  size_->setText(SizeText(static_cast<std::uint64_t>(state->bytes)));
+  for (QPushButton* job : {compact_, repair_}) {
+    job->setEnabled(false);
+    job->setToolTip(Caption(services_.texts, "GL_ERR_3219"_key));
+  }
+}
+
 void frmProperties::ShowFacts() {
   const auto& log = globals_.LogEngineGl->Database();
   path_->setText(ui::ToQString(globals_.strDataFileGl));
@@ -164,6 +188,7 @@ void frmProperties::ShowFacts() {
         isOpen ? ui::ToQString(core::Grouped(services_.texts, std::to_string(statistics::CountPastRetention(
                                                                   *log, services_.clock.Today()))))
                : QString());
+    ShowServer();
   } catch (const dao::EngineError& error) {
     rows_->setText(ui::ToQString(core::EngineErrorText(services_.texts, error)));
   }

@@ -36,6 +36,7 @@ class frmProperties final : public QDialog {
   [[nodiscard]] QWidget* ProgramTab();
   QLabel* AddFact(QFormLayout* form, core::TextKey label, const char* name);
   void ShowFacts();
+  void ShowServer();
   void SetReadOnly(bool readOnly);
   void Work(Job job);
   /// Compacts or repairs and returns how the result is told once the log is open again.
@@ -52,6 +53,8 @@ class frmProperties final : public QDialog {
   QLabel* size_ = nullptr;
   QLabel* rows_ = nullptr;
   QLabel* retention_ = nullptr;
+  QLabel* server_ = nullptr;
+  QLabel* connected_ = nullptr;
   QCheckBox* readOnly_ = nullptr;
   QPushButton* compact_ = nullptr;
   QPushButton* repair_ = nullptr;

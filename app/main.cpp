@@ -14,6 +14,7 @@
 #include "app/frmMDIMain.h"
 #include "core/Installation.h"
 #include "core/Messages.h"
+#include "db/dao/DBEngine.h"
 #include "db/dao/WarmUp.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
@@ -121,6 +122,11 @@ int RunProgram(core::Globals& globals, const Arguments& arguments) {
   const bool first = started.isInspection || instance.Claim();
   if (first) dao::WarmUp();
   legacy::InstallJetFormat();
+  // While a server is being reached the windows go on drawing themselves.
+  dao::DBEngine::Instance().SetWaiting([] {
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    return true;
+  });
   start::Language texts(globals);
   ui::MessageBox user(texts);
   start::modINIFile ini;

@@ -9,7 +9,8 @@
 
 #include "bench/Installation.h"
 #include "db/dao/DBEngine.h"
-#include "db/dao/sqlite/Collation.h"
+#include "db/dao/sqlite/TextFunctions.h"
+#include "db/dao/text/Collation.h"
 #include "dialogs/PatientSearch.h"
 #include "platform/ShortDate.h"
 #include "start/Language.h"

@@ -51,6 +51,8 @@ seals::Verification VerifySeals(Session& session, const Options& options, Output
 void AddHistoryOptions(CLI::App& command, Options& options);
 void RunHistoryCommand(Session& session, const Options& options, Output& output);
 void RunCompactCommand(Session& session, const Options& options, Output& output);
+void AddServerOptions(CLI::App& command, Options& options);
+void RunServerCommand(Session& session, const Options& options, Output& output);
 void AddBackupOptions(CLI::App& command, Options& options);
 void RunBackupCommand(Session& session, const Options& options, Output& output);
 void AddRestoreOptions(CLI::App& command, Options& options);

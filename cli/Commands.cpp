@@ -33,6 +33,8 @@ constexpr std::array kCommands = {
             RunRepairCommand},
     Command{"backup", "copy the log into a folder while others work, and check the copy", AddBackupOptions,
             nullptr, RunBackupCommand},
+    Command{"server", "make, fill, read out or look at a log on a server", AddServerOptions, nullptr,
+            RunServerCommand, Command::Works::kOnFiles},
     Command{"restore", "give the log the content of a copy", AddRestoreOptions, nullptr, RunRestoreCommand},
 };
 

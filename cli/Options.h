@@ -31,6 +31,8 @@ struct Options {
   std::string output;  // the file of a report or an export
   std::string oldLog;  // to convert
   std::string newLog;  //
+  std::string link;    // to a log on a server
+  std::string action;  // on that server
   std::string anchor;  // a state that the log must contain
   std::string backupFolder;
   std::string backupFile;

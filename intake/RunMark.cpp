@@ -1,8 +1,10 @@
 #include "intake/RunMark.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "core/LogConfig.h"
+#include "db/dao/ServerLink.h"
 
 namespace varnlog::intake {
 
@@ -16,12 +18,18 @@ std::string AppliedKey(std::size_t number) {
 
 }  // namespace
 
-RunId ReadRunMark(dao::Database& log) {
-  return core::ReadLogConfig(log, kRunKey).value_or(RunId());
+RunId ReadRunMark(dao::Database& log, const RunId& asked) {
+  const std::string runs = core::ReadLogConfig(log, kRunKey).value_or("");
+  const bool isOne = !asked.empty() && runs.find(asked) != std::string::npos;
+  return isOne ? asked : runs.substr(0, runs.find(' '));
 }
 
 void WriteRunMark(dao::Database& log, const RunId& id) {
-  core::WriteLogConfig(log, kRunKey, id);
+  constexpr std::size_t kMost = 7 * 33 - 1;
+  std::string runs = id;
+  if (dao::IsServerLink(log.Name())) runs += ' ' + core::ReadLogConfig(log, kRunKey).value_or("");
+  runs.resize(std::min(runs.size(), kMost));
+  core::WriteLogConfig(log, kRunKey, runs);
 }
 
 std::vector<AppliedBytes> ReadAppliedBytes(dao::Database& log) {

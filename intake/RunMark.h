@@ -9,11 +9,12 @@
 
 namespace varnlog::intake {
 
-/// The last committed run, kept in TConfig under "IntakeRun". It is written in the same transaction as the
-/// run's rows, so that a copy that is found later tells whether its records are in the log.
+/// Committed runs, kept in TConfig under "IntakeRun": the last one, and on a server, where exchange files of
+/// several sites come together, the last seven, the latest first. A run is written there in the same
+/// transaction as its rows, so that a copy that is found later tells whether its records are in the log.
 ///
-/// "" when the log knows of none. Both throw EngineError.
-[[nodiscard]] RunId ReadRunMark(dao::Database& log);
+/// `asked` if that is one of them, else the last; "" when the log knows of none. Both throw EngineError.
+[[nodiscard]] RunId ReadRunMark(dao::Database& log, const RunId& asked);
 void WriteRunMark(dao::Database& log, const RunId& id);
 
 /// Bytes of records that are in the log although they could not be removed, kept in TConfig under

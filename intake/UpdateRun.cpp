@@ -4,6 +4,7 @@
 
 #include "core/EngineMessages.h"
 #include "core/Messages.h"
+#include "db/dao/ServerLink.h"
 #include "intake/ExposureWriter.h"
 #include "intake/IntakeSources.h"
 #include "intake/RecordNotices.h"
@@ -40,8 +41,13 @@ class Transaction {
   bool open_;
 };
 
+/// The file beside which the safe copy lies: the log, or, where that is on a server, the exchange file.
+const std::string& CopiedBeside(const core::Globals& globals) {
+  return dao::IsServerLink(globals.strDataFileGl) ? globals.ExchangeFileGl : globals.strDataFileGl;
+}
+
 IntakeSources SourcesOf(const core::Globals& globals, const RunOptions& options) {
-  return {platform::ToPath(globals.ExchangeFileGl), platform::ToPath(globals.strDataFileGl),
+  return {platform::ToPath(globals.ExchangeFileGl), platform::ToPath(CopiedBeside(globals)),
           globals.LanguageGl, options};
 }
 
@@ -227,13 +233,13 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
 /// Deletes the copy. Another run may have begun since the commit, and the copy there may be its own: that is
 /// looked at under the write lock. Who does not get the lock leaves the copy; the next run knows it is done.
 void Run::TidyUp(db::CJetEngine& engine) const {
-  const IntakeCopy copy(platform::ToPath(globals_.strDataFileGl));
+  const IntakeCopy copy(platform::ToPath(CopiedBeside(globals_)));
   if (!copy.Exists()) return;
   // The commit itself has to be on the disk before its copy goes.
   if (platform::FlushFolder(copy.Path().parent_path())) return;
   try {
     const Transaction lock(engine);
-    if (!lock.IsOpen() || copy.PeekId() != ReadRunMark(*engine.Database())) return;
+    if (!lock.IsOpen() || copy.PeekId() != ReadRunMark(*engine.Database(), copy.PeekId())) return;
     if (copy.Delete()) options_.Reached(RunStep::kCopyGone);
   } catch (const dao::EngineError&) {
     return;
@@ -253,7 +259,7 @@ Run::Question Run::Attempt(db::CJetEngine& engine) {
     }
     dao::Database& log = *engine.Database();
     sources_.SetApplied(ReadAppliedBytes(log));
-    switch (sources_.Open(ReadRunMark(log))) {
+    switch (sources_.Open(ReadRunMark(log, sources_.StandingCopy()))) {
       case IntakeSources::Opened::kReady:
         break;
       case IntakeSources::Opened::kCannotOpen:
@@ -383,10 +389,11 @@ bool ExchangeDataPending(const core::Globals& globals) {
   IntakeSources sources = SourcesOf(globals, {});
   if (platform::FileSize(platform::ToPath(globals.ExchangeFileGl)).value_or(0) > 0)
     sources.SetApplied(AppliedBytesOf(globals));
-  return sources.IsPending([&globals] {
+  return sources.IsPending([&globals, &sources] {
     try {
       const db::CJetEngine* const engine = globals.LogEngineGl.get();
-      if (engine != nullptr && engine->Database() != nullptr) return ReadRunMark(*engine->Database());
+      if (engine != nullptr && engine->Database() != nullptr)
+        return ReadRunMark(*engine->Database(), sources.StandingCopy());
     } catch (const dao::EngineError&) {
       // A copy of which it is not known whether it is done counts as pending.
       return RunId();

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "db/dao/rows/RowSet.h"
+#include "db/dao/CellView.h"
 
 namespace varnlog::seals {
 

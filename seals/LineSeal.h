@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "db/dao/rows/RowSet.h"
+#include "db/dao/CellView.h"
 #include "platform/Sha256.h"
 
 namespace varnlog::seals {

@@ -24,6 +24,9 @@ void ShowOpenError(const Services& services, const db::CJetEngine& engine, const
       break;
     case dao::ErrorNumber::kNoPermission:
     case dao::ErrorNumber::kUnrecognisedFormat:
+    case dao::ErrorNumber::kServerUnreachable:
+    case dao::ErrorNumber::kConnectionLost:
+    case dao::ErrorNumber::kBadAccount:
       services.Messages().ShowText(core::EngineErrorText(services.texts, engine) + "\n\n" +
                                    engine.LastError());
       break;

@@ -4,8 +4,8 @@
 #include <span>
 #include <string_view>
 
+#include "db/dao/CellView.h"
 #include "db/dao/Field.h"
-#include "db/dao/rows/RowSet.h"
 
 namespace varnlog::dao {
 

@@ -3,13 +3,20 @@
 #include <algorithm>
 #include <utility>
 
+#include "db/dao/EngineState.h"
+#include "db/dao/ServerLink.h"
 #include "db/dao/Workgroup.h"
 #include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/Maintenance.h"
-#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
+
+void RequireFile(const std::string& path) {
+  if (IsServerLink(path))
+    throw EngineError(ErrorNumber::kServersOwn,
+                      "The log that '" + path + "' names lies on a server, which sees to its upkeep itself.");
+}
 
 DBEngine::DBEngine() : state_(std::make_shared<EngineState>()) {}
 DBEngine::~DBEngine() = default;
@@ -21,6 +28,10 @@ DBEngine& DBEngine::Instance() {
 
 void DBEngine::SetForeignFormat(ForeignFormat format) {
   state_->foreign = std::move(format);
+}
+
+void DBEngine::SetWaiting(std::function<bool()> waiting) {
+  state_->waiting = std::move(waiting);
 }
 
 std::shared_ptr<Workspace> DBEngine::CreateWorkspace(std::string name, std::string user,
@@ -53,6 +64,7 @@ std::shared_ptr<Database> DBEngine::CreateDatabase(const std::string& path, std:
 
 RepairReport DBEngine::RepairDatabase(const std::string& path, const MaintenanceProgress& progress,
                                       const FinishRepair& finish) {
+  RequireFile(path);
   return RepairFile(path, progress, finish, state_);
 }
 

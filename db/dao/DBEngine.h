@@ -21,25 +21,26 @@ namespace varnlog::dao {
 
 class BulkRows;
 class ChangeJournal;
-class Connection;  // one open file; private to this folder
+class Storage;     // what stands behind one opening; private to this folder
 class WriteScope;  // likewise
 class TableScan;
 class ValueIndex;
 struct IndexedColumn;
 struct ScanRange;
+struct ServerState;
 struct EngineState;  // options and statistics; private to this folder
 
 /// Changes of one database that are made together or not at all; within an open transaction, with that. Takes
 /// the write lock at once. Undone unless Commit() was called.
 class ChangeGroup {
  public:
-  explicit ChangeGroup(std::shared_ptr<Connection> connection);
+  explicit ChangeGroup(std::shared_ptr<Storage> storage);
   ~ChangeGroup();
   ChangeGroup(ChangeGroup&&) noexcept;
   void Commit();
 
  private:
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<Storage> storage_;
   std::unique_ptr<WriteScope> scope_;
 };
 
@@ -47,13 +48,13 @@ class ChangeGroup {
 /// statements are prepared anew, so it is for long runs.
 class RulesSuspension {
  public:
-  explicit RulesSuspension(std::shared_ptr<Connection> connection);
+  explicit RulesSuspension(std::shared_ptr<Storage> storage);
   ~RulesSuspension();
   RulesSuspension(const RulesSuspension&) = delete;
   RulesSuspension& operator=(const RulesSuspension&) = delete;
 
  private:
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<Storage> storage_;
   bool wereObeyed_;
 };
 
@@ -61,11 +62,11 @@ class RulesSuspension {
 /// kCancelled, leaving the source as it was.
 using MaintenanceProgress = std::function<bool(double)>;
 
-/// An open database file. Record sets keep the file open as long as they live; Close() makes every further
-/// use of them throw kObjectInvalid.
+/// An open database: a file, or what a link file names on a server. Record sets keep the file open as long as
+/// they live; Close() makes every further use of them throw kObjectInvalid.
 class Database {
  public:
-  explicit Database(std::shared_ptr<Connection> connection);
+  explicit Database(std::shared_ptr<Storage> storage);
   ~Database();
 
   [[nodiscard]] std::string Name() const;  // path
@@ -91,7 +92,7 @@ class Database {
   void Execute(std::string_view storageSql);
 
   /// Throws kReadOnlyDatabase, kFileInUse.
-  [[nodiscard]] ChangeGroup BeginChanges() { return ChangeGroup(connection_); }
+  [[nodiscard]] ChangeGroup BeginChanges() { return ChangeGroup(storage_); }
 
   /// For a file that is thrown away when anything fails: from now on nothing is flushed to the disk, and a
   /// crash in the middle of a change leaves a file that is of no use.
@@ -126,7 +127,7 @@ class Database {
   /// From now on they hold for this open file as well; false, and they do not, unless HasRules().
   [[nodiscard]] bool ObeyRules(std::span<const std::string> rules);
   /// For a writer whose journal refuses by itself what the rules would.
-  [[nodiscard]] RulesSuspension SuspendRules() { return RulesSuspension(connection_); }
+  [[nodiscard]] RulesSuspension SuspendRules() { return RulesSuspension(storage_); }
 
   /// Writes a copy of the file as it is at this moment, page by page, while others go on reading; who wants
   /// to write waits. The copy is verified; a failure leaves none. Throws kFileExists, kInvalidPath,
@@ -137,13 +138,16 @@ class Database {
   /// result, NAME.replaced. Throws kFileInUse, kCancelled, what opening throws.
   std::string CopyInto(const std::string& existing, const MaintenanceProgress& progress = {});
 
+  /// ServerState.h; nothing for a file.
+  [[nodiscard]] std::optional<ServerState> Server();
+
   /// Everything that is wrong with the file, one finding an entry; empty when it is sound.
   [[nodiscard]] std::vector<std::string> Check();
 
   void Close();
 
  private:
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<Storage> storage_;
 };
 
 /// A named session. Transactions reach over its databases.
@@ -178,14 +182,14 @@ class Workspace {
   void Close();
 
  private:
-  [[nodiscard]] std::vector<std::shared_ptr<Connection>> OpenConnections();
+  [[nodiscard]] std::vector<std::shared_ptr<Storage>> OpenStorages();
   void RequireOpen() const;
   void RequireTransaction() const;
 
   std::string name_;
   std::string user_;
   std::shared_ptr<EngineState> state_;
-  std::vector<std::weak_ptr<Connection>> connections_;
+  std::vector<std::weak_ptr<Storage>> storages_;
   bool inTransaction_ = false;
   bool closed_ = false;
 };
@@ -238,6 +242,10 @@ class DBEngine {
 
   /// The other format that databases may have when they are opened for reading; none unless set.
   void SetForeignFormat(ForeignFormat format);
+
+  /// Is asked now and then while a server is being reached, so that a window stays alive; false gives up
+  /// (kCancelled).
+  void SetWaiting(std::function<bool()> waiting);
 
   /// The workgroup file that names the accounts; checked by CreateWorkspace.
   [[nodiscard]] const std::string& SystemDB() const { return systemDB_; }

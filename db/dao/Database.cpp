@@ -1,13 +1,9 @@
-#include <algorithm>
 #include <utility>
 
-#include "db/dao/DBEngine.h"
-#include "db/dao/rows/DynasetRecordset.h"
-#include "db/dao/rows/SnapshotRecordset.h"
-#include "db/dao/rows/TableRecordset.h"
-#include "db/dao/sqlite/Check.h"
-#include "db/dao/sqlite/Connection.h"
-#include "db/dao/sqlite/MissingRows.h"
+#include "db/dao/BulkRows.h"
+#include "db/dao/Storage.h"
+#include "db/dao/TableScan.h"
+#include "db/dao/ValueIndex.h"
 
 namespace varnlog::dao {
 
@@ -25,46 +21,28 @@ bool IsStatement(std::string_view source) {
          (IsBlank(source[kSelect.size()]) || source[kSelect.size()] == '[' || source[kSelect.size()] == '*');
 }
 
-[[noreturn]] void ThrowType(std::string_view what) {
-  throw EngineError(ErrorNumber::kNotSupported,
-                    "The source cannot be opened as a " + std::string(what) + ".");
-}
-
-std::unique_ptr<Recordset> OpenSelect(const std::shared_ptr<Connection>& connection,
-                                      std::shared_ptr<Select> select, Parameters parameters,
-                                      std::optional<RecordsetType> wanted) {
-  const bool canEdit = select->allAreFields && !select->parsed.distinct;
-  const RecordsetType type = wanted.value_or(canEdit ? RecordsetType::kDynaset : RecordsetType::kSnapshot);
-  if (type == RecordsetType::kSnapshot) {
-    auto rows = ReadAll(*connection, *select, parameters);
-    return std::make_unique<SnapshotRecordset>(select->fields, std::move(rows));
-  }
-  if (!canEdit) ThrowType("dynaset");
-  return std::make_unique<DynasetRecordset>(connection, std::move(select), std::move(parameters));
-}
-
 }  // namespace
 
-Database::Database(std::shared_ptr<Connection> connection) : connection_(std::move(connection)) {}
+Database::Database(std::shared_ptr<Storage> storage) : storage_(std::move(storage)) {}
 Database::~Database() = default;
 
 std::string Database::Name() const {
-  return connection_->Path();
+  return storage_->Path();
 }
 bool Database::IsReadOnly() const {
-  return connection_->IsReadOnly();
+  return storage_->IsReadOnly();
 }
 bool Database::WasReplaced() const {
-  return connection_->WasReplaced();
+  return storage_->WasReplaced();
 }
 std::vector<std::string> Database::TableNames() const {
-  return ReadTableNames(*connection_);
+  return storage_->TableNames();
 }
 
 TableDef Database::TableDefs(std::string_view name) {
   try {
-    const TableSchema table = ReadTableSchema(*connection_, name);
-    return {connection_, table.name, table.fields, table.indexes};
+    const auto table = storage_->Table(name);
+    return {storage_, table->name, table->fields, table->indexes};
   } catch (const EngineError& error) {
     if (error.number() != ErrorNumber::kTableNotFound) throw;
     throw EngineError(ErrorNumber::kItemNotFound, error.what());
@@ -73,42 +51,82 @@ TableDef Database::TableDefs(std::string_view name) {
 
 std::unique_ptr<Recordset> Database::OpenRecordset(std::string_view source,
                                                    std::optional<RecordsetType> type) {
-  static_cast<void>(connection_->Handle());  // kObjectInvalid once closed
-  if (IsStatement(source)) {
-    if (type == RecordsetType::kTable) ThrowType("table");
-    Parameters parameters;
-    auto select = connection_->Selects().Find(*connection_, source, parameters);
-    return OpenSelect(connection_, std::move(select), std::move(parameters), type);
-  }
-  if (type.value_or(RecordsetType::kTable) == RecordsetType::kTable)
-    return std::make_unique<TableRecordset>(connection_, connection_->Table(source));
-  return OpenSelect(connection_, SelectCache::WholeTable(*connection_, source), {}, type);
+  if (!storage_->IsOpen()) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
+  const bool isTable = !IsStatement(source);
+  const bool wantsTable = type.value_or(RecordsetType::kTable) == RecordsetType::kTable;
+  if (isTable && wantsTable) return storage_->OpenTable(source);
+  if (type == RecordsetType::kTable)
+    throw EngineError(ErrorNumber::kNotSupported, "The source cannot be opened as a table.");
+  return storage_->OpenSelect(source, isTable, type);
 }
 
 void Database::Execute(std::string_view storageSql) {
-  connection_->Execute(std::string(storageSql));
-  connection_->ForgetSchema();
-  connection_->ForgetRows();
-}
-
-void Database::SetJournal(std::shared_ptr<ChangeJournal> journal) {
-  connection_->SetJournal(std::move(journal));
+  storage_->RunStorageSql(storageSql);
 }
 
 void Database::ForgoSafety() {
-  connection_->ForgoSafety();
+  storage_->ForgoSafety();
+}
+
+std::unique_ptr<BulkRows> Database::OpenBulkRows(std::string_view table) {
+  return storage_->OpenBulkRows(table);
 }
 
 std::vector<IdRange> Database::UnusedIds(std::string_view table) {
-  return dao::UnusedIds(*connection_, std::string(table));
+  return storage_->UnusedIds(table);
+}
+
+std::unique_ptr<TableScan> Database::Scan(std::string_view table, std::span<const std::string> fields,
+                                          const ScanRange& range) {
+  return storage_->Scan(table, fields, range);
+}
+
+std::unique_ptr<ValueIndex> Database::IndexValues(std::string_view table,
+                                                  std::span<const IndexedColumn> columns) {
+  return storage_->IndexValues(table, columns);
+}
+
+std::int64_t Database::Greatest(std::string_view table, std::string_view field) {
+  return storage_->Greatest(table, field);
+}
+
+void Database::SetJournal(std::shared_ptr<ChangeJournal> journal) {
+  storage_->SetJournal(std::move(journal));
+}
+
+bool Database::HasRules(std::span<const std::string> rules) {
+  return storage_->HasRules(rules);
+}
+
+void Database::SetRules(std::span<const std::string> rules) {
+  storage_->SetRules(rules);
+}
+
+// Only what was compared with rules of the program's own is let run.
+bool Database::ObeyRules(std::span<const std::string> rules) {
+  if (!storage_->HasRules(rules)) return false;
+  storage_->SetRulesObeyed(true);
+  return true;
+}
+
+void Database::CopyTo(const std::string& target, const MaintenanceProgress& progress) {
+  storage_->CopyTo(target, progress);
+}
+
+std::string Database::CopyInto(const std::string& existing, const MaintenanceProgress& progress) {
+  return storage_->CopyInto(existing, progress);
+}
+
+std::optional<ServerState> Database::Server() {
+  return storage_->Server();
 }
 
 std::vector<std::string> Database::Check() {
-  return CheckFile(*connection_);
+  return storage_->Check();
 }
 
 void Database::Close() {
-  connection_->Close();
+  storage_->Close();
 }
 
 }  // namespace varnlog::dao

@@ -29,10 +29,14 @@ enum class ErrorNumber : int {
   kSyntaxError = 3075,
   kTableNotFound = 3078,
   kObjectNotFound = 3011,
+  kConnectionLost = 3146,  // the server stopped answering; an open transaction is undone
+  kServerUnreachable = 3151,
+  kOutcomeUnknown = 3155,  // the server stopped answering while it committed
   kTooLongForField = 3163,
   kRecordDeleted = 3167,
   kDataChanged = 3197,
   kFileExists = 3204,
+  kServersOwn = 3219,  // upkeep that a server sees to itself
   kNotSupported = 3251,
   kItemNotFound = 3265,
   kRuleViolated = 3317,  // a value that a rule of the table refuses

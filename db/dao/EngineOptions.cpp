@@ -1,9 +1,9 @@
 #include <algorithm>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/EngineState.h"
+#include "db/dao/Storage.h"
 #include "db/dao/sqlite/CountingVfs.h"
-#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
 
@@ -56,8 +56,8 @@ void SetOne(EngineOptions& options, EngineOption option, const OptionValue& valu
 
 std::int64_t CacheReads(const EngineState& state) {
   std::int64_t reads = state.closedCacheReads;
-  for (const auto& each : state.connections)
-    if (const auto connection = each.lock()) reads += connection->CacheReads();
+  for (const auto& each : state.storages)
+    if (const auto storage = each.lock()) reads += storage->CacheReads();
   return reads;
 }
 
@@ -85,9 +85,8 @@ std::int64_t Counted(const EngineState& state, EngineStatistic statistic) {
 
 void DBEngine::SetOption(EngineOption option, const OptionValue& value) {
   SetOne(state_->options, option, value);
-  for (const auto& each : state_->connections)
-    if (const auto connection = each.lock(); connection != nullptr && connection->IsOpen())
-      connection->ApplyOptions();
+  for (const auto& each : state_->storages)
+    if (const auto storage = each.lock(); storage != nullptr && storage->IsOpen()) storage->ApplyOptions();
 }
 
 std::int64_t DBEngine::ISAMStats(EngineStatistic statistic, bool reset) {
@@ -100,13 +99,8 @@ std::int64_t DBEngine::ISAMStats(EngineStatistic statistic, bool reset) {
 
 void DBEngine::Idle(bool refreshCache) {
   if (!refreshCache) return;
-  for (const auto& each : state_->connections) {
-    const auto connection = each.lock();
-    if (connection == nullptr || !connection->IsOpen()) continue;
-    connection->WriteAhead();
-    connection->ReleaseMemory();
-    connection->ForgetRows();
-  }
+  for (const auto& each : state_->storages)
+    if (const auto storage = each.lock(); storage != nullptr && storage->IsOpen()) storage->Refresh();
 }
 
 }  // namespace varnlog::dao

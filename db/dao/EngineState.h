@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -9,7 +10,7 @@
 
 namespace varnlog::dao {
 
-class Connection;
+class Storage;
 
 /// What the options of an engine come to.
 struct EngineOptions {
@@ -26,12 +27,14 @@ struct EngineOptions {
   bool implicitCommitSync = true;
 };
 
-/// Shared by an engine, its workspaces and their connections.
+/// Shared by an engine, its workspaces and their open databases.
 struct EngineState {
   EngineOptions options;
   ForeignFormat foreign;
-  std::vector<std::weak_ptr<Connection>> connections;
-  /// Cache hits of connections that are closed by now.
+  /// Asked now and then while a server is being reached; false gives up.
+  std::function<bool()> waiting;
+  std::vector<std::weak_ptr<Storage>> storages;
+  /// Cache hits of databases that are closed by now.
   std::int64_t closedCacheReads = 0;
   /// Counts at the last reset, subtracted from what is reported; indexed by EngineStatistic.
   std::array<std::int64_t, 6> statisticsAtReset{};

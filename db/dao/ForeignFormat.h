@@ -7,9 +7,7 @@
 
 namespace varnlog::dao {
 
-class Connection;
 class Database;
-struct EngineState;
 
 /// Databases of another format, which are read by loading them whole.
 struct ForeignFormat {
@@ -20,10 +18,5 @@ struct ForeignFormat {
 };
 
 inline constexpr int kForeignStart = 64;
-
-/// The content of a file of the engine's foreign format, in memory and for reading only; nullptr for a file
-/// of any other format. Throws what loading it throws, and as Workspace::OpenDatabase() says.
-[[nodiscard]] std::shared_ptr<Connection> OpenForeign(const std::string& path,
-                                                      const std::shared_ptr<EngineState>& state);
 
 }  // namespace varnlog::dao

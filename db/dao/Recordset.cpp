@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "db/dao/sqlite/Schema.h"
+#include "db/dao/TableSchema.h"
 
 namespace varnlog::dao {
 

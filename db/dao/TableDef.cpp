@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Connection.h"
-#include "db/dao/sqlite/Schema.h"
+#include "db/dao/Storage.h"
 
 namespace varnlog::dao {
 
@@ -22,9 +20,9 @@ const Item& Named(const std::vector<Item>& items, std::string_view name) {
 
 }  // namespace
 
-TableDef::TableDef(std::shared_ptr<Connection> connection, std::string name, std::vector<FieldDef> fields,
+TableDef::TableDef(std::shared_ptr<Storage> storage, std::string name, std::vector<FieldDef> fields,
                    std::vector<Index> indexes)
-    : connection_(std::move(connection)),
+    : storage_(std::move(storage)),
       name_(std::move(name)),
       fields_(std::move(fields)),
       indexes_(std::move(indexes)) {}
@@ -39,11 +37,7 @@ const Index& TableDef::IndexNamed(std::string_view name) const {
 void TableDef::Append(const FieldDef& field) {
   if (field.isCounter || field.name.empty() || (field.type == FieldType::kText && field.size <= 0))
     throw EngineError(ErrorNumber::kNotSupported, "Such a field cannot be added to a table.");
-  WriteScope scope(*connection_);
-  connection_->Execute("ALTER TABLE " + QuoteIdentifier(name_) + " ADD COLUMN " +
-                       QuoteIdentifier(field.name) + " " + DeclaredType(field));
-  scope.Commit();
-  connection_->ForgetSchema();
+  storage_->AppendField(name_, field);
   fields_.push_back(field);
 }
 

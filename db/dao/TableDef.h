@@ -18,12 +18,12 @@ struct Index {
   bool isUnique = false;
 };
 
-class Connection;
+class Storage;
 
 /// The definition of one table of an open database, read when it is asked for.
 class TableDef {
  public:
-  TableDef(std::shared_ptr<Connection> connection, std::string name, std::vector<FieldDef> fields,
+  TableDef(std::shared_ptr<Storage> storage, std::string name, std::vector<FieldDef> fields,
            std::vector<Index> indexes);
 
   [[nodiscard]] const std::string& Name() const { return name_; }
@@ -39,7 +39,7 @@ class TableDef {
   void Append(const FieldDef& field);
 
  private:
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<Storage> storage_;
   std::string name_;
   std::vector<FieldDef> fields_;
   std::vector<Index> indexes_;

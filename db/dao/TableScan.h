@@ -2,18 +2,12 @@
 
 #include <cstdint>
 #include <limits>
-#include <memory>
-#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "db/dao/rows/RowSet.h"
-#include "db/dao/sqlite/Statement.h"
+#include "db/dao/CellView.h"
 
 namespace varnlog::dao {
-
-class Connection;
 
 /// Which rows of a table are read, and in which order.
 struct ScanRange {
@@ -23,21 +17,20 @@ struct ScanRange {
 };
 
 /// Reads a table once from one end to the other, each value as it is stored, at little more than the
-/// storage's own cost. As long as it has not come to its end nobody else can change the file, so that several
-/// scans at a time see the same state.
+/// storage's own cost. As long as it has not come to its end, several scans at a time see the same state.
 class TableScan {
  public:
-  TableScan(std::shared_ptr<Connection> connection, std::string_view table,
-            std::span<const std::string> fields, const ScanRange& range);
+  virtual ~TableScan() = default;
+  TableScan(const TableScan&) = delete;
+  TableScan& operator=(const TableScan&) = delete;
 
   /// Goes to the next row, the first at first; false at the end.
-  [[nodiscard]] bool Next();
+  [[nodiscard]] virtual bool Next() = 0;
   /// The current row's values of the fields asked for; they live until Next().
   [[nodiscard]] const std::vector<CellView>& Values() const { return values_; }
 
- private:
-  std::shared_ptr<Connection> connection_;
-  Statement rows_;
+ protected:
+  explicit TableScan(std::size_t fields) : values_(fields) {}
   std::vector<CellView> values_;
 };
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "db/dao/IdSet.h"
-#include "db/dao/sqlite/Connection.h"
 
 namespace varnlog::dao {
 
@@ -29,17 +28,15 @@ inline constexpr char kValueDivider = '\x1F';
 /// file is free; what others change afterwards is not seen.
 class ValueIndex {
  public:
-  ValueIndex(std::shared_ptr<Connection> connection, std::string_view table,
-             std::span<const IndexedColumn> columns);
-  ~ValueIndex();
+  virtual ~ValueIndex();
   ValueIndex(const ValueIndex&) = delete;
   ValueIndex& operator=(const ValueIndex&) = delete;
 
   /// Reads about `rows` further rows; true when there are none left. Throws EngineError.
-  bool Read(std::int64_t rows);
+  virtual bool Read(std::int64_t rows) = 0;
   [[nodiscard]] bool IsComplete() const { return complete_; }
   /// Nobody has changed the file since the first slice.
-  [[nodiscard]] bool IsCurrent() const;
+  [[nodiscard]] virtual bool IsCurrent() const = 0;
   /// Gives the memory back; from now on only IsCurrent() and IsComplete() say anything.
   void Forget();
 
@@ -52,13 +49,13 @@ class ValueIndex {
   /// The rows read so far whose values together carry every bit of `wanted`.
   [[nodiscard]] IdSet RowsWith(const Marks& marks, std::uint32_t wanted) const;
 
+ protected:
+  explicit ValueIndex(std::size_t columns);
+  [[nodiscard]] ValueColumns& Columns() { return *columns_; }
+  void SetComplete() { complete_ = true; }
+
  private:
-  std::shared_ptr<Connection> connection_;
-  std::string table_;
-  std::string expressions_;
   std::unique_ptr<ValueColumns> columns_;
-  Connection::Stamp begun_;
-  std::int64_t next_ = 0;  // the greatest number that was not looked at yet
   bool complete_ = false;
 };
 

@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/Storage.h"
 
 namespace varnlog::dao {
 
@@ -11,24 +11,22 @@ Workspace::Workspace(std::string name, std::string user, std::shared_ptr<EngineS
 
 Workspace::~Workspace() = default;
 
-std::vector<std::shared_ptr<Connection>> Workspace::OpenConnections() {
-  std::vector<std::shared_ptr<Connection>> open;
-  for (const auto& each : connections_)
-    if (auto connection = each.lock(); connection != nullptr && connection->IsOpen())
-      open.push_back(std::move(connection));
+std::vector<std::shared_ptr<Storage>> Workspace::OpenStorages() {
+  std::vector<std::shared_ptr<Storage>> open;
+  for (const auto& each : storages_)
+    if (auto storage = each.lock(); storage != nullptr && storage->IsOpen())
+      open.push_back(std::move(storage));
   return open;
 }
 
 std::shared_ptr<Database> Workspace::OpenDatabase(const std::string& path, bool exclusive, bool readOnly,
                                                   std::string_view /*connect*/) {
   RequireOpen();
-  auto connection = readOnly ? OpenForeign(path, state_) : nullptr;
-  if (connection == nullptr)
-    connection = Connection::Open(path, {.exclusive = exclusive, .readOnly = readOnly}, state_);
-  if (inTransaction_) connection->BeginWork();
-  std::erase_if(connections_, [](const auto& each) { return each.expired(); });
-  connections_.push_back(connection);
-  return std::make_shared<Database>(std::move(connection));
+  auto storage = OpenStorage(path, {.exclusive = exclusive, .readOnly = readOnly}, state_);
+  if (inTransaction_) storage->BeginWork();
+  std::erase_if(storages_, [](const auto& each) { return each.expired(); });
+  storages_.push_back(storage);
+  return std::make_shared<Database>(std::move(storage));
 }
 
 void Workspace::RequireOpen() const {
@@ -43,14 +41,14 @@ void Workspace::RequireTransaction() const {
 void Workspace::BeginTrans() {
   RequireOpen();
   if (inTransaction_) throw EngineError(ErrorNumber::kInvalidTransaction, "A transaction is already open.");
-  std::vector<std::shared_ptr<Connection>> begun;
+  std::vector<std::shared_ptr<Storage>> begun;
   try {
-    for (auto& connection : OpenConnections()) {
-      connection->BeginWork();
-      begun.push_back(std::move(connection));
+    for (auto& storage : OpenStorages()) {
+      storage->BeginWork();
+      begun.push_back(std::move(storage));
     }
   } catch (const std::exception&) {
-    for (const auto& connection : begun) connection->RollbackWork();
+    for (const auto& storage : begun) storage->RollbackWork();
     throw;
   }
   inTransaction_ = true;
@@ -60,12 +58,12 @@ void Workspace::BeginTrans() {
 void Workspace::CommitTrans() {
   RequireTransaction();
   inTransaction_ = false;
-  const auto connections = OpenConnections();
-  for (std::size_t i = 0; i < connections.size(); ++i) {
+  const auto storages = OpenStorages();
+  for (std::size_t i = 0; i < storages.size(); ++i) {
     try {
-      if (connections[i]->InWork()) connections[i]->CommitWork();
+      if (storages[i]->InWork()) storages[i]->CommitWork();
     } catch (const std::exception&) {
-      for (std::size_t rest = i + 1; rest < connections.size(); ++rest) connections[rest]->RollbackWork();
+      for (std::size_t rest = i + 1; rest < storages.size(); ++rest) storages[rest]->RollbackWork();
       throw;
     }
   }
@@ -74,13 +72,13 @@ void Workspace::CommitTrans() {
 void Workspace::Rollback() {
   RequireTransaction();
   inTransaction_ = false;
-  for (const auto& connection : OpenConnections()) connection->RollbackWork();
+  for (const auto& storage : OpenStorages()) storage->RollbackWork();
 }
 
 void Workspace::Close() {
   RequireOpen();
-  for (const auto& connection : OpenConnections()) connection->Close();
-  connections_.clear();
+  for (const auto& storage : OpenStorages()) storage->Close();
+  storages_.clear();
   inTransaction_ = false;
   closed_ = true;
 }

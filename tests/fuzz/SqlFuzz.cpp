@@ -1,7 +1,7 @@
 #include <string_view>
 
 #include "db/dao/EngineError.h"
-#include "db/dao/sql/JetSql.h"
+#include "db/dao/sqlite/FileDialect.h"
 
 /// Any text as a query, because names of patients stand in queries as they are.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {

@@ -69,7 +69,7 @@ TEST_P(InterruptedRunTest, ADamagedCopyCostsNothingThatIsLeftElsewhere) {
   if (IsShift(GetParam())) return;  // the records that were read are nowhere but in the copy
   test::AppendFile(folder_ / "varnlog.sdx", Exposures(0, 3));
   ASSERT_TRUE(DiesAt(folder_.Path(), GetParam(), ""));
-  const std::filesystem::path copy = folder_ / "Varnlog.mdb.intake";
+  const std::filesystem::path copy = folder_ / test::CopyName();
   const bool hasCopy = std::filesystem::exists(copy);
   if (hasCopy) std::filesystem::resize_file(copy, std::filesystem::file_size(copy) - 20);
   test::Practice practice(folder_.Path());

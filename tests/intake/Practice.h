@@ -11,9 +11,12 @@
 #include "core/Globals.h"
 #include "intake/UpdateRun.h"
 #include "platform/Clock.h"
+#include "seals/Ledger.h"
+#include "seals/LogSeals.h"
 #include "tests/Paths.h"
 #include "tests/intake/ExchangeRecords.h"
 #include "tests/support/FakeTexts.h"
+#include "tests/support/PrivateServer.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::intake::test {
@@ -67,6 +70,11 @@ class ScriptedView final : public UpdateView {
 
 using Row = std::map<std::string, std::string>;  // field name, stored value; NULL fields are absent
 
+/// The safe copy's.
+inline std::string CopyName() {
+  return varnlog::test::LogsAreOnServer() ? "varnlog.sdx.intake" : "Varnlog.mdb.intake";
+}
+
 /// A practice on some day in 2024: an empty log, the suite's exchange file, one workstation.
 class Practice {
  public:
@@ -76,7 +84,7 @@ class Practice {
         log(where / "Varnlog.mdb"),
         clock_(*platform::DateTime::FromCivil(2024, 6, 30, 12)) {
     const std::filesystem::path program = VARNLOG_PROGRAM_DIR;
-    if (!std::filesystem::exists(log)) std::filesystem::copy_file(program / "varnlog.md0", log);
+    if (!std::filesystem::exists(log)) MakeLog(program / "varnlog.md0");
     globals.ExchangeFileGl = exchange.string();
     globals.strDataFileGl = log.string();
     globals.kVGl = 60;
@@ -86,6 +94,11 @@ class Practice {
     globals.LogEngineGl->OpenWorkspace("MyWs", "Admin", "");
     if (globals.LogEngineGl->OpenDBInWorkspace(log.string(), false, false) != 0) {
       throw std::runtime_error(globals.LogEngineGl->LastError());
+    }
+    // What is changed on a server has to stand in the history.
+    if (varnlog::test::LogsAreOnServer()) {
+      globals.LedgerGl = std::make_shared<seals::Ledger>(globals.AuthorGl, clock_);
+      static_cast<void>(seals::OpenLedger(*globals.LogEngineGl->Database(), globals.LedgerGl));
     }
   }
   ~Practice() { globals.LogEngineGl.reset(); }
@@ -150,6 +163,13 @@ class Practice {
   core::Globals globals;
 
  private:
+  void MakeLog(const std::filesystem::path& empty) const {
+    if (varnlog::test::LogsAreOnServer())
+      varnlog::test::PrivateServer::Instance().MakeLog(log);
+    else
+      std::filesystem::copy_file(empty, log);
+  }
+
   dao::DBEngine engine_;
   varnlog::test::FakeTexts texts_{
       {{"RU_COUNTS", " $lngAdded$ $lngChanged$ $lngSkipped$"},

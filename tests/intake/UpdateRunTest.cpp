@@ -406,7 +406,7 @@ TEST_F(UpdateRunTest, LeavesTheExchangeFileThatAnotherLogHasTakenMeanwhile) {
 TEST_F(UpdateRunTest, AnErrorIsNoDamage) {
   // A folder stands where the file should be, as good as a disk that fails.
   practice_.Reports(Exposure{}.New());
-  for (const char* name : {"Varnlog.mdb.intake", "varnlog.sdx.shift"}) {
+  for (const std::string& name : {test::CopyName(), std::string("varnlog.sdx.shift")}) {
     std::filesystem::create_directories(folder_ / name);
     const UpdateResult result = practice_.Updates();
     EXPECT_NE(result.outcome, Outcome::kDone) << name;
@@ -429,7 +429,7 @@ TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
   // A folder comes to stand where the safe copy is to be.
   RunOptions options = test::Practice::kHasty;
   options.onStep = [this](RunStep step) {
-    if (step == RunStep::kRowsWritten) std::filesystem::create_directory(folder_ / "Varnlog.mdb.intake");
+    if (step == RunStep::kRowsWritten) std::filesystem::create_directory(folder_ / test::CopyName());
   };
   const UpdateResult result = practice_.Updates(options);
   EXPECT_EQ(result.outcome, Outcome::kDone);
@@ -437,7 +437,7 @@ TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
   EXPECT_TRUE(result.leftInFile);
   EXPECT_THAT(Messages(), ElementsAre("RU_ERR_FILEDEL", "RU_SUCCESS"));
   EXPECT_EQ(ReadFile(practice_.exchange), records);
-  std::filesystem::remove(folder_ / "Varnlog.mdb.intake");
+  std::filesystem::remove(folder_ / test::CopyName());
   // What the user enters meanwhile is not taken back by information that was applied already.
   {
     const auto row = practice_.globals.LogEngineGl->Database()->OpenRecordset("SELECT TXray.* FROM TXray");
@@ -477,7 +477,7 @@ TEST_F(UpdateRunTest, AtNoInstantMayOthersReadMoreThanTheLog) {
 }
 
 TEST_F(UpdateRunTest, PutsAwayLeftOversThatNobodyCanRead) {
-  test::WriteFile(folder_ / "Varnlog.mdb.intake", "not a copy");
+  test::WriteFile(folder_ / test::CopyName(), "not a copy");
   test::WriteFile(folder_ / "varnlog.sdx.1600000000000-2.taken", "xx" + Length(-1) + "bad");
   test::WriteFile(folder_ / "varnlog.sdx.1600000000001-0.taken", Exposure{}.New() + Length(99));
   test::WriteFile(folder_ / "varnlog.sdx.shift", "not a journal");
@@ -485,8 +485,8 @@ TEST_F(UpdateRunTest, PutsAwayLeftOversThatNobodyCanRead) {
   EXPECT_TRUE(practice_.ExchangePending());
   EXPECT_EQ(practice_.Updates().added, 2);
   EXPECT_THAT(Messages(), ElementsAre("RU_ERR_DAMAGED", "RU_ERR_DAMAGED", "RU_ERR_DAMAGED", "RU_SUCCESS"));
-  EXPECT_THAT(practice_.view.messages[1].text, HasSubstr("Varnlog.mdb.intake.damaged"));
-  EXPECT_EQ(ReadFile(folder_ / "Varnlog.mdb.intake.damaged"), "not a copy");
+  EXPECT_THAT(practice_.view.messages[1].text, HasSubstr(test::CopyName() + ".damaged"));
+  EXPECT_EQ(ReadFile(folder_ / (test::CopyName() + ".damaged")), "not a copy");
   EXPECT_EQ(folder_.Count(".taken.damaged"), 1);
   EXPECT_EQ(folder_.Count(".shift.damaged"), 1);
   // The record that was never finished: nobody has the file open, so nobody will.

@@ -3,9 +3,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "db/dao/DBEngine.h"
 #include "tests/Paths.h"
+#include "tests/support/PrivateServer.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::test {
@@ -22,6 +24,10 @@ class LogFolder {
   [[nodiscard]] std::string Path(const std::string& name) const { return (folder_ / name).string(); }
   /// A database of the program folder ("log.sql", "workgroup.sql"), open.
   std::shared_ptr<dao::Database> Make(const std::string& name, const char* source) {
+    if (LogsAreOnServer() && source == std::string_view("log.sql")) {
+      PrivateServer::Instance().MakeLog(folder_ / name);
+      return Open(Path(name));
+    }
     auto database = engine_.CreateDatabase(Path(name), "", 0);
     database->Execute(ReadFile(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / source));
     return database;

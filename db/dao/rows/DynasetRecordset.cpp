@@ -13,28 +13,21 @@ constexpr std::size_t kFurtherSlice = 4096;
 
 }  // namespace
 
-DynasetRecordset::DynasetRecordset(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select,
-                                   Parameters parameters)
-    : ScrollRecordset(select->fields),
-      connection_(std::move(connection)),
-      select_(std::move(select)),
-      keys_(std::make_shared<KeySet>(connection_, select_,
-                                     MakeIdSource(connection_, select_, std::move(parameters)))) {
+DynasetRecordset::DynasetRecordset(std::shared_ptr<RowStore> store)
+    : ScrollRecordset(store->Fields()),
+      store_(std::move(store)),
+      keys_(std::make_shared<KeySet>(store_, store_->MakeIds())) {
   keys_->Fetch(kFirstSlice);
   GoToFirst();
 }
 
 DynasetRecordset::DynasetRecordset(const DynasetRecordset& origin)
-    : ScrollRecordset(origin.select_->fields),
-      connection_(origin.connection_),
-      select_(origin.select_),
-      keys_(origin.keys_) {}
+    : ScrollRecordset(origin.store_->Fields()), store_(origin.store_), keys_(origin.keys_) {}
 
 DynasetRecordset::DynasetRecordset(const DynasetRecordset& origin, std::unique_ptr<IdSource> ids)
-    : ScrollRecordset(origin.select_->fields),
-      connection_(origin.connection_),
-      select_(origin.select_),
-      keys_(std::make_shared<KeySet>(connection_, select_, std::move(ids))) {
+    : ScrollRecordset(origin.store_->Fields()),
+      store_(origin.store_),
+      keys_(std::make_shared<KeySet>(store_, std::move(ids))) {
   (void)ReachEnd();
   GoToFirst();
 }
@@ -78,8 +71,7 @@ CellView DynasetRecordset::CurrentCell(std::size_t ordinal) {
 }
 
 RowWriter& DynasetRecordset::Writer() {
-  if (writer_ == nullptr)
-    writer_ = std::make_unique<RowWriter>(connection_, select_->table, select_->ordinals);
+  if (writer_ == nullptr) writer_ = store_->MakeWriter();
   return *writer_;
 }
 

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "db/dao/rows/KeySet.h"
-#include "db/dao/rows/RowWriter.h"
 #include "db/dao/rows/ScrollRecordset.h"
 
 namespace varnlog::dao {
@@ -11,8 +10,7 @@ namespace varnlog::dao {
 /// Keeps each row's id and reads a row when it is visited.
 class DynasetRecordset final : public ScrollRecordset {
  public:
-  DynasetRecordset(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select,
-                   Parameters parameters);
+  explicit DynasetRecordset(std::shared_ptr<RowStore> store);
 
   [[nodiscard]] RecordsetType Type() const override { return RecordsetType::kDynaset; }
   [[nodiscard]] std::int64_t RecordCount() const override { return keys_->Count(); }
@@ -37,8 +35,7 @@ class DynasetRecordset final : public ScrollRecordset {
   [[nodiscard]] CellView CurrentCell(std::size_t ordinal) override;
   RowWriter& Writer();
 
-  std::shared_ptr<Connection> connection_;
-  std::shared_ptr<Select> select_;
+  std::shared_ptr<RowStore> store_;
   std::shared_ptr<KeySet> keys_;
   std::unique_ptr<RowWriter> writer_;
   KeySet::Row row_;  // empty until a value of the current row is asked for

@@ -2,23 +2,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <string>
 #include <vector>
 
-#include "db/dao/rows/RowSet.h"
-#include "db/dao/rows/Select.h"
-
 namespace varnlog::dao {
-
-class Connection;
 
 /// Where the row ids of a dynaset come from, in its order.
 class IdSource {
  public:
   virtual ~IdSource() = default;
   /// Appends up to `rows` further ids, more where stopping would cost as much as going on; true at the end.
-  /// No lock on the file outlasts the call.
+  /// No lock outlasts the call.
   virtual bool Fetch(std::size_t rows, std::vector<std::int64_t>& ids) = 0;
 };
 
@@ -31,38 +24,5 @@ class ComputedIds final : public IdSource {
  private:
   std::vector<std::int64_t> ids_;
 };
-
-/// Ids read from the storage in slices. Between two slices nothing stays open: the next one begins behind the
-/// last row of the one before, which an index finds at once. An order that no index serves is read whole.
-class StatementIds final : public IdSource {
- public:
-  StatementIds(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select, Parameters parameters);
-  bool Fetch(std::size_t rows, std::vector<std::int64_t>& ids) override;
-
- private:
-  [[nodiscard]] bool CanResume() const;
-  [[nodiscard]] std::string IdSql(const std::string& further) const;
-  [[nodiscard]] std::string OrderClause() const;
-  [[nodiscard]] std::string OrderField() const;
-  [[nodiscard]] bool OrderFieldHasNulls();
-  Statement& First();
-  bool ReadEqualToLast(std::size_t& limit, std::vector<std::int64_t>& ids);
-  bool ReadBehindLast(std::size_t& limit, std::vector<std::int64_t>& ids);
-  bool ReadSlice(const std::string& further, std::size_t& limit, std::vector<std::int64_t>& ids);
-  bool FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids);
-  void Remember(std::int64_t lastId);
-
-  std::shared_ptr<Connection> connection_;
-  std::shared_ptr<Select> select_;
-  Parameters parameters_;
-  bool started_ = false;
-  std::int64_t lastId_ = 0;
-  RowSet lastKey_{1};  // the order field's value in the last row, one row or none
-};
-
-/// The quicker of the two for a statement.
-[[nodiscard]] std::unique_ptr<IdSource> MakeIdSource(const std::shared_ptr<Connection>& connection,
-                                                     const std::shared_ptr<Select>& select,
-                                                     Parameters parameters);
 
 }  // namespace varnlog::dao

@@ -5,18 +5,14 @@
 #include <memory>
 #include <vector>
 
-#include "db/dao/rows/IdSource.h"
-#include "db/dao/rows/RowSet.h"
-#include "db/dao/rows/Select.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/rows/RowStore.h"
 
 namespace varnlog::dao {
 
 /// The identity of a dynaset's rows, shared with its clones, and the few blocks of rows last looked at.
 class KeySet {
  public:
-  KeySet(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select,
-         std::unique_ptr<IdSource> source);
+  KeySet(std::shared_ptr<RowStore> store, std::unique_ptr<IdSource> source);
 
   /// True when all ids are known.
   bool Fetch(std::size_t rows);
@@ -33,10 +29,10 @@ class KeySet {
     std::shared_ptr<const RowSet> rows;
     std::size_t index = 0;
   };
-  /// The row as it is in the file now. Others around it are read with it, those before it when the reader
-  /// moves backward.
+  /// The row as it is stored now. Others around it are read with it, those before it when the reader moves
+  /// backward.
   [[nodiscard]] Row At(std::int64_t position, bool backward);
-  /// The row as it was last read, if another user has changed the file since; else nothing.
+  /// The row as it was last read, if another user has made a change since; else nothing.
   [[nodiscard]] Row SeenBeforeOthersChanged(std::int64_t position);
   /// The row was changed by the user who sees it.
   void Forget(std::int64_t position);
@@ -45,19 +41,13 @@ class KeySet {
   struct Block {
     std::int64_t first = 0;
     std::shared_ptr<const RowSet> rows;
-    Connection::Stamp stamp;
-    std::int64_t othersVersion = 0;
+    RowStore::State state;
     [[nodiscard]] bool Holds(std::int64_t position) const;
   };
 
   void Load(std::int64_t first, std::int64_t count);
-  [[nodiscard]] bool IsDense(std::int64_t first, std::int64_t count) const;
-  void ReadRange(std::int64_t first, std::int64_t count, RowSet& rows);
-  void ReadSingly(std::int64_t first, std::int64_t count, RowSet& rows);
-  Statement& RowStatement(const char* condition);
 
-  std::shared_ptr<Connection> connection_;
-  std::shared_ptr<Select> select_;
+  std::shared_ptr<RowStore> store_;
   std::unique_ptr<IdSource> source_;
   std::vector<std::int64_t> ids_;
   bool isComplete_ = false;

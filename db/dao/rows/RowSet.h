@@ -2,39 +2,26 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "db/dao/CellView.h"
+
 namespace varnlog::dao {
-
-class Statement;
-
-enum class CellKind : std::uint8_t {
-  kNull,
-  kInteger,
-  kReal,
-  kText,
-  kBytes,    // only what another program left there
-  kDeleted,  // the row was gone when it was read
-};
-
-/// One value as it is stored.
-struct CellView {
-  CellKind kind = CellKind::kNull;
-  std::int64_t integer = 0;
-  double real = 0;
-  std::string_view text;
-  friend bool operator==(const CellView&, const CellView&) = default;
-};
 
 /// Rows copied out of the storage: all values in two pieces of memory, however many rows there are.
 class RowSet {
  public:
   explicit RowSet(std::size_t columns) : columns_(columns) {}
 
-  /// The statement's current row.
-  void Append(const Statement& row);
+  /// One value a column; `valueAt(column)` is asked for them in their order.
+  template <typename ValueAt>
+  void Append(const ValueAt& valueAt) {
+    const std::size_t first = cells_.size();
+    cells_.resize(first + columns_);
+    for (std::size_t column = 0; column < columns_; ++column) Set(cells_[first + column], valueAt(column));
+  }
   void AppendDeleted();
   void Reserve(std::size_t rows, std::size_t bytesPerRow);
 
@@ -53,6 +40,19 @@ class RowSet {
     std::uint32_t length = 0;
     CellKind kind = CellKind::kNull;
   };
+
+  void Set(Cell& cell, const CellView& value) {
+    cell.kind = value.kind;
+    if (value.kind == CellKind::kInteger) {
+      cell.integer = value.integer;
+    } else if (value.kind == CellKind::kReal) {
+      cell.real = value.real;
+    } else if (value.kind == CellKind::kText) {
+      cell.offset = bytes_.size();
+      cell.length = static_cast<std::uint32_t>(value.text.size());
+      bytes_.append(value.text);
+    }
+  }
 
   std::size_t columns_;
   std::vector<Cell> cells_;

@@ -1,9 +1,7 @@
 #include "db/dao/rows/RowWriter.h"
 
-#include <sqlite3.h>
-
 #include "db/dao/ChangeJournal.h"
-#include "db/dao/DBEngine.h"
+#include "db/dao/Storage.h"
 #include "db/dao/sql/JetSql.h"
 
 namespace varnlog::dao {
@@ -31,93 +29,31 @@ void SetDefault(CopyBuffer::Cell& cell, const Value& value) {
 
 }  // namespace
 
-RowWriter::RowWriter(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table,
+RowWriter::RowWriter(std::shared_ptr<Storage> storage, std::shared_ptr<const TableSchema> table,
                      std::vector<std::size_t> ordinals)
-    : connection_(std::move(connection)),
-      database_(std::make_unique<Database>(connection_)),
+    : storage_(std::move(storage)),
+      database_(std::make_unique<Database>(storage_)),
       table_(std::move(table)),
       ordinals_(std::move(ordinals)) {}
 
 RowWriter::~RowWriter() = default;
 
-std::string RowWriter::FieldNamed(std::size_t ordinal) const {
-  return QuoteIdentifier(table_->fields[ordinals_[ordinal]].name);
-}
-
 std::string RowWriter::FieldList() const {
   std::string list;
-  for (std::size_t i = 0; i < ordinals_.size(); ++i) list += (i == 0 ? "" : ", ") + FieldNamed(i);
+  for (std::size_t i = 0; i < ordinals_.size(); ++i)
+    list += (i == 0 ? "" : ", ") + QuoteIdentifier(FieldAt(i).name);
   return list;
 }
 
-std::shared_ptr<const RowSet> RowWriter::Read(std::int64_t rowId) {
-  if (!read_.IsPrepared())
-    read_ = Statement(*connection_, "SELECT " + FieldList() + " FROM " + QuoteIdentifier(table_->name) +
-                                        " WHERE rowid = ?1");
-  auto row = std::make_shared<RowSet>(ordinals_.size());
-  ResetAtEnd reset(read_);
-  read_.Bind(1, rowId);
-  if (read_.Step())
-    row->Append(read_);
-  else
-    row->AppendDeleted();
-  return row;
-}
-
 void RowWriter::BeginAdd(CopyBuffer& buffer) {
-  connection_->RequireWritable();
+  storage_->RequireWritable();
   buffer.Open(CopyBuffer::State::kAdding, ordinals_.size());
   for (std::size_t i = 0; i < ordinals_.size(); ++i) SetDefault(buffer[i], table_->defaults[ordinals_[i]]);
 }
 
-Statement& RowWriter::InsertStatement() {
-  if (insert_.IsPrepared()) return insert_;
-  std::string values;
-  for (std::size_t i = 0; i < ordinals_.size(); ++i) values += i == 0 ? "?" : ",?";
-  insert_ = Statement(*connection_, "INSERT OR FAIL INTO " + QuoteIdentifier(table_->name) + " (" +
-                                        FieldList() + ") VALUES (" + values + ")");
-  return insert_;
-}
-
-// From row to row most parameters stay as they are: flags repeat, and texts are at the same place.
-void RowWriter::BindForInsert(const CopyBuffer& buffer) {
-  Statement& insert = InsertStatement();
-  bound_.resize(buffer.size());
-  for (std::size_t i = 0; i < buffer.size(); ++i) {
-    const CopyBuffer::Cell& cell = buffer[i];
-    Bound wanted;
-    wanted.kind = cell.kind;
-    if (cell.kind == CellKind::kInteger) wanted.integer = cell.integer;
-    if (cell.kind == CellKind::kText) {
-      wanted.text = cell.text.data();
-      wanted.length = cell.text.size();
-    }
-    if (wanted == bound_[i] && cell.kind != CellKind::kReal) continue;
-    bound_[i] = {};
-    insert.Bind(static_cast<int>(i) + 1, cell.View());
-    bound_[i] = wanted;
-  }
-}
-
-// The storage calls it a full disk.
-bool RowWriter::IsCounterUsedUp() {
-  Statement find(*connection_, "SELECT count(*) FROM " + QuoteIdentifier(table_->name) +
-                                   " WHERE rowid = 9223372036854775807");
-  ResetAtEnd reset(find);
-  return find.Step() && find.Number(0) > 0;
-}
-
 std::int64_t RowWriter::Add(CopyBuffer& buffer) {
-  WriteScope scope(*connection_);
-  BindForInsert(buffer);
-  try {
-    insert_.Run();
-  } catch (const EngineError& error) {
-    if (error.number() != ErrorNumber::kNotEnoughDiskSpace || !IsCounterUsedUp()) throw;
-    throw EngineError(ErrorNumber::kRuleViolated,
-                      "The counter of the table '" + table_->name + "' is used up by a wrong number.");
-  }
-  const std::int64_t rowId = sqlite3_last_insert_rowid(connection_->Handle());
+  WriteScope scope(*storage_);
+  const std::int64_t rowId = Insert(buffer);
   if (Journal() != nullptr) TellAdded(buffer, rowId);
   scope.Commit();
   buffer.Close();
@@ -125,7 +61,7 @@ std::int64_t RowWriter::Add(CopyBuffer& buffer) {
 }
 
 ChangeJournal* RowWriter::Journal() const {
-  ChangeJournal* const journal = connection_->Journal();
+  ChangeJournal* const journal = storage_->Journal();
   return journal != nullptr && SameName(journal->Table(), table_->name) ? journal : nullptr;
 }
 
@@ -158,8 +94,8 @@ void RowWriter::TellChanging(const CopyBuffer& buffer) {
 }
 
 void RowWriter::BeginEdit(CopyBuffer& buffer, std::int64_t rowId, const RowSet* shown, std::size_t shownRow) {
-  connection_->RequireWritable();
-  heldSinceEdit_ = connection_->InWork();
+  storage_->RequireWritable();
+  heldSinceEdit_ = storage_->InWork();
   std::shared_ptr<const RowSet> stored = Read(rowId);
   if (stored->IsDeleted(0)) ThrowDeleted();
   editedRow_ = rowId;
@@ -171,19 +107,6 @@ void RowWriter::BeginEdit(CopyBuffer& buffer, std::int64_t rowId, const RowSet* 
   seen_ = std::make_shared<const RowSet>(*shown);
   seenRow_ = shownRow;
   heldSinceEdit_ = false;
-}
-
-Statement& RowWriter::UpdateStatement(const CopyBuffer& buffer) {
-  std::vector<bool> changed(buffer.size());
-  for (std::size_t i = 0; i < buffer.size(); ++i) changed[i] = buffer[i].isChanged;
-  Statement& update = updates_[changed];
-  if (update.IsPrepared()) return update;
-  std::string settings;
-  for (std::size_t i = 0; i < buffer.size(); ++i)
-    if (changed[i]) settings += (settings.empty() ? "" : ", ") + FieldNamed(i) + " = ?";
-  update = Statement(*connection_, "UPDATE OR FAIL " + QuoteIdentifier(table_->name) + " SET " + settings +
-                                       " WHERE rowid = ?");
-  return update;
 }
 
 void RowWriter::RequireUnchanged(const CopyBuffer& buffer) {
@@ -199,28 +122,22 @@ void RowWriter::RequireUnchanged(const CopyBuffer& buffer) {
 
 void RowWriter::Change(CopyBuffer& buffer) {
   if (!buffer.IsChanged()) return buffer.Close();
-  WriteScope scope(*connection_);
+  WriteScope scope(*storage_);
   RequireUnchanged(buffer);
   if (Journal() != nullptr) {
-    ChangeScope change(*connection_);
+    ChangeScope change(*storage_);
     TellChanging(buffer);
-    RunUpdate(buffer);
+    OverwriteEdited(buffer);
     change.Keep();
   } else {
-    RunUpdate(buffer);
+    OverwriteEdited(buffer);
   }
   scope.Commit();
   buffer.Close();
 }
 
-void RowWriter::RunUpdate(const CopyBuffer& buffer) {
-  Statement& update = UpdateStatement(buffer);
-  int parameter = 0;
-  for (std::size_t i = 0; i < buffer.size(); ++i)
-    if (buffer[i].isChanged) update.Bind(++parameter, buffer[i].View());
-  update.Bind(parameter + 1, editedRow_);
-  update.Run();
-  if (sqlite3_changes(connection_->Handle()) == 0) ThrowDeleted();
+void RowWriter::OverwriteEdited(const CopyBuffer& buffer) {
+  if (!Overwrite(buffer, editedRow_)) ThrowDeleted();
 }
 
 }  // namespace varnlog::dao

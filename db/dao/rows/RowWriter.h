@@ -1,24 +1,28 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
-#include <unordered_map>
+#include <string>
 #include <vector>
 
+#include "db/dao/TableSchema.h"
 #include "db/dao/rows/RowFields.h"
-#include "db/dao/sqlite/Connection.h"
-#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
 
+class ChangeJournal;
 class Database;
+class Storage;
 
-/// Adds rows to a table and changes them. The copy buffer's fields are the given fields of the table.
+/// Adds rows to a table and changes them, so that no change of another user is written over and the journal
+/// hears of every change; how a row is written is the storage's business. The copy buffer's fields are the
+/// given fields of the table.
 class RowWriter {
  public:
   /// `ordinals`: which of the table's fields each field of the record set is.
-  RowWriter(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table,
+  RowWriter(std::shared_ptr<Storage> storage, std::shared_ptr<const TableSchema> table,
             std::vector<std::size_t> ordinals);
-  ~RowWriter();
+  virtual ~RowWriter();
   RowWriter(const RowWriter&) = delete;
   RowWriter& operator=(const RowWriter&) = delete;
 
@@ -37,40 +41,35 @@ class RowWriter {
   void Change(CopyBuffer& buffer);
 
   /// One row as it is stored; IsDeleted() of its only row when there is none.
-  [[nodiscard]] std::shared_ptr<const RowSet> Read(std::int64_t rowId);
+  [[nodiscard]] virtual std::shared_ptr<const RowSet> Read(std::int64_t rowId) = 0;
+
+ protected:
+  /// Adds the row, within a transaction; the result is its row id.
+  virtual std::int64_t Insert(const CopyBuffer& buffer) = 0;
+  /// Writes the changed fields, within a transaction; false when there is no such row.
+  virtual bool Overwrite(const CopyBuffer& buffer, std::int64_t rowId) = 0;
+
+  [[nodiscard]] const TableSchema& Table() const { return *table_; }
+  [[nodiscard]] const FieldDef& FieldAt(std::size_t ordinal) const {
+    return table_->fields[ordinals_[ordinal]];
+  }
+  [[nodiscard]] std::size_t FieldCount() const { return ordinals_.size(); }
+  /// All fields, quoted.
+  [[nodiscard]] std::string FieldList() const;
 
  private:
-  [[nodiscard]] std::string FieldNamed(std::size_t ordinal) const;
-  [[nodiscard]] std::string FieldList() const;
-  Statement& InsertStatement();
-  [[nodiscard]] bool IsCounterUsedUp();
-  void BindForInsert(const CopyBuffer& buffer);
   /// Who is to hear of changes of this table, or nullptr.
   [[nodiscard]] ChangeJournal* Journal() const;
   void TellAdded(const CopyBuffer& buffer, std::int64_t rowId);
   void TellChanging(const CopyBuffer& buffer);
-  Statement& UpdateStatement(const CopyBuffer& buffer);
-  void RunUpdate(const CopyBuffer& buffer);
+  void OverwriteEdited(const CopyBuffer& buffer);
   void RequireUnchanged(const CopyBuffer& buffer);
 
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<Storage> storage_;
   std::unique_ptr<Database> database_;  // as the journal of changes knows it
   std::shared_ptr<const TableSchema> table_;
   std::vector<std::size_t> ordinals_;
-  Statement read_;
-  // What a parameter of the insert holds: a text by its place, whatever stands there.
-  struct Bound {
-    CellKind kind = CellKind::kDeleted;  // never bound
-    std::int64_t integer = 0;
-    const char* text = nullptr;
-    std::size_t length = 0;
-    friend bool operator==(const Bound&, const Bound&) = default;
-  };
-
-  Statement insert_;
-  std::vector<Bound> bound_;
   std::vector<CellView> added_;
-  std::unordered_map<std::vector<bool>, Statement> updates_;  // by the set of fields they write
 
   std::int64_t editedRow_ = 0;
   std::shared_ptr<const RowSet> seen_;  // the row as the user saw it

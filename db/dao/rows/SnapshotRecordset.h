@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "db/dao/rows/RowSet.h"
 #include "db/dao/rows/ScrollRecordset.h"
-#include "db/dao/rows/Select.h"
 
 namespace varnlog::dao {
 
@@ -29,9 +29,5 @@ class SnapshotRecordset final : public ScrollRecordset {
   std::shared_ptr<const std::vector<FieldDef>> defs_;
   std::shared_ptr<const RowSet> rows_;
 };
-
-/// All rows of a statement.
-[[nodiscard]] std::shared_ptr<const RowSet> ReadAll(Connection& connection, Select& select,
-                                                    const Parameters& parameters);
 
 }  // namespace varnlog::dao

@@ -1,22 +1,21 @@
 #pragma once
 
-#include <list>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "db/dao/Recordset.h"
+#include "db/dao/TableSchema.h"
 #include "db/dao/rows/RowFields.h"
 #include "db/dao/rows/RowWriter.h"
 
 namespace varnlog::dao {
 
-/// One table, its rows found through an index.
-class TableRecordset final : public Recordset, private RowSource {
+/// One table, its rows found through an index; how they are found is the storage's business.
+class TableRecordset : public Recordset, private RowSource {
  public:
-  TableRecordset(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table);
-
   [[nodiscard]] RecordsetType Type() const override { return RecordsetType::kTable; }
   [[nodiscard]] std::size_t FieldCount() const override { return fields_.size(); }
   using Recordset::Fields;
@@ -26,7 +25,6 @@ class TableRecordset final : public Recordset, private RowSource {
   [[nodiscard]] bool IsEOF() const override;
   void MoveFirst() override;
   void MoveNext() override;
-  [[nodiscard]] std::int64_t RecordCount() const override;
 
   void AddNew() override;
   void Edit() override;
@@ -37,36 +35,36 @@ class TableRecordset final : public Recordset, private RowSource {
   void Seek(std::string_view comparison, std::initializer_list<SeekKey> keys) override;
   [[nodiscard]] bool NoMatch() const override { return noMatch_; }
 
- private:
-  struct SeekPath {
-    Index index;
-    std::vector<Statement> byKeyCount;
-    // Rows are mostly added in the order of time, so a date that is later than all others is not looked for.
-    std::size_t dateKey = 0;    // which of the index's fields is the date, if it has one
-    std::size_t dateField = 0;  // that field's place in the table
-    bool hasDate = false;
-    Statement latest;
-    std::string latestDate;     // "" in an empty table
-    std::int64_t changes = -1;  // of the connection when it was found out ...
-    std::int64_t epoch = -1;    // ... in this transaction
-  };
+ protected:
+  static constexpr std::size_t kMostKeys = 8;
 
+  TableRecordset(std::shared_ptr<const TableSchema> table, std::unique_ptr<RowWriter> writer);
+
+  /// To be called when the storage is ready to be asked: makes the first row current.
+  void GoToFirst();
+
+  [[nodiscard]] virtual std::optional<std::int64_t> FirstId() = 0;
+  /// In the order of the primary key.
+  [[nodiscard]] virtual std::optional<std::int64_t> IdBehind(std::int64_t id) = 0;
+  /// `index` is one of the table's.
+  virtual void UseIndex(const Index& index) = 0;
+  /// Of several rows with these values of the index's first fields the oldest.
+  [[nodiscard]] virtual std::optional<std::int64_t> Find(std::span<const SeekKey> keys) = 0;
+  /// A row was added through this record set; `buffer` still holds it.
+  virtual void NoteAdded(const CopyBuffer& /*buffer*/) {}
+
+  [[nodiscard]] const TableSchema& Table() const { return *table_; }
+  [[nodiscard]] static std::vector<std::size_t> AllOrdinals(const TableSchema& table);
+
+ private:
   [[nodiscard]] CellView CurrentCell(std::size_t ordinal) override;
   void GoTo(std::optional<std::int64_t> rowId);
-  [[nodiscard]] std::optional<std::int64_t> NextId(Statement& statement, std::int64_t after);
   [[nodiscard]] std::int64_t RequireRow() const;
-  Statement& SeekStatement(std::size_t keyCount);
-  void AddPath(const Index& index);
-  [[nodiscard]] bool IsLaterThanAll(const SeekKey* keys, std::size_t keyCount);
-  void NoteAdded();
 
-  std::shared_ptr<Connection> connection_;
   std::shared_ptr<const TableSchema> table_;
   RowFields fields_;
-  RowWriter writer_;
-  Statement next_;
-  std::list<SeekPath> paths_;
-  SeekPath* path_ = nullptr;
+  std::unique_ptr<RowWriter> writer_;
+  const Index* index_ = nullptr;
   std::optional<std::int64_t> rowId_;
   std::shared_ptr<const RowSet> row_;  // empty until a value of the current row is asked for
   bool isEmpty_ = false;  // neither a row nor an edge was reached since the table was found empty

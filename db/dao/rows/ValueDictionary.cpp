@@ -4,7 +4,7 @@
 #include <cstring>
 #include <numeric>
 
-#include "db/dao/sqlite/Collation.h"
+#include "db/dao/text/Collation.h"
 
 namespace varnlog::dao {
 namespace {

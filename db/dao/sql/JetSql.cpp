@@ -6,20 +6,22 @@
 #include <utility>
 
 #include "db/dao/EngineError.h"
+#include "db/dao/TableSchema.h"
 #include "db/dao/sql/JetSqlExpression.h"
 #include "db/dao/sql/JetSqlLexer.h"
-#include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
 namespace {
 
 class SelectParser {
  public:
-  explicit SelectParser(std::string_view text) : lexer_(text), expressions_(lexer_) {}
+  SelectParser(std::string_view text, Dialect& dialect)
+      : lexer_(text), dialect_(dialect), expressions_(lexer_, dialect) {}
 
   SelectStatement Parse();
 
  private:
+  void TellTable();
   void ParseColumns();
   bool TakeAllFields();
   void ParseColumn();
@@ -31,22 +33,37 @@ class SelectParser {
   void CheckFields();
 
   JetSqlLexer lexer_;
+  Dialect& dialect_;
   ExpressionParser expressions_;
   SelectStatement statement_;
   FieldUse allFieldsOf_;  // the table of Table.*
 };
 
 SelectStatement SelectParser::Parse() {
+  TellTable();
   lexer_.ExpectWord("SELECT");
   statement_.distinct = lexer_.TakeWord("DISTINCT");
   ParseColumns();
   ParseFrom();
-  if (lexer_.TakeWord("WHERE")) statement_.where = expressions_.Parse().storage;
+  if (lexer_.TakeWord("WHERE")) statement_.where = expressions_.ParseCondition().storage;
   if (lexer_.TakeWord("ORDER")) ParseOrderBy();
   lexer_.TakeSymbol(";");
   if (lexer_.Peek().kind != TokenKind::kEnd) lexer_.Fail();
   CheckFields();
   return std::move(statement_);
+}
+
+// The table comes behind the columns, and how they are written can depend on it. What is wrong in the
+// statement is said when it is read.
+void SelectParser::TellTable() {
+  const JetSqlLexer begin = lexer_;
+  try {
+    while (lexer_.Peek().kind != TokenKind::kEnd && !lexer_.TakeWord("FROM")) lexer_.Take();
+    if (lexer_.IsName()) dialect_.UseTable(lexer_.Peek().text);
+  } catch (const EngineError& error) {
+    if (error.number() != ErrorNumber::kSyntaxError) throw;
+  }
+  lexer_ = begin;
 }
 
 void SelectParser::ParseColumns() {
@@ -76,7 +93,8 @@ bool SelectParser::TakeAllFields() {
 
 void SelectParser::ParseColumn() {
   const Expression value = expressions_.Parse();
-  SelectColumn column{value.field, value.Collated(), !value.field.empty(), value.field};
+  SelectColumn column{value.field, dialect_.Column(value), dialect_.OrderTerm(value), !value.field.empty(),
+                      value.field};
   if (lexer_.TakeWord("AS")) {
     if (!lexer_.IsName()) lexer_.Fail();
     column.name = lexer_.Take().text;
@@ -103,16 +121,16 @@ OrderTerm SelectParser::ParseOrderTerm() {
   const std::size_t offset = lexer_.Peek().offset;
   const std::size_t fieldsBefore = expressions_.fields().size();
   const Expression value = expressions_.Parse();
-  OrderTerm term{value.Collated(), value.field, false};
+  OrderTerm term{dialect_.OrderTerm(value), value.field, false};
   if (value.isWholeNumber) {
     const SelectColumn& column = ColumnAt(value, offset);
-    term = OrderTerm{column.storage, column.field, false};
+    term = OrderTerm{column.order, column.field, false};
   } else if (expressions_.fields().size() == fieldsBefore) {
     // The storage would take some constants for positions.
     lexer_.FailAt(offset, "Order by a constant");
   } else if (const SelectColumn* column = ColumnNamed(value)) {
     expressions_.ForgetLastField();
-    term = OrderTerm{column->storage, column->field, false};
+    term = OrderTerm{column->order, column->field, false};
   }
   term.descending = lexer_.TakeWord("DESC");
   if (!term.descending) lexer_.TakeWord("ASC");
@@ -152,8 +170,17 @@ void SelectParser::CheckFields() {
 
 }  // namespace
 
-SelectStatement ParseSelect(std::string_view jetSql) {
-  return SelectParser(jetSql).Parse();
+SelectStatement ParseSelect(std::string_view jetSql, Dialect& dialect) {
+  return SelectParser(jetSql, dialect).Parse();
+}
+
+std::string QuoteText(std::string_view text) {
+  std::string literal = "'";
+  for (const char c : text) {
+    if (c == '\'') literal += '\'';
+    literal += c;
+  }
+  return literal + "'";
 }
 
 std::string QuoteIdentifier(std::string_view name) {

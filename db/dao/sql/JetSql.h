@@ -6,10 +6,13 @@
 
 namespace varnlog::dao {
 
+class Dialect;
+
 /// One output column of a statement.
 struct SelectColumn {
   std::string name;      // AS name, the field's name, or Expr1000, Expr1001, ... for a nameless expression
   std::string storage;   // expression in the storage's SQL
+  std::string order;     // the same as a term of the order
   bool isField = false;  // a plain field of the table
   std::string field;     // that field's name, else empty
 };
@@ -21,8 +24,7 @@ struct OrderTerm {
 };
 
 /// One SELECT statement of the engine's SQL, taken apart and rewritten for the storage. The pieces are joined
-/// by whoever runs them, because a dynaset asks for row ids where the text asks for fields. Computed texts
-/// carry the collation; fields rely on being declared with it.
+/// by whoever runs them, because a dynaset asks for row ids where the text asks for fields.
 struct SelectStatement {
   bool distinct = false;
   bool allFields = false;             // * or Table.*; there are no other columns then
@@ -45,9 +47,11 @@ struct SelectStatement {
 ///
 /// Throws EngineError: kTooFewParameters for a field qualified with another table than the statement's,
 /// kSyntaxError for anything else, both with a text that names the place in the statement.
-[[nodiscard]] SelectStatement ParseSelect(std::string_view jetSql);
+[[nodiscard]] SelectStatement ParseSelect(std::string_view jetSql, Dialect& dialect);
 
 /// An identifier in the storage's quotes.
 [[nodiscard]] std::string QuoteIdentifier(std::string_view name);
+/// A text in the storage's quotes. It must hold no zero byte.
+[[nodiscard]] std::string QuoteText(std::string_view text);
 
 }  // namespace varnlog::dao

@@ -1,11 +1,9 @@
 #include "db/dao/sql/JetSqlExpression.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Collation.h"
 
 namespace varnlog::dao {
 namespace {
@@ -19,22 +17,21 @@ constexpr std::size_t kMostOperands = 400;
 constexpr std::size_t kMostConcatenated = 100;
 
 Expression Condition(std::string storage, Binding binding) {
-  return Expression{std::move(storage), binding, {}, false, false};
+  return Expression{std::move(storage), binding, {}, false, false, true};
+}
+
+Expression Number(std::string storage, Binding binding) {
+  return Expression{std::move(storage), binding, {}, false, false, false};
 }
 
 Expression Text(std::string storage) {
-  return Expression{std::move(storage), Binding::kPrimary, {}, true, false};
+  return Expression{std::move(storage), Binding::kPrimary, {}, true, false, false};
 }
 
-/// The left operand of a comparison. It decides the collation unless a field takes part, which brings its
-/// own.
-std::string ComparisonLeft(const Expression& left, std::initializer_list<const Expression*> others) {
-  const auto isField = [](const Expression* e) { return !e->field.empty(); };
-  const auto isText = [](const Expression* e) { return e->isText; };
-  const bool fieldDecides = !left.field.empty() || std::all_of(others.begin(), others.end(), isField);
-  const bool anyText = left.isText || std::any_of(others.begin(), others.end(), isText);
-  if (fieldDecides || !anyText) return left.AsOperand(Binding::kSum);
-  return left.AsOperand(Binding::kPrimary) + " COLLATE " + kCollationName;
+Expression TextLiteral(const Dialect& dialect, const std::string& text) {
+  Expression literal = Text(dialect.Text(text));
+  literal.literal = text;
+  return literal;
 }
 
 }  // namespace
@@ -59,36 +56,17 @@ std::string Expression::AsOperand(Binding needed) const {
   return binding < needed ? "(" + storage + ")" : storage;
 }
 
-std::string Expression::Collated() const {
-  if (!field.empty() || !isText) return storage;
-  return AsOperand(Binding::kPrimary) + " COLLATE " + kCollationName;
-}
-
-std::string TextLiteral(const std::string& text) {
-  // The storage reads a statement up to its first zero byte, so such a text goes in as hexadecimal digits.
-  if (text.find('\0') != std::string::npos) {
-    static constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string literal = "CAST(x'";
-    for (const char c : text) {
-      const auto byte = static_cast<unsigned char>(c);
-      literal += kDigits[byte >> 4U];
-      literal += kDigits[byte & 0x0FU];
-    }
-    return literal + "' AS TEXT)";
-  }
-  std::string literal = "'";
-  for (const char c : text) {
-    if (c == '\'') literal += '\'';
-    literal += c;
-  }
-  return literal + "'";
+Expression Dialect::Field(const std::string& name) const {
+  return Expression{QuoteIdentifier(name), Binding::kPrimary, name, false, false, false};
 }
 
 Expression ExpressionParser::ParseOr() {
   Expression left = ParseAnd();
   while (lexer_.TakeWord("OR")) {
     const Nesting nesting(*this, 2);
-    left = Condition(left.storage + " OR " + ParseAnd().AsOperand(Binding::kAnd), Binding::kOr);
+    const std::string first = dialect_.AsCondition(std::move(left)).storage;
+    left =
+        Condition(first + " OR " + dialect_.AsCondition(ParseAnd()).AsOperand(Binding::kAnd), Binding::kOr);
   }
   return left;
 }
@@ -97,8 +75,9 @@ Expression ExpressionParser::ParseAnd() {
   Expression left = ParseNot();
   while (lexer_.TakeWord("AND")) {
     const Nesting nesting(*this, 2);
-    left = Condition(left.AsOperand(Binding::kAnd) + " AND " + ParseNot().AsOperand(Binding::kNot),
-                     Binding::kAnd);
+    const std::string first = dialect_.AsCondition(std::move(left)).AsOperand(Binding::kAnd);
+    left =
+        Condition(first + " AND " + dialect_.AsCondition(ParseNot()).AsOperand(Binding::kNot), Binding::kAnd);
   }
   return left;
 }
@@ -106,7 +85,7 @@ Expression ExpressionParser::ParseAnd() {
 Expression ExpressionParser::ParseNot() {
   if (!lexer_.TakeWord("NOT")) return ParseComparison();
   const Nesting nesting(*this, 2);
-  return Condition("NOT " + ParseNot().AsOperand(Binding::kNot), Binding::kNot);
+  return Condition("NOT " + dialect_.AsCondition(ParseNot()).AsOperand(Binding::kNot), Binding::kNot);
 }
 
 Expression ExpressionParser::ParseComparison() {
@@ -116,7 +95,7 @@ Expression ExpressionParser::ParseComparison() {
   const bool negated = lexer_.TakeWord("NOT");
   if (lexer_.TakeWord("LIKE")) return ParseLike(left, negated);
   if (lexer_.TakeWord("BETWEEN")) return ParseBetween(left, negated);
-  if (lexer_.TakeWord("IN")) return ParseIn(std::move(left), negated);
+  if (lexer_.TakeWord("IN")) return ParseIn(left, negated);
   if (negated) lexer_.Fail();
   return ParseRelation(std::move(left));
 }
@@ -130,44 +109,32 @@ Expression ExpressionParser::ParseIsNull(const Expression& left) {
 
 Expression ExpressionParser::ParseLike(const Expression& left, bool negated) {
   const Expression pattern = ParseConcatenation();
-  return Condition(
-      std::string(negated ? "NOT " : "") + "jet_like(" + pattern.storage + ", " + left.storage + ")",
-      negated ? Binding::kNot : Binding::kPrimary);
+  return Condition((negated ? "NOT " : "") + dialect_.Like(left, pattern),
+                   negated ? Binding::kNot : Binding::kPrimary);
 }
 
 Expression ExpressionParser::ParseBetween(const Expression& left, bool negated) {
   const Expression low = ParseConcatenation();
   lexer_.ExpectWord("AND");
   const Expression high = ParseConcatenation();
-  return Condition(ComparisonLeft(left, {&low, &high}) + (negated ? " NOT BETWEEN " : " BETWEEN ") +
-                       low.AsOperand(Binding::kSum) + " AND " + high.AsOperand(Binding::kSum),
-                   Binding::kCompare);
+  return Condition(dialect_.Between(left, low, high, negated), Binding::kCompare);
 }
 
-Expression ExpressionParser::ParseIn(Expression left, bool negated) {
+Expression ExpressionParser::ParseIn(const Expression& left, bool negated) {
   lexer_.ExpectSymbol("(");
-  std::string list;
-  bool anyText = left.isText;
+  std::vector<Expression> list;
   do {
-    const Expression item = ParseConcatenation();
-    anyText = anyText || item.isText;
-    list += (list.empty() ? "" : ", ") + item.storage;
+    list.push_back(ParseConcatenation());
   } while (lexer_.TakeSymbol(","));
   lexer_.ExpectSymbol(")");
-  // Here the storage never takes the collation from the right, not even from a field.
-  if (left.field.empty() && anyText)
-    left = Text(left.AsOperand(Binding::kPrimary) + " COLLATE " + kCollationName);
-  return Condition(left.AsOperand(Binding::kSum) + (negated ? " NOT IN (" : " IN (") + list + ")",
-                   Binding::kCompare);
+  return Condition(dialect_.In(left, list, negated), Binding::kCompare);
 }
 
 Expression ExpressionParser::ParseRelation(Expression left) {
   for (const std::string_view relation : {"=", "<>", "<=", ">=", "<", ">"}) {
     if (!lexer_.TakeSymbol(relation)) continue;
     const Expression right = ParseConcatenation();
-    return Condition(
-        ComparisonLeft(left, {&right}) + " " + std::string(relation) + " " + right.AsOperand(Binding::kSum),
-        Binding::kCompare);
+    return Condition(dialect_.Comparison(left, relation, right), Binding::kCompare);
   }
   return left;
 }
@@ -176,18 +143,17 @@ Expression ExpressionParser::ParseConcatenation() {
   Expression left = ParseSum();
   if (!lexer_.IsSymbol("&")) return left;
   const Nesting nesting(*this, 5);
-  std::string arguments = left.storage;
-  std::size_t count = 1;
+  std::vector<Expression> parts = {std::move(left)};
   while (lexer_.TakeSymbol("&")) {
-    if (++count > kMostConcatenated) lexer_.Fail("Query is too complex");
-    arguments += ", " + ParseSum().storage;
+    if (parts.size() == kMostConcatenated) lexer_.Fail("Query is too complex");
+    parts.push_back(ParseSum());
   }
-  return Text("jet_concat(" + arguments + ")");
+  return Text(dialect_.Concatenation(parts));
 }
 
 std::string ExpressionParser::ArithmeticOperand(const Expression& operand, Binding needed) const {
   if (operand.isText) lexer_.Fail("Data type mismatch");
-  return operand.AsOperand(needed);
+  return dialect_.AsValue(operand).AsOperand(needed);
 }
 
 Expression ExpressionParser::ParseSum() {
@@ -196,7 +162,7 @@ Expression ExpressionParser::ParseSum() {
     const Nesting nesting(*this, 2);
     std::string storage = ArithmeticOperand(left, Binding::kSum) + " " + lexer_.Take().text + " ";
     storage += ArithmeticOperand(ParseProduct(), Binding::kProduct);
-    left = Condition(std::move(storage), Binding::kSum);
+    left = Number(std::move(storage), Binding::kSum);
   }
   return left;
 }
@@ -208,9 +174,8 @@ Expression ExpressionParser::ParseProduct() {
     const bool divides = lexer_.Take().text == "/";
     std::string storage = ArithmeticOperand(left, Binding::kProduct);
     const std::string right = ArithmeticOperand(ParseNegation(), Binding::kUnary);
-    // The storage divides whole numbers without a remainder; the engine's 5 / 2 is 2.5.
-    storage += divides ? " / CAST(" + right + " AS REAL)" : " * " + right;
-    left = Condition(std::move(storage), Binding::kProduct);
+    storage = divides ? dialect_.Quotient(storage, right) : storage + " * " + right;
+    left = Number(std::move(storage), Binding::kProduct);
   }
   return left;
 }
@@ -223,7 +188,7 @@ Expression ExpressionParser::ParseNegation() {
   if (!lexer_.TakeSymbol("-")) return ParsePrimary();
   const Nesting nesting(*this, 2);
   // "--" would begin a comment, so a second minus is put in parentheses.
-  return Condition("-" + ArithmeticOperand(ParseNegation(), Binding::kPrimary), Binding::kUnary);
+  return Number("-" + ArithmeticOperand(ParseNegation(), Binding::kPrimary), Binding::kUnary);
 }
 
 Expression ExpressionParser::ParsePrimary() {
@@ -248,26 +213,26 @@ Expression ExpressionParser::ParseField() {
     use.table = std::exchange(use.field, lexer_.Take().text);
   }
   fields_.push_back(use);
-  return Expression{QuoteIdentifier(use.field), Binding::kPrimary, use.field, false, false};
+  return dialect_.Field(use.field);
 }
 
 Expression ExpressionParser::ParseConstant() {
   const Token& token = lexer_.Peek();
   switch (token.kind) {
     case TokenKind::kText:
-      return Text(TextLiteral(lexer_.Take().text));
+      return TextLiteral(dialect_, lexer_.Take().text);
     case TokenKind::kDate:
-      return Condition("'" + lexer_.Take().text + "'", Binding::kPrimary);
+      return Number("'" + lexer_.Take().text + "'", Binding::kPrimary);
     case TokenKind::kNumber: {
       const bool whole = token.text.find('.') == std::string::npos;
-      return Expression{lexer_.Take().text, Binding::kPrimary, {}, false, whole};
+      return Expression{lexer_.Take().text, Binding::kPrimary, {}, false, whole, false};
     }
     default:
       break;
   }
-  if (lexer_.TakeWord("TRUE") || lexer_.TakeWord("YES")) return Condition("1", Binding::kPrimary);
-  if (lexer_.TakeWord("FALSE") || lexer_.TakeWord("NO")) return Condition("0", Binding::kPrimary);
-  if (lexer_.TakeWord("NULL")) return Condition("NULL", Binding::kPrimary);
+  if (lexer_.TakeWord("TRUE") || lexer_.TakeWord("YES")) return Number("1", Binding::kPrimary);
+  if (lexer_.TakeWord("FALSE") || lexer_.TakeWord("NO")) return Number("0", Binding::kPrimary);
+  if (lexer_.TakeWord("NULL")) return Number("NULL", Binding::kPrimary);
   lexer_.Fail();
 }
 

@@ -4,26 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "db/dao/sql/Dialect.h"
 #include "db/dao/sql/JetSqlLexer.h"
 
 namespace varnlog::dao {
-
-/// How tightly the outermost operator of an expression binds, the same in both languages as far as this
-/// subset goes.
-enum class Binding { kOr, kAnd, kNot, kCompare, kSum, kProduct, kUnary, kPrimary };
-
-struct Expression {
-  std::string storage;  // in the storage's SQL
-  Binding binding = Binding::kPrimary;
-  std::string field;    // the name when it is a plain field, else empty
-  bool isText = false;  // known to be text: a literal or a concatenation
-  bool isWholeNumber = false;
-
-  /// As an operand where at least `needed` is required.
-  [[nodiscard]] std::string AsOperand(Binding needed) const;
-  /// With the collation attached when it is a computed text; a field has its own.
-  [[nodiscard]] std::string Collated() const;
-};
 
 /// A field's name with its place and the table it is qualified with, checked when FROM has been read.
 struct FieldUse {
@@ -36,9 +20,11 @@ struct FieldUse {
 /// of operands) is refused here, so that every text that passes is one the storage takes.
 class ExpressionParser {
  public:
-  explicit ExpressionParser(JetSqlLexer& lexer) : lexer_(lexer) {}
+  ExpressionParser(JetSqlLexer& lexer, const Dialect& dialect) : lexer_(lexer), dialect_(dialect) {}
 
   Expression Parse() { return ParseOr(); }
+  /// The same for WHERE.
+  Expression ParseCondition() { return dialect_.AsCondition(ParseOr()); }
   /// [Table.]field, and nothing else.
   Expression ParseField();
 
@@ -55,7 +41,7 @@ class ExpressionParser {
   Expression ParseComparison();
   Expression ParseLike(const Expression& left, bool negated);
   Expression ParseBetween(const Expression& left, bool negated);
-  Expression ParseIn(Expression left, bool negated);
+  Expression ParseIn(const Expression& left, bool negated);
   Expression ParseIsNull(const Expression& left);
   Expression ParseRelation(Expression left);
   Expression ParseConcatenation();
@@ -67,12 +53,10 @@ class ExpressionParser {
   [[nodiscard]] std::string ArithmeticOperand(const Expression& operand, Binding needed) const;
 
   JetSqlLexer& lexer_;
+  const Dialect& dialect_;
   std::vector<FieldUse> fields_;
   std::size_t nesting_ = 0;
   std::size_t operands_ = 0;
 };
-
-/// A text as the storage's literal, whatever bytes it has.
-[[nodiscard]] std::string TextLiteral(const std::string& text);
 
 }  // namespace varnlog::dao

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "db/dao/sqlite/Collation.h"
+#include "db/dao/text/Collation.h"
 #include "platform/Ascii.h"
 #include "platform/CodePage.h"
 #include "platform/Utf8.h"
@@ -162,6 +162,56 @@ bool LikePattern::FailsAtOnce(std::string_view text) const {
     return false;
   }
   return text.empty() || Lower(text.front()) != elements_.front().literal;
+}
+
+namespace {
+
+void AppendEscaped(char32_t character, std::string& out) {
+  constexpr std::string_view kSpecial = "\\^$.[]|()*+?{}-";
+  const std::string text = Encode(character);
+  if (text.size() == 1 && kSpecial.find(text.front()) != std::string_view::npos) out += '\\';
+  out += text;
+}
+
+}  // namespace
+
+// A range means what lies between its ends in the collation's order, so its characters are listed.
+std::string LikePattern::SetExpression(const Element& set) {
+  constexpr char32_t kFirst = U' ';
+  constexpr char32_t kBehindLast = U'\u0530';  // behind the Cyrillic letters
+  std::string members;
+  for (char32_t c = kFirst; c < kBehindLast; ++c) {
+    const bool isMember = std::ranges::any_of(
+        set.ranges, [c](const Range& range) { return InRange(range.first, range.last, c); });
+    if (isMember) AppendEscaped(c, members);
+  }
+  for (const Range& range : set.ranges)
+    if (range.first == range.last && range.first >= kBehindLast) AppendEscaped(range.first, members);
+  if (members.empty()) return set.negated ? "." : "[^\\s\\S]";
+  return (set.negated ? "[^" : "[") + members + "]";
+}
+
+std::string LikePattern::RegularExpression() const {
+  std::string expression = "^";
+  for (const Element& element : elements_) {
+    switch (element.kind) {
+      case Kind::kAnyText:
+        expression += ".*";
+        break;
+      case Kind::kAnyCharacter:
+        expression += '.';
+        break;
+      case Kind::kDigit:
+        expression += "[0-9]";
+        break;
+      case Kind::kLiteral:
+        AppendEscaped(element.literal, expression);
+        break;
+      case Kind::kSet:
+        expression += SetExpression(element);
+    }
+  }
+  return expression + "$";
 }
 
 }  // namespace varnlog::dao

@@ -19,6 +19,10 @@ class LikePattern {
   /// text.
   [[nodiscard]] bool Matches(std::string_view text) const;
 
+  /// The same as a regular expression of POSIX's extended form with escapes, for texts that are folded
+  /// already: of a set's range those characters that the letters of the program's languages are made of.
+  [[nodiscard]] std::string RegularExpression() const;
+
  private:
   enum class Kind { kAnyText, kAnyCharacter, kDigit, kLiteral, kSet };
   struct Range {
@@ -33,6 +37,7 @@ class LikePattern {
   };
 
   void AddSet(std::string_view content);
+  [[nodiscard]] static std::string SetExpression(const Element& set);
   [[nodiscard]] bool FailsAtOnce(std::string_view text) const;
   /// `next` gives the character at a position, folded, and moves it on.
   template <typename Next>

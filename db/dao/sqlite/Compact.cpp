@@ -66,7 +66,7 @@ std::int64_t RowCount(Connection& connection, const std::string& table) {
   return count.Step() ? count.Number(0) : 0;
 }
 
-void VerifyCopy(Connection& source, const Connection::Stamp& before, const std::string& copy,
+void VerifyCopy(Connection& source, const RowStamp& before, const std::string& copy,
                 const std::shared_ptr<EngineState>& state) {
   const auto made = Connection::Open(copy, {.exclusive = false, .readOnly = true}, state);
   Statement check(*made, "PRAGMA quick_check");
@@ -110,13 +110,14 @@ void CopyCompacted(Connection& source, const std::string& emptyFile, const Maint
   Statement copy(source, "VACUUM INTO ?1");
   copy.Bind(1, std::string_view(copyPath));
   const CopyProgress reporting(source, emptyFile, progress);
-  const Connection::Stamp before = source.CurrentStamp();
+  const RowStamp before = source.CurrentStamp();
   copy.Run();
   VerifyCopy(source, before, emptyFile, state);
 }
 
 void DBEngine::CompactDatabase(const std::string& source, const std::string& target, int /*options*/,
                                const MaintenanceProgress& progress) {
+  RequireFile(source);
   const auto connection = OpenForCopy(source, state_);
   RequireFreePath(target);
   std::error_code error;
@@ -134,6 +135,7 @@ void DBEngine::CompactDatabase(const std::string& source, const std::string& tar
 void DBEngine::CompactInPlace(const std::string& path, const std::string& temporary, int /*options*/,
                               const MaintenanceProgress& progress) {
   constexpr double kCopyingBack = 0.6;
+  RequireFile(path);
   const auto source = Connection::Open(path, {.exclusive = true, .readOnly = false}, state_);
   TemporaryCopy copy(temporary, path);
   CopyCompacted(*source, copy.WritePath(), PartOf(progress, 0, kCopyingBack), state_);
@@ -147,33 +149,32 @@ void DBEngine::CompactInPlace(const std::string& path, const std::string& tempor
   if (progress) progress(1.0);
 }
 
-void Database::CopyTo(const std::string& target, const MaintenanceProgress& progress) {
+void Connection::CopyTo(const std::string& target, const MaintenanceProgress& progress) {
   RequireFreePath(target);
   std::error_code error;
-  platform::NewFile made(FilePath(target), error, FilePath(connection_->Path()));
+  platform::NewFile made(FilePath(target), error, FilePath(Path()));
   if (error) ThrowFileError(error, target);
   const std::string path = platform::FromPath(made.path());
-  const Connection::Stamp before = connection_->CurrentStamp();
+  const RowStamp before = CurrentStamp();
   {
-    const auto copy = Connection::CreateIn(path, connection_->State());
-    const ReadScope moment(*connection_);
-    CopyBack(*connection_, *copy, progress);
+    const auto copy = Connection::CreateIn(path, State());
+    const ReadScope moment(*this);
+    CopyBack(*this, *copy, progress);
     copy->Close();
   }
-  VerifyCopy(*connection_, before, path, connection_->State());
+  VerifyCopy(*this, before, path, State());
   dao::PutJournalAside(target);
   error = made.TakePlace(platform::IfTaken::kFail);
   if (error) ThrowFileError(error, target);
 }
 
-std::string Database::CopyInto(const std::string& existing, const MaintenanceProgress& progress) {
-  const auto target =
-      Connection::Open(existing, {.exclusive = true, .readOnly = false}, connection_->State());
+std::string Connection::CopyInto(const std::string& existing, const MaintenanceProgress& progress) {
+  const auto target = Connection::Open(existing, {.exclusive = true, .readOnly = false}, State());
   std::error_code error;
   const auto kept = platform::KeepAside(FilePath(existing), ".replaced", platform::Keep::kCopy, error);
   if (!kept) ThrowFileError(error, existing);
-  const ReadScope moment(*connection_);
-  CopyBack(*connection_, *target, progress);
+  const ReadScope moment(*this);
+  CopyBack(*this, *target, progress);
   return platform::FromPath(*kept);
 }
 

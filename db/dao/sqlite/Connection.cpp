@@ -8,13 +8,13 @@
 #include <sqlite3.h>
 
 #include "db/dao/ChangeJournal.h"
-#include "db/dao/rows/DistinctRows.h"
-#include "db/dao/rows/OrderedIds.h"
-#include "db/dao/rows/Select.h"
-#include "db/dao/sqlite/Collation.h"
 #include "db/dao/sqlite/CountingVfs.h"
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/Schema.h"
+#include "db/dao/sqlite/TextFunctions.h"
+#include "db/dao/sqlite/rows/DistinctRows.h"
+#include "db/dao/sqlite/rows/OrderedIds.h"
+#include "db/dao/sqlite/rows/Select.h"
 #include "platform/SafeFile.h"
 
 namespace varnlog::dao {
@@ -45,9 +45,7 @@ sqlite3_file& OpenFile(sqlite3* handle) {
 }  // namespace
 
 Connection::Connection(std::string path, Mode mode, std::shared_ptr<EngineState> state)
-    : path_(std::move(path)),
-      mode_(mode),
-      state_(std::move(state)),
+    : Storage(std::move(path), mode, std::move(state)),
       selects_(std::make_unique<SelectCache>()),
       distinct_(std::make_unique<DistinctRows>()),
       ordered_(std::make_unique<OrderedIds>()) {}
@@ -66,9 +64,9 @@ std::shared_ptr<Connection> Connection::Open(const std::string& path, Mode mode,
                       FileText("There is no permission to change the file ", path, "."));
   connection->CheckHeader();
   connection->Configure();
-  connection->Probe();
-  std::erase_if(state->connections, [](const auto& each) { return each.expired(); });
-  state->connections.push_back(connection);
+  connection->Probe(mode.exclusive);
+  std::erase_if(state->storages, [](const auto& each) { return each.expired(); });
+  state->storages.push_back(connection);
   return connection;
 }
 
@@ -97,12 +95,12 @@ std::shared_ptr<Connection> Connection::CreateIn(const std::string& emptyFile,
   connection->Execute(
       "PRAGMA page_size=16384; PRAGMA encoding='UTF-8'; PRAGMA auto_vacuum=NONE;"
       "PRAGMA application_id=0x56524C47");  // "VRLG"
-  state->connections.push_back(connection);
+  state->storages.push_back(connection);
   return connection;
 }
 
 std::shared_ptr<Connection> Connection::InMemory(const Connection& source) {
-  return InMemory(source.path_, {}, source.state_);
+  return InMemory(source.Path(), {}, source.State());
 }
 
 std::shared_ptr<Connection> Connection::InMemory(const std::string& path, Mode mode,
@@ -118,7 +116,7 @@ std::shared_ptr<Connection> Connection::InMemory(const std::string& path, Mode m
 
 void Connection::OpenHandle(int flags) {
   PrepareStorage();
-  const int result = sqlite3_open_v2(StoragePath(path_).c_str(), &handle_,
+  const int result = sqlite3_open_v2(StoragePath(Path()).c_str(), &handle_,
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, CountingVfsName());
   if (result != SQLITE_OK) Throw(result);
   sqlite3_busy_handler(handle_, &Connection::OnBusy, this);
@@ -126,7 +124,7 @@ void Connection::OpenHandle(int flags) {
 
 void Connection::CheckHeader() {
   const std::string header = ReadBytes(0, kHeaderSize);
-  RequireDatabaseHeader(header, path_);
+  RequireDatabaseHeader(header, Path());
   if (HasSharedMemoryJournal(header)) LeaveSharedMemoryJournal();
 }
 
@@ -142,7 +140,7 @@ void Connection::Configure() {
     sqlite3_db_config(handle_, option, value, nullptr);
   RegisterText(handle_);
   SetCache(false);
-  SetSync(state_->options.implicitCommitSync);
+  SetSync(State()->options.implicitCommitSync);
   begin_ = Statement(*this, "BEGIN");
   beginWrite_ = Statement(*this, "BEGIN IMMEDIATE");
   commit_ = Statement(*this, "COMMIT");
@@ -150,8 +148,8 @@ void Connection::Configure() {
 }
 
 // The first look at the content tells a locked, damaged or foreign file.
-void Connection::Probe() {
-  if (mode_.exclusive) TakeForever();
+void Connection::Probe(bool exclusive) {
+  if (exclusive) TakeForever();
   RefuseVirtualTables();
 }
 
@@ -162,36 +160,30 @@ void Connection::RefuseVirtualTables() {
   ResetAtEnd reset(find);
   if (find.Step() && find.Number(0) > 0)
     throw EngineError(ErrorNumber::kUnrecognisedFormat,
-                      FileText("The file ", path_, " has tables of a kind that is not known here."));
+                      FileText("The file ", Path(), " has tables of a kind that is not known here."));
 }
 
 void Connection::TakeForever() {
   Execute("PRAGMA locking_mode=EXCLUSIVE");
-  if (!mode_.readOnly) Execute("BEGIN EXCLUSIVE; COMMIT");
+  if (!IsReadOnly()) Execute("BEGIN EXCLUSIVE; COMMIT");
 }
 
 // The file layer offers no shared memory, so the file must be held alone before it is read.
 void Connection::LeaveSharedMemoryJournal() {
-  if (mode_.readOnly)
+  if (IsReadOnly())
     throw EngineError(ErrorNumber::kNoPermission,
-                      FileText("Another program left the file ", path_,
+                      FileText("Another program left the file ", Path(),
                                " in a state that must be tidied up by opening it for writing."));
   Execute(
       "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=DELETE; PRAGMA locking_mode=NORMAL;"
       "SELECT count(*) FROM sqlite_schema");
 }
 
-void Connection::RequireWritable() const {
-  if (mode_.readOnly)
-    throw EngineError(ErrorNumber::kReadOnlyDatabase,
-                      FileText("The database ", path_, " is open for reading only."));
-}
-
 void Connection::Close() noexcept {
   if (handle_ == nullptr) return;
-  state_->closedCacheReads += CacheReads();
+  State()->closedCacheReads += CacheReads();
   tables_.clear();
-  journal_.reset();
+  ForgetJournal();
   sqlite3* const handle = std::exchange(handle_, nullptr);
   for (sqlite3_stmt* const statement : statements_) sqlite3_finalize(statement);
   statements_.clear();
@@ -209,7 +201,7 @@ bool Connection::WasReplaced() const {
 }
 
 void Connection::Throw(int result) const {
-  ThrowStorageError(result, path_, sqlite3_errmsg(handle_));
+  ThrowStorageError(result, Path(), sqlite3_errmsg(handle_));
 }
 
 void Connection::Execute(const std::string& storageSql) {
@@ -221,7 +213,7 @@ int Connection::OnBusy(void* connection, int attempt) {
   static thread_local std::chrono::steady_clock::time_point since;
   const auto now = std::chrono::steady_clock::now();
   if (attempt == 0) since = now;
-  const EngineOptions& options = static_cast<Connection*>(connection)->state_->options;
+  const EngineOptions& options = static_cast<Connection*>(connection)->State()->options;
   const std::chrono::milliseconds patience(std::int64_t{options.lockRetry} * options.lockDelay);
   if (now - since >= patience) return 0;
   // Short steps at first: most locks are held for milliseconds.
@@ -246,7 +238,7 @@ std::string Connection::ReadBytes(std::int64_t offset, std::size_t count) const 
   return bytes;
 }
 
-Connection::Stamp Connection::CurrentStamp() {
+RowStamp Connection::CurrentStamp() {
   sqlite3_file& file = OpenFile(Handle());
   // A database in memory has no file that others could change.
   if (file.pMethods != nullptr)
@@ -255,7 +247,7 @@ Connection::Stamp Connection::CurrentStamp() {
   return {fileChanges_, OwnChanges(), epoch_};
 }
 
-Connection::Stamp Connection::RecentStamp() {
+RowStamp Connection::RecentStamp() {
   constexpr std::chrono::microseconds kRecent(50);
   if (std::chrono::steady_clock::now() - fileChangesRead_ > kRecent) return CurrentStamp();
   return {fileChanges_, OwnChanges(), epoch_};
@@ -271,15 +263,6 @@ std::int64_t Connection::OthersVersion() {
   return othersVersion_.Step() ? othersVersion_.Number(0) : 0;
 }
 
-std::shared_ptr<const TableSchema> Connection::Table(std::string_view name) {
-  std::string key = LowerName(name);
-  const auto known = tables_.find(key);
-  if (known != tables_.end()) return known->second;
-  auto table = std::make_shared<const TableSchema>(ReadTableSchema(*this, name));
-  tables_.emplace(std::move(key), table);
-  return table;
-}
-
 void Connection::ForgetSchema() {
   tables_.clear();
   selects_ = std::make_unique<SelectCache>();
@@ -287,7 +270,7 @@ void Connection::ForgetSchema() {
 
 void Connection::SetCache(bool writing) {
   const std::int32_t reading =
-      state_->options.bufferSize > 0 ? state_->options.bufferSize : kStorageDefaultBuffer;
+      State()->options.bufferSize > 0 ? State()->options.bufferSize : kStorageDefaultBuffer;
   const std::int32_t size = writing ? std::max(reading, kWritingBuffer) : reading;
   Execute("PRAGMA cache_size=-" + std::to_string(size));
 }
@@ -304,7 +287,13 @@ void Connection::SetSync(bool sync) {
 
 void Connection::ApplyOptions() {
   SetCache(inWork_);
-  if (!InTransaction()) SetSync(state_->options.implicitCommitSync);
+  if (!InTransaction()) SetSync(State()->options.implicitCommitSync);
+}
+
+void Connection::Refresh() {
+  WriteAhead();
+  ReleaseMemory();
+  ForgetRows();
 }
 
 void Connection::ReleaseMemory() {

@@ -8,7 +8,8 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "db/dao/EngineState.h"
+#include "db/dao/Storage.h"
+#include "db/dao/rows/RowStore.h"
 #include "db/dao/sqlite/Statement.h"
 #include "db/dao/sqlite/StorageError.h"
 
@@ -17,20 +18,13 @@ struct sqlite3_stmt;
 
 namespace varnlog::dao {
 
-struct TableSchema;
-class ChangeJournal;
 class DistinctRows;
 class OrderedIds;
 class SelectCache;
 
-/// One open file. Database, record sets and statements share it; Close() ends all of them.
-class Connection : public std::enable_shared_from_this<Connection> {
+/// One open file.
+class Connection final : public Storage {
  public:
-  struct Mode {
-    bool exclusive = false;
-    bool readOnly = false;
-  };
-
   /// Opens an existing file; throws as Workspace::OpenDatabase() says.
   [[nodiscard]] static std::shared_ptr<Connection> Open(const std::string& path, Mode mode,
                                                         const std::shared_ptr<EngineState>& state);
@@ -45,25 +39,17 @@ class Connection : public std::enable_shared_from_this<Connection> {
   /// The same for the content of the file `path`. `mode` restricts record sets and definitions only.
   [[nodiscard]] static std::shared_ptr<Connection> InMemory(const std::string& path, Mode mode,
                                                             const std::shared_ptr<EngineState>& state);
-  ~Connection();
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
+  ~Connection() override;
 
-  [[nodiscard]] const std::string& Path() const { return path_; }
-  [[nodiscard]] bool IsReadOnly() const { return mode_.readOnly; }
-  [[nodiscard]] const std::shared_ptr<EngineState>& State() const { return state_; }
-  /// kReadOnlyDatabase when the file was opened for reading.
-  void RequireWritable() const;
-
-  [[nodiscard]] bool IsOpen() const noexcept { return handle_ != nullptr; }
+  [[nodiscard]] bool IsOpen() const noexcept override { return handle_ != nullptr; }
   /// Finishes all statements; what is not committed is lost.
-  void Close() noexcept;
+  void Close() noexcept override;
   /// Throws kObjectInvalid after Close().
   [[nodiscard]] sqlite3* Handle() const;
 
   /// True when the file was renamed or removed, or another one took its name, since it was opened. Every use
   /// of such a connection throws kFileReplaced.
-  [[nodiscard]] bool WasReplaced() const;
+  [[nodiscard]] bool WasReplaced() const override;
 
   /// Throws the engine error of a result code.
   [[noreturn]] void Throw(int result) const;
@@ -71,35 +57,54 @@ class Connection : public std::enable_shared_from_this<Connection> {
   /// Runs statements in the storage's SQL.
   void Execute(const std::string& storageSql);
 
-  /// As Database::SetJournal(); nullptr for none.
-  void SetJournal(std::shared_ptr<ChangeJournal> journal) { journal_ = std::move(journal); }
-  [[nodiscard]] ChangeJournal* Journal() const { return journal_.get(); }
+  [[nodiscard]] std::vector<std::string> TableNames() override;
+  [[nodiscard]] std::shared_ptr<const TableSchema> Table(std::string_view name) override;
+  void AppendField(std::string_view table, const FieldDef& field) override;
+  void RunStorageSql(std::string_view storageSql) override;
 
-  // A transaction asked for by the program.
-  void BeginWork();
-  /// After a failure the transaction is undone.
-  void CommitWork();
-  void RollbackWork();
-  /// True between BeginWork() and the end of that transaction, whether or not the storage had to undo it.
-  [[nodiscard]] bool InWork() const { return inWork_; }
+  [[nodiscard]] std::unique_ptr<Recordset> OpenTable(std::string_view table) override;
+  [[nodiscard]] std::unique_ptr<Recordset> OpenSelect(std::string_view source, bool isTable,
+                                                      std::optional<RecordsetType> type) override;
+  [[nodiscard]] std::unique_ptr<BulkRows> OpenBulkRows(std::string_view table) override;
+  [[nodiscard]] std::unique_ptr<TableScan> Scan(std::string_view table, std::span<const std::string> fields,
+                                                const ScanRange& range) override;
+  [[nodiscard]] std::unique_ptr<ValueIndex> IndexValues(std::string_view table,
+                                                        std::span<const IndexedColumn> columns) override;
+  [[nodiscard]] std::int64_t Greatest(std::string_view table, std::string_view field) override;
+  [[nodiscard]] std::vector<IdRange> UnusedIds(std::string_view table) override;
+
+  void BeginWork() override;
+  void CommitWork() override;
+  void RollbackWork() override;
+  [[nodiscard]] bool InWork() const override { return inWork_; }
+  [[nodiscard]] bool BeginChange() override;
+  void CommitChange() override;
+  void UndoChange() noexcept override;
+  void BeginPart() override;
+  void KeepPart() override;
+  void UndoPart() noexcept override;
+
+  [[nodiscard]] bool HasRules(std::span<const std::string> rules) override;
+  void SetRules(std::span<const std::string> rules) override;
+  [[nodiscard]] bool AreRulesObeyed() override;
+  void SetRulesObeyed(bool obeyed) override;
+
+  [[nodiscard]] std::vector<std::string> Check() override;
+  void CopyTo(const std::string& target, const MaintenanceProgress& progress) override;
+  [[nodiscard]] std::string CopyInto(const std::string& existing,
+                                     const MaintenanceProgress& progress) override;
+
   /// True while any transaction is open, so that reads are consistent and nobody else writes or commits.
   [[nodiscard]] bool InTransaction() const;
   /// kInvalidTransaction when the storage had to undo the program's transaction (a full disk), so that
   /// nothing is written half outside it.
   void RequireIntactWork() const;
 
-  /// Compared to find out whether rows that were read may have changed since, by whomever.
-  struct Stamp {
-    std::uint32_t fileChanges = 0;
-    std::int64_t ownChanges = 0;
-    std::int64_t epoch = 0;
-    friend bool operator==(const Stamp&, const Stamp&) = default;
-  };
   /// Costs one small read of the file and takes no lock.
-  [[nodiscard]] Stamp CurrentStamp();
+  [[nodiscard]] RowStamp CurrentStamp();
   /// The same for one of many rows that are shown together: others' changes are looked for only if that was
   /// not done within the last few microseconds, less than a change takes.
-  [[nodiscard]] Stamp RecentStamp();
+  [[nodiscard]] RowStamp RecentStamp();
   /// Another one after every transaction of the program.
   [[nodiscard]] std::int64_t Epoch() const { return epoch_; }
   /// Rows changed through this connection, rolled back or not.
@@ -109,40 +114,29 @@ class Connection : public std::enable_shared_from_this<Connection> {
   /// Makes every CurrentStamp() from now on differ from the earlier ones.
   void ForgetRows() { ++epoch_; }
 
-  /// The definition of a table, letter case of its name ignored; throws kTableNotFound. Read once and kept
-  /// until ForgetSchema().
-  [[nodiscard]] std::shared_ptr<const TableSchema> Table(std::string_view name);
   void ForgetSchema();
 
   [[nodiscard]] SelectCache& Selects() { return *selects_; }
   [[nodiscard]] DistinctRows& Distinct() { return *distinct_; }
   [[nodiscard]] OrderedIds& Ordered() { return *ordered_; }
 
-  /// As Database::ForgoSafety().
-  void ForgoSafety();
-
-  /// Applies the engine's options after they changed.
-  void ApplyOptions();
-  /// Writes what an open transaction has changed so far, ahead of its commit.
-  void WriteAhead();
+  void ForgoSafety() override;
+  void ApplyOptions() override;
+  void Refresh() override;
   /// Bytes of the file as they are on the disk; fewer at its end and where they cannot be read.
   [[nodiscard]] std::string ReadBytes(std::int64_t offset, std::size_t count) const;
   [[nodiscard]] std::int64_t FileLength() const;
-  /// Gives cached pages back to the system unless a transaction is open.
-  void ReleaseMemory();
-  /// Pages found in the cache since the file was opened.
-  [[nodiscard]] std::int64_t CacheReads() const;
+  [[nodiscard]] std::int64_t CacheReads() const override;
 
  private:
   friend class ReadScope;
   friend class Statement;
-  friend class WriteScope;
 
   Connection(std::string path, Mode mode, std::shared_ptr<EngineState> state);
   void OpenHandle(int flags);
   void Configure();
   void CheckHeader();
-  void Probe();
+  void Probe(bool exclusive);
   void RefuseVirtualTables();
   void TakeForever();
   void LeaveSharedMemoryJournal();
@@ -150,13 +144,15 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void SetSync(bool sync);
   void EndLeftOver();
   void EndWork() noexcept;
-  void TellCommitting();
-  void TellEnded() noexcept;
+  /// Writes what an open transaction has changed so far, ahead of its commit.
+  void WriteAhead();
+  /// Gives cached pages back to the system unless a transaction is open.
+  void ReleaseMemory();
+  [[nodiscard]] std::shared_ptr<Connection> Self() {
+    return std::static_pointer_cast<Connection>(shared_from_this());
+  }
   static int OnBusy(void* connection, int attempt);
 
-  std::string path_;
-  Mode mode_;
-  std::shared_ptr<EngineState> state_;
   sqlite3* handle_ = nullptr;
   bool inWork_ = false;
   bool hasLeftOver_ = false;  // a transaction that could not be ended
@@ -169,26 +165,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::unique_ptr<SelectCache> selects_;
   std::unique_ptr<DistinctRows> distinct_;
   std::unique_ptr<OrderedIds> ordered_;
-  std::shared_ptr<ChangeJournal> journal_;
   Statement begin_;
   Statement beginWrite_;
   Statement commit_;
   Statement rollback_;
   Statement othersVersion_;
-};
-
-/// One of several changes within a transaction: undone by itself unless Keep() was called.
-class ChangeScope {
- public:
-  explicit ChangeScope(Connection& connection);
-  ~ChangeScope();
-  ChangeScope(const ChangeScope&) = delete;
-  ChangeScope& operator=(const ChangeScope&) = delete;
-  void Keep();
-
- private:
-  Connection& connection_;
-  bool isOpen_ = true;
 };
 
 /// One read transaction over several statements, unless a transaction is open already.
@@ -198,21 +179,6 @@ class ReadScope {
   ~ReadScope();
   ReadScope(const ReadScope&) = delete;
   ReadScope& operator=(const ReadScope&) = delete;
-
- private:
-  Connection& connection_;
-  bool began_ = false;
-};
-
-/// A write transaction of the engine's own around one change, unless one is open already. Undone unless
-/// Commit() was called.
-class WriteScope {
- public:
-  explicit WriteScope(Connection& connection);
-  ~WriteScope();
-  WriteScope(const WriteScope&) = delete;
-  WriteScope& operator=(const WriteScope&) = delete;
-  void Commit();
 
  private:
   Connection& connection_;

@@ -4,6 +4,8 @@
 
 namespace varnlog::dao {
 
+class Connection;
+
 /// Puts the pages of `made` in the place of those of `target`, which is open exclusively, in one transaction:
 /// afterwards the file has the new content or the old one, whatever happens, and it stays the file that other
 /// workstations have open. `progress` gets the part done and returns false to stop (kCancelled).

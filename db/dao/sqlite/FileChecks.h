@@ -12,6 +12,8 @@ namespace varnlog::dao {
 /// Throws unless `path` names a file that can be opened: kInvalidPath, kFileNotFound, kCannotOpen and, for
 /// writing, kNoPermission.
 void RequireUsableFile(const std::string& path, bool forWriting);
+/// Throws kServersOwn for a link file.
+void RequireFile(const std::string& path);
 /// Throws kFileExists, kInvalidPath, kNoPermission.
 void RequireFreePath(const std::string& path);
 

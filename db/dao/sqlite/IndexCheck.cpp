@@ -6,8 +6,9 @@
 #include <utility>
 
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Collation.h"
 #include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/TextFunctions.h"
+#include "db/dao/text/Collation.h"
 #include "platform/CodePage.h"
 
 namespace varnlog::dao {

@@ -8,6 +8,7 @@
 
 namespace varnlog::dao {
 
+class Connection;
 struct EngineState;
 
 /// Writes a compacted copy of an open database to a file that is there and empty, and verifies it. What a

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
-#include "db/dao/sqlite/Collation.h"
 #include "db/dao/sqlite/Connection.h"
-#include "platform/Ascii.h"
+#include "db/dao/sqlite/TextFunctions.h"
 
 namespace varnlog::dao {
 
@@ -126,17 +125,6 @@ void ReadIndexes(Connection& connection, TableSchema& table, std::vector<std::st
 
 }  // namespace
 
-std::string LowerName(std::string_view name) {
-  std::string lower(name);
-  std::transform(lower.begin(), lower.end(), lower.begin(), platform::ascii::Lower);
-  return lower;
-}
-
-bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return platform::ascii::Lower(x) == platform::ascii::Lower(y); });
-}
-
 std::string DeclaredType(const FieldDef& field) {
   switch (field.type) {
     case FieldType::kBoolean:
@@ -154,18 +142,6 @@ std::string DeclaredType(const FieldDef& field) {
   }
   // Not "MEMO": the storage would turn a text of digits in such a field into a number.
   return std::string("TEXT COLLATE ") + kCollationName;
-}
-
-std::optional<std::size_t> TableSchema::FieldAt(std::string_view fieldName) const {
-  const auto found = std::find_if(fields.begin(), fields.end(),
-                                  [&](const FieldDef& field) { return SameName(field.name, fieldName); });
-  if (found == fields.end()) return std::nullopt;
-  return static_cast<std::size_t>(found - fields.begin());
-}
-
-bool TableSchema::HasIndexOn(std::size_t field) const {
-  return std::any_of(firstStoredFields.begin(), firstStoredFields.end(),
-                     [&](const std::string& first) { return SameName(first, fields[field].name); });
 }
 
 TableSchema ReadTableSchema(Connection& connection, std::string_view name) {

@@ -32,6 +32,7 @@ CellView ViewOf(sqlite3_value* value) {
       view.kind = CellKind::kText;
   }
   const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  if (text == nullptr && view.kind == CellKind::kText) throw std::bad_alloc();
   view.text = {text == nullptr ? "" : text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
   return view;
 }
@@ -174,6 +175,15 @@ void Statement::GetValues(std::span<CellView> values) const {
 // A text for which there was no memory looks like none at all, and would be written on as that.
 void Statement::RequireMemory() const {
   if (sqlite3_errcode(sqlite3_db_handle(handle_)) == SQLITE_NOMEM) throw std::bad_alloc();
+}
+
+void AppendRow(RowSet& rows, const Statement& row) {
+  rows.Append([&row](std::size_t column) {
+    CellView value = ViewOf(sqlite3_column_value(row.Handle(), static_cast<int>(column)));
+    if (value.kind == CellKind::kReal) value.text = {};
+    if (value.kind == CellKind::kBytes) value.kind = CellKind::kText;
+    return value;
+  });
 }
 
 }  // namespace varnlog::dao

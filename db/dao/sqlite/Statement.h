@@ -87,4 +87,7 @@ class ResetAtEnd {
   Statement& statement_;
 };
 
+/// Appends the statement's current row.
+void AppendRow(RowSet& rows, const Statement& row);
+
 }  // namespace varnlog::dao

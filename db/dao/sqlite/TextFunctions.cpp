@@ -1,3 +1,5 @@
+#include "db/dao/sqlite/TextFunctions.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -9,9 +11,9 @@
 #include <sqlite3.h>
 
 #include "db/dao/EngineError.h"
-#include "db/dao/rows/RowCollector.h"
 #include "db/dao/sql/LikePattern.h"
-#include "db/dao/sqlite/Collation.h"
+#include "db/dao/sqlite/rows/RowCollector.h"
+#include "db/dao/text/Collation.h"
 
 namespace varnlog::dao {
 namespace {

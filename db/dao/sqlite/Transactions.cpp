@@ -2,8 +2,6 @@
 
 #include <sqlite3.h>
 
-#include "db/dao/ChangeJournal.h"
-#include "db/dao/DBEngine.h"
 #include "db/dao/sqlite/Connection.h"
 
 namespace varnlog::dao {
@@ -23,9 +21,9 @@ void Connection::BeginWork() {
   if (inWork_) throw EngineError(ErrorNumber::kInvalidTransaction, "A transaction is already open.");
   EndLeftOver();
   SetCache(true);
-  SetSync(state_->options.userCommitSync);
+  SetSync(State()->options.userCommitSync);
   try {
-    if (mode_.readOnly)
+    if (IsReadOnly())
       begin_.Run();
     else
       beginWrite_.Run();
@@ -37,8 +35,8 @@ void Connection::BeginWork() {
 }
 
 void Connection::CommitWork() {
-  RequireIntactWork();
   try {
+    RequireIntactWork();
     TellCommitting();
     commit_.Run();
   } catch (const std::exception&) {
@@ -60,7 +58,7 @@ void Connection::EndWork() noexcept {
   TellEnded();
   try {
     SetCache(false);
-    SetSync(state_->options.implicitCommitSync);
+    SetSync(State()->options.implicitCommitSync);
     ReleaseMemory();
   } catch (const std::exception&) {
     // The transaction is over either way; a larger cache does no harm.
@@ -68,33 +66,22 @@ void Connection::EndWork() noexcept {
   }
 }
 
-void Connection::TellCommitting() {
-  if (journal_ == nullptr) return;
-  Database self(shared_from_this());
-  journal_->Committing(self);
+void Connection::BeginPart() {
+  Execute("SAVEPOINT part");
 }
 
-void Connection::TellEnded() noexcept {
-  if (journal_ != nullptr) journal_->Ended();
+void Connection::KeepPart() {
+  Execute("RELEASE part");
 }
 
-ChangeScope::ChangeScope(Connection& connection) : connection_(connection) {
-  connection_.Execute("SAVEPOINT change");
-}
-
-ChangeScope::~ChangeScope() {
-  if (!isOpen_ || !connection_.IsOpen() || !connection_.InTransaction()) return;
+void Connection::UndoPart() noexcept {
+  if (!IsOpen() || !InTransaction()) return;
   try {
-    connection_.Execute("ROLLBACK TO change; RELEASE change");
+    Execute("ROLLBACK TO part; RELEASE part");
   } catch (const EngineError&) {
     // Then the storage has undone the whole transaction.
     return;
   }
-}
-
-void ChangeScope::Keep() {
-  connection_.Execute("RELEASE change");
-  isOpen_ = false;
 }
 
 void Connection::RequireIntactWork() const {
@@ -104,18 +91,9 @@ void Connection::RequireIntactWork() const {
 }
 
 void Connection::WriteAhead() {
-  if (mode_.readOnly || !InTransaction()) return;
+  if (IsReadOnly() || !InTransaction()) return;
   const int result = sqlite3_db_cacheflush(handle_);
   if (result != SQLITE_OK) Throw(result);
-}
-
-ChangeGroup::ChangeGroup(std::shared_ptr<Connection> connection)
-    : connection_(std::move(connection)), scope_(std::make_unique<WriteScope>(*connection_)) {}
-ChangeGroup::ChangeGroup(ChangeGroup&&) noexcept = default;
-ChangeGroup::~ChangeGroup() = default;
-
-void ChangeGroup::Commit() {
-  scope_->Commit();
 }
 
 ReadScope::ReadScope(Connection& connection) : connection_(connection) {
@@ -134,32 +112,29 @@ ReadScope::~ReadScope() {
   }
 }
 
-WriteScope::WriteScope(Connection& connection) : connection_(connection) {
-  connection_.RequireWritable();
-  connection_.RequireIntactWork();
-  connection_.EndLeftOver();
-  if (connection_.InTransaction()) return;
-  connection_.beginWrite_.Run();
-  began_ = true;
+bool Connection::BeginChange() {
+  RequireWritable();
+  RequireIntactWork();
+  EndLeftOver();
+  if (InTransaction()) return false;
+  beginWrite_.Run();
+  return true;
 }
 
-WriteScope::~WriteScope() {
-  if (!began_ || !connection_.IsOpen()) return;
-  connection_.TellEnded();
-  if (!connection_.InTransaction()) return;
+void Connection::UndoChange() noexcept {
+  if (!IsOpen()) return;
+  TellEnded();
   try {
-    connection_.rollback_.Run();
+    if (InTransaction()) rollback_.Run();
   } catch (const std::exception&) {
-    connection_.hasLeftOver_ = true;
+    hasLeftOver_ = true;
   }
 }
 
-void WriteScope::Commit() {
-  if (!began_) return;
-  connection_.TellCommitting();
-  connection_.commit_.Run();
-  began_ = false;
-  connection_.TellEnded();
+void Connection::CommitChange() {
+  TellCommitting();
+  commit_.Run();
+  TellEnded();
 }
 
 }  // namespace varnlog::dao

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "db/dao/text/Collation.h"
 #include "tests/db/dao/MemoryStorage.h"
 #include "tests/support/Table.h"
 

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "db/dao/rows/DistinctRows.h"
+#include "db/dao/sqlite/rows/DistinctRows.h"
 #include "tests/support/TestFolder.h"
 
 namespace varnlog::dao {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "db/dao/sql/JetSql.h"
+#include "db/dao/sqlite/FileDialect.h"
 #include "tests/db/dao/ConnectionFixture.h"
 
 namespace varnlog::dao {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "db/dao/EngineError.h"
-#include "db/dao/sql/JetSql.h"
+#include "db/dao/sqlite/FileDialect.h"
 #include "tests/db/dao/MemoryStorage.h"
 #include "tests/support/Table.h"
 

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include "db/dao/sqlite/Collation.h"
+#include "db/dao/sqlite/TextFunctions.h"
 
 namespace varnlog::dao {
 

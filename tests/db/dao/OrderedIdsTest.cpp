@@ -5,9 +5,9 @@
 #include <gmock/gmock.h>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/rows/IdSource.h"
-#include "db/dao/rows/OrderedIds.h"
-#include "db/dao/sqlite/Collation.h"
+#include "db/dao/sqlite/rows/OrderedIds.h"
+#include "db/dao/sqlite/rows/StatementIds.h"
+#include "db/dao/text/Collation.h"
 #include "tests/db/dao/ConnectionFixture.h"
 
 namespace varnlog::dao {

@@ -1,0 +1,54 @@
+#include <array>
+
+#include "db/dao/DBEngine.h"
+#include "db/dao/EngineState.h"
+#include "db/dao/ServerLink.h"
+#include "db/dao/postgres/LinkFile.h"
+#include "db/dao/postgres/OpenServer.h"
+#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileChecks.h"
+#include "platform/Files.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+std::string StartOf(const std::string& path) {
+  std::error_code error;
+  const auto file =
+      platform::File::Open(platform::ToPath(StoragePath(path)), platform::File::Mode::kRead, error);
+  if (error) return {};
+  std::array<char, kForeignStart> start{};
+  const std::size_t length = file.ReadAt(0, start, error);
+  return error ? std::string() : std::string(start.data(), length);
+}
+
+/// The content of a file of the engine's foreign format, in memory and for reading only; nullptr for a file
+/// of any other format.
+std::shared_ptr<Connection> OpenForeign(const std::string& path, const std::shared_ptr<EngineState>& state) {
+  const ForeignFormat& format = state->foreign;
+  if (!format.recognises) return nullptr;
+  RequireUsableFile(path, false);
+  if (!format.recognises(StartOf(path))) return nullptr;
+  auto connection = Connection::InMemory(path, {.exclusive = false, .readOnly = true}, state);
+  Database target(connection);
+  format.load(path, target);
+  connection->ForgetSchema();
+  return connection;
+}
+
+}  // namespace
+
+bool IsServerLink(const std::string& path) {
+  return IsLinkStart(StartOf(path));
+}
+
+std::shared_ptr<Storage> OpenStorage(const std::string& path, Storage::Mode mode,
+                                     const std::shared_ptr<EngineState>& state) {
+  if (IsServerLink(path)) return OpenServer(path, mode, state);
+  if (mode.readOnly)
+    if (auto foreign = OpenForeign(path, state)) return foreign;
+  return Connection::Open(path, mode, state);
+}
+
+}  // namespace varnlog::dao

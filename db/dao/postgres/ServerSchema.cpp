@@ -1,0 +1,148 @@
+#include "db/dao/postgres/ServerSchema.h"
+
+#include <array>
+#include <charconv>
+
+#include "db/dao/EngineError.h"
+#include "db/dao/postgres/ServerStorage.h"
+#include "db/dao/sql/JetSql.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+struct TypeName {
+  std::string_view server;
+  FieldType type;
+  bool isCounter = false;
+};
+
+constexpr std::array kTypeNames = {TypeName{"jet_counter", FieldType::kLong, true},
+                                   TypeName{"jet_yesno", FieldType::kBoolean},
+                                   TypeName{"jet_date", FieldType::kDate},
+                                   TypeName{"int4", FieldType::kLong},
+                                   TypeName{"int8", FieldType::kLong},
+                                   TypeName{"float8", FieldType::kDouble},
+                                   TypeName{"varchar", FieldType::kText},
+                                   TypeName{"text", FieldType::kMemo}};
+
+/// The server counts the length of a text with four bytes of its own.
+constexpr int kLengthHeader = 4;
+
+constexpr const char* kFieldsSql =
+    "SELECT c.relname, a.attname, t.typname, a.atttypmod FROM pg_class c "
+    "JOIN pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 AND NOT a.attisdropped "
+    "JOIN pg_type t ON t.oid = a.atttypid "
+    "WHERE c.relnamespace = current_schema()::regnamespace AND c.relkind = 'r' "
+    "AND lower(c.relname) = lower($1) AND left(c.relname, 8) <> 'varnlog_' "
+    "AND left(a.attname, 8) <> 'varnlog_' ORDER BY a.attnum";
+constexpr const char* kIndexesSql =
+    "SELECT i.relname, x.indisunique, obj_description(i.oid, 'pg_class') FROM pg_index x "
+    "JOIN pg_class i ON i.oid = x.indexrelid JOIN pg_class c ON c.oid = x.indrelid "
+    "WHERE c.relnamespace = current_schema()::regnamespace AND c.relname = $1 AND NOT x.indisprimary "
+    "ORDER BY i.oid";
+
+FieldDef FieldFrom(const ServerResult& rows, int row) {
+  FieldDef field{.name = std::string(rows.Text(row, 1)), .type = FieldType::kMemo};
+  for (const TypeName& each : kTypeNames)
+    if (rows.Text(row, 2) == each.server) {
+      field.type = each.type;
+      field.isCounter = each.isCounter;
+    }
+  if (field.type == FieldType::kText) field.size = static_cast<int>(rows.Number(row, 3)) - kLengthHeader;
+  return field;
+}
+
+std::vector<std::string> Names(std::string_view list) {
+  std::vector<std::string> names;
+  while (!list.empty()) {
+    const std::size_t comma = std::min(list.find(", "), list.size());
+    names.emplace_back(list.substr(0, comma));
+    list.remove_prefix(std::min(comma + 2, list.size()));
+  }
+  return names;
+}
+
+// "seek: a, b; stored: b" in an index's comment.
+void TakeIndex(TableSchema& table, std::string name, bool isUnique, std::string_view comment) {
+  constexpr std::string_view kSeek = "seek: ";
+  constexpr std::string_view kStored = "; stored: ";
+  const std::size_t stored = comment.find(kStored);
+  if (!comment.starts_with(kSeek) || stored == std::string_view::npos) return;
+  Index index{.name = std::move(name),
+              .fields = Names(comment.substr(kSeek.size(), stored - kSeek.size())),
+              .isPrimary = false,
+              .isUnique = isUnique};
+  for (const std::string& field : index.fields)
+    if (!table.FieldAt(field)) return;
+  table.firstStoredFields.emplace_back(comment.substr(stored + kStored.size()));
+  table.indexes.push_back(std::move(index));
+}
+
+}  // namespace
+
+TableSchema ReadServerTable(ServerStorage& storage, std::string_view name) {
+  const ServerResult fields = storage.Run(kFieldsSql, {name});
+  if (fields.RowCount() == 0)
+    throw EngineError(ErrorNumber::kTableNotFound, "There is no table or query '" + std::string(name) + "'.");
+  TableSchema table;
+  table.name = fields.Text(0, 0);
+  for (int row = 0; row < fields.RowCount(); ++row) {
+    FieldDef field = FieldFrom(fields, row);
+    table.defaults.emplace_back();
+    if (field.type == FieldType::kBoolean) table.defaults.back() = false;
+    if (field.isCounter) {
+      table.firstStoredFields.push_back(field.name);
+      table.indexes.push_back(
+          {.name = "PrimaryKey", .fields = {field.name}, .isPrimary = true, .isUnique = true});
+    }
+    table.fields.push_back(std::move(field));
+  }
+  const ServerResult indexes = storage.Run(kIndexesSql, {std::string_view(table.name)});
+  for (int row = 0; row < indexes.RowCount(); ++row)
+    TakeIndex(table, std::string(indexes.Text(row, 0)), indexes.Text(row, 1) == "t", indexes.Text(row, 2));
+  return table;
+}
+
+void AppendCopyValue(std::string& line, const CellView& value) {
+  if (value.kind == CellKind::kInteger) {
+    line += std::to_string(value.integer);
+  } else if (value.kind == CellKind::kReal) {
+    std::array<char, 32> digits;
+    line.append(digits.data(), std::to_chars(digits.begin(), digits.end(), value.real).ptr);
+  } else if (value.kind != CellKind::kText) {
+    line += "\\N";
+  } else {
+    for (const char c : value.text) {
+      if (c == '\0')
+        throw EngineError(ErrorNumber::kRuleViolated, "A server holds no text with the character 0 in it.");
+      if (c == '\\' || c == '\t' || c == '\n' || c == '\r') line += '\\';
+      line += c == '\t' ? 't' : c == '\n' ? 'n' : c == '\r' ? 'r' : c;
+    }
+  }
+}
+
+std::vector<std::string> ServerStorage::TableNames() {
+  const ServerResult rows = Run(
+      "SELECT relname FROM pg_class WHERE relnamespace = current_schema()::regnamespace AND relkind = 'r' "
+      "AND left(relname, 8) <> 'varnlog_' ORDER BY oid");
+  std::vector<std::string> names;
+  for (int row = 0; row < rows.RowCount(); ++row) names.emplace_back(rows.Text(row, 0));
+  return names;
+}
+
+std::shared_ptr<const TableSchema> ServerStorage::Table(std::string_view name) {
+  if (!isOpen_) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
+  std::string key = LowerName(name);
+  const auto known = tables_.find(key);
+  if (known != tables_.end()) return known->second;
+  auto table = std::make_shared<const TableSchema>(ReadServerTable(*this, name));
+  tables_.emplace(std::move(key), table);
+  return table;
+}
+
+void ServerStorage::AppendField(std::string_view /*table*/, const FieldDef& /*field*/) {
+  throw EngineError(ErrorNumber::kNotSupported, "The layout of a log on a server is its owner's.");
+}
+
+}  // namespace varnlog::dao

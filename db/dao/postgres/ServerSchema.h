@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "db/dao/TableSchema.h"
+#include "db/dao/postgres/ServerSession.h"
+
+namespace varnlog::dao {
+
+class ServerStorage;
+
+/// Reads the definition of one table of the log's schema; throws kTableNotFound. Fields are of domains that
+/// the schema has for them, and an index says in its comment which fields Seek takes for it.
+[[nodiscard]] TableSchema ReadServerTable(ServerStorage& storage, std::string_view name);
+
+/// "1234" as a parameter.
+class NumberText {
+ public:
+  explicit NumberText(std::int64_t number) : text_(std::to_string(number)) {}
+  [[nodiscard]] std::string_view View() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+/// Appends a value as a field of a line of COPY.
+void AppendCopyValue(std::string& line, const CellView& value);
+
+}  // namespace varnlog::dao

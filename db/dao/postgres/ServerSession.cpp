@@ -1,0 +1,286 @@
+#include "db/dao/postgres/ServerSession.h"
+
+#include <charconv>
+#include <libpq-fe.h>
+#include <utility>
+
+#include "db/dao/EngineError.h"
+#include "db/dao/postgres/ServerConnect.h"
+#include "db/dao/postgres/ServerErrors.h"
+#include "platform/Sockets.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+/// A server that says nothing for so long while it works on a statement has gone away.
+constexpr std::chrono::minutes kLongestSilence(15);
+constexpr std::size_t kCopyPiece = 256 * 1024;
+
+// The numbers of the server's types; they never change.
+enum class ServerType : Oid {
+  kBool = 16,
+  kInt8 = 20,
+  kInt2 = 21,
+  kInt4 = 23,
+  kFloat4 = 700,
+  kFloat8 = 701,
+  kNumeric = 1700,
+};
+
+std::string MessageOf(const PGresult* result, const PGconn* connection) {
+  const char* const primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
+  std::string message(primary == nullptr ? PQerrorMessage(connection) : primary);
+  while (!message.empty() && message.back() == '\n') message.pop_back();
+  return message;
+}
+
+template <typename Value>
+Value Parsed(std::string_view text) {
+  Value value{};
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
+}  // namespace
+
+void ServerResult::Clear::operator()(pg_result* result) const {
+  PQclear(result);
+}
+
+int ServerResult::RowCount() const {
+  return PQntuples(result_.get());
+}
+int ServerResult::ColumnCount() const {
+  return PQnfields(result_.get());
+}
+std::string ServerResult::ColumnName(int column) const {
+  return PQfname(result_.get(), column);
+}
+bool ServerResult::IsNull(int row, int column) const {
+  return PQgetisnull(result_.get(), row, column) != 0;
+}
+std::string_view ServerResult::Text(int row, int column) const {
+  return {PQgetvalue(result_.get(), row, column),
+          static_cast<std::size_t>(PQgetlength(result_.get(), row, column))};
+}
+std::int64_t ServerResult::Number(int row, int column) const {
+  return Parsed<std::int64_t>(Text(row, column));
+}
+std::int64_t ServerResult::Changed() const {
+  return Parsed<std::int64_t>(PQcmdTuples(result_.get()));
+}
+
+CellView ServerResult::Cell(int row, int column) const {
+  CellView cell;
+  if (IsNull(row, column)) return cell;
+  cell.text = Text(row, column);
+  switch (static_cast<ServerType>(PQftype(result_.get(), column))) {
+    case ServerType::kBool:
+      return {.kind = CellKind::kInteger, .integer = cell.text == "t" ? 1 : 0, .real = 0, .text = {}};
+    case ServerType::kInt2:
+    case ServerType::kInt4:
+    case ServerType::kInt8:
+      return {.kind = CellKind::kInteger, .integer = Number(row, column), .real = 0, .text = {}};
+    case ServerType::kFloat4:
+    case ServerType::kFloat8:
+    case ServerType::kNumeric:
+      return {.kind = CellKind::kReal, .integer = 0, .real = Parsed<double>(cell.text), .text = {}};
+  }
+  cell.kind = CellKind::kText;
+  return cell;
+}
+
+ServerSession::ServerSession(const LinkFile& link, std::string path, const Waiting& waiting)
+    : path_(std::move(path)), connection_(ConnectToServer(link, path_, waiting, isStandby_)) {
+  // Notices are for whoever reads the server's log.
+  PQsetNoticeProcessor(
+      connection_, [](void*, const char*) {}, nullptr);
+  PQsetnonblocking(connection_, 1);
+}
+
+ServerSession::~ServerSession() {
+  Close();
+}
+
+void ServerSession::Close() noexcept {
+  prepared_.clear();
+  if (connection_ != nullptr) PQfinish(std::exchange(connection_, nullptr));
+}
+
+std::string ServerSession::Host() const {
+  const char* const host = IsUp() ? PQhost(connection_) : nullptr;
+  return host == nullptr ? "" : host;
+}
+
+std::string ServerSession::Encryption() const {
+  if (!IsUp() || PQsslInUse(connection_) == 0) return {};
+  const char* const protocol = PQsslAttribute(connection_, "protocol");
+  const char* const cipher = PQsslAttribute(connection_, "cipher");
+  return std::string(protocol == nullptr ? "TLS" : protocol) + (cipher == nullptr ? "" : ", ") +
+         (cipher == nullptr ? "" : cipher);
+}
+
+void ServerSession::ThrowLost() {
+  const std::string message = IsUp() ? MessageOf(nullptr, connection_) : std::string();
+  Close();
+  throw EngineError(ErrorNumber::kConnectionLost,
+                    "The connection to the server of '" + path_ + "' was lost (" + message + ").");
+}
+
+void ServerSession::Throw(const PGresult* result) {
+  const char* const code = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+  const std::string state = code == nullptr ? "08006" : code;
+  const std::string message = MessageOf(result, connection_);
+  const bool isLost = PQstatus(connection_) == CONNECTION_BAD || state.starts_with("57P");
+  if (isLost) Close();
+  ThrowServerError(isLost && !state.starts_with("57P") ? "08006" : state, path_, message);
+}
+
+void ServerSession::Send(int sent) {
+  if (sent == 0) ThrowLost();
+  Flush();
+}
+
+void ServerSession::Flush() {
+  for (;;) {
+    const int left = PQflush(connection_);
+    if (left == 0) return;
+    if (left < 0 || !platform::WaitForSocket(PQsocket(connection_), true, kLongestSilence)) ThrowLost();
+    if (PQconsumeInput(connection_) == 0) ThrowLost();
+  }
+}
+
+void ServerSession::AwaitInput() {
+  while (PQisBusy(connection_) != 0) {
+    if (!platform::WaitForSocket(PQsocket(connection_), false, kLongestSilence)) ThrowLost();
+    if (PQconsumeInput(connection_) == 0) ThrowLost();
+  }
+}
+
+// Takes all that the server has to say to what was sent, so that the next statement finds the line free.
+ServerResult ServerSession::Finish() {
+  ServerResult last(nullptr);
+  std::unique_ptr<PGresult, decltype(&PQclear)> failed(nullptr, &PQclear);
+  for (;;) {
+    AwaitInput();
+    PGresult* const next = PQgetResult(connection_);
+    if (next == nullptr) break;
+    const ExecStatusType status = PQresultStatus(next);
+    if (status == PGRES_FATAL_ERROR || status == PGRES_BAD_RESPONSE) {
+      if (failed == nullptr)
+        failed.reset(next);
+      else
+        PQclear(next);
+      // Behind a broken connection there is nothing more to come.
+      if (PQstatus(connection_) == CONNECTION_BAD) break;
+      continue;
+    }
+    last = ServerResult(next);
+    if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT) break;
+  }
+  if (failed != nullptr) Throw(failed.get());
+  return last;
+}
+
+ServerResult ServerSession::Run(const std::string& sql, const ServerValues& values) {
+  if (!IsUp()) ThrowLost();
+  auto known = prepared_.find(sql);
+  if (known == prepared_.end()) {
+    std::string name = "s" + std::to_string(prepared_.size());
+    Send(PQsendPrepare(connection_, name.c_str(), sql.c_str(), 0, nullptr));
+    static_cast<void>(Finish());
+    known = prepared_.emplace(sql, std::move(name)).first;
+  }
+  // The library takes texts that end with a zero byte, and the server holds no text with one in it.
+  std::vector<std::string> texts;
+  std::vector<const char*> pointers;
+  texts.reserve(values.size());
+  for (const auto& value : values) {
+    if (value && value->find('\0') != std::string_view::npos)
+      throw EngineError(ErrorNumber::kRuleViolated, "A server holds no text with the character 0 in it.");
+    texts.emplace_back(value.value_or(std::string_view()));
+    pointers.push_back(value ? texts.back().c_str() : nullptr);
+  }
+  Send(PQsendQueryPrepared(connection_, known->second.c_str(), static_cast<int>(values.size()),
+                           pointers.data(), nullptr, nullptr, 0));
+  return Finish();
+}
+
+ServerResult ServerSession::RunOnce(const std::string& sql) {
+  if (!IsUp()) ThrowLost();
+  Send(PQsendQueryParams(connection_, sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
+  return Finish();
+}
+
+ServerResult ServerSession::RunScript(const std::string& sql) {
+  if (!IsUp()) ThrowLost();
+  Send(PQsendQuery(connection_, sql.c_str()));
+  return Finish();
+}
+
+void ServerSession::CopyIn(const std::string& sql, std::string_view lines) {
+  static_cast<void>(RunScript(sql));
+  for (; !lines.empty(); lines.remove_prefix(std::min(kCopyPiece, lines.size()))) {
+    const std::string_view piece = lines.substr(0, kCopyPiece);
+    for (;;) {
+      const int put = PQputCopyData(connection_, piece.data(), static_cast<int>(piece.size()));
+      if (put < 0) EndCopy();
+      if (put > 0) break;
+      Flush();
+    }
+    Flush();
+  }
+  int ended = 0;
+  while ((ended = PQputCopyEnd(connection_, nullptr)) == 0) Flush();
+  if (ended < 0) EndCopy();
+  Flush();
+  static_cast<void>(Finish());
+}
+
+// The server has said in the middle of it why it takes no more.
+void ServerSession::EndCopy() {
+  static_cast<void>(Finish());
+  ThrowLost();
+}
+
+void ServerSession::CopyOut(const std::string& sql, const std::function<void(std::string_view)>& line) {
+  static_cast<void>(RunScript(sql));
+  for (;;) {
+    char* bytes = nullptr;
+    const int size = PQgetCopyData(connection_, &bytes, 1);
+    if (size > 0) {
+      const std::unique_ptr<char, decltype(&PQfreemem)> owned(bytes, &PQfreemem);
+      Hand(line, std::string_view(bytes, static_cast<std::size_t>(size) - 1));
+    } else if (size == 0) {
+      if (!platform::WaitForSocket(PQsocket(connection_), false, kLongestSilence)) ThrowLost();
+      if (PQconsumeInput(connection_) == 0) ThrowLost();
+    } else {
+      break;
+    }
+  }
+  static_cast<void>(Finish());
+}
+
+// A copy that is left in the middle leaves the connection of no use.
+void ServerSession::Hand(const std::function<void(std::string_view)>& line, std::string_view text) {
+  try {
+    line(text);
+  } catch (const std::exception&) {
+    Close();
+    throw;
+  }
+}
+
+std::vector<std::int64_t> ServerSession::Announced() {
+  std::vector<std::int64_t> numbers;
+  if (!IsUp()) return numbers;
+  if (PQconsumeInput(connection_) == 0) ThrowLost();
+  for (;;) {
+    const std::unique_ptr<PGnotify, decltype(&PQfreemem)> notify(PQnotifies(connection_), &PQfreemem);
+    if (notify == nullptr) return numbers;
+    if (notify->be_pid != PQbackendPID(connection_)) numbers.push_back(Parsed<std::int64_t>(notify->extra));
+  }
+}
+
+}  // namespace varnlog::dao

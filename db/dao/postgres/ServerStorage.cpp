@@ -1,0 +1,464 @@
+#include "db/dao/postgres/ServerStorage.h"
+
+#include <algorithm>
+#include <exception>
+#include <random>
+#include <thread>
+#include <utility>
+
+#include "db/dao/postgres/OpenServer.h"
+#include "db/dao/postgres/ServerSchema.h"
+#include "db/dao/sql/JetSql.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// The layout of the log's schema that this program knows.
+constexpr std::int64_t kLayout = 1;
+/// After a connection that failed nobody waits for the next one so soon.
+constexpr std::chrono::seconds kRest(2);
+/// How long the outcome of a commit is asked for.
+constexpr std::chrono::seconds kOutcomePatience(15);
+constexpr std::size_t kMostAddedBytes = 1024 * 1024;
+
+std::string NewId() {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::random_device random;
+  std::string id(32, '0');
+  for (char& digit : id) digit = kDigits[random() % kDigits.size()];
+  return id;
+}
+
+std::string LockOf(const LinkFile& link) {
+  return "SELECT pg_advisory_xact_lock(hashtextextended(" + QuoteText(link.schema) + ", 11))";
+}
+
+// The state of the log, one row a name.
+std::map<std::string, std::int64_t> StateFrom(const ServerResult& rows) {
+  std::map<std::string, std::int64_t> state;
+  for (int row = 0; row < rows.RowCount(); ++row) state[std::string(rows.Text(row, 0))] = rows.Number(row, 1);
+  return state;
+}
+
+constexpr const char* kStateSql = "SELECT name, value FROM varnlog_state";
+constexpr const char* kReadingSql = "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
+
+}  // namespace
+
+ServerStorage::ServerStorage(const std::string& path, Mode mode, const std::shared_ptr<EngineState>& state)
+    : Storage(path, mode, state), id_(NewId()) {}
+
+ServerStorage::~ServerStorage() {
+  Close();
+}
+
+std::shared_ptr<ServerStorage> ServerStorage::Open(const std::string& path, Mode mode,
+                                                   const std::shared_ptr<EngineState>& state) {
+  const LinkFile link = ReadLinkFile(path);
+  auto session = std::make_unique<ServerSession>(link, path, state->waiting);
+  mode.readOnly = mode.readOnly || session->IsStandby();
+  const std::shared_ptr<ServerStorage> storage(new ServerStorage(path, mode, state));
+  storage->link_ = link;
+  storage->channel_ = QuoteIdentifier("varnlog " + link.schema);
+  storage->session_ = std::move(session);
+  storage->Connect();
+  std::erase_if(state->storages, [](const auto& each) { return each.expired(); });
+  state->storages.push_back(storage);
+  return storage;
+}
+
+// Makes the connection if there is none, and readies it.
+void ServerStorage::Connect() {
+  if (isConnecting_ || Clock::now() - lastFailure_ < kRest)
+    throw EngineError(ErrorNumber::kServerUnreachable,
+                      "The server of '" + Path() + "' could not be reached a moment ago.");
+  // While a connection is waited for, a window may ask for rows.
+  struct Mark {
+    explicit Mark(bool& value) : mark(value) { mark = true; }
+    ~Mark() { mark = false; }
+    bool& mark;
+  } const connecting(isConnecting_);
+  try {
+    if (session_ == nullptr || !session_->IsUp())
+      session_ = std::make_unique<ServerSession>(link_, Path(), State()->waiting);
+    // A plan that was made while a table was empty would still be used when an update has filled it.
+    static_cast<void>(
+        session_->RunScript("SET plan_cache_mode = force_custom_plan; SET client_min_messages = warning; SET "
+                            "standard_conforming_strings = on; SET search_path TO " +
+                            QuoteIdentifier(link_.schema)));
+    CheckLayout();
+    if (!session_->IsStandby()) static_cast<void>(session_->RunScript("LISTEN " + channel_));
+    changes_ = std::max(changes_, StateFrom(session_->Run(kStateSql))["changes"]);
+  } catch (const EngineError& error) {
+    session_.reset();
+    const bool isGone =
+        error.number() == ErrorNumber::kServerUnreachable || error.number() == ErrorNumber::kConnectionLost;
+    if (isGone) lastFailure_ = Clock::now();
+    throw;
+  }
+}
+
+void ServerStorage::CheckLayout() {
+  std::int64_t layout = 0;
+  try {
+    layout = StateFrom(session_->Run(kStateSql))["layout"];
+  } catch (const EngineError& error) {
+    if (error.number() != ErrorNumber::kTableNotFound) throw;
+  }
+  if (layout == kLayout) return;
+  const ServerResult closed = session_->Run(
+      "SELECT 1 FROM pg_namespace WHERE nspname = $1 AND NOT has_schema_privilege(oid, 'USAGE')",
+      {std::string_view(link_.schema)});
+  if (closed.RowCount() > 0)
+    throw EngineError(ErrorNumber::kNoPermission,
+                      "The account has no right to use the log that '" + Path() + "' names.");
+  throw EngineError(ErrorNumber::kUnrecognisedFormat,
+                    "The schema '" + link_.schema + "' that '" + Path() + "' names " +
+                        (layout == 0 ? "holds no log." : "holds a log of a later version of this program."));
+}
+
+void ServerStorage::Close() noexcept {
+  isOpen_ = false;
+  ForgetJournal();
+  tables_.clear();
+  added_.clear();
+  session_.reset();
+}
+
+ServerSession& ServerStorage::Line() {
+  if (!isOpen_) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
+  if (session_ != nullptr && session_->IsUp()) return *session_;
+  if (transaction_ != Transaction::kNone) {
+    transaction_ = Transaction::kLost;
+    throw EngineError(ErrorNumber::kConnectionLost,
+                      "The connection to the server of '" + Path() + "' was lost; the change was undone.");
+  }
+  Connect();
+  return *session_;
+}
+
+// Outside a transaction what a lost connection has stopped is begun again on a new one.
+template <typename Operation>
+auto ServerStorage::Attempt(const Operation& operation) {
+  SendAdded();
+  try {
+    return operation(Line());
+  } catch (const EngineError& error) {
+    if (error.number() != ErrorNumber::kConnectionLost) throw;
+    if (transaction_ != Transaction::kNone) {
+      transaction_ = Transaction::kLost;
+      throw;
+    }
+  }
+  return operation(Line());
+}
+
+ServerResult ServerStorage::Run(const std::string& sql, const ServerValues& values) {
+  return Attempt([&](ServerSession& session) { return session.Run(sql, values); });
+}
+
+ServerResult ServerStorage::RunOnce(const std::string& sql) {
+  return Attempt([&](ServerSession& session) { return session.RunOnce(sql); });
+}
+
+void ServerStorage::RunStorageSql(std::string_view storageSql) {
+  static_cast<void>(
+      Attempt([&](ServerSession& session) { return session.RunScript(std::string(storageSql)); }));
+  tables_.clear();
+  ++epoch_;
+}
+
+void ServerStorage::CopyOut(const std::string& sql, const std::function<void(std::string_view)>& line) {
+  bool hasBegun = false;
+  const auto take = [&](std::string_view text) {
+    hasBegun = true;
+    line(text);
+  };
+  Attempt([&](ServerSession& session) {
+    if (hasBegun)
+      throw EngineError(ErrorNumber::kConnectionLost,
+                        "The connection to the server of '" + Path() + "' was lost.");
+    session.CopyOut(sql, take);
+  });
+}
+
+void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
+  std::string copy = "COPY " + QuoteIdentifier(table.name) + " (";
+  for (const FieldDef& field : table.fields)
+    copy += (&field == &table.fields.front() ? "" : ", ") + QuoteIdentifier(field.name);
+  copy += ") FROM STDIN";
+  // Rows of two tables are sent in the order in which they were added.
+  if (added_.empty() || added_.back().table != copy) added_.push_back({std::move(copy), {}});
+  added_.back().lines.append(line);
+  if (added_.back().lines.size() >= kMostAddedBytes) SendAdded();
+}
+
+void ServerStorage::SendAdded() {
+  if (added_.empty()) return;
+  const std::vector<Added> all = std::exchange(added_, {});
+  try {
+    for (const Added& each : all) Line().CopyIn(each.table, each.lines);
+  } catch (const EngineError& error) {
+    if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
+    throw;
+  }
+}
+
+std::int64_t ServerStorage::NextCounter(const TableSchema& table) {
+  std::int64_t& last = usedCounters_.try_emplace(table.name, counters_[table.name]).first->second;
+  if (last >= kMostCounter)
+    throw EngineError(ErrorNumber::kRuleViolated,
+                      "The counter of the table '" + table.name + "' is used up.");
+  return ++last;
+}
+
+void ServerStorage::SetCounter(const TableSchema& table, std::int64_t last) {
+  std::int64_t& counter = usedCounters_.try_emplace(table.name, counters_[table.name]).first->second;
+  counter = std::max(counter, last);
+}
+
+std::int64_t ServerStorage::LastCounter(const TableSchema& table) {
+  const auto used = usedCounters_.find(table.name);
+  return used != usedCounters_.end() ? used->second : StateFrom(Run(kStateSql))[table.name];
+}
+
+std::string ServerStorage::KeyField(const TableSchema& table) {
+  for (const FieldDef& field : table.fields)
+    if (field.isCounter) return field.name;
+  return "varnlog_id";
+}
+
+void ServerStorage::BeginWriting() {
+  EndReadTransaction();
+  // A server that follows another one may have taken its place, or the other one be back.
+  if (session_ != nullptr && session_->IsStandby()) session_.reset();
+  const EngineOptions& options = State()->options;
+  const std::int64_t patience =
+      std::max<std::int64_t>(1, std::int64_t{options.lockRetry} * options.lockDelay);
+  const std::string script =
+      "BEGIN; SET LOCAL lock_timeout = " + std::to_string(patience) + "; " + LockOf(link_) + "; " + kStateSql;
+  try {
+    counters_ = StateFrom(Attempt([&](ServerSession& session) { return session.RunScript(script); }));
+  } catch (const EngineError&) {
+    Undo();
+    throw;
+  }
+  usedCounters_.clear();
+  changes_ = std::max(changes_, counters_["changes"]);
+  transaction_ = Transaction::kWriting;
+}
+
+std::string ServerStorage::CommitScript() const {
+  std::string script;
+  for (const auto& [table, last] : usedCounters_)
+    script += "UPDATE varnlog_state SET value = " + std::to_string(last) +
+              " WHERE name = " + QuoteText(table) + "; ";
+  const std::string number = std::to_string(changes_ + 1);
+  return script + "UPDATE varnlog_state SET value = " + number +
+         " WHERE name = 'changes'; INSERT INTO varnlog_openings (id, number, at) VALUES ('" + id_ + "', " +
+         std::to_string(transactions_) +
+         ", now()) ON CONFLICT (id) DO UPDATE SET number = EXCLUDED.number, at = EXCLUDED.at; NOTIFY " +
+         channel_ + ", '" + number + "'; COMMIT";
+}
+
+void ServerStorage::Commit() {
+  SendAdded();
+  ++transactions_;
+  try {
+    static_cast<void>(Line().RunScript(CommitScript()));
+  } catch (const EngineError& error) {
+    if (error.number() != ErrorNumber::kConnectionLost || transaction_ == Transaction::kLost) throw;
+    transaction_ = Transaction::kLost;
+    if (!WasCommitted())
+      throw EngineError(ErrorNumber::kConnectionLost, "The connection to the server of '" + Path() +
+                                                          "' was lost; nothing of the change was kept.");
+  }
+  ++changes_;
+  ++ownCommitted_;
+}
+
+// The lock is held as long as the lost connection's transaction lasts, so with it in hand the answer is
+// final.
+bool ServerStorage::WasCommitted() {
+  const auto end = Clock::now() + kOutcomePatience;
+  do {
+    try {
+      const auto session = std::make_unique<ServerSession>(link_, Path(), State()->waiting);
+      if (!session->IsStandby()) {
+        const ServerResult found =
+            session->RunScript("BEGIN; SET LOCAL lock_timeout = '15s'; SET LOCAL search_path TO " +
+                               QuoteIdentifier(link_.schema) + "; " + LockOf(link_) +
+                               "; SELECT count(*) FROM varnlog_openings WHERE id = '" + id_ +
+                               "' AND number = " + std::to_string(transactions_));
+        return found.Number(0, 0) > 0;
+      }
+    } catch (const EngineError& error) {
+      if (error.number() == ErrorNumber::kCancelled) break;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  } while (Clock::now() < end);
+  throw EngineError(ErrorNumber::kOutcomeUnknown,
+                    "The connection to the server of '" + Path() +
+                        "' was lost, and whether the change was kept cannot be found out now.");
+}
+
+void ServerStorage::Undo() noexcept {
+  added_.clear();
+  if (session_ == nullptr || !session_->IsUp()) return;
+  try {
+    static_cast<void>(session_->RunScript("ROLLBACK"));
+  } catch (const std::exception&) {
+    // The server undoes what a lost connection has begun.
+    session_.reset();
+  }
+}
+
+void ServerStorage::EndTransaction() noexcept {
+  transaction_ = Transaction::kNone;
+  inWork_ = false;
+  added_.clear();
+  usedCounters_.clear();
+  ++epoch_;
+  TellEnded();
+}
+
+void ServerStorage::RequireIntactWork() const {
+  if (inWork_ && transaction_ == Transaction::kLost)
+    throw EngineError(
+        ErrorNumber::kInvalidTransaction,
+        "The transaction was undone when the connection was lost; nothing more is written in it.");
+}
+
+void ServerStorage::BeginWork() {
+  if (inWork_) throw EngineError(ErrorNumber::kInvalidTransaction, "A transaction is already open.");
+  if (IsReadOnly())
+    BeginReading();
+  else
+    BeginWriting();
+  inWork_ = true;
+}
+
+void ServerStorage::CommitWork() {
+  if (IsReadOnly()) return RollbackWork();
+  try {
+    RequireIntactWork();
+    TellCommitting();
+    Commit();
+  } catch (const std::exception&) {
+    RollbackWork();
+    throw;
+  }
+  EndTransaction();
+}
+
+void ServerStorage::RollbackWork() {
+  if (IsReadOnly()) --readers_;
+  Undo();
+  EndTransaction();
+}
+
+bool ServerStorage::BeginChange() {
+  RequireWritable();
+  RequireIntactWork();
+  if (transaction_ == Transaction::kWriting) return false;
+  BeginWriting();
+  return true;
+}
+
+void ServerStorage::CommitChange() {
+  TellCommitting();
+  Commit();
+  EndTransaction();
+}
+
+void ServerStorage::UndoChange() noexcept {
+  Undo();
+  EndTransaction();
+}
+
+void ServerStorage::BeginPart() {
+  static_cast<void>(Run("SAVEPOINT part"));
+  partCounters_ = usedCounters_;
+}
+
+void ServerStorage::KeepPart() {
+  static_cast<void>(Run("RELEASE SAVEPOINT part"));
+}
+
+void ServerStorage::UndoPart() noexcept {
+  added_.clear();
+  usedCounters_ = partCounters_;
+  if (session_ == nullptr || !session_->IsUp()) return;
+  try {
+    static_cast<void>(session_->RunScript("ROLLBACK TO SAVEPOINT part; RELEASE SAVEPOINT part"));
+  } catch (const std::exception&) {
+    transaction_ = Transaction::kLost;
+  }
+}
+
+void ServerStorage::BeginReading() {
+  if (transaction_ == Transaction::kNone) {
+    static_cast<void>(Attempt([](ServerSession& session) { return session.RunScript(kReadingSql); }));
+    transaction_ = Transaction::kReading;
+  }
+  ++readers_;
+}
+
+void ServerStorage::EndReading() noexcept {
+  --readers_;
+  if (readers_ > 0 || inWork_) return;
+  if (transaction_ == Transaction::kReading) Undo();
+  if (transaction_ != Transaction::kWriting) transaction_ = Transaction::kNone;
+}
+
+// Readers that go on see what is there from now on.
+void ServerStorage::EndReadTransaction() {
+  if (transaction_ == Transaction::kReading) Undo();
+  if (transaction_ != Transaction::kWriting) transaction_ = Transaction::kNone;
+}
+
+void ServerStorage::HearAnnounced() {
+  heard_ = Clock::now();
+  if (session_ == nullptr || !session_->IsUp()) return;
+  try {
+    for (const std::int64_t number : session_->Announced()) changes_ = std::max(changes_, number);
+  } catch (const EngineError&) {
+    // The next statement finds the connection lost; until then rows are shown as they were read.
+    return;
+  }
+}
+
+RowStamp ServerStorage::RecentStamp() {
+  constexpr std::chrono::milliseconds kRecent(10);
+  if (Clock::now() - heard_ > kRecent) HearAnnounced();
+  return {changes_ - ownCommitted_, ownChanges_, epoch_};
+}
+
+// Asked of the log itself: an announcement may still be on its way.
+std::int64_t ServerStorage::OthersVersion() {
+  changes_ = std::max(changes_, StateFrom(Run(kStateSql))["changes"]);
+  return changes_ - ownCommitted_;
+}
+
+RowStore::State ServerStorage::StateAt(std::int64_t changes) {
+  changes_ = std::max(changes_, changes);
+  return {{changes_ - ownCommitted_, ownChanges_, epoch_}, changes - ownCommitted_};
+}
+
+void ServerStorage::Refresh() {
+  if (session_ == nullptr && !inWork_) return;
+  if (transaction_ == Transaction::kWriting) SendAdded();
+  RequireIntactWork();
+  HearAnnounced();
+  ++epoch_;
+}
+
+std::shared_ptr<Storage> OpenServer(const std::string& path, Storage::Mode mode,
+                                    const std::shared_ptr<EngineState>& state) {
+  return ServerStorage::Open(path, mode, state);
+}
+
+}  // namespace varnlog::dao

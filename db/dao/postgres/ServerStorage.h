@@ -1,0 +1,164 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "db/dao/Storage.h"
+#include "db/dao/postgres/ServerSession.h"
+#include "db/dao/rows/RowStore.h"
+
+namespace varnlog::dao {
+
+/// A log on a server. What keeps several programs apart stands in tables of the log's schema: how many
+/// changes there have been, the counters of the other tables, and the last change of each opening, by which a
+/// commit whose answer was lost is looked up.
+///
+/// A connection that was lost outside a transaction is made anew with the next statement.
+class ServerStorage final : public Storage {
+ public:
+  /// Throws as Workspace::OpenDatabase() says; a server that can only be read gives a storage for reading.
+  [[nodiscard]] static std::shared_ptr<ServerStorage> Open(const std::string& path, Mode mode,
+                                                           const std::shared_ptr<EngineState>& state);
+  ~ServerStorage() override;
+
+  [[nodiscard]] bool IsOpen() const noexcept override { return isOpen_; }
+  void Close() noexcept override;
+  [[nodiscard]] bool WasReplaced() const override { return false; }
+  [[nodiscard]] std::optional<ServerState> Server() override;
+
+  [[nodiscard]] std::vector<std::string> TableNames() override;
+  [[nodiscard]] std::shared_ptr<const TableSchema> Table(std::string_view name) override;
+  void AppendField(std::string_view table, const FieldDef& field) override;
+  void RunStorageSql(std::string_view storageSql) override;
+
+  [[nodiscard]] std::unique_ptr<Recordset> OpenTable(std::string_view table) override;
+  [[nodiscard]] std::unique_ptr<Recordset> OpenSelect(std::string_view source, bool isTable,
+                                                      std::optional<RecordsetType> type) override;
+  [[nodiscard]] std::unique_ptr<BulkRows> OpenBulkRows(std::string_view table) override;
+  [[nodiscard]] std::unique_ptr<TableScan> Scan(std::string_view table, std::span<const std::string> fields,
+                                                const ScanRange& range) override;
+  [[nodiscard]] std::unique_ptr<ValueIndex> IndexValues(std::string_view table,
+                                                        std::span<const IndexedColumn> columns) override;
+  [[nodiscard]] std::int64_t Greatest(std::string_view table, std::string_view field) override;
+  [[nodiscard]] std::vector<IdRange> UnusedIds(std::string_view table) override;
+
+  void BeginWork() override;
+  void CommitWork() override;
+  void RollbackWork() override;
+  [[nodiscard]] bool InWork() const override { return inWork_; }
+  [[nodiscard]] bool BeginChange() override;
+  void CommitChange() override;
+  void UndoChange() noexcept override;
+  void BeginPart() override;
+  void KeepPart() override;
+  void UndoPart() noexcept override;
+
+  [[nodiscard]] bool HasRules(std::span<const std::string> rules) override;
+  void SetRules(std::span<const std::string> rules) override;
+  [[nodiscard]] bool AreRulesObeyed() override { return true; }
+  void SetRulesObeyed(bool /*obeyed*/) override {}
+
+  [[nodiscard]] std::vector<std::string> Check() override;
+  void CopyTo(const std::string& target, const MaintenanceProgress& progress) override;
+  [[nodiscard]] std::string CopyInto(const std::string& existing,
+                                     const MaintenanceProgress& progress) override;
+  void ForgoSafety() override {}
+  void ApplyOptions() override {}
+  void Refresh() override;
+  [[nodiscard]] std::int64_t CacheReads() const override { return 0; }
+
+  // For the record sets of this folder. Rows that were added are sent before anything else is.
+  ServerResult Run(const std::string& sql, const ServerValues& values = {});
+  ServerResult RunOnce(const std::string& sql);
+  void CopyOut(const std::string& sql, const std::function<void(std::string_view)>& line);
+
+  /// A row of `COPY table (all its fields) FROM STDIN`, sent with others at once. Within a transaction.
+  void AddLater(const TableSchema& table, std::string_view line);
+  /// The next number of the table's counter, within a transaction.
+  [[nodiscard]] std::int64_t NextCounter(const TableSchema& table);
+  void SetCounter(const TableSchema& table, std::int64_t last);
+  /// The last number that the table's counter gave out.
+  [[nodiscard]] std::int64_t LastCounter(const TableSchema& table);
+  /// The field that tells the table's rows apart: its counter, or one that only the server has.
+  [[nodiscard]] static std::string KeyField(const TableSchema& table);
+
+  [[nodiscard]] RowStamp RecentStamp();
+  [[nodiscard]] std::int64_t OthersVersion();
+  /// The same after a statement that has read the number of all changes, `changes`.
+  [[nodiscard]] RowStore::State StateAt(std::int64_t changes);
+  /// Rows changed through this storage other than by adding, undone or not; and the number of the
+  /// transaction.
+  [[nodiscard]] std::int64_t OwnChanges() const { return ownChanges_; }
+  [[nodiscard]] std::int64_t Epoch() const { return epoch_; }
+  void NoteChange() { ++ownChanges_; }
+
+  // Several statements that see the same state, until all readers are gone.
+  void BeginReading();
+  void EndReading() noexcept;
+
+ private:
+  ServerStorage(const std::string& path, Mode mode, const std::shared_ptr<EngineState>& state);
+  void Connect();
+  void CheckLayout();
+  void EndReadTransaction();
+  [[nodiscard]] ServerSession& Line();
+  template <typename Operation>
+  auto Attempt(const Operation& operation);
+  void SendAdded();
+  void BeginWriting();
+  void Commit();
+  [[nodiscard]] std::string CommitScript() const;
+  [[nodiscard]] bool WasCommitted();
+  void Undo() noexcept;
+  void EndTransaction() noexcept;
+  void RequireIntactWork() const;
+  void HearAnnounced();
+
+  LinkFile link_;
+  std::unique_ptr<ServerSession> session_;
+  bool isOpen_ = true;
+  bool isConnecting_ = false;
+  std::string id_;       // of this opening
+  std::string channel_;  // on which changes are announced, quoted
+  std::chrono::steady_clock::time_point lastFailure_;
+  std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
+
+  enum class Transaction { kNone, kReading, kWriting, kLost };
+  Transaction transaction_ = Transaction::kNone;
+  bool inWork_ = false;
+  int readers_ = 0;
+  std::int64_t transactions_ = 0;                     // that this opening has committed or tried to
+  std::map<std::string, std::int64_t> counters_;      // as they were when the transaction began
+  std::map<std::string, std::int64_t> usedCounters_;  // and what it made of them
+  std::map<std::string, std::int64_t> partCounters_;  // the same when the part began
+  struct Added {
+    std::string table;  // COPY statement
+    std::string lines;
+  };
+  std::vector<Added> added_;
+
+  std::int64_t changes_ = 0;       // of the log, the greatest number heard of
+  std::int64_t ownCommitted_ = 0;  // of these
+  std::int64_t ownChanges_ = 0;
+  std::int64_t epoch_ = 0;
+  std::chrono::steady_clock::time_point heard_;
+};
+
+/// While it lives the statements of a storage see the same state.
+class ReadingScope {
+ public:
+  explicit ReadingScope(ServerStorage& storage) : storage_(storage) { storage_.BeginReading(); }
+  ~ReadingScope() { storage_.EndReading(); }
+  ReadingScope(const ReadingScope&) = delete;
+  ReadingScope& operator=(const ReadingScope&) = delete;
+
+ private:
+  ServerStorage& storage_;
+};
+
+}  // namespace varnlog::dao

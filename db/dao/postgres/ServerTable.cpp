@@ -1,0 +1,199 @@
+#include "db/dao/postgres/ServerTable.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "db/dao/postgres/ServerDialect.h"
+#include "db/dao/postgres/ServerRowWriter.h"
+#include "db/dao/postgres/ServerSchema.h"
+#include "db/dao/sql/JetSql.h"
+#include "db/dao/text/Collation.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+/// Later than any date.
+constexpr const char* kForEver = "9999-99";
+constexpr std::size_t kFirstWindow = 64;
+constexpr std::size_t kLargestWindow = 8192;
+/// With the rows that are added; a window that grows larger is read anew.
+constexpr std::size_t kMostEntries = 65536;
+
+std::string TextOf(const SeekKey& key) {
+  if (const auto* number = std::get_if<std::int64_t>(&key)) return std::to_string(*number);
+  if (const auto* text = std::get_if<std::string_view>(&key)) return std::string(*text);
+  return std::get<platform::DateTime>(key).ToIso();
+}
+
+bool IsNumber(const std::string& text) {
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+}  // namespace
+
+ServerTable::ServerTable(std::shared_ptr<ServerStorage> storage, std::shared_ptr<const TableSchema> table)
+    : TableRecordset(table, std::make_unique<ServerRowWriter>(storage, table, AllOrdinals(*table))),
+      storage_(std::move(storage)),
+      key_(QuoteIdentifier(ServerStorage::KeyField(*table))),
+      name_(QuoteIdentifier(table->name)) {
+  GoToFirst();
+}
+
+std::optional<std::int64_t> ServerTable::FirstId() {
+  const ServerResult found = storage_->Run("SELECT min(" + key_ + ") FROM " + name_);
+  if (found.IsNull(0, 0)) return std::nullopt;
+  return found.Number(0, 0);
+}
+
+std::optional<std::int64_t> ServerTable::IdBehind(std::int64_t id) {
+  const NumberText from(id);
+  const ServerResult found = storage_->Run(
+      "SELECT min(" + key_ + ") FROM " + name_ + " WHERE " + key_ + " > $1::integer", {from.View()});
+  if (found.IsNull(0, 0)) return std::nullopt;
+  return found.Number(0, 0);
+}
+
+std::int64_t ServerTable::RecordCount() const {
+  return storage_->Run("SELECT count(*) FROM " + name_).Number(0, 0);
+}
+
+void ServerTable::UseIndex(const Index& index) {
+  index_ = &index;
+  fields_.clear();
+  dateKey_.reset();
+  window_ = {};
+  for (const std::string& field : index.fields) {
+    fields_.push_back(*Table().FieldAt(field));
+    const bool isDate = Table().fields[fields_.back()].type == FieldType::kDate;
+    if (isDate && Table().HasIndexOn(fields_.back())) dateKey_ = fields_.size() - 1;
+  }
+}
+
+bool ServerTable::IsText(std::size_t key) const {
+  const FieldType type = Table().fields[fields_[key]].type;
+  return type == FieldType::kText || type == FieldType::kMemo;
+}
+
+std::optional<std::int64_t> ServerTable::Ask(std::span<const SeekKey> keys) {
+  std::vector<std::string> texts;
+  for (const SeekKey& key : keys) texts.push_back(TextOf(key));
+  ServerValues values;
+  std::string conditions;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    // What a field of that type cannot hold no row has.
+    const bool isNumber = Table().fields[fields_[i]].type != FieldType::kDate && !IsText(i);
+    const bool fits = isNumber ? IsNumber(texts[i]) : texts[i].find('\0') == std::string::npos;
+    if (!fits) return std::nullopt;
+    values.emplace_back(texts[i]);
+    const std::string field = QuoteIdentifier(index_->fields[i]);
+    const std::string parameter = "$" + std::to_string(i + 1);
+    conditions +=
+        (i == 0 ? "" : " AND ") +
+        (IsText(i) ? ServerTextKey(field) + " = jet_text(" + parameter + ")" : field + " = " + parameter);
+  }
+  const ServerResult found =
+      storage_->Run("SELECT min(" + key_ + ") FROM " + name_ + " WHERE " + conditions, values);
+  if (found.IsNull(0, 0)) return std::nullopt;
+  return found.Number(0, 0);
+}
+
+bool ServerTable::HasWindow(const std::string& date) const {
+  return window_.epoch == storage_->Epoch() && window_.changes == storage_->OwnChanges() &&
+         date >= window_.first && date <= window_.last;
+}
+
+// False when more rows have that date than a window holds.
+bool ServerTable::ReadWindow(const std::string& date) {
+  // The last one tells whether it is worth while to read more at a time.
+  const bool wasUseful = std::exchange(hits_, 0) * 2 >= windowRows_;
+  windowRows_ = wasUseful ? std::clamp(windowRows_ * 4, kFirstWindow, kLargestWindow) : kFirstWindow;
+  const std::string dateField = QuoteIdentifier(index_->fields[*dateKey_]);
+  std::string columns = key_;
+  for (const std::string& field : index_->fields) columns += ", " + QuoteIdentifier(field);
+  const NumberText limit(static_cast<std::int64_t>(windowRows_));
+  const ServerResult found =
+      storage_->Run("SELECT " + columns + " FROM " + name_ + " WHERE " + dateField + " >= $1 ORDER BY " +
+                        dateField + ", " + key_ + " LIMIT $2::integer",
+                    {std::string_view(date), limit.View()});
+  window_ = {.first = date,
+             .last = kForEver,
+             .entries = {},
+             .epoch = storage_->Epoch(),
+             .changes = storage_->OwnChanges()};
+  for (int row = 0; row < found.RowCount(); ++row) {
+    Entry entry{.id = found.Number(row, 0), .values = {}};
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+      const int column = static_cast<int>(i) + 1;
+      entry.values.push_back(found.IsNull(row, column) ? std::nullopt
+                                                       : std::optional(std::string(found.Text(row, column))));
+    }
+    window_.entries.push_back(std::move(entry));
+  }
+  if (window_.entries.size() < windowRows_) return true;
+  // Of the last date some rows may be missing.
+  const std::string last = *window_.entries.back().values[*dateKey_];
+  std::erase_if(window_.entries, [&](const Entry& entry) { return *entry.values[*dateKey_] == last; });
+  if (window_.entries.empty()) {
+    window_.epoch = -1;
+    return false;
+  }
+  window_.last = *window_.entries.back().values[*dateKey_];
+  return true;
+}
+
+std::optional<std::int64_t> ServerTable::FindInWindow(std::span<const SeekKey> keys,
+                                                      const std::string& date) const {
+  const auto dateOf = [this](const Entry& entry) { return *entry.values[*dateKey_]; };
+  const auto [begin, end] = std::ranges::equal_range(window_.entries, date, {}, dateOf);
+  const Collation& collation = Collation::Instance();
+  std::optional<std::int64_t> oldest;
+  for (auto entry = begin; entry != end; ++entry) {
+    bool isWanted = !oldest || entry->id < *oldest;
+    for (std::size_t i = 0; i < keys.size() && isWanted; ++i) {
+      const auto& value = entry->values[i];
+      const std::string wanted = TextOf(keys[i]);
+      isWanted = value && (IsText(i) ? collation.Compare(*value, wanted) == 0 : *value == wanted);
+    }
+    if (isWanted) oldest = entry->id;
+  }
+  return oldest;
+}
+
+std::optional<std::int64_t> ServerTable::Find(std::span<const SeekKey> keys) {
+  const bool hasDate = dateKey_ && keys.size() > *dateKey_;
+  const auto* const wanted = hasDate ? std::get_if<platform::DateTime>(&keys[*dateKey_]) : nullptr;
+  if (wanted == nullptr || !storage_->InWork() || storage_->IsReadOnly()) return Ask(keys);
+  const std::string date = wanted->ToIso();
+  if (HasWindow(date)) {
+    ++hits_;
+    return FindInWindow(keys, date);
+  }
+  // Only what comes in the order of time is likely to go on within a window.
+  const bool goesOn = date > std::exchange(sought_, date);
+  if (!goesOn || !ReadWindow(date)) return Ask(keys);
+  return FindInWindow(keys, date);
+}
+
+// The window knows the rows that are added through this record set.
+void ServerTable::NoteAdded(const CopyBuffer& buffer) {
+  if (!dateKey_) return;
+  const CopyBuffer::Cell& date = buffer[fields_[*dateKey_]];
+  if (date.kind != CellKind::kText || !HasWindow(date.text)) return;
+  Entry entry{.id = storage_->LastCounter(Table()), .values = {}};
+  for (const std::size_t field : fields_) {
+    const CopyBuffer::Cell& cell = buffer[field];
+    entry.values.push_back(cell.kind == CellKind::kText ? std::optional(cell.text) : std::nullopt);
+  }
+  const auto dateOf = [this](const Entry& each) { return *each.values[*dateKey_]; };
+  if (window_.entries.size() >= kMostEntries) {
+    window_.epoch = -1;
+    return;
+  }
+  window_.entries.insert(std::ranges::upper_bound(window_.entries, date.text, {}, dateOf), std::move(entry));
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "db/dao/postgres/ServerStorage.h"
+#include "db/dao/rows/TableRecordset.h"
+
+namespace varnlog::dao {
+
+/// A table of a server. Within a transaction, when nobody else can write, rows are sought for in windows:
+/// what stands from the wanted date on is read in one round trip, and the rows that are asked for next are
+/// found there.
+class ServerTable final : public TableRecordset {
+ public:
+  ServerTable(std::shared_ptr<ServerStorage> storage, std::shared_ptr<const TableSchema> table);
+
+  [[nodiscard]] std::int64_t RecordCount() const override;
+
+ private:
+  /// One row's values of the index's fields, in their order.
+  struct Entry {
+    std::int64_t id = 0;
+    std::vector<std::optional<std::string>> values;
+  };
+  struct Window {
+    std::string first;  // dates, both included
+    std::string last;
+    std::vector<Entry> entries;  // in the order of their dates and ids
+    std::int64_t epoch = -1;
+    std::int64_t changes = -1;
+  };
+
+  [[nodiscard]] std::optional<std::int64_t> FirstId() override;
+  [[nodiscard]] std::optional<std::int64_t> IdBehind(std::int64_t id) override;
+  void UseIndex(const Index& index) override;
+  [[nodiscard]] std::optional<std::int64_t> Find(std::span<const SeekKey> keys) override;
+  void NoteAdded(const CopyBuffer& buffer) override;
+
+  [[nodiscard]] std::optional<std::int64_t> Ask(std::span<const SeekKey> keys);
+  [[nodiscard]] bool HasWindow(const std::string& date) const;
+  [[nodiscard]] bool ReadWindow(const std::string& date);
+  [[nodiscard]] std::optional<std::int64_t> FindInWindow(std::span<const SeekKey> keys,
+                                                         const std::string& date) const;
+  [[nodiscard]] bool IsText(std::size_t key) const;
+
+  std::shared_ptr<ServerStorage> storage_;
+  std::string key_;
+  std::string name_;
+  const Index* index_ = nullptr;
+  std::vector<std::size_t> fields_;     // the index's, by their places in the table
+  std::optional<std::size_t> dateKey_;  // which of them is the date that the index is stored by
+  Window window_;
+  std::size_t windowRows_ = 0;
+  std::size_t hits_ = 0;  // seeks that were answered by the window
+  std::string sought_;    // the date sought last outside of it
+};
+
+}  // namespace varnlog::dao

@@ -1,0 +1,67 @@
+#include <utility>
+
+#include "db/dao/rows/DynasetRecordset.h"
+#include "db/dao/rows/SnapshotRecordset.h"
+#include "db/dao/sqlite/Check.h"
+#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/MissingRows.h"
+#include "db/dao/sqlite/Schema.h"
+#include "db/dao/sqlite/rows/FileRowStore.h"
+#include "db/dao/sqlite/rows/FileTable.h"
+#include "db/dao/sqlite/rows/ReadAll.h"
+
+namespace varnlog::dao {
+
+std::unique_ptr<Recordset> Connection::OpenTable(std::string_view table) {
+  return std::make_unique<FileTable>(Self(), Table(table));
+}
+
+std::unique_ptr<Recordset> Connection::OpenSelect(std::string_view source, bool isTable,
+                                                  std::optional<RecordsetType> type) {
+  Parameters parameters;
+  auto select = isTable ? SelectCache::WholeTable(*this, source) : Selects().Find(*this, source, parameters);
+  const bool canEdit = select->allAreFields && !select->parsed.distinct;
+  const RecordsetType wanted = type.value_or(canEdit ? RecordsetType::kDynaset : RecordsetType::kSnapshot);
+  if (wanted == RecordsetType::kSnapshot)
+    return std::make_unique<SnapshotRecordset>(select->fields, ReadAll(*this, *select, parameters));
+  if (!canEdit) throw EngineError(ErrorNumber::kNotSupported, "The source cannot be opened as a dynaset.");
+  return std::make_unique<DynasetRecordset>(
+      std::make_shared<FileRowStore>(Self(), std::move(select), std::move(parameters)));
+}
+
+std::vector<std::string> Connection::TableNames() {
+  return ReadTableNames(*this);
+}
+
+std::shared_ptr<const TableSchema> Connection::Table(std::string_view name) {
+  std::string key = LowerName(name);
+  const auto known = tables_.find(key);
+  if (known != tables_.end()) return known->second;
+  auto table = std::make_shared<const TableSchema>(ReadTableSchema(*this, name));
+  tables_.emplace(std::move(key), table);
+  return table;
+}
+
+void Connection::AppendField(std::string_view table, const FieldDef& field) {
+  WriteScope scope(*this);
+  Execute("ALTER TABLE " + QuoteIdentifier(table) + " ADD COLUMN " + QuoteIdentifier(field.name) + " " +
+          DeclaredType(field));
+  scope.Commit();
+  ForgetSchema();
+}
+
+void Connection::RunStorageSql(std::string_view storageSql) {
+  Execute(std::string(storageSql));
+  ForgetSchema();
+  ForgetRows();
+}
+
+std::vector<IdRange> Connection::UnusedIds(std::string_view table) {
+  return dao::UnusedIds(*this, std::string(table));
+}
+
+std::vector<std::string> Connection::Check() {
+  return CheckFile(*this);
+}
+
+}  // namespace varnlog::dao

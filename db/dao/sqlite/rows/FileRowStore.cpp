@@ -1,0 +1,86 @@
+#include "db/dao/sqlite/rows/FileRowStore.h"
+
+#include "db/dao/sql/JetSql.h"
+#include "db/dao/sqlite/rows/FileRowWriter.h"
+#include "db/dao/sqlite/rows/OrderedIds.h"
+#include "db/dao/sqlite/rows/StatementIds.h"
+
+namespace varnlog::dao {
+
+namespace {
+
+constexpr std::int64_t kLargestGap = 4;
+
+// True when the ids run up or down without large gaps, as they do in the order in which rows were added.
+bool IsDense(std::span<const std::int64_t> ids) {
+  const std::int64_t step = ids.size() > 1 && ids[1] < ids[0] ? -1 : 1;
+  for (std::size_t i = 0; i + 1 < ids.size(); ++i) {
+    const std::int64_t gap = (ids[i + 1] - ids[i]) * step;
+    if (gap < 1 || gap > kLargestGap) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+// The quicker of the two for the statement.
+std::unique_ptr<IdSource> FileRowStore::MakeIds() {
+  if (auto ids = connection_->Ordered().Find(*connection_, *select_, parameters_))
+    return std::make_unique<ComputedIds>(*std::move(ids));
+  return std::make_unique<StatementIds>(connection_, select_, parameters_);
+}
+
+std::unique_ptr<RowWriter> FileRowStore::MakeWriter() {
+  return std::make_unique<FileRowWriter>(connection_, select_->table, select_->ordinals);
+}
+
+Statement& FileRowStore::RowStatement(const char* condition) {
+  return select_->Prepared(*connection_, "SELECT " + select_->ColumnList() + ", rowid FROM " +
+                                             QuoteIdentifier(select_->table->name) + " WHERE rowid " +
+                                             condition);
+}
+
+void FileRowStore::ReadRange(Ids ids, RowSet& rows) {
+  const bool isDescending = ids.back() < ids.front();
+  Statement& read = RowStatement(isDescending ? "BETWEEN ?2 AND ?1 ORDER BY rowid DESC"
+                                              : "BETWEEN ?1 AND ?2 ORDER BY rowid");
+  ResetAtEnd reset(read);
+  read.Bind(1, ids.front());
+  read.Bind(2, ids.back());
+  const int idColumn = static_cast<int>(select_->columns.size());
+  std::size_t next = 0;
+  const auto isBefore = [&](std::int64_t a, std::int64_t b) { return isDescending ? a > b : a < b; };
+  while (next < ids.size() && read.Step()) {
+    const std::int64_t id = read.Number(idColumn);
+    for (; next < ids.size() && isBefore(ids[next], id); ++next) rows.AppendDeleted();
+    if (next == ids.size() || ids[next] != id) continue;  // a row that is not in the record set
+    AppendRow(rows, read);
+    ++next;
+  }
+  for (; next < ids.size(); ++next) rows.AppendDeleted();
+}
+
+void FileRowStore::ReadSingly(Ids ids, RowSet& rows) {
+  Statement& read = RowStatement("= ?1");
+  ResetAtEnd reset(read);
+  for (const std::int64_t id : ids) {
+    read.Reset();
+    read.Bind(1, id);
+    if (read.Step())
+      AppendRow(rows, read);
+    else
+      rows.AppendDeleted();
+  }
+}
+
+RowStore::State FileRowStore::Read(Ids ids, RowSet& rows) {
+  const ReadScope scope(*connection_);
+  if (IsDense(ids))
+    ReadRange(ids, rows);
+  else
+    ReadSingly(ids, rows);
+  // Inside the read, so that nothing can have changed between the rows and their stamp.
+  return {connection_->CurrentStamp(), connection_->OthersVersion()};
+}
+
+}  // namespace varnlog::dao

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "db/dao/DBEngine.h"
+#include "seals/SealTables.h"
+
+namespace varnlog::server {
+
+/// Hears how many rows were written or compared; false stops it (dao::ErrorNumber::kCancelled).
+using TransferProgress = std::function<bool(std::int64_t rows)>;
+
+/// What was taken from one log into another and found to be the same there.
+struct Transfer {
+  std::int64_t exposures = 0;
+  std::int64_t entries = 0;  // of the history
+  std::int64_t values = 0;   // compared one by one
+  seals::Head head;
+};
+
+/// Whether the log has every table that a transfer takes.
+[[nodiscard]] bool IsWholeLog(const dao::Database& log);
+/// Whether nothing was taken into the log yet.
+[[nodiscard]] bool IsEmptyLog(dao::Database& log);
+
+/// Takes all rows of a log into one that IsEmptyLog(), each with its number, and compares every value with
+/// what stands there then. Within a transaction of both, in which the target's rules do not hold. Throws
+/// dao::EngineError, kDamaged where a value differs.
+[[nodiscard]] Transfer TransferLog(dao::Database& source, dao::Database& target,
+                                   const TransferProgress& progress);
+
+}  // namespace varnlog::server
