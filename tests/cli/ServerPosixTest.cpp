@@ -57,11 +57,13 @@ TEST_F(ServerCommandTest, AnAccountOfTheProgramTakesExposuresInAndNothingElse) {
   std::string link = server_.Link("practice");
   Installation::Write(Path("link"), link.replace(link.find("User=postgres"), 13, "User=maria"));
   EXPECT_EQ(Server("adopt", "Data/Varnlog.mdb").status, 1);
-  std::filesystem::copy_file(Path("link"), installation_.log(), std::filesystem::copy_options::overwrite_existing);
+  std::filesystem::copy_file(Path("link"), installation_.log(),
+                             std::filesystem::copy_options::overwrite_existing);
   installation_.Reports({NewExposure("Müller", "XI", "02.03.2004", "08:00:00")});
   EXPECT_THAT(installation_.Ctl("update").out, HasSubstr("added 1"));
   EXPECT_THAT(installation_.Ctl("verify").out, HasSubstr("sealed: 1 exposures"));
-  EXPECT_THROW(server_.Sql("SET ROLE maria; ALTER TABLE practice.\"TXray\" DISABLE TRIGGER USER"), std::exception);
+  EXPECT_THROW(server_.Sql("SET ROLE maria; ALTER TABLE practice.\"TXray\" DISABLE TRIGGER USER"),
+               std::exception);
   EXPECT_THROW(server_.Sql("SET ROLE maria; DELETE FROM practice.\"TXray\""), std::exception);
   // What its owner takes away is missed.
   server_.Sql("ALTER TABLE practice.\"TXray\" DISABLE TRIGGER USER");
