@@ -4,6 +4,7 @@
 
 #include "db/dao/postgres/ServerSchema.h"
 #include "db/dao/sql/JetSql.h"
+#include "db/dao/text/Collation.h"
 
 namespace varnlog::dao {
 
@@ -18,6 +19,24 @@ std::optional<std::string_view> Parameter(const CopyBuffer::Cell& cell, std::vec
   return numbers.back();
 }
 
+std::string Literal(const CellView& value) {
+  if (value.kind == CellKind::kNull) return "NULL";
+  if (value.kind != CellKind::kText) {
+    std::string number;
+    AppendCopyValue(number, value);
+    return number;
+  }
+  if (value.text.find('\0') != std::string_view::npos)
+    throw EngineError(ErrorNumber::kRuleViolated, "A server holds no text with the character 0 in it.");
+  return QuoteText(value.text);
+}
+
+std::string TableFieldList(const TableSchema& table) {
+  std::string list;
+  for (const FieldDef& field : table.fields) list += (list.empty() ? "" : ", ") + QuoteIdentifier(field.name);
+  return list;
+}
+
 }  // namespace
 
 ServerRowWriter::ServerRowWriter(std::shared_ptr<ServerStorage> storage,
@@ -26,18 +45,28 @@ ServerRowWriter::ServerRowWriter(std::shared_ptr<ServerStorage> storage,
       storage_(std::move(storage)),
       ordinals_(std::move(ordinals)) {}
 
+bool ServerRowWriter::KnowsRow(std::int64_t rowId) const {
+  return row_ != nullptr && rowId_ == rowId && storage_->InWork() && !storage_->IsReadOnly() &&
+         rowEpoch_ == storage_->Epoch() && rowChanges_ == storage_->OwnChanges();
+}
+
 std::shared_ptr<const RowSet> ServerRowWriter::Read(std::int64_t rowId) {
+  if (KnowsRow(rowId)) return row_;
   const NumberText id(rowId);
-  const ServerResult found =
-      storage_->Run("SELECT " + FieldList() + " FROM " + QuoteIdentifier(Table().name) + " WHERE " +
-                        QuoteIdentifier(ServerStorage::KeyField(Table())) + " = $1::integer",
-                    {id.View()});
+  const std::string sql = "SELECT " + FieldList() + " FROM " + QuoteIdentifier(Table().name) + " WHERE " +
+                          QuoteIdentifier(ServerStorage::KeyField(Table())) + " = $1::integer";
+  const ServerResult found = storage_->IsToBeWritten(Table(), rowId) ? storage_->Run(sql, {id.View()})
+                                                                     : storage_->RunAhead(sql, {id.View()});
   auto row = std::make_shared<RowSet>(FieldCount());
   if (found.RowCount() == 0)
     row->AppendDeleted();
   else
     row->Append([&](std::size_t column) { return found.Cell(0, static_cast<int>(column)); });
-  return row;
+  row_ = row;
+  rowId_ = rowId;
+  rowEpoch_ = storage_->Epoch();
+  rowChanges_ = storage_->OwnChanges();
+  return row_;
 }
 
 std::int64_t ServerRowWriter::Insert(const CopyBuffer& buffer) {
@@ -46,18 +75,25 @@ std::int64_t ServerRowWriter::Insert(const CopyBuffer& buffer) {
       std::ranges::any_of(table.fields, [](const FieldDef& field) { return field.isCounter; });
   if (!hasCounter || buffer.size() != table.fields.size()) return InsertAtOnce(buffer);
   const std::int64_t id = storage_->NextCounter(table);
+  // A row of the history stands in one script with the change that it is about.
+  const bool isInScript = storage_->InPart();
   line_.clear();
   for (std::size_t field = 0; field < table.fields.size(); ++field) {
-    if (field > 0) line_ += '\t';
-    if (table.fields[field].isCounter) {
+    if (field > 0) line_ += isInScript ? ',' : '\t';
+    const auto at = static_cast<std::size_t>(std::ranges::find(ordinals_, field) - ordinals_.begin());
+    if (table.fields[field].isCounter)
       line_ += std::to_string(id);
-      continue;
-    }
-    const auto at = std::ranges::find(ordinals_, field) - ordinals_.begin();
-    AppendCopyValue(line_, buffer[static_cast<std::size_t>(at)].View());
+    else if (isInScript)
+      line_ += Literal(buffer[at].View());
+    else
+      AppendCopyValue(line_, buffer[at].View());
   }
-  line_ += '\n';
-  storage_->AddLater(table, line_);
+  if (isInScript)
+    storage_->WriteLater(table, id,
+                         "INSERT INTO " + QuoteIdentifier(table.name) + " (" + TableFieldList(table) +
+                             ") VALUES (" + line_ + ")");
+  else
+    storage_->AddLater(table, line_ + '\n');
   return id;
 }
 
@@ -86,7 +122,45 @@ std::int64_t ServerRowWriter::InsertAtOnce(const CopyBuffer& buffer) {
   return added.Number(0, 0);
 }
 
+// Whether rows are still found where they were found before: by an index's fields.
+void ServerRowWriter::NoteChange(const CopyBuffer& buffer, std::int64_t rowId) {
+  const bool isKnown = KnowsRow(rowId) && !row_->IsDeleted(0);
+  bool moves = !isKnown;
+  for (std::size_t i = 0; i < buffer.size() && !moves; ++i) {
+    if (!buffer[i].isChanged) continue;
+    const CellView before = row_->At(0, i);
+    const CellView after = buffer[i].View();
+    const bool isSame =
+        before.kind == after.kind &&
+        (after.kind != CellKind::kText || Collation::Instance().Compare(before.text, after.text) == 0);
+    moves = !isSame && std::ranges::any_of(Table().indexes, [&](const Index& index) {
+      return std::ranges::any_of(index.fields,
+                                 [&](const std::string& name) { return SameName(name, FieldAt(i).name); });
+    });
+  }
+  if (moves) storage_->NoteMove();
+  storage_->NoteChange();
+}
+
+void ServerRowWriter::OverwriteLater(const CopyBuffer& buffer, std::int64_t rowId) {
+  std::string settings;
+  for (std::size_t i = 0; i < buffer.size(); ++i)
+    if (buffer[i].isChanged)
+      settings += (settings.empty() ? "" : ", ") + QuoteIdentifier(FieldAt(i).name) + " = " +
+                  Literal(buffer[i].View());
+  storage_->WriteLater(Table(), rowId,
+                       "UPDATE " + QuoteIdentifier(Table().name) + " SET " + settings + " WHERE " +
+                           QuoteIdentifier(ServerStorage::KeyField(Table())) + " = " + std::to_string(rowId));
+}
+
 bool ServerRowWriter::Overwrite(const CopyBuffer& buffer, std::int64_t rowId) {
+  // Within the program's transaction the row is still there when it was there before.
+  const bool isLater = storage_->InPart() && KnowsRow(rowId);
+  NoteChange(buffer, rowId);
+  if (isLater) {
+    OverwriteLater(buffer, rowId);
+    return true;
+  }
   std::vector<std::string> numbers;
   numbers.reserve(buffer.size() + 1);
   ServerValues values;
@@ -99,7 +173,6 @@ bool ServerRowWriter::Overwrite(const CopyBuffer& buffer, std::int64_t rowId) {
   }
   const NumberText id(rowId);
   values.emplace_back(id.View());
-  storage_->NoteChange();
   return storage_
              ->Run("UPDATE " + QuoteIdentifier(Table().name) + " SET " + settings + " WHERE " +
                        QuoteIdentifier(ServerStorage::KeyField(Table())) + " = $" +

@@ -21,10 +21,18 @@ class ServerRowWriter final : public RowWriter {
   std::int64_t Insert(const CopyBuffer& buffer) override;
   bool Overwrite(const CopyBuffer& buffer, std::int64_t rowId) override;
   [[nodiscard]] std::int64_t InsertAtOnce(const CopyBuffer& buffer);
+  [[nodiscard]] bool KnowsRow(std::int64_t rowId) const;
+  void NoteChange(const CopyBuffer& buffer, std::int64_t rowId);
+  void OverwriteLater(const CopyBuffer& buffer, std::int64_t rowId);
 
   std::shared_ptr<ServerStorage> storage_;
   std::vector<std::size_t> ordinals_;
   std::string line_;
+  // The row read last, as long as nobody can have changed it: within the program's transaction.
+  std::shared_ptr<const RowSet> row_;
+  std::int64_t rowId_ = 0;
+  std::int64_t rowEpoch_ = -1;
+  std::int64_t rowChanges_ = -1;
 };
 
 }  // namespace varnlog::dao

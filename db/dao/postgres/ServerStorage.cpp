@@ -160,6 +160,16 @@ ServerResult ServerStorage::Run(const std::string& sql, const ServerValues& valu
   return Attempt([&](ServerSession& session) { return session.Run(sql, values); });
 }
 
+ServerResult ServerStorage::RunAhead(const std::string& sql, const ServerValues& values) {
+  if (transaction_ != Transaction::kWriting) return Run(sql, values);
+  try {
+    return Line().Run(sql, values);
+  } catch (const EngineError& error) {
+    if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
+    throw;
+  }
+}
+
 ServerResult ServerStorage::RunOnce(const std::string& sql) {
   return Attempt([&](ServerSession& session) { return session.RunOnce(sql); });
 }
@@ -185,22 +195,51 @@ void ServerStorage::CopyOut(const std::string& sql, const std::function<void(std
   });
 }
 
+// In the order in which they come: a change is sent behind its row of the history.
+void ServerStorage::Append(const std::string& copy, std::string_view text) {
+  if (added_.empty() || added_.back().copy != copy) added_.push_back({copy, {}});
+  added_.back().lines.append(text);
+  if (added_.back().lines.size() >= kMostAddedBytes && !inPart_) SendAdded();
+}
+
 void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
   std::string copy = "COPY " + QuoteIdentifier(table.name) + " (";
   for (const FieldDef& field : table.fields)
     copy += (&field == &table.fields.front() ? "" : ", ") + QuoteIdentifier(field.name);
-  copy += ") FROM STDIN";
-  // Rows of two tables are sent in the order in which they were added.
-  if (added_.empty() || added_.back().table != copy) added_.push_back({std::move(copy), {}});
-  added_.back().lines.append(line);
-  if (added_.back().lines.size() >= kMostAddedBytes) SendAdded();
+  addedRows_[table.name];
+  Append(copy + ") FROM STDIN", line);
+}
+
+void ServerStorage::WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement) {
+  addedRows_[table.name].insert(row);
+  Append({}, std::string(statement) + "; ");
+}
+
+// Rows that are added get numbers above all that are there.
+bool ServerStorage::IsToBeWritten(const TableSchema& table, std::int64_t row) const {
+  const auto rows = addedRows_.find(table.name);
+  if (rows == addedRows_.end()) return false;
+  const auto before = counters_.find(table.name);
+  return before == counters_.end() || row > before->second || rows->second.contains(row);
+}
+
+void ServerStorage::ForgetAdded() noexcept {
+  added_.clear();
+  addedRows_.clear();
 }
 
 void ServerStorage::SendAdded() {
   if (added_.empty()) return;
   const std::vector<Added> all = std::exchange(added_, {});
+  ForgetAdded();
+  ++sent_;
   try {
-    for (const Added& each : all) Line().CopyIn(each.table, each.lines);
+    for (const Added& each : all) {
+      if (each.copy.empty())
+        static_cast<void>(Line().RunScript(each.lines));
+      else
+        Line().CopyIn(each.copy, each.lines);
+    }
   } catch (const EngineError& error) {
     if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
     throw;
@@ -306,7 +345,7 @@ bool ServerStorage::WasCommitted() {
 }
 
 void ServerStorage::Undo() noexcept {
-  added_.clear();
+  ForgetAdded();
   if (session_ == nullptr || !session_->IsUp()) return;
   try {
     static_cast<void>(session_->RunScript("ROLLBACK"));
@@ -319,7 +358,8 @@ void ServerStorage::Undo() noexcept {
 void ServerStorage::EndTransaction() noexcept {
   transaction_ = Transaction::kNone;
   inWork_ = false;
-  added_.clear();
+  inPart_ = false;
+  ForgetAdded();
   usedCounters_.clear();
   ++epoch_;
   TellEnded();
@@ -379,18 +419,37 @@ void ServerStorage::UndoChange() noexcept {
   EndTransaction();
 }
 
+// In an update's transaction a part is what was not sent yet: there are thousands of them.
 void ServerStorage::BeginPart() {
-  static_cast<void>(Run("SAVEPOINT part"));
   partCounters_ = usedCounters_;
+  if (!inWork_ || !isBulk_) {
+    static_cast<void>(Run("SAVEPOINT part"));
+    return;
+  }
+  inPart_ = true;
+  partAdded_ = added_.size();
+  partLength_ = added_.empty() ? 0 : added_.back().lines.size();
+  partSent_ = sent_;
 }
 
 void ServerStorage::KeepPart() {
-  static_cast<void>(Run("RELEASE SAVEPOINT part"));
+  if (!std::exchange(inPart_, false)) static_cast<void>(Run("RELEASE SAVEPOINT part"));
 }
 
 void ServerStorage::UndoPart() noexcept {
-  added_.clear();
   usedCounters_ = partCounters_;
+  if (std::exchange(inPart_, false)) {
+    if (sent_ == partSent_) {
+      added_.resize(partAdded_);
+      if (!added_.empty()) added_.back().lines.resize(partLength_);
+    } else {
+      // Something of it is on the server already.
+      Undo();
+      transaction_ = Transaction::kLost;
+    }
+    return;
+  }
+  ForgetAdded();
   if (session_ == nullptr || !session_->IsUp()) return;
   try {
     static_cast<void>(session_->RunScript("ROLLBACK TO SAVEPOINT part; RELEASE SAVEPOINT part"));

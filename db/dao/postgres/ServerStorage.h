@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,8 +61,9 @@ class ServerStorage final : public Storage {
 
   [[nodiscard]] bool HasRules(std::span<const std::string> rules) override;
   void SetRules(std::span<const std::string> rules) override;
-  [[nodiscard]] bool AreRulesObeyed() override { return true; }
-  void SetRulesObeyed(bool /*obeyed*/) override {}
+  /// They always hold; a writer that needs none of them, an update, has its changes sent many at once.
+  [[nodiscard]] bool AreRulesObeyed() override { return !isBulk_; }
+  void SetRulesObeyed(bool obeyed) override { isBulk_ = !obeyed; }
 
   [[nodiscard]] std::vector<std::string> Check() override;
   void CopyTo(const std::string& target, const MaintenanceProgress& progress) override;
@@ -72,13 +74,21 @@ class ServerStorage final : public Storage {
   void Refresh() override;
   [[nodiscard]] std::int64_t CacheReads() const override { return 0; }
 
-  // For the record sets of this folder. Rows that were added are sent before anything else is.
+  // For the record sets of this folder. What is to be written later is sent before anything else is.
   ServerResult Run(const std::string& sql, const ServerValues& values = {});
+  /// The same where nothing that is still to be written matters.
+  ServerResult RunAhead(const std::string& sql, const ServerValues& values);
   ServerResult RunOnce(const std::string& sql);
   void CopyOut(const std::string& sql, const std::function<void(std::string_view)>& line);
 
   /// A row of `COPY table (all its fields) FROM STDIN`, sent with others at once. Within a transaction.
   void AddLater(const TableSchema& table, std::string_view line);
+  /// A statement that is sent with others at once, within the program's transaction: one that fails makes
+  /// that fail as a whole. `table` and `row` are what it writes.
+  void WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement);
+  /// Whether something that is to be written later is about that row.
+  [[nodiscard]] bool IsToBeWritten(const TableSchema& table, std::int64_t row) const;
+  [[nodiscard]] bool InPart() const { return inPart_; }
   /// The next number of the table's counter, within a transaction.
   [[nodiscard]] std::int64_t NextCounter(const TableSchema& table);
   void SetCounter(const TableSchema& table, std::int64_t last);
@@ -96,6 +106,9 @@ class ServerStorage final : public Storage {
   [[nodiscard]] std::int64_t OwnChanges() const { return ownChanges_; }
   [[nodiscard]] std::int64_t Epoch() const { return epoch_; }
   void NoteChange() { ++ownChanges_; }
+  /// Of these, changes of a value by which rows are found.
+  [[nodiscard]] std::int64_t Moves() const { return moves_; }
+  void NoteMove() { ++moves_; }
 
   // Several statements that see the same state, until all readers are gone.
   void BeginReading();
@@ -109,6 +122,8 @@ class ServerStorage final : public Storage {
   [[nodiscard]] ServerSession& Line();
   template <typename Operation>
   auto Attempt(const Operation& operation);
+  void Append(const std::string& copy, std::string_view text);
+  void ForgetAdded() noexcept;
   void SendAdded();
   void BeginWriting();
   void Commit();
@@ -131,20 +146,28 @@ class ServerStorage final : public Storage {
   enum class Transaction { kNone, kReading, kWriting, kLost };
   Transaction transaction_ = Transaction::kNone;
   bool inWork_ = false;
+  bool isBulk_ = false;
   int readers_ = 0;
   std::int64_t transactions_ = 0;                     // that this opening has committed or tried to
   std::map<std::string, std::int64_t> counters_;      // as they were when the transaction began
   std::map<std::string, std::int64_t> usedCounters_;  // and what it made of them
   std::map<std::string, std::int64_t> partCounters_;  // the same when the part began
   struct Added {
-    std::string table;  // COPY statement
+    std::string copy;  // COPY statement; "" for a script
     std::string lines;
   };
   std::vector<Added> added_;
+  std::map<std::string, std::set<std::int64_t>> addedRows_;  // that they write, by table
+  std::int64_t sent_ = 0;                                    // how often they were sent
+  bool inPart_ = false;                                      // of the program's transaction
+  std::size_t partAdded_ = 0;                                // how many there were when it began, ...
+  std::size_t partLength_ = 0;                               // ... the length of the last
+  std::int64_t partSent_ = 0;
 
   std::int64_t changes_ = 0;       // of the log, the greatest number heard of
   std::int64_t ownCommitted_ = 0;  // of these
   std::int64_t ownChanges_ = 0;
+  std::int64_t moves_ = 0;
   std::int64_t epoch_ = 0;
   std::chrono::steady_clock::time_point heard_;
 };

@@ -102,7 +102,7 @@ std::optional<std::int64_t> ServerTable::Ask(std::span<const SeekKey> keys) {
 }
 
 bool ServerTable::HasWindow(const std::string& date) const {
-  return window_.epoch == storage_->Epoch() && window_.changes == storage_->OwnChanges() &&
+  return window_.epoch == storage_->Epoch() && window_.changes == storage_->Moves() &&
          date >= window_.first && date <= window_.last;
 }
 
@@ -123,7 +123,7 @@ bool ServerTable::ReadWindow(const std::string& date) {
              .last = kForEver,
              .entries = {},
              .epoch = storage_->Epoch(),
-             .changes = storage_->OwnChanges()};
+             .changes = storage_->Moves()};
   for (int row = 0; row < found.RowCount(); ++row) {
     Entry entry{.id = found.Number(row, 0), .values = {}};
     for (std::size_t i = 0; i < fields_.size(); ++i) {
