@@ -260,6 +260,10 @@ std::optional<dao::EngineError> MainProgram::TryToLock() {
   return error;
 }
 
+void MainProgram::LockWithoutAsking() {
+  if (edits_.Count() > 0) static_cast<void>(TryToLock());
+}
+
 bool MainProgram::LockCorrections() {
   using enum core::MessageAnswer;
   while (edits_.Count() > 0) {

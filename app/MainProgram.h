@@ -100,6 +100,8 @@ class MainProgram {
   /// To be called before the log is closed: locks what was corrected, waiting for other workstations and
   /// asking when they take too long. False: do not close.
   [[nodiscard]] bool LockCorrections();
+  /// The same where nobody can be asked. What cannot be locked is when this workstation opens the log next.
+  void LockWithoutAsking();
   /// Locks the corrected values and closes the log; false when none was open.
   bool CloseVarnlogDB();
   /// Closes the log for work on its file; false when the user keeps it open, because that locks the values

@@ -8,6 +8,7 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include "platform/Desktop.h"
 #include "ui/QtText.h"
 
 namespace varnlog::app {
@@ -76,6 +77,7 @@ void SingleInstance::Hear() {
 }
 
 bool SingleInstance::ActivateOther(const QString& file) const {
+  platform::LetOtherComeToFront();
   const QDeadlineTimer patience(kMillisecondsToAnswer);
   while (!Reach(name_, file.toUtf8())) {
     if (patience.hasExpired()) return false;

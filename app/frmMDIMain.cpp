@@ -416,6 +416,12 @@ void frmMDIMain::BringToFront() {
   activateWindow();
 }
 
+void frmMDIMain::KeepForSessionEnd() {
+  if (loading_ || unloading_) return;
+  if (CommitEntry()) program_.LockWithoutAsking();
+  formPos_.SaveForm();
+}
+
 void frmMDIMain::OpenWhenFree(const std::string& file, OpenFor time) {
   if (unloading_ || file.empty() || (program_.State().dataFileOpen && file == context_.globals.strDataFileGl))
     return;

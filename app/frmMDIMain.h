@@ -58,6 +58,8 @@ class frmMDIMain final : public QMainWindow,
   [[nodiscard]] QAction* Action(CommandId id) const { return actions_.at(id); }
   /// To the front, out of the icon state, as another copy of the program asks for.
   void BringToFront();
+  /// The session may be about to end, and nobody can be asked: what was entered is stored and locked.
+  void KeepForSessionEnd();
   /// As soon as no dialog and no editor is open; "" opens nothing.
   void OpenWhenFree(const std::string& file, OpenFor time);
 

@@ -18,6 +18,7 @@
 #include "db/dao/WarmUp.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
+#include "platform/Desktop.h"
 #include "platform/Files.h"
 #include "start/InspectionSettings.h"
 #include "start/Language.h"
@@ -169,11 +170,22 @@ int RunProgram(core::Globals& globals, const Arguments& arguments) {
     window.BringToFront();
     window.OpenWhenFree(ui::FromQString(file), app::OpenFor::kThisRun);
   });
+  QObject::connect(qApp, &QGuiApplication::commitDataRequest, &window,
+                   [&window] { window.KeepForSessionEnd(); });
   return window.Load() ? QApplication::exec() : kFailed;
+}
+
+/// The system's own look where there is one. It has no dark form on every system; the toolkit's has.
+void FollowDesktop() {
+  platform::IntroduceToDesktop();
+  if (!platform::WantsDarkWindows() || qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return;
+  qputenv("QT_QPA_PLATFORM", "windows:darkmode=2");
+  QApplication::setStyle(QStringLiteral("fusion"));
 }
 
 int Run(int argc, char** argv) {
   const Arguments arguments = ParseArguments(argc, argv);
+  FollowDesktop();
   const Application application(argc, argv);
 
   core::Globals globals;

@@ -28,7 +28,10 @@ struct DrawingWithoutDisplay::Application {
 
 DrawingWithoutDisplay::DrawingWithoutDisplay() {
   // Whatever display there may be is not needed, and one that cannot be reached would end the program.
+  // Windows has one always, and its fonts are found with it only.
+#ifndef Q_OS_WIN
   qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
   qInstallMessageHandler(KeepSilent);
   application_ = std::make_unique<Application>();
 }

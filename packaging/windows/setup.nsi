@@ -6,11 +6,13 @@ Unicode true
 Target amd64-unicode
 SetCompressor /SOLID lzma
 ManifestDPIAware true
+ManifestSupportedOS Win10
 RequestExecutionLevel admin
 
 !include MUI2.nsh
 !include x64.nsh
 !include FileFunc.nsh
+!include WordFunc.nsh
 !include LogicLib.nsh
 !include WinVer.nsh
 
@@ -99,6 +101,8 @@ FunctionEnd
 ; Where it was told at the last setup, where the caller says, where such programs usually are, on the disks.
 Function FindSuite
   ${GetParameters} $R0
+  ; Some callers put the whole option between quotation marks, which no name of a folder has.
+  ${WordReplace} $R0 '"' "" "+" $R0
   ${GetOptions} $R0 "/SUITE=" $Suite
   ${If} $Suite != ""
     Return

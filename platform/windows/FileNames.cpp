@@ -1,7 +1,10 @@
 #include "platform/FileNames.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <thread>
+#include <vector>
 
 #include "platform/windows/System.h"
 
@@ -11,7 +14,7 @@ namespace {
 /// Virus scanners and indexers open a new file for a moment, and then it can neither be renamed nor removed.
 bool IsHeldByOthers(DWORD code) {
   return code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED || code == ERROR_LOCK_VIOLATION ||
-         code == ERROR_USER_MAPPED_FILE || code == ERROR_UNABLE_TO_REMOVE_REPLACED;
+         code == ERROR_USER_MAPPED_FILE;
 }
 
 /// Repeats a call for half a second while others seem to hold the file.
@@ -30,6 +33,40 @@ std::error_code WithPatience(const Call& call) {
 bool IsFolder(const std::wstring& name) {
   const DWORD attributes = GetFileAttributesW(name.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// Known to Windows from 10 on, to the compiler's headers only for later versions.
+constexpr auto kRenameInformation = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
+constexpr DWORD kReplaceIfExists = 1;
+constexpr DWORD kAtOnce = 2;
+struct RenameInformation {
+  DWORD flags;
+  HANDLE root;
+  DWORD nameLength;
+  std::array<wchar_t, 1> name;
+};
+
+/// A file that readers have open who allow its removal: they keep the old one, and the name passes to the new
+/// one in one step. Not on every file system.
+bool ReplaceOpenFile(const std::wstring& from, const std::wstring& to) {
+  constexpr DWORD kEverybody = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const SystemHandle file(CreateFileW(from.c_str(), DELETE | SYNCHRONIZE | GENERIC_WRITE, kEverybody, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return false;
+  const std::size_t bytes = to.size() * sizeof(wchar_t);
+  std::vector<std::byte> buffer(sizeof(RenameInformation) + bytes);
+  auto* const rename = reinterpret_cast<RenameInformation*>(buffer.data());
+  rename->flags = kReplaceIfExists | kAtOnce;
+  rename->nameLength = static_cast<DWORD>(bytes);
+  std::ranges::copy(to, rename->name.data());
+  if (SetFileInformationByHandle(file.get(), kRenameInformation, rename, static_cast<DWORD>(buffer.size())) ==
+      FALSE) {
+    // As the plain rename has said before.
+    SetLastError(ERROR_ACCESS_DENIED);
+    return false;
+  }
+  // The name is on the disk when the file is.
+  return FlushFileBuffers(file.get()) != FALSE;
 }
 
 bool IsLinkName(const std::wstring& name) {
@@ -52,11 +89,8 @@ std::error_code GiveName(const std::filesystem::path& source, const std::filesys
       MOVEFILE_WRITE_THROUGH | (ifTaken == IfTaken::kReplace ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0U);
   return WithPatience([&] {
     if (MoveFileExW(from.c_str(), to.c_str(), flags) != FALSE) return true;
-    if (ifTaken == IfTaken::kFail || !IsHeldByOthers(GetLastError()) || IsFolder(to)) return false;
-    // A file that readers have open, who allow its removal, can be replaced by this call only.
-    return ReplaceFileW(to.c_str(), from.c_str(), nullptr,
-                        REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS, nullptr,
-                        nullptr) != FALSE;
+    if (ifTaken == IfTaken::kFail || !IsHeldByOthers(GetLastError())) return false;
+    return ReplaceOpenFile(from, to);
   });
 }
 

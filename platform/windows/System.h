@@ -15,6 +15,7 @@
 #define SECURITY_WIN32
 #include <security.h>
 #include <shellapi.h>
+#include <shobjidl.h>
 // clang-format on
 
 // The system's header gives its functions other names by macros; these would hit functions of our own.

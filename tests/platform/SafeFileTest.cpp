@@ -22,23 +22,23 @@ class SafeFile : public testing::Test {
   test::TestFolder folder_;
 };
 
-TEST_F(SafeFile, IsReplacedRenamedAndKeptWhileSomebodyReadsIt) {
+TEST_F(SafeFile, IsReplacedAndIsKeptUnderAnotherNameWhileSomebodyReadsIt) {
   const fs::path path = Holding("varnlog.ini", "alt");
-  std::error_code error;
-  const File reader = File::Open(path, File::Mode::kRead, error);
   EXPECT_FALSE(ReplaceFile(path, "neu"));
   EXPECT_EQ(Content(path), "neu");
-  std::string before(3, ' ');
-  EXPECT_EQ(reader.ReadAt(0, before, error), 3U);
-  EXPECT_EQ(before, "alt");
+  std::error_code error;
+  const File reader = File::Open(path, File::Mode::kRead, error);
   EXPECT_EQ(RenameFile(path, Holding("anderes", "wichtig"), IfTaken::kFail), std::errc::file_exists);
   EXPECT_EQ(Content(folder_ / "anderes"), "wichtig");
   EXPECT_EQ(ReplaceFile(folder_ / "fehlt" / "datei", "x"), std::errc::no_such_file_or_directory);
   EXPECT_EQ(ReplaceFile(folder_.Path(), "x"), std::errc::is_a_directory);
-  const auto second = KeepAside(path, ".damaged", Keep::kSecondName, error);
+  const auto second = KeepAside(path, ".second", Keep::kSecondName, error);
   ASSERT_TRUE(second) << error.message();
   EXPECT_TRUE(SameFile(path, *second));
-  EXPECT_EQ(KeepAside(path, ".damaged", Keep::kMove, error), folder_ / "varnlog.ini.damaged2");
+  EXPECT_EQ(KeepAside(path, ".damaged", Keep::kMove, error), folder_ / "varnlog.ini.damaged");
+  std::string read(3, ' ');
+  EXPECT_EQ(reader.ReadAt(0, read, error), 3U);
+  EXPECT_EQ(read, "neu");
   EXPECT_EQ(Entries(), 3U);
 }
 

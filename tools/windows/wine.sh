@@ -15,7 +15,10 @@ prepare_wine() {
   mkdir -p "$locales"
   if [ ! -d "$locales/de_DE.UTF-8" ]; then localedef -i de_DE -f UTF-8 "$locales/de_DE.UTF-8"; fi
   export LOCPATH=$locales LC_ALL=de_DE.UTF-8
-  [ -d "$WINEPREFIX" ] || wineboot --init >&2 2>&1
+  if [ ! -d "$WINEPREFIX" ]; then
+    wineboot --init >&2 2>&1
+    wine winecfg -v win10 >&2
+  fi
 }
 
 # windows_path PATH: as a program under Wine names it.
