@@ -207,6 +207,7 @@ void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
   for (const FieldDef& field : table.fields)
     copy += (&field == &table.fields.front() ? "" : ", ") + QuoteIdentifier(field.name);
   addedRows_[table.name];
+  ++unsentRows_[table.name];
   Append(copy + ") FROM STDIN", line);
 }
 
@@ -223,8 +224,14 @@ bool ServerStorage::IsToBeWritten(const TableSchema& table, std::int64_t row) co
   return before == counters_.end() || row > before->second || rows->second.contains(row);
 }
 
+std::int64_t ServerStorage::UnsentRows(const TableSchema& table) const {
+  const auto rows = unsentRows_.find(table.name);
+  return rows == unsentRows_.end() ? 0 : rows->second;
+}
+
 void ServerStorage::ForgetAdded() noexcept {
   added_.clear();
+  unsentRows_.clear();
   addedRows_.clear();
 }
 

@@ -88,7 +88,11 @@ class ServerStorage final : public Storage {
   void WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement);
   /// Whether something that is to be written later is about that row.
   [[nodiscard]] bool IsToBeWritten(const TableSchema& table, std::int64_t row) const;
+  /// How many rows that AddLater() was given are not sent yet.
+  [[nodiscard]] std::int64_t UnsentRows(const TableSchema& table) const;
   [[nodiscard]] bool InPart() const { return inPart_; }
+  /// Sends what is to be written later.
+  void SendAdded();
   /// The next number of the table's counter, within a transaction.
   [[nodiscard]] std::int64_t NextCounter(const TableSchema& table);
   void SetCounter(const TableSchema& table, std::int64_t last);
@@ -124,7 +128,6 @@ class ServerStorage final : public Storage {
   auto Attempt(const Operation& operation);
   void Append(const std::string& copy, std::string_view text);
   void ForgetAdded() noexcept;
-  void SendAdded();
   void BeginWriting();
   void Commit();
   [[nodiscard]] std::string CommitScript() const;
@@ -158,6 +161,7 @@ class ServerStorage final : public Storage {
   };
   std::vector<Added> added_;
   std::map<std::string, std::set<std::int64_t>> addedRows_;  // that they write, by table
+  std::map<std::string, std::int64_t> unsentRows_;           // by table
   std::int64_t sent_ = 0;                                    // how often they were sent
   bool inPart_ = false;                                      // of the program's transaction
   std::size_t partAdded_ = 0;                                // how many there were when it began, ...

@@ -62,6 +62,8 @@ std::int64_t ServerTable::RecordCount() const {
 }
 
 void ServerTable::UseIndex(const Index& index) {
+  if (!unsent_.empty()) storage_->SendAdded();
+  unsent_.clear();
   index_ = &index;
   fields_.clear();
   dateKey_.reset();
@@ -96,7 +98,7 @@ std::optional<std::int64_t> ServerTable::Ask(std::span<const SeekKey> keys) {
         (IsText(i) ? ServerTextKey(field) + " = jet_text(" + parameter + ")" : field + " = " + parameter);
   }
   const ServerResult found =
-      storage_->Run("SELECT min(" + key_ + ") FROM " + name_ + " WHERE " + conditions, values);
+      RunForSeek("SELECT min(" + key_ + ") FROM " + name_ + " WHERE " + conditions, values);
   if (found.IsNull(0, 0)) return std::nullopt;
   return found.Number(0, 0);
 }
@@ -133,7 +135,11 @@ bool ServerTable::ReadWindow(const std::string& date) {
     }
     window_.entries.push_back(std::move(entry));
   }
-  if (window_.entries.size() < windowRows_) return true;
+  if (window_.entries.size() < windowRows_) {
+    for (const auto& [unsentDate, entry] : unsent_)
+      if (unsentDate >= date) AddToWindow(entry);
+    return true;
+  }
   // Of the last date some rows may be missing.
   const std::string last = *window_.entries.back().values[*dateKey_];
   std::erase_if(window_.entries, [&](const Entry& entry) { return *entry.values[*dateKey_] == last; });
@@ -142,6 +148,19 @@ bool ServerTable::ReadWindow(const std::string& date) {
     return false;
   }
   window_.last = *window_.entries.back().values[*dateKey_];
+  for (const auto& [unsentDate, entry] : unsent_)
+    if (HasWindow(unsentDate)) AddToWindow(entry);
+  return true;
+}
+
+bool ServerTable::Fits(const Entry& entry, std::span<const SeekKey> keys) const {
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const auto& value = entry.values[i];
+    const std::string wanted = TextOf(keys[i]);
+    const bool isSame =
+        value && (IsText(i) ? Collation::Instance().Compare(*value, wanted) == 0 : *value == wanted);
+    if (!isSame) return false;
+  }
   return true;
 }
 
@@ -149,24 +168,44 @@ std::optional<std::int64_t> ServerTable::FindInWindow(std::span<const SeekKey> k
                                                       const std::string& date) const {
   const auto dateOf = [this](const Entry& entry) { return *entry.values[*dateKey_]; };
   const auto [begin, end] = std::ranges::equal_range(window_.entries, date, {}, dateOf);
-  const Collation& collation = Collation::Instance();
   std::optional<std::int64_t> oldest;
-  for (auto entry = begin; entry != end; ++entry) {
-    bool isWanted = !oldest || entry->id < *oldest;
-    for (std::size_t i = 0; i < keys.size() && isWanted; ++i) {
-      const auto& value = entry->values[i];
-      const std::string wanted = TextOf(keys[i]);
-      isWanted = value && (IsText(i) ? collation.Compare(*value, wanted) == 0 : *value == wanted);
-    }
-    if (isWanted) oldest = entry->id;
-  }
+  for (auto entry = begin; entry != end; ++entry)
+    if ((!oldest || entry->id < *oldest) && Fits(*entry, keys)) oldest = entry->id;
   return oldest;
+}
+
+std::optional<std::int64_t> ServerTable::FindUnsent(std::span<const SeekKey> keys,
+                                                    const std::string& date) const {
+  const auto [begin, end] = unsent_.equal_range(date);
+  std::optional<std::int64_t> oldest;
+  for (auto row = begin; row != end; ++row)
+    if ((!oldest || row->second.id < *oldest) && Fits(row->second, keys)) oldest = row->second.id;
+  return oldest;
+}
+
+void ServerTable::SettleUnsent() {
+  const bool isOver = std::exchange(unsentEpoch_, storage_->Epoch()) != storage_->Epoch();
+  if (isOver || storage_->UnsentRows(Table()) == 0) unsent_.clear();
+}
+
+// Ahead of rows that are not sent yet only when all of them are known here.
+ServerResult ServerTable::RunForSeek(const std::string& sql, const ServerValues& values) {
+  const bool allAreKnown = storage_->UnsentRows(Table()) == static_cast<std::int64_t>(unsent_.size());
+  if (allAreKnown && storage_->InWork()) return storage_->RunAhead(sql, values);
+  ServerResult found = storage_->Run(sql, values);
+  unsent_.clear();
+  return found;
 }
 
 std::optional<std::int64_t> ServerTable::Find(std::span<const SeekKey> keys) {
   const bool hasDate = dateKey_ && keys.size() > *dateKey_;
   const auto* const wanted = hasDate ? std::get_if<platform::DateTime>(&keys[*dateKey_]) : nullptr;
-  if (wanted == nullptr || !storage_->InWork() || storage_->IsReadOnly()) return Ask(keys);
+  if (wanted == nullptr || !storage_->InWork() || storage_->IsReadOnly()) {
+    storage_->SendAdded();
+    unsent_.clear();
+    return Ask(keys);
+  }
+  SettleUnsent();
   const std::string date = wanted->ToIso();
   if (HasWindow(date)) {
     ++hits_;
@@ -174,26 +213,34 @@ std::optional<std::int64_t> ServerTable::Find(std::span<const SeekKey> keys) {
   }
   // Only what comes in the order of time is likely to go on within a window.
   const bool goesOn = date > std::exchange(sought_, date);
-  if (!goesOn || !ReadWindow(date)) return Ask(keys);
-  return FindInWindow(keys, date);
+  if (goesOn && ReadWindow(date)) return FindInWindow(keys, date);
+  // What is not sent yet is younger than all that is there.
+  const auto there = Ask(keys);
+  return there ? there : FindUnsent(keys, date);
 }
 
-// The window knows the rows that are added through this record set.
+// The window and the look-ups know the rows that are added through this record set.
 void ServerTable::NoteAdded(const CopyBuffer& buffer) {
   if (!dateKey_) return;
-  const CopyBuffer::Cell& date = buffer[fields_[*dateKey_]];
-  if (date.kind != CellKind::kText || !HasWindow(date.text)) return;
+  SettleUnsent();
   Entry entry{.id = storage_->LastCounter(Table()), .values = {}};
   for (const std::size_t field : fields_) {
     const CopyBuffer::Cell& cell = buffer[field];
     entry.values.push_back(cell.kind == CellKind::kText ? std::optional(cell.text) : std::nullopt);
   }
-  const auto dateOf = [this](const Entry& each) { return *each.values[*dateKey_]; };
+  const std::string date = entry.values[*dateKey_].value_or("");
+  if (HasWindow(date)) AddToWindow(entry);
+  if (storage_->UnsentRows(Table()) > 0) unsent_.emplace(date, std::move(entry));
+}
+
+void ServerTable::AddToWindow(const Entry& entry) {
   if (window_.entries.size() >= kMostEntries) {
     window_.epoch = -1;
     return;
   }
-  window_.entries.insert(std::ranges::upper_bound(window_.entries, date.text, {}, dateOf), std::move(entry));
+  const auto dateOf = [this](const Entry& each) { return *each.values[*dateKey_]; };
+  window_.entries.insert(std::ranges::upper_bound(window_.entries, *entry.values[*dateKey_], {}, dateOf),
+                         entry);
 }
 
 }  // namespace varnlog::dao

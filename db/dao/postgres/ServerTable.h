@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "db/dao/postgres/ServerStorage.h"
@@ -43,6 +44,12 @@ class ServerTable final : public TableRecordset {
   [[nodiscard]] bool ReadWindow(const std::string& date);
   [[nodiscard]] std::optional<std::int64_t> FindInWindow(std::span<const SeekKey> keys,
                                                          const std::string& date) const;
+  [[nodiscard]] std::optional<std::int64_t> FindUnsent(std::span<const SeekKey> keys,
+                                                       const std::string& date) const;
+  [[nodiscard]] bool Fits(const Entry& entry, std::span<const SeekKey> keys) const;
+  ServerResult RunForSeek(const std::string& sql, const ServerValues& values);
+  void AddToWindow(const Entry& entry);
+  void SettleUnsent();
   [[nodiscard]] bool IsText(std::size_t key) const;
 
   std::shared_ptr<ServerStorage> storage_;
@@ -52,6 +59,9 @@ class ServerTable final : public TableRecordset {
   std::vector<std::size_t> fields_;     // the index's, by their places in the table
   std::optional<std::size_t> dateKey_;  // which of them is the date that the index is stored by
   Window window_;
+  // Rows that were added here and are not sent yet, by their date: nothing is sent for the sake of a look-up.
+  std::unordered_multimap<std::string, Entry> unsent_;
+  std::int64_t unsentEpoch_ = -1;
   std::size_t windowRows_ = 0;
   std::size_t hits_ = 0;  // seeks that were answered by the window
   std::string sought_;    // the date sought last outside of it
