@@ -94,8 +94,8 @@ class ServerSession {
   void Close() noexcept;
 
   std::string path_;
+  bool isStandby_ = false;  // found out while the connection is made
   pg_conn* connection_ = nullptr;
-  bool isStandby_ = false;
   std::unordered_map<std::string, std::string> prepared_;  // names by statement
 };
 
