@@ -33,6 +33,7 @@ using ui::Caption;
 namespace {
 
 constexpr int kMillisecondsAfterActivation = 200;
+constexpr int kMillisecondsOfSessionEnd = 30'000;
 constexpr int kMillisecondsForMessage = 5'000;
 constexpr int kMillisecondsForPlace = 300;
 constexpr double kUnmaximisedPart = 0.8;
@@ -420,6 +421,9 @@ void frmMDIMain::KeepForSessionEnd() {
   if (loading_ || unloading_) return;
   if (CommitEntry()) program_.LockWithoutAsking();
   formPos_.SaveForm();
+  sessionEnds_ = true;
+  // Another program may have stopped it; then the question is asked again.
+  QTimer::singleShot(kMillisecondsOfSessionEnd, this, [this] { sessionEnds_ = false; });
 }
 
 void frmMDIMain::OpenWhenFree(const std::string& file, OpenFor time) {
@@ -450,7 +454,8 @@ void frmMDIMain::closeEvent(QCloseEvent* event) {
   }
   // Questions can be seen, and the state that is saved is the one in which the window is used.
   place_.Uncover();
-  if (!unloading_ && (!CommitEntry() || program_.ConfirmQuit() || !program_.LockCorrections())) {
+  const bool mayAsk = !unloading_ && !sessionEnds_;
+  if (mayAsk && (!CommitEntry() || program_.ConfirmQuit() || !program_.LockCorrections())) {
     event->ignore();
     return;
   }

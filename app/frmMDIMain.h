@@ -198,6 +198,7 @@ class frmMDIMain final : public QMainWindow,
   QPointer<logview::frmResults> results_;
   bool loading_ = true;
   bool unloading_ = false;
+  bool sessionEnds_ = false;  // nobody can be asked
 };
 
 }  // namespace varnlog::app
