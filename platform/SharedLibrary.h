@@ -6,11 +6,17 @@
 
 namespace varnlog::platform {
 
+/// A library of the system's own, found where the system looks for those.
+struct SystemLibrary {
+  const char* name;
+};
+
 /// A library loaded at run time; unloaded by the destructor.
 class SharedLibrary {
  public:
   /// Nothing loaded when the file is missing or is no library of this system; Error() says why.
   explicit SharedLibrary(const std::filesystem::path& path);
+  explicit SharedLibrary(SystemLibrary library);
   ~SharedLibrary();
   SharedLibrary(const SharedLibrary&) = delete;
   SharedLibrary& operator=(const SharedLibrary&) = delete;
@@ -26,6 +32,7 @@ class SharedLibrary {
   }
 
  private:
+  void Load(const std::filesystem::path& path);
   [[nodiscard]] void* Address(const char* name) const;
   void* handle_ = nullptr;
   std::string error_;

@@ -8,7 +8,15 @@ SharedLibrary::SharedLibrary(const std::filesystem::path& path) {
   // A bare name would be searched for in the system's folders; only the file that was named is meant.
   std::error_code ignored;
   const std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
-  handle_ = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
+  Load(absolute);
+}
+
+SharedLibrary::SharedLibrary(SystemLibrary library) {
+  Load(library.name);
+}
+
+void SharedLibrary::Load(const std::filesystem::path& path) {
+  handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle_ == nullptr) {
     const char* reason = dlerror();
     error_ = reason == nullptr ? "the library cannot be loaded" : reason;

@@ -5,6 +5,16 @@
 namespace varnlog::platform {
 
 SharedLibrary::SharedLibrary(const std::filesystem::path& path) {
+  Load(path);
+}
+
+SharedLibrary::SharedLibrary(SystemLibrary library) {
+  wchar_t folder[MAX_PATH];
+  const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
+  Load(std::filesystem::path(std::wstring(folder, length)) / library.name);
+}
+
+void SharedLibrary::Load(const std::filesystem::path& path) {
   // No message box about a library that is missing or broken.
   DWORD before = 0;
   SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before);

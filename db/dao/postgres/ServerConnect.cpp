@@ -2,11 +2,11 @@
 
 #include <array>
 #include <chrono>
-#include <libpq-fe.h>
 #include <memory>
 #include <vector>
 
 #include "db/dao/EngineError.h"
+#include "db/dao/postgres/LibPq.h"
 #include "platform/Sockets.h"
 
 namespace varnlog::dao {
@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds kPatience(5000);
 constexpr std::chrono::milliseconds kStep(50);
 
 struct Finish {
-  void operator()(PGconn* connection) const { PQfinish(connection); }
+  void operator()(PGconn* connection) const { Pq().finish(connection); }
 };
 using Connection = std::unique_ptr<PGconn, Finish>;
 
@@ -34,7 +34,7 @@ class Parameters {
   [[nodiscard]] Connection Start() {
     names_.push_back(nullptr);
     values_.push_back(nullptr);
-    return Connection(PQconnectStartParams(names_.data(), values_.data(), 0));
+    return Connection(Pq().connectStartParams(names_.data(), values_.data(), 0));
   }
 
  private:
@@ -68,21 +68,21 @@ Connection Start(const LinkFile& link, std::size_t host) {
 ConnStatusType Await(PGconn* connection, const std::function<bool()>& waiting) {
   const auto end = Clock::now() + kPatience;
   PostgresPollingStatusType status = PGRES_POLLING_WRITING;
-  while (PQstatus(connection) != CONNECTION_BAD && status != PGRES_POLLING_OK &&
+  while (Pq().status(connection) != CONNECTION_BAD && status != PGRES_POLLING_OK &&
          status != PGRES_POLLING_FAILED) {
     const bool writing = status == PGRES_POLLING_WRITING;
-    while (!platform::WaitForSocket(PQsocket(connection), writing, kStep)) {
+    while (!platform::WaitForSocket(Pq().socket(connection), writing, kStep)) {
       if (waiting && !waiting()) throw EngineError(ErrorNumber::kCancelled, "The connection was given up.");
       if (Clock::now() > end) return CONNECTION_STARTED;
     }
-    status = PQconnectPoll(connection);
+    status = Pq().connectPoll(connection);
   }
-  return PQstatus(connection);
+  return Pq().status(connection);
 }
 
 bool Is(PGconn* connection, const char* sql) {
-  const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql), &PQclear);
-  return PQntuples(result.get()) == 1 && *PQgetvalue(result.get(), 0, 0) == 't';
+  const std::unique_ptr<PGresult, decltype(&PQclear)> result(Pq().exec(connection, sql), Pq().clear);
+  return Pq().ntuples(result.get()) == 1 && *Pq().getvalue(result.get(), 0, 0) == 't';
 }
 
 std::string OneLine(const char* message) {
@@ -95,7 +95,7 @@ std::string OneLine(const char* message) {
 
 // The library tells them apart by its message alone.
 bool IsRefusedAccount(const PGconn* connection, const std::string& message) {
-  return PQconnectionNeedsPassword(connection) != 0 || PQconnectionUsedPassword(connection) != 0 ||
+  return Pq().connectionNeedsPassword(connection) != 0 || Pq().connectionUsedPassword(connection) != 0 ||
          message.find("authentication failed") != std::string::npos ||
          message.find("no pg_hba.conf entry") != std::string::npos ||
          (message.find("role \"") != std::string::npos &&
@@ -114,7 +114,7 @@ PGconn* ConnectToServer(const LinkFile& link, const std::string& path, const std
     if (connection == nullptr) throw std::bad_alloc();
     const ConnStatusType status = Await(connection.get(), waiting);
     if (status == CONNECTION_OK) {
-      if (PQserverVersion(connection.get()) < 150000)
+      if (Pq().serverVersion(connection.get()) < 150000)
         throw EngineError(ErrorNumber::kNotSupported,
                           "The server of '" + path + "' is older than version 15.");
       isStandby = Is(connection.get(), "SELECT pg_is_in_recovery()");
@@ -123,7 +123,7 @@ PGconn* ConnectToServer(const LinkFile& link, const std::string& path, const std
       continue;
     }
     const std::string message =
-        status == CONNECTION_BAD ? OneLine(PQerrorMessage(connection.get())) : "it does not answer";
+        status == CONNECTION_BAD ? OneLine(Pq().errorMessage(connection.get())) : "it does not answer";
     if (IsRefusedAccount(connection.get(), message)) number = ErrorNumber::kBadAccount;
     reasons += (reasons.empty() ? "" : "; ") + message;
   }

@@ -1,10 +1,10 @@
 #include "db/dao/postgres/ServerSession.h"
 
 #include <charconv>
-#include <libpq-fe.h>
 #include <utility>
 
 #include "db/dao/EngineError.h"
+#include "db/dao/postgres/LibPq.h"
 #include "db/dao/postgres/ServerConnect.h"
 #include "db/dao/postgres/ServerErrors.h"
 #include "platform/Sockets.h"
@@ -29,8 +29,8 @@ enum class ServerType : Oid {
 };
 
 std::string MessageOf(const PGresult* result, const PGconn* connection) {
-  const char* const primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
-  std::string message(primary == nullptr ? PQerrorMessage(connection) : primary);
+  const char* const primary = Pq().resultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
+  std::string message(primary == nullptr ? Pq().errorMessage(connection) : primary);
   while (!message.empty() && message.back() == '\n') message.pop_back();
   return message;
 }
@@ -45,37 +45,37 @@ Value Parsed(std::string_view text) {
 }  // namespace
 
 void ServerResult::Clear::operator()(pg_result* result) const {
-  PQclear(result);
+  Pq().clear(result);
 }
 
 int ServerResult::RowCount() const {
-  return PQntuples(result_.get());
+  return Pq().ntuples(result_.get());
 }
 int ServerResult::ColumnCount() const {
-  return PQnfields(result_.get());
+  return Pq().nfields(result_.get());
 }
 std::string ServerResult::ColumnName(int column) const {
-  return PQfname(result_.get(), column);
+  return Pq().fname(result_.get(), column);
 }
 bool ServerResult::IsNull(int row, int column) const {
-  return PQgetisnull(result_.get(), row, column) != 0;
+  return Pq().getisnull(result_.get(), row, column) != 0;
 }
 std::string_view ServerResult::Text(int row, int column) const {
-  return {PQgetvalue(result_.get(), row, column),
-          static_cast<std::size_t>(PQgetlength(result_.get(), row, column))};
+  return {Pq().getvalue(result_.get(), row, column),
+          static_cast<std::size_t>(Pq().getlength(result_.get(), row, column))};
 }
 std::int64_t ServerResult::Number(int row, int column) const {
   return Parsed<std::int64_t>(Text(row, column));
 }
 std::int64_t ServerResult::Changed() const {
-  return Parsed<std::int64_t>(PQcmdTuples(result_.get()));
+  return Parsed<std::int64_t>(Pq().cmdTuples(result_.get()));
 }
 
 CellView ServerResult::Cell(int row, int column) const {
   CellView cell;
   if (IsNull(row, column)) return cell;
   cell.text = Text(row, column);
-  switch (static_cast<ServerType>(PQftype(result_.get(), column))) {
+  switch (static_cast<ServerType>(Pq().ftype(result_.get(), column))) {
     case ServerType::kBool:
       return {.kind = CellKind::kInteger, .integer = cell.text == "t" ? 1 : 0, .real = 0, .text = {}};
     case ServerType::kInt2:
@@ -94,9 +94,9 @@ CellView ServerResult::Cell(int row, int column) const {
 ServerSession::ServerSession(const LinkFile& link, std::string path, const Waiting& waiting)
     : path_(std::move(path)), connection_(ConnectToServer(link, path_, waiting, isStandby_)) {
   // Notices are for whoever reads the server's log.
-  PQsetNoticeProcessor(
+  Pq().setNoticeProcessor(
       connection_, [](void*, const char*) {}, nullptr);
-  PQsetnonblocking(connection_, 1);
+  Pq().setnonblocking(connection_, 1);
 }
 
 ServerSession::~ServerSession() {
@@ -105,18 +105,18 @@ ServerSession::~ServerSession() {
 
 void ServerSession::Close() noexcept {
   prepared_.clear();
-  if (connection_ != nullptr) PQfinish(std::exchange(connection_, nullptr));
+  if (connection_ != nullptr) Pq().finish(std::exchange(connection_, nullptr));
 }
 
 std::string ServerSession::Host() const {
-  const char* const host = IsUp() ? PQhost(connection_) : nullptr;
+  const char* const host = IsUp() ? Pq().host(connection_) : nullptr;
   return host == nullptr ? "" : host;
 }
 
 std::string ServerSession::Encryption() const {
-  if (!IsUp() || PQsslInUse(connection_) == 0) return {};
-  const char* const protocol = PQsslAttribute(connection_, "protocol");
-  const char* const cipher = PQsslAttribute(connection_, "cipher");
+  if (!IsUp() || Pq().sslInUse(connection_) == 0) return {};
+  const char* const protocol = Pq().sslAttribute(connection_, "protocol");
+  const char* const cipher = Pq().sslAttribute(connection_, "cipher");
   return std::string(protocol == nullptr ? "TLS" : protocol) + (cipher == nullptr ? "" : ", ") +
          (cipher == nullptr ? "" : cipher);
 }
@@ -129,10 +129,10 @@ void ServerSession::ThrowLost() {
 }
 
 void ServerSession::Throw(const PGresult* result) {
-  const char* const code = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+  const char* const code = Pq().resultErrorField(result, PG_DIAG_SQLSTATE);
   const std::string state = code == nullptr ? "08006" : code;
   const std::string message = MessageOf(result, connection_);
-  const bool isLost = PQstatus(connection_) == CONNECTION_BAD || state.starts_with("57P");
+  const bool isLost = Pq().status(connection_) == CONNECTION_BAD || state.starts_with("57P");
   if (isLost) Close();
   ThrowServerError(isLost && !state.starts_with("57P") ? "08006" : state, path_, message);
 }
@@ -144,36 +144,36 @@ void ServerSession::Send(int sent) {
 
 void ServerSession::Flush() {
   for (;;) {
-    const int left = PQflush(connection_);
+    const int left = Pq().flush(connection_);
     if (left == 0) return;
-    if (left < 0 || !platform::WaitForSocket(PQsocket(connection_), true, kLongestSilence)) ThrowLost();
-    if (PQconsumeInput(connection_) == 0) ThrowLost();
+    if (left < 0 || !platform::WaitForSocket(Pq().socket(connection_), true, kLongestSilence)) ThrowLost();
+    if (Pq().consumeInput(connection_) == 0) ThrowLost();
   }
 }
 
 void ServerSession::AwaitInput() {
-  while (PQisBusy(connection_) != 0) {
-    if (!platform::WaitForSocket(PQsocket(connection_), false, kLongestSilence)) ThrowLost();
-    if (PQconsumeInput(connection_) == 0) ThrowLost();
+  while (Pq().isBusy(connection_) != 0) {
+    if (!platform::WaitForSocket(Pq().socket(connection_), false, kLongestSilence)) ThrowLost();
+    if (Pq().consumeInput(connection_) == 0) ThrowLost();
   }
 }
 
 // Takes all that the server has to say to what was sent, so that the next statement finds the line free.
 ServerResult ServerSession::Finish() {
   ServerResult last(nullptr);
-  std::unique_ptr<PGresult, decltype(&PQclear)> failed(nullptr, &PQclear);
+  std::unique_ptr<PGresult, decltype(&PQclear)> failed(nullptr, Pq().clear);
   for (;;) {
     AwaitInput();
-    PGresult* const next = PQgetResult(connection_);
+    PGresult* const next = Pq().getResult(connection_);
     if (next == nullptr) break;
-    const ExecStatusType status = PQresultStatus(next);
+    const ExecStatusType status = Pq().resultStatus(next);
     if (status == PGRES_FATAL_ERROR || status == PGRES_BAD_RESPONSE) {
       if (failed == nullptr)
         failed.reset(next);
       else
-        PQclear(next);
+        Pq().clear(next);
       // Behind a broken connection there is nothing more to come.
-      if (PQstatus(connection_) == CONNECTION_BAD) break;
+      if (Pq().status(connection_) == CONNECTION_BAD) break;
       continue;
     }
     last = ServerResult(next);
@@ -188,7 +188,7 @@ ServerResult ServerSession::Run(const std::string& sql, const ServerValues& valu
   auto known = prepared_.find(sql);
   if (known == prepared_.end()) {
     std::string name = "s" + std::to_string(prepared_.size());
-    Send(PQsendPrepare(connection_, name.c_str(), sql.c_str(), 0, nullptr));
+    Send(Pq().sendPrepare(connection_, name.c_str(), sql.c_str(), 0, nullptr));
     static_cast<void>(Finish());
     known = prepared_.emplace(sql, std::move(name)).first;
   }
@@ -202,20 +202,20 @@ ServerResult ServerSession::Run(const std::string& sql, const ServerValues& valu
     texts.emplace_back(value.value_or(std::string_view()));
     pointers.push_back(value ? texts.back().c_str() : nullptr);
   }
-  Send(PQsendQueryPrepared(connection_, known->second.c_str(), static_cast<int>(values.size()),
-                           pointers.data(), nullptr, nullptr, 0));
+  Send(Pq().sendQueryPrepared(connection_, known->second.c_str(), static_cast<int>(values.size()),
+                              pointers.data(), nullptr, nullptr, 0));
   return Finish();
 }
 
 ServerResult ServerSession::RunOnce(const std::string& sql) {
   if (!IsUp()) ThrowLost();
-  Send(PQsendQueryParams(connection_, sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
+  Send(Pq().sendQueryParams(connection_, sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
   return Finish();
 }
 
 ServerResult ServerSession::RunScript(const std::string& sql) {
   if (!IsUp()) ThrowLost();
-  Send(PQsendQuery(connection_, sql.c_str()));
+  Send(Pq().sendQuery(connection_, sql.c_str()));
   return Finish();
 }
 
@@ -224,7 +224,7 @@ void ServerSession::CopyIn(const std::string& sql, std::string_view lines) {
   for (; !lines.empty(); lines.remove_prefix(std::min(kCopyPiece, lines.size()))) {
     const std::string_view piece = lines.substr(0, kCopyPiece);
     for (;;) {
-      const int put = PQputCopyData(connection_, piece.data(), static_cast<int>(piece.size()));
+      const int put = Pq().putCopyData(connection_, piece.data(), static_cast<int>(piece.size()));
       if (put < 0) EndCopy();
       if (put > 0) break;
       Flush();
@@ -232,7 +232,7 @@ void ServerSession::CopyIn(const std::string& sql, std::string_view lines) {
     Flush();
   }
   int ended = 0;
-  while ((ended = PQputCopyEnd(connection_, nullptr)) == 0) Flush();
+  while ((ended = Pq().putCopyEnd(connection_, nullptr)) == 0) Flush();
   if (ended < 0) EndCopy();
   Flush();
   static_cast<void>(Finish());
@@ -248,13 +248,13 @@ void ServerSession::CopyOut(const std::string& sql, const std::function<void(std
   static_cast<void>(RunScript(sql));
   for (;;) {
     char* bytes = nullptr;
-    const int size = PQgetCopyData(connection_, &bytes, 1);
+    const int size = Pq().getCopyData(connection_, &bytes, 1);
     if (size > 0) {
-      const std::unique_ptr<char, decltype(&PQfreemem)> owned(bytes, &PQfreemem);
+      const std::unique_ptr<char, decltype(&PQfreemem)> owned(bytes, Pq().freemem);
       Hand(line, std::string_view(bytes, static_cast<std::size_t>(size) - 1));
     } else if (size == 0) {
-      if (!platform::WaitForSocket(PQsocket(connection_), false, kLongestSilence)) ThrowLost();
-      if (PQconsumeInput(connection_) == 0) ThrowLost();
+      if (!platform::WaitForSocket(Pq().socket(connection_), false, kLongestSilence)) ThrowLost();
+      if (Pq().consumeInput(connection_) == 0) ThrowLost();
     } else {
       break;
     }
@@ -275,11 +275,12 @@ void ServerSession::Hand(const std::function<void(std::string_view)>& line, std:
 std::vector<std::int64_t> ServerSession::Announced() {
   std::vector<std::int64_t> numbers;
   if (!IsUp()) return numbers;
-  if (PQconsumeInput(connection_) == 0) ThrowLost();
+  if (Pq().consumeInput(connection_) == 0) ThrowLost();
   for (;;) {
-    const std::unique_ptr<PGnotify, decltype(&PQfreemem)> notify(PQnotifies(connection_), &PQfreemem);
+    const std::unique_ptr<PGnotify, decltype(&PQfreemem)> notify(Pq().notifies(connection_), Pq().freemem);
     if (notify == nullptr) return numbers;
-    if (notify->be_pid != PQbackendPID(connection_)) numbers.push_back(Parsed<std::int64_t>(notify->extra));
+    if (notify->be_pid != Pq().backendPID(connection_))
+      numbers.push_back(Parsed<std::int64_t>(notify->extra));
   }
 }
 
