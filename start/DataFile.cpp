@@ -19,12 +19,14 @@ bool HasOpenLog(const core::Globals& globals) {
 void ShowOpenError(const Services& services, const db::CJetEngine& engine, const std::string& file,
                    std::int32_t number) {
   switch (static_cast<dao::ErrorNumber>(number)) {
+    case dao::ErrorNumber::kServerUnreachable:
+      services.Messages().ShowText(core::EngineErrorText(services.texts, engine));  // holds the reason
+      break;
     case dao::ErrorNumber::kFileInUse:
       services.Messages().Inform("MN_ERR_DBOPENEX"_key, {{"strFile", file}});
       break;
     case dao::ErrorNumber::kNoPermission:
     case dao::ErrorNumber::kUnrecognisedFormat:
-    case dao::ErrorNumber::kServerUnreachable:
     case dao::ErrorNumber::kConnectionLost:
     case dao::ErrorNumber::kBadAccount:
       services.Messages().ShowText(core::EngineErrorText(services.texts, engine) + "\n\n" +
