@@ -22,7 +22,6 @@ constexpr std::int64_t kLayout = 1;
 constexpr std::chrono::seconds kRest(2);
 /// How long the outcome of a commit is asked for.
 constexpr std::chrono::seconds kOutcomePatience(15);
-constexpr std::size_t kMostAddedBytes = 1024 * 1024;
 
 std::string NewId() {
   constexpr std::string_view kDigits = "0123456789abcdef";
@@ -193,64 +192,6 @@ void ServerStorage::CopyOut(const std::string& sql, const std::function<void(std
                         "The connection to the server of '" + Path() + "' was lost.");
     session.CopyOut(sql, take);
   });
-}
-
-// In the order in which they come: a change is sent behind its row of the history.
-void ServerStorage::Append(const std::string& copy, std::string_view text) {
-  if (added_.empty() || added_.back().copy != copy) added_.push_back({copy, {}});
-  added_.back().lines.append(text);
-  if (added_.back().lines.size() >= kMostAddedBytes && !inPart_) SendAdded();
-}
-
-void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
-  std::string copy = "COPY " + QuoteIdentifier(table.name) + " (";
-  for (const FieldDef& field : table.fields)
-    copy += (&field == &table.fields.front() ? "" : ", ") + QuoteIdentifier(field.name);
-  addedRows_[table.name];
-  ++unsentRows_[table.name];
-  Append(copy + ") FROM STDIN", line);
-}
-
-void ServerStorage::WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement) {
-  addedRows_[table.name].insert(row);
-  Append({}, std::string(statement) + "; ");
-}
-
-// Rows that are added get numbers above all that are there.
-bool ServerStorage::IsToBeWritten(const TableSchema& table, std::int64_t row) const {
-  const auto rows = addedRows_.find(table.name);
-  if (rows == addedRows_.end()) return false;
-  const auto before = counters_.find(table.name);
-  return before == counters_.end() || row > before->second || rows->second.contains(row);
-}
-
-std::int64_t ServerStorage::UnsentRows(const TableSchema& table) const {
-  const auto rows = unsentRows_.find(table.name);
-  return rows == unsentRows_.end() ? 0 : rows->second;
-}
-
-void ServerStorage::ForgetAdded() noexcept {
-  added_.clear();
-  unsentRows_.clear();
-  addedRows_.clear();
-}
-
-void ServerStorage::SendAdded() {
-  if (added_.empty()) return;
-  const std::vector<Added> all = std::exchange(added_, {});
-  ForgetAdded();
-  ++sent_;
-  try {
-    for (const Added& each : all) {
-      if (each.copy.empty())
-        static_cast<void>(Line().RunScript(each.lines));
-      else
-        Line().CopyIn(each.copy, each.lines);
-    }
-  } catch (const EngineError& error) {
-    if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
-    throw;
-  }
 }
 
 std::int64_t ServerStorage::NextCounter(const TableSchema& table) {
