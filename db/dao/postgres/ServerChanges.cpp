@@ -10,29 +10,38 @@ namespace varnlog::dao {
 
 namespace {
 
-constexpr std::size_t kMostAddedBytes = 1024 * 1024;
+/// The server takes one lot of this size while the next one is made.
+constexpr std::size_t kMostAddedBytes = 256 * 1024;
+
+std::string CopyStatement(const TableSchema& table) {
+  std::string copy = "COPY " + QuoteIdentifier(table.name) + " (";
+  for (const FieldDef& field : table.fields)
+    copy += (&field == &table.fields.front() ? "" : ", ") + QuoteIdentifier(field.name);
+  return copy + ") FROM STDIN";
+}
 
 }  // namespace
 
 // In the order in which they come: a change is sent behind its row of the history.
-void ServerStorage::Append(const std::string& copy, std::string_view text) {
-  if (added_.empty() || added_.back().copy != copy) added_.push_back({copy, {}});
+// `table` is nullptr for a script.
+void ServerStorage::Append(const TableSchema* table, std::string_view text) {
+  if (added_.empty() || added_.back().table != table) added_.push_back({table, {}});
   added_.back().lines.append(text);
-  if (added_.back().lines.size() >= kMostAddedBytes && !inPart_) SendAdded();
+  if (added_.back().lines.size() >= kMostAddedBytes && !inPart_)
+    SendAdded();
+  else if (session_ != nullptr)
+    session_->GoOnSending();
 }
 
 void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
-  std::string copy = "COPY " + QuoteIdentifier(table.name) + " (";
-  for (const FieldDef& field : table.fields)
-    copy += (&field == &table.fields.front() ? "" : ", ") + QuoteIdentifier(field.name);
   addedRows_[table.name];
   ++unsentRows_[table.name];
-  Append(copy + ") FROM STDIN", line);
+  Append(&table, line);
 }
 
 void ServerStorage::WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement) {
   addedRows_[table.name].insert(row);
-  Append({}, std::string(statement) + "; ");
+  Append(nullptr, std::string(statement) + "; ");
 }
 
 // Rows that are added get numbers above all that are there.
@@ -61,11 +70,22 @@ void ServerStorage::SendAdded() {
   ++sent_;
   try {
     for (const Added& each : all) {
-      if (each.copy.empty())
+      if (each.table == nullptr)
         static_cast<void>(Line().RunScript(each.lines));
       else
-        Line().CopyIn(each.copy, each.lines);
+        Line().StartCopy(CopyStatement(*each.table), each.lines);
     }
+  } catch (const EngineError& error) {
+    if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
+    throw;
+  }
+}
+
+// Until the server has taken it.
+void ServerStorage::SettleAdded() {
+  SendAdded();
+  try {
+    Line().Settle();
   } catch (const EngineError& error) {
     if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
     throw;

@@ -43,7 +43,12 @@ ServerRowWriter::ServerRowWriter(std::shared_ptr<ServerStorage> storage,
                                  std::shared_ptr<const TableSchema> table, std::vector<std::size_t> ordinals)
     : RowWriter(storage, std::move(table), ordinals),
       storage_(std::move(storage)),
-      ordinals_(std::move(ordinals)) {}
+      hasCounter_(std::ranges::any_of(Table().fields, &FieldDef::isCounter)) {
+  for (std::size_t field = 0; field < Table().fields.size(); ++field) {
+    const auto at = std::ranges::find(ordinals, field);
+    if (at != ordinals.end()) places_.push_back(static_cast<std::size_t>(at - ordinals.begin()));
+  }
+}
 
 bool ServerRowWriter::KnowsRow(std::int64_t rowId) const {
   return row_ != nullptr && rowId_ == rowId && storage_->InWork() && !storage_->IsReadOnly() &&
@@ -71,22 +76,20 @@ std::shared_ptr<const RowSet> ServerRowWriter::Read(std::int64_t rowId) {
 
 std::int64_t ServerRowWriter::Insert(const CopyBuffer& buffer) {
   const TableSchema& table = Table();
-  const bool hasCounter =
-      std::ranges::any_of(table.fields, [](const FieldDef& field) { return field.isCounter; });
-  if (!hasCounter || buffer.size() != table.fields.size()) return InsertAtOnce(buffer);
+  if (!hasCounter_ || places_.size() != table.fields.size()) return InsertAtOnce(buffer);
   const std::int64_t id = storage_->NextCounter(table);
   // A row of the history stands in one script with the change that it is about.
   const bool isInScript = storage_->InPart();
   line_.clear();
   for (std::size_t field = 0; field < table.fields.size(); ++field) {
     if (field > 0) line_ += isInScript ? ',' : '\t';
-    const auto at = static_cast<std::size_t>(std::ranges::find(ordinals_, field) - ordinals_.begin());
+    const CellView value = buffer[places_[field]].View();
     if (table.fields[field].isCounter)
       line_ += std::to_string(id);
     else if (isInScript)
-      line_ += Literal(buffer[at].View());
+      line_ += Literal(value);
     else
-      AppendCopyValue(line_, buffer[at].View());
+      AppendCopyValue(line_, value);
   }
   if (isInScript)
     storage_->WriteLater(table, id,

@@ -26,7 +26,8 @@ class ServerRowWriter final : public RowWriter {
   void OverwriteLater(const CopyBuffer& buffer, std::int64_t rowId);
 
   std::shared_ptr<ServerStorage> storage_;
-  std::vector<std::size_t> ordinals_;
+  bool hasCounter_;
+  std::vector<std::size_t> places_;  // of the table's fields in the copy buffer, where it has them
   std::string line_;
   // The row read last, as long as nobody can have changed it: within the program's transaction.
   std::shared_ptr<const RowSet> row_;

@@ -26,6 +26,9 @@ constexpr std::array kTypeNames = {TypeName{"jet_counter", FieldType::kLong, tru
                                    TypeName{"varchar", FieldType::kText},
                                    TypeName{"text", FieldType::kMemo}};
 
+/// What is not written as it is in a line of COPY.
+constexpr std::string_view kCopySigns("\\\t\n\r\0", 5);
+
 /// The server counts the length of a text with four bytes of its own.
 constexpr int kLengthHeader = 4;
 
@@ -105,18 +108,20 @@ TableSchema ReadServerTable(ServerStorage& storage, std::string_view name) {
 }
 
 void AppendCopyValue(std::string& line, const CellView& value) {
+  std::array<char, 32> digits;
   if (value.kind == CellKind::kInteger) {
-    line += std::to_string(value.integer);
+    line.append(digits.data(), std::to_chars(digits.begin(), digits.end(), value.integer).ptr);
   } else if (value.kind == CellKind::kReal) {
-    std::array<char, 32> digits;
     line.append(digits.data(), std::to_chars(digits.begin(), digits.end(), value.real).ptr);
   } else if (value.kind != CellKind::kText) {
     line += "\\N";
+  } else if (value.text.find_first_of(kCopySigns) == std::string_view::npos) {
+    line += value.text;
   } else {
     for (const char c : value.text) {
       if (c == '\0')
         throw EngineError(ErrorNumber::kRuleViolated, "A server holds no text with the character 0 in it.");
-      if (c == '\\' || c == '\t' || c == '\n' || c == '\r') line += '\\';
+      if (kCopySigns.find(c) != std::string_view::npos) line += '\\';
       line += c == '\t' ? 't' : c == '\n' ? 'n' : c == '\r' ? 'r' : c;
     }
   }

@@ -15,7 +15,6 @@ namespace {
 
 /// A server that says nothing for so long while it works on a statement has gone away.
 constexpr std::chrono::minutes kLongestSilence(15);
-constexpr std::size_t kCopyPiece = 256 * 1024;
 
 // The numbers of the server's types; they never change.
 enum class ServerType : Oid {
@@ -105,6 +104,7 @@ ServerSession::~ServerSession() {
 
 void ServerSession::Close() noexcept {
   prepared_.clear();
+  isCopying_ = false;
   if (connection_ != nullptr) Pq().finish(std::exchange(connection_, nullptr));
 }
 
@@ -184,7 +184,7 @@ ServerResult ServerSession::Finish() {
 }
 
 ServerResult ServerSession::Run(const std::string& sql, const ServerValues& values) {
-  if (!IsUp()) ThrowLost();
+  Ready();
   auto known = prepared_.find(sql);
   if (known == prepared_.end()) {
     std::string name = "s" + std::to_string(prepared_.size());
@@ -208,34 +208,54 @@ ServerResult ServerSession::Run(const std::string& sql, const ServerValues& valu
 }
 
 ServerResult ServerSession::RunOnce(const std::string& sql) {
-  if (!IsUp()) ThrowLost();
+  Ready();
   Send(Pq().sendQueryParams(connection_, sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
   return Finish();
 }
 
 ServerResult ServerSession::RunScript(const std::string& sql) {
-  if (!IsUp()) ThrowLost();
+  Ready();
   Send(Pq().sendQuery(connection_, sql.c_str()));
   return Finish();
 }
 
-void ServerSession::CopyIn(const std::string& sql, std::string_view lines) {
+void ServerSession::Ready() {
+  if (!IsUp()) ThrowLost();
+  Settle();
+}
+
+// The library keeps what does not go at once.
+void ServerSession::StartCopy(const std::string& sql, std::string_view lines) {
   static_cast<void>(RunScript(sql));
-  for (; !lines.empty(); lines.remove_prefix(std::min(kCopyPiece, lines.size()))) {
-    const std::string_view piece = lines.substr(0, kCopyPiece);
-    for (;;) {
-      const int put = Pq().putCopyData(connection_, piece.data(), static_cast<int>(piece.size()));
-      if (put < 0) EndCopy();
-      if (put > 0) break;
-      Flush();
-    }
-    Flush();
-  }
-  int ended = 0;
-  while ((ended = Pq().putCopyEnd(connection_, nullptr)) == 0) Flush();
-  if (ended < 0) EndCopy();
+  int put = 0;
+  while ((put = Pq().putCopyData(connection_, lines.data(), static_cast<int>(lines.size()))) == 0) Flush();
+  if (put < 0) EndCopy();
+  while ((put = Pq().putCopyEnd(connection_, nullptr)) == 0) Flush();
+  if (put < 0) EndCopy();
+  isCopying_ = true;
+  isUnsent_ = true;
+  GoOnSending();
+}
+
+// A connection that is lost here the next statement finds lost.
+void ServerSession::GoOnSending() {
+  if (isUnsent_) isUnsent_ = Pq().flush(connection_) > 0;
+}
+
+void ServerSession::Settle() {
+  if (!std::exchange(isCopying_, false)) return;
+  isUnsent_ = false;
   Flush();
   static_cast<void>(Finish());
+}
+
+void ServerSession::Abandon() noexcept {
+  try {
+    Settle();
+  } catch (const std::exception&) {
+    // What comes next undoes it.
+    return;
+  }
 }
 
 // The server has said in the middle of it why it takes no more.

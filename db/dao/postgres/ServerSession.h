@@ -74,8 +74,15 @@ class ServerSession {
   /// Several statements without parameters at once; what the last one gave.
   ServerResult RunScript(const std::string& sql);
 
-  /// COPY ... FROM STDIN with these lines.
-  void CopyIn(const std::string& sql, std::string_view lines);
+  /// COPY ... FROM STDIN with these lines. They are on their way when this comes back; what the server says
+  /// to them the next statement throws, or Settle().
+  void StartCopy(const std::string& sql, std::string_view lines);
+  /// Sends as much of them as goes without waiting.
+  void GoOnSending();
+  /// Waits until the server has taken them.
+  void Settle();
+  /// The same where it does not matter whether it has.
+  void Abandon() noexcept;
   /// COPY ... TO STDOUT; each line without its end.
   void CopyOut(const std::string& sql, const std::function<void(std::string_view)>& line);
 
@@ -88,6 +95,7 @@ class ServerSession {
   void Flush();
   void AwaitInput();
   [[noreturn]] void EndCopy();
+  void Ready();
   void Hand(const std::function<void(std::string_view)>& line, std::string_view text);
   [[noreturn]] void Throw(const pg_result* result);
   [[noreturn]] void ThrowLost();
@@ -96,6 +104,8 @@ class ServerSession {
   std::string path_;
   bool isStandby_ = false;  // found out while the connection is made
   pg_conn* connection_ = nullptr;
+  bool isCopying_ = false;                                 // what StartCopy() sent is not settled
+  bool isUnsent_ = false;                                  // a part of it stands in the library's buffer
   std::unordered_map<std::string, std::string> prepared_;  // names by statement
 };
 

@@ -252,7 +252,7 @@ std::string ServerStorage::CommitScript() const {
 }
 
 void ServerStorage::Commit() {
-  SendAdded();
+  SettleAdded();
   ++transactions_;
   try {
     static_cast<void>(Line().RunScript(CommitScript()));
@@ -295,6 +295,7 @@ bool ServerStorage::WasCommitted() {
 void ServerStorage::Undo() noexcept {
   ForgetAdded();
   if (session_ == nullptr || !session_->IsUp()) return;
+  session_->Abandon();
   try {
     static_cast<void>(session_->RunScript("ROLLBACK"));
   } catch (const std::exception&) {
@@ -399,6 +400,7 @@ void ServerStorage::UndoPart() noexcept {
   }
   ForgetAdded();
   if (session_ == nullptr || !session_->IsUp()) return;
+  session_->Abandon();
   try {
     static_cast<void>(session_->RunScript("ROLLBACK TO SAVEPOINT part; RELEASE SAVEPOINT part"));
   } catch (const std::exception&) {
@@ -457,7 +459,7 @@ RowStore::State ServerStorage::StateAt(std::int64_t changes) {
 
 void ServerStorage::Refresh() {
   if (session_ == nullptr && !inWork_) return;
-  if (transaction_ == Transaction::kWriting) SendAdded();
+  if (transaction_ == Transaction::kWriting) SettleAdded();
   RequireIntactWork();
   HearAnnounced();
   ++epoch_;

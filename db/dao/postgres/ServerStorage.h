@@ -81,7 +81,8 @@ class ServerStorage final : public Storage {
   ServerResult RunOnce(const std::string& sql);
   void CopyOut(const std::string& sql, const std::function<void(std::string_view)>& line);
 
-  /// A row of `COPY table (all its fields) FROM STDIN`, sent with others at once. Within a transaction.
+  /// A row of `COPY table (all its fields) FROM STDIN`, sent with others at once. Within a transaction, which
+  /// `table` outlives.
   void AddLater(const TableSchema& table, std::string_view line);
   /// A statement that is sent with others at once, within the program's transaction: one that fails makes
   /// that fail as a whole. `table` and `row` are what it writes.
@@ -91,7 +92,7 @@ class ServerStorage final : public Storage {
   /// How many rows that AddLater() was given are not sent yet.
   [[nodiscard]] std::int64_t UnsentRows(const TableSchema& table) const;
   [[nodiscard]] bool InPart() const { return inPart_; }
-  /// Sends what is to be written later.
+  /// Sends what is to be written later; what the server says to it the next statement throws.
   void SendAdded();
   /// The next number of the table's counter, within a transaction.
   [[nodiscard]] std::int64_t NextCounter(const TableSchema& table);
@@ -126,8 +127,9 @@ class ServerStorage final : public Storage {
   [[nodiscard]] ServerSession& Line();
   template <typename Operation>
   auto Attempt(const Operation& operation);
-  void Append(const std::string& copy, std::string_view text);
+  void Append(const TableSchema* table, std::string_view text);
   void ForgetAdded() noexcept;
+  void SettleAdded();
   void BeginWriting();
   void Commit();
   [[nodiscard]] std::string CommitScript() const;
@@ -156,7 +158,7 @@ class ServerStorage final : public Storage {
   std::map<std::string, std::int64_t> usedCounters_;  // and what it made of them
   std::map<std::string, std::int64_t> partCounters_;  // the same when the part began
   struct Added {
-    std::string copy;  // COPY statement; "" for a script
+    const TableSchema* table = nullptr;  // into which rows are copied; nullptr for a script
     std::string lines;
   };
   std::vector<Added> added_;

@@ -119,7 +119,7 @@ bool ServerTable::ReadWindow(const std::string& date) {
   const NumberText limit(static_cast<std::int64_t>(windowRows_));
   const ServerResult found =
       storage_->Run("SELECT " + columns + " FROM " + name_ + " WHERE " + dateField + " >= $1 ORDER BY " +
-                        dateField + ", " + key_ + " LIMIT $2::integer",
+                        dateField + " NULLS FIRST, " + key_ + " LIMIT $2::integer",
                     {std::string_view(date), limit.View()});
   window_ = {.first = date,
              .last = kForEver,
@@ -133,7 +133,7 @@ bool ServerTable::ReadWindow(const std::string& date) {
       entry.values.push_back(found.IsNull(row, column) ? std::nullopt
                                                        : std::optional(std::string(found.Text(row, column))));
     }
-    window_.entries.push_back(std::move(entry));
+    window_.entries.push_back(std::make_shared<const Entry>(std::move(entry)));
   }
   if (window_.entries.size() < windowRows_) {
     for (const auto& [unsentDate, entry] : unsent_)
@@ -141,13 +141,13 @@ bool ServerTable::ReadWindow(const std::string& date) {
     return true;
   }
   // Of the last date some rows may be missing.
-  const std::string last = *window_.entries.back().values[*dateKey_];
-  std::erase_if(window_.entries, [&](const Entry& entry) { return *entry.values[*dateKey_] == last; });
+  const std::string last = DateOf(window_.entries.back());
+  std::erase_if(window_.entries, [&](const SharedEntry& entry) { return DateOf(entry) == last; });
   if (window_.entries.empty()) {
     window_.epoch = -1;
     return false;
   }
-  window_.last = *window_.entries.back().values[*dateKey_];
+  window_.last = DateOf(window_.entries.back());
   for (const auto& [unsentDate, entry] : unsent_)
     if (HasWindow(unsentDate)) AddToWindow(entry);
   return true;
@@ -166,11 +166,13 @@ bool ServerTable::Fits(const Entry& entry, std::span<const SeekKey> keys) const 
 
 std::optional<std::int64_t> ServerTable::FindInWindow(std::span<const SeekKey> keys,
                                                       const std::string& date) const {
-  const auto dateOf = [this](const Entry& entry) { return *entry.values[*dateKey_]; };
+  // Fresh rows come in the order of time: behind all that are there.
+  if (window_.entries.empty() || date > DateOf(window_.entries.back())) return std::nullopt;
+  const auto dateOf = [this](const SharedEntry& entry) -> const std::string& { return DateOf(entry); };
   const auto [begin, end] = std::ranges::equal_range(window_.entries, date, {}, dateOf);
   std::optional<std::int64_t> oldest;
   for (auto entry = begin; entry != end; ++entry)
-    if ((!oldest || entry->id < *oldest) && Fits(*entry, keys)) oldest = entry->id;
+    if ((!oldest || (*entry)->id < *oldest) && Fits(**entry, keys)) oldest = (*entry)->id;
   return oldest;
 }
 
@@ -179,7 +181,7 @@ std::optional<std::int64_t> ServerTable::FindUnsent(std::span<const SeekKey> key
   const auto [begin, end] = unsent_.equal_range(date);
   std::optional<std::int64_t> oldest;
   for (auto row = begin; row != end; ++row)
-    if ((!oldest || row->second.id < *oldest) && Fits(row->second, keys)) oldest = row->second.id;
+    if ((!oldest || row->second->id < *oldest) && Fits(*row->second, keys)) oldest = row->second->id;
   return oldest;
 }
 
@@ -223,24 +225,25 @@ std::optional<std::int64_t> ServerTable::Find(std::span<const SeekKey> keys) {
 void ServerTable::NoteAdded(const CopyBuffer& buffer) {
   if (!dateKey_) return;
   SettleUnsent();
-  Entry entry{.id = storage_->LastCounter(Table()), .values = {}};
+  Entry added{.id = storage_->LastCounter(Table()), .values = {}};
+  added.values.reserve(fields_.size());
   for (const std::size_t field : fields_) {
     const CopyBuffer::Cell& cell = buffer[field];
-    entry.values.push_back(cell.kind == CellKind::kText ? std::optional(cell.text) : std::nullopt);
+    added.values.push_back(cell.kind == CellKind::kText ? std::optional(cell.text) : std::nullopt);
   }
-  const std::string date = entry.values[*dateKey_].value_or("");
+  const std::string date = added.values[*dateKey_].value_or("");
+  const auto entry = std::make_shared<const Entry>(std::move(added));
   if (HasWindow(date)) AddToWindow(entry);
-  if (storage_->UnsentRows(Table()) > 0) unsent_.emplace(date, std::move(entry));
+  if (storage_->UnsentRows(Table()) > 0) unsent_.emplace(date, entry);
 }
 
-void ServerTable::AddToWindow(const Entry& entry) {
+void ServerTable::AddToWindow(const SharedEntry& entry) {
   if (window_.entries.size() >= kMostEntries) {
     window_.epoch = -1;
     return;
   }
-  const auto dateOf = [this](const Entry& each) { return *each.values[*dateKey_]; };
-  window_.entries.insert(std::ranges::upper_bound(window_.entries, *entry.values[*dateKey_], {}, dateOf),
-                         entry);
+  const auto dateOf = [this](const SharedEntry& each) -> const std::string& { return DateOf(each); };
+  window_.entries.insert(std::ranges::upper_bound(window_.entries, DateOf(entry), {}, dateOf), entry);
 }
 
 }  // namespace varnlog::dao

@@ -25,10 +25,11 @@ class ServerTable final : public TableRecordset {
     std::int64_t id = 0;
     std::vector<std::optional<std::string>> values;
   };
+  using SharedEntry = std::shared_ptr<const Entry>;
   struct Window {
     std::string first;  // dates, both included
     std::string last;
-    std::vector<Entry> entries;  // in the order of their dates and ids
+    std::vector<SharedEntry> entries;  // in the order of their dates and ids
     std::int64_t epoch = -1;
     std::int64_t changes = -1;
   };
@@ -48,7 +49,10 @@ class ServerTable final : public TableRecordset {
                                                        const std::string& date) const;
   [[nodiscard]] bool Fits(const Entry& entry, std::span<const SeekKey> keys) const;
   ServerResult RunForSeek(const std::string& sql, const ServerValues& values);
-  void AddToWindow(const Entry& entry);
+  void AddToWindow(const SharedEntry& entry);
+  [[nodiscard]] const std::string& DateOf(const SharedEntry& entry) const {
+    return *entry->values[*dateKey_];
+  }
   void SettleUnsent();
   [[nodiscard]] bool IsText(std::size_t key) const;
 
@@ -60,7 +64,7 @@ class ServerTable final : public TableRecordset {
   std::optional<std::size_t> dateKey_;  // which of them is the date that the index is stored by
   Window window_;
   // Rows that were added here and are not sent yet, by their date: nothing is sent for the sake of a look-up.
-  std::unordered_multimap<std::string, Entry> unsent_;
+  std::unordered_multimap<std::string, SharedEntry> unsent_;
   std::int64_t unsentEpoch_ = -1;
   std::size_t windowRows_ = 0;
   std::size_t hits_ = 0;  // seeks that were answered by the window
