@@ -4,9 +4,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/Clock.h"
 #include "platform/CodePage.h"
+#include "seals/Ledger.h"
+#include "seals/LogSeals.h"
 #include "tests/Paths.h"
-#include "tests/support/TestFolder.h"
+#include "tests/support/LogFolder.h"
 
 namespace varnlog::cli {
 
@@ -32,11 +35,16 @@ Installation::Installation(const std::string& name)
   fs::copy_file(fs::path(VARNLOG_SUITE_DIR) / "KVFILEDB.DLL", suite_ / "KVFILEDB.DLL");
   Write(suite_ / "kalvero.ini", "[INSTALL]\r\nSite=Praxis Dr. Weiß\r\n[Config]\r\nSchemeUS=0\r\n");
   Write(suite_ / "fotavex.ini", "[XRaysIO]\r\nkV=60\r\nmA=7\r\n");
+  if (test::LogsAreOnServer()) test::PrivateServer::Instance().MakeLog(log());
 }
 
 Installation::~Installation() {
   std::error_code ignored;
   fs::remove_all(suite_.parent_path(), ignored);
+}
+
+void Installation::MakeLog() const {
+  if (!test::LogsAreOnServer()) fs::copy_file(program() / "varnlog.md0", log());
 }
 
 std::string Installation::CtlCommand() const {
@@ -74,8 +82,19 @@ void Installation::WithLog(bool exclusive, const std::function<void(dao::Databas
   engine.SetSystemDB((program() / "system.mdw").string());
   const auto workspace = engine.CreateWorkspace("Other", "Admin", "");
   const auto database = workspace->OpenDatabase(log().string(), exclusive, false);
+  // What is changed on a server has to stand in the history.
+  const platform::SystemClock clock;
+  if (test::LogsAreOnServer() && !database->IsReadOnly())
+    static_cast<void>(seals::OpenLedger(
+        *database,
+        std::make_shared<seals::Ledger>(
+            platform::Author{"berta", "Berta Berg", "Röntgen 2", "varnlog test", "2-2-b"}, clock)));
   use(*database);
   database->Close();
+}
+
+void Installation::DamagesLog(const std::string& sql) const {
+  WithLog(false, [&sql](dao::Database& log) { test::Damages(log, sql); });
 }
 
 void Installation::Write(const fs::path& file, const std::string& content) {

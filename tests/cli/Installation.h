@@ -39,10 +39,14 @@ class Installation {
   /// How Shell() names varnlogctl with this installation's folder.
   [[nodiscard]] std::string CtlCommand() const;
 
+  /// An empty log, which an update would make otherwise; on a server one stands there from the beginning.
+  void MakeLog() const;
   void Reports(const std::vector<tools::Exposure>& exposures) const;
   void SetLanguage(const std::string& code) const;
   /// Opens the log as another workstation would.
   void WithLog(bool exclusive, const std::function<void(dao::Database&)>& use) const;
+  /// As test::Damages() does.
+  void DamagesLog(const std::string& sql) const;
   static void Write(const std::filesystem::path& file, const std::string& content);
 
  private:

@@ -26,9 +26,7 @@ std::vector<std::string> PdfPages(const fs::path& pdf, const Installation& shell
 
 class ReportTest : public testing::Test {
  protected:
-  ReportTest() : installation_("report") {
-    fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
-  }
+  ReportTest() : installation_("report") { installation_.MakeLog(); }
 
   void Logs(std::int64_t count) {
     tools::GeneratorOptions options;
@@ -39,10 +37,6 @@ class ReportTest : public testing::Test {
     for (std::int64_t i = 0; i < count; ++i) exposures.push_back(generator.Next());
     installation_.Reports(exposures);
     EXPECT_EQ(installation_.Ctl("update").status, 0);
-  }
-
-  void Comments(const std::string& sql) {
-    installation_.WithLog(false, [&sql](dao::Database& log) { log.Execute(sql); });
   }
 
   [[nodiscard]] fs::path Pdf() const { return installation_.suite() / "bericht ü.pdf"; }
@@ -74,12 +68,14 @@ class ReportTest : public testing::Test {
 
 TEST_F(ReportTest, ShowsRowByRowWhatTheListShows) {
   Logs(300);
-  Comments("UPDATE TXray SET tXraySComment = 'gut (\"Zitat\", {dao.x}; 100%)' WHERE tXrayCulIntIDPk % 7 = 0");
-  Comments(
+  installation_.DamagesLog(
+      "UPDATE TXray SET tXraySComment = 'gut (\"Zitat\", {dao.x}; 100%)' WHERE tXrayCulIntIDPk % 7 = 0");
+  installation_.DamagesLog(
       "UPDATE TXray SET tXraySComment = 'eine lange Bemerkung mit' || char(13) || char(10) || "
       "'Zeilenwechsel, die nicht in eine Zeile passt' WHERE tXrayCulIntIDPk % 11 = 0");
-  Comments("UPDATE TXray SET tXraySPreg = 'J', tXraySDiagRetry = 'Wdh.' WHERE tXrayCulIntIDPk % 13 = 0");
-  Comments("UPDATE TXray SET tXrayTs = '2015-01-20 00:00:00' WHERE tXrayCulIntIDPk = 100");
+  installation_.DamagesLog(
+      "UPDATE TXray SET tXraySPreg = 'J', tXraySDiagRetry = 'Wdh.' WHERE tXrayCulIntIDPk % 13 = 0");
+  installation_.DamagesLog("UPDATE TXray SET tXrayTs = '2015-01-20 00:00:00' WHERE tXrayCulIntIDPk = 100");
   for (const char* selection :
        {"", "--from 05.01.2015 --to 15.01.2015", "--from 1.1.2015 --to 31.12.2015 --type XP"})
     ExpectSameAsList(selection);
@@ -129,9 +125,9 @@ TEST_F(ReportTest, EndsWithTheStateOfTheLogToBeReadAndScanned) {
 
 TEST_F(ReportTest, ListsWhatWasEnteredLaterOnDemand) {
   Logs(30);
-  Comments(
-      "INSERT INTO THistory (tXrayCulIntIDPk, tHistSField, tHistSNew, tHistSKind, tHistNSeal) "
-      "SELECT 7, 'tXraySComment', 'nachgetragen', 'comment', max(tSealCulNrPk) + 1 FROM TSeal;"
+  installation_.DamagesLog(
+      "INSERT INTO THistory (tHistCulNrPk, tXrayCulIntIDPk, tHistSField, tHistSNew, tHistSKind, tHistNSeal) "
+      "SELECT 1, 7, 'tXraySComment', 'nachgetragen', 'comment', max(tSealCulNrPk) + 1 FROM TSeal;"
       "UPDATE TXray SET tXraySComment = 'nachgetragen' WHERE tXrayCulIntIDPk = 7");
   ASSERT_EQ(Report("").status, 0);
   EXPECT_THAT(PdfPages(Pdf(), installation_)[0], testing::Not(HasSubstr("Geändert: Bemerkung")));

@@ -75,7 +75,7 @@ TEST_F(UpdateCommandTest, TakesExposuresIntoAnotherLogOnlyWhenTold) {
 }
 
 TEST_F(UpdateCommandTest, RunsNoLibraryThatStrangersCouldHavePutThere) {
-  fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
+  installation_.MakeLog();
   const std::string named = " --file '" + installation_.log().string() + "'";
   for (const fs::path& open : {installation_.suite(), installation_.suite() / "KVFILEDB.DLL"}) {
     fs::permissions(open, fs::perms::others_write, fs::perm_options::add);
@@ -108,9 +108,7 @@ TEST_F(UpdateCommandTest, AnInvalidBirthDateIsReportedOnceForEachPatient) {
 
 TEST_F(UpdateCommandTest, AReadOnlyLogIsNotUpdated) {
   EXPECT_EQ(installation_.Ctl("update").status, 0);
-  installation_.WithLog(false, [](dao::Database& log) {
-    log.Execute("UPDATE TConfig SET tCfgSSet = '1' WHERE tCfgSKey = 'ReadOnly'");
-  });
+  installation_.DamagesLog("UPDATE TConfig SET tCfgSSet = '1' WHERE tCfgSKey = 'ReadOnly'");
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
   const Ended run = installation_.Ctl("update");
   EXPECT_EQ(run.status, 1);
@@ -148,12 +146,7 @@ TEST_F(UpdateCommandTest, TheProgramFolderWorksWhereverItIsCopiedTo) {
 TEST_F(UpdateCommandTest, AClockBehindTheLogNeedsAnOption) {
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
   EXPECT_EQ(installation_.Ctl("update").status, 0);
-  installation_.WithLog(false, [](dao::Database& log) {
-    const auto rows = log.OpenRecordset("SELECT TXray.* From TXray;");
-    rows->Edit();
-    rows->Fields("tXrayTs").SetDate(*platform::DateTime::FromCivil(2199, 12, 31));
-    rows->Update();
-  });
+  installation_.DamagesLog("UPDATE TXray SET tXrayTs = '2199-12-31 00:00:00'");
   installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "09:00:01")});
   const Ended run = installation_.Ctl("update");
   EXPECT_EQ(run.status, 1);

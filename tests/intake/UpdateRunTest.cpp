@@ -440,6 +440,7 @@ TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
   std::filesystem::remove(folder_ / test::CopyName());
   // What the user enters meanwhile is not taken back by information that was applied already.
   {
+    const seals::Purpose asTheSuiteMay(practice_.globals.LedgerGl.get(), seals::SealKind::kIntake);
     const auto row = practice_.globals.LogEngineGl->Database()->OpenRecordset("SELECT TXray.* FROM TXray");
     row->Edit();
     row->Fields("tXraySDr").SetText("user");

@@ -157,7 +157,7 @@ TEST_F(EditingTest, ARowThatIsGoneIsReportedAsDeleted) {
 TEST_F(EditingTest, AValueThatWasLockedMeanwhileIsNotOverwritten) {
   TakesOpenExposure({{"tXraySVolt", "60"}, {"tXraySType", "XI"}});
   const auto rows = Rows();
-  log_->Execute("UPDATE TXray SET tXrayBEdVolt = 0");
+  Damages("UPDATE TXray SET tXrayBEdVolt = 0");
   const RowWritten written =
       WriteRow(*rows, rows->Bookmark(), Entered({{7, "65"}, {8, "7"}}), texts_, fdi_, edits_);
   EXPECT_TRUE(written.isLocked);
@@ -170,7 +170,7 @@ TEST_F(EditingTest, AValueThatWasLockedMeanwhileIsNotOverwritten) {
   struct LocksMeanwhile final : intake::ToothScheme {
     explicit LocksMeanwhile(dao::Database& log) : log_(log) {}
     [[nodiscard]] bool SchemeUS() const override {
-      log_.Execute("UPDATE TXray SET tXrayBEdCur = 0");
+      test::Damages(log_, "UPDATE TXray SET tXrayBEdCur = 0");
       return false;
     }
     dao::Database& log_;
@@ -198,7 +198,7 @@ TEST_F(EditingTest, APendingEntryIsTakenBackToTheValueBeforeTheFirstCorrection) 
 
   Edits(0, Entered({{7, "65"}}));
   EXPECT_EQ(log_->OpenRecordset(PendingRows(edits_))->RecordCount(), 1);
-  log_->Execute("UPDATE TXray SET tXrayBEdVolt = 0");
+  Damages("UPDATE TXray SET tXrayBEdVolt = 0");
   EXPECT_FALSE(TakeEntryBack(*rows, rows->Bookmark(), 7, edits_)) << "locked by another workstation";
   EXPECT_EQ(Stored(0, "tXraySVolt"), "65");
 }

@@ -24,7 +24,7 @@ class RowFilterTest : public LogFixture {
     TakesExposure({});
     LosesRow(2);
     // A hole in the numbers, as a repaired log may have it.
-    log_->Execute("INSERT INTO TXray (tXrayCulIntIDPk, tXraySName) VALUES (2000000000, 'MULLER')");
+    Damages("INSERT INTO TXray (tXrayCulIntIDPk, tXraySName) VALUES (2000000000, 'MULLER')");
   }
 
   std::vector<std::int64_t> Shown(RowFilter& filter) {

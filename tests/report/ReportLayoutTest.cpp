@@ -210,8 +210,8 @@ TEST_F(ReportLayoutTest, RowsChangedWhilePrintingStayOnTheirPage) {
   ASSERT_TRUE(layout_->Paginate(progress));
   const int pages = layout_->PageCount();
   const std::string longer(255, 'x');
-  log.Database().Execute("UPDATE TXray SET tXraySComment = '" + longer + "'");
-  log.Database().Execute("DELETE FROM TXray WHERE tXrayCulIntIDPk = 3");
+  test::Damages(log.Database(), "UPDATE TXray SET tXraySComment = '" + longer + "'");
+  test::Damages(log.Database(), "DELETE FROM TXray WHERE tXrayCulIntIDPk = 3");
   const std::vector<Drawing> drawn = DrawPages();
   EXPECT_EQ(layout_->PageCount(), pages);
   std::set<int> numbers;

@@ -29,14 +29,18 @@ class StatisticsTest : public testing::Test {
     const char* born = "1980-05-05 00:00:00";
   };
   void Take(const std::vector<Taken>& exposures) {
+    const auto rows = log_->OpenRecordset("TXray");
     for (const Taken& exposure : exposures) {
-      std::string sql =
-          "INSERT INTO TXray (tXrayTs, tXraySType, tXraySDose, tXraySDiagRetry, tXraySDr, tXrayDBirthday) "
-          "VALUES (";
-      for (const char* value :
-           {exposure.when, exposure.type, exposure.dose, exposure.retake, exposure.person})
-        sql += "'" + std::string(value) + "', ";
-      log_->Execute(sql + "'" + exposure.born + "')");
+      rows->AddNew();
+      for (const auto& [field, value] :
+           std::initializer_list<std::pair<const char*, const char*>>{{"tXrayTs", exposure.when},
+                                                                      {"tXraySType", exposure.type},
+                                                                      {"tXraySDose", exposure.dose},
+                                                                      {"tXraySDiagRetry", exposure.retake},
+                                                                      {"tXraySDr", exposure.person},
+                                                                      {"tXrayDBirthday", exposure.born}})
+        if (*value != '\0') test::SetField(rows->Fields(field), value);
+      rows->Update();
     }
   }
   [[nodiscard]] Statistics Read(std::vector<std::int64_t> ids) const {

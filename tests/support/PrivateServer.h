@@ -1,8 +1,11 @@
 #pragma once
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -25,6 +28,8 @@ class PrivateServer {
  public:
   static PrivateServer& Instance() { throw std::runtime_error("there are no servers here"); }
   void MakeLog(const std::filesystem::path& /*link*/) {}
+  static void Damage(const std::string& /*link*/, const std::string& /*sql*/) {}
+  static void ForgoRules(const std::string& /*link*/) {}
 };
 
 #else
@@ -39,35 +44,57 @@ class PrivateServer {
 /// can be started its tests fail.
 class PrivateServer {
  public:
+  /// The one that logs are made on.
   static PrivateServer& Instance() {
     static PrivateServer server;
     return server;
   }
-  PrivateServer(const PrivateServer&) = delete;
+  /// Another one, which follows `followed` and is read only until Promote().
+  explicit PrivateServer(const PrivateServer& followed) {
+    MakeFolder();
+    Run(Program("pg_basebackup") + " -h " + followed.folder_ + " -U postgres -D " + Data() +
+        " -R -X stream -c fast --no-sync");
+    Start();
+  }
+  ~PrivateServer() {
+    Stop();
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+    std::filesystem::remove(folder_ + ".log", ignored);
+  }
   PrivateServer& operator=(const PrivateServer&) = delete;
 
+  [[nodiscard]] const std::string& Folder() const { return folder_; }
   /// At once, as when the power fails.
-  void Stop() { Run(Program("pg_ctl") + " -D " + Data() + " -m immediate stop"); }
-  void Start() {
+  void Stop() const { Run(Program("pg_ctl") + " -D " + Data() + " -m immediate stop > " + folder_ + ".log"); }
+  /// Of its processes the first one, on which all others depend.
+  void Kill() const {
+    int pid = 0;
+    if (std::ifstream(Data() + "/postmaster.pid") >> pid) kill(pid, SIGKILL);
+  }
+  /// Also after Kill(), when some of its processes may still be ending. `options` as postgres takes them.
+  void Start(const std::string& options = {}) const {
     const std::string command = "cd " + folder_ + " && exec " + as_ + "setpriv --pdeathsig=QUIT " +
                                 Program("postgres") + " -D " + Data() + " -k " + folder_ +
-                                " -c listen_addresses= -c fsync=off -c autovacuum=off > " + folder_ +
-                                ".log 2>&1 < /dev/null";
-    if (fork() == 0) {
-      execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
-      _exit(1);
-    }
-    for (int attempt = 0; attempt < 300; ++attempt) {
+                                " -c fsync=off -c autovacuum=off -c listen_addresses= " + options + " >> " +
+                                folder_ + ".log 2>&1 < /dev/null";
+    for (int attempt = 0; attempt < 600; ++attempt) {
+      if (attempt % 20 == 0 && fork() == 0) {
+        execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+        _exit(1);
+      }
       if (std::system((Program("pg_isready") + " -q -h " + folder_).c_str()) == 0) return;
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      std::this_thread::sleep_for(std::chrono::milliseconds(25));
     }
     throw std::runtime_error("no server can be started: " + folder_ + ".log");
   }
+  /// Makes one that follows another one independent.
+  void Promote() const { Run(Program("pg_ctl") + " -D " + Data() + " -w promote > " + folder_ + ".log"); }
 
   /// Runs statements as the server's owner.
   void Sql(const std::string& statements) const {
     const std::string file = folder_ + "/statements.sql";
-    std::ofstream(file) << statements;
+    std::ofstream(file) << "SET client_min_messages = warning; " << statements;
     Run(Program("psql") + " -q -v ON_ERROR_STOP=1 -h " + folder_ + " -U postgres -d postgres -f " + file);
   }
 
@@ -81,27 +108,49 @@ class PrivateServer {
     dao::DeclareOnServer(link.string(),
                          ReadFile(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / "server.sql"));
   }
+  /// Runs statements in the SQL of files on the log behind the link, as its owner and with the rules off;
+  /// those who have it open hear of a change.
+  static void Damage(const std::string& link, const std::string& sql) {
+    static const std::regex names(
+        R"((^|[^'\w])(TXray|TConfig|THistory|TSeal|t(Xray|Cfg|Hist|Seal)[A-Z]\w*)\b)");
+    std::string script = std::regex_replace(sql, names, "$1\"$2\"");
+    for (const auto& [here, there] :
+         {std::pair(R"(\browid\b)", "\"tXrayCulIntIDPk\""), {R"(\bchar\()", "chr("}})
+      script = std::regex_replace(script, std::regex(here), there);
+    for (const auto& [table, number] : {std::pair("TXray", "tXrayCulIntIDPk"), {"THistory", "tHistCulNrPk"}})
+      script += "; UPDATE varnlog_state SET value = greatest(value, (SELECT max(\"" + std::string(number) +
+                "\") FROM \"" + table + "\")) WHERE name = '" + table + "'";
+    dao::DeclareOnServer(
+        link, "SET LOCAL search_path TO {schema}; SET LOCAL session_replication_role = replica; " + script +
+                  "; UPDATE varnlog_state SET value = value + 1 WHERE name = 'changes'; "
+                  "SELECT pg_notify('varnlog ' || {schema:text}, value::text) FROM "
+                  "varnlog_state WHERE name = 'changes'");
+  }
+  /// Takes the rules away, for tests of what stands below them.
+  static void ForgoRules(const std::string& link) {
+    dao::DeclareOnServer(link,
+                         "SET LOCAL search_path TO {schema}; ALTER TABLE \"TXray\" DISABLE TRIGGER USER; "
+                         "ALTER TABLE \"THistory\" DISABLE TRIGGER USER; "
+                         "ALTER TABLE \"TSeal\" DISABLE TRIGGER USER");
+  }
 
  private:
   PrivateServer() {
-    std::string pattern = "/tmp/varnlog-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for a server");
-    folder_ = pattern;
-    if (geteuid() == 0) {
-      as_ = "setpriv --reuid=postgres --regid=postgres --init-groups ";
-      Shell("chown postgres " + folder_);
-    }
+    MakeFolder();
     Run(Program("initdb") + " -D " + Data() + " -E UTF8 --locale=C.UTF-8 -U postgres -A trust --no-sync > " +
         folder_ + ".log");
     Start();
   }
-  ~PrivateServer() {
-    Stop();
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-    std::filesystem::remove(folder_ + ".log", ignored);
-  }
 
+  // In memory where there is a place for that: nothing there outlives the tests anyway.
+  void MakeFolder() {
+    std::string pattern = access("/dev/shm", W_OK) == 0 ? "/dev/shm/varnlog-XXXXXX" : "/tmp/varnlog-XXXXXX";
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for a server");
+    folder_ = pattern;
+    if (geteuid() != 0) return;
+    as_ = "setpriv --reuid=postgres --regid=postgres --init-groups ";
+    Shell("chown postgres " + folder_);
+  }
   [[nodiscard]] std::string Data() const { return folder_ + "/data"; }
   [[nodiscard]] static std::string Program(const std::string& name) {
     for (const auto& version : std::filesystem::directory_iterator("/usr/lib/postgresql"))

@@ -147,6 +147,8 @@ std::shared_ptr<const TableSchema> ServerStorage::Table(std::string_view name) {
 }
 
 void ServerStorage::AppendField(std::string_view /*table*/, const FieldDef& /*field*/) {
+  if (!isOpen_) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
+  RequireWritable();
   throw EngineError(ErrorNumber::kNotSupported, "The layout of a log on a server is its owner's.");
 }
 

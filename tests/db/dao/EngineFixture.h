@@ -12,6 +12,7 @@
 
 namespace varnlog::dao {
 
+using test::Damages;
 using test::ErrorOf;
 using test::ReadFile;
 using enum ErrorNumber;
@@ -20,6 +21,18 @@ class EngineTest : public testing::Test, protected test::LogFolder {
  protected:
   // A test does not wait for a lock that stays.
   EngineTest() { engine_.SetOption(EngineOption::kLockDelay, 5); }
+
+  /// A new log that takes any change, as a file does until somebody gives it rules.
+  std::string MakeLog(const std::string& name = "log.mdb") {
+    const std::string path = LogFolder::MakeLog(name);
+    if (test::LogsAreOnServer()) test::PrivateServer::ForgoRules(path);
+    return path;
+  }
+
+  /// On a server a change of others is announced, which may take a moment.
+  void HearsOfOthers() {
+    if (test::LogsAreOnServer()) engine_.Idle(true);
+  }
 
   /// Another workstation: an engine and a workspace of its own.
   struct Station {

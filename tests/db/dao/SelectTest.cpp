@@ -10,9 +10,9 @@ class SelectTest : public EngineTest {
  protected:
   SelectTest() : log_(Open(MakeLog())) {
     FillLog(*workspace_, *log_, 4);
-    log_->Execute(
-        "UPDATE TXray SET tXraySName = 'O''Neil' WHERE rowid = 1;"
-        "UPDATE TXray SET tXraySName = 'Müller' WHERE rowid IN (2, 3)");
+    Damages(*log_,
+            "UPDATE TXray SET tXraySName = 'O''Neil' WHERE rowid = 1;"
+            "UPDATE TXray SET tXraySName = 'Müller' WHERE rowid IN (2, 3)");
   }
 
   [[nodiscard]] ErrorNumber Opening(const std::string& source,
@@ -91,7 +91,7 @@ TEST_F(SelectTest, ComputedColumnsAndDistinctRowsAreSnapshots) {
   EXPECT_EQ(rows->Fields("fullname").Text(), "Müller, Anna");
   EXPECT_EQ(rows->Fields("tXrayDBirthday").Date(), *platform::DateTime::FromCivil(1970, 1, 1));
   EXPECT_EQ(ErrorOf([&] { rows->Edit(); }), kNotSupported);
-  log_->Execute("DELETE FROM TXray");
+  Damages(*log_, "DELETE FROM TXray");
   EXPECT_EQ(rows->Fields("fullname").Text(), "Müller, Anna") << "a snapshot stays as it was taken";
 }
 

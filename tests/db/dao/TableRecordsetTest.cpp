@@ -132,7 +132,7 @@ TEST_F(TableRecordsetTest, FindsExactlyTheRowsThatAreThereWhateverTheOrder) {
 
 TEST_F(TableRecordsetTest, ANumberIsNeverGivenTwice) {
   FillLog(*workspace_, *log_, 3);
-  log_->Execute("DELETE FROM TXray WHERE tXrayCulIntIDPk = 3");
+  Damages(*log_, "DELETE FROM TXray WHERE tXrayCulIntIDPk = 3");
   AddExposure(*table_, {"New", "Row", birthday_, Minute(9)});
   ASSERT_TRUE(FindExposure(*table_, {"New", "Row", birthday_, Minute(9)}));
   EXPECT_EQ(table_->Fields(0).Number(), 4);
@@ -174,8 +174,8 @@ TEST_F(TableRecordsetTest, EditChangesTheWrittenFieldsOnly) {
   table_->Fields("tXrayBEdDr").SetBoolean(true);
   // Another user's field of the same row stays.
   const auto other = AnotherStation();
-  other.workspace->OpenDatabase(log_->Name(), false, false)
-      ->Execute("UPDATE TXray SET tXraySDr = 'Dr. B' WHERE tXrayCulIntIDPk = 1");
+  Damages(*other.workspace->OpenDatabase(log_->Name(), false, false),
+          "UPDATE TXray SET tXraySDr = 'Dr. B' WHERE tXrayCulIntIDPk = 1");
   table_->Update();
   EXPECT_EQ(table_->Fields("tXraySComment").Text(), "Verwackelt, nächstes Mal ruhig halten");
   EXPECT_TRUE(table_->Fields("tXrayBEdDr").Boolean());
