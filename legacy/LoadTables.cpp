@@ -8,8 +8,6 @@
 #include "core/LogConfig.h"
 #include "core/LogLayout.h"
 #include "db/dao/BulkRows.h"
-#include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Schema.h"
 #include "legacy/JetDatabase.h"
 #include "legacy/OldFile.h"
 #include "platform/Files.h"
@@ -45,41 +43,34 @@ std::optional<FieldType> FieldTypeOf(ColumnType type) {
   }
 }
 
-std::string Declaration(const JetColumn& column, FieldType type, bool isKey) {
-  if (isKey) return dao::QuoteIdentifier(column.name) + " INTEGER PRIMARY KEY AUTOINCREMENT";
-  dao::FieldDef field;
-  field.name = column.name;
-  field.type = type;
-  field.size = type == FieldType::kText ? column.size : 0;
-  return dao::QuoteIdentifier(column.name) + " " + dao::DeclaredType(field);
+dao::FieldDef Definition(const JetColumn& column, FieldType type) {
+  return {.name = column.name,
+          .type = type,
+          .size = type == FieldType::kText ? column.size : 0,
+          .isCounter = column.isCounter};
 }
 
 // Makes the table; the result is the columns that it has.
 std::vector<int> MakeTable(const JetTable& table, dao::Database& target) {
   std::vector<int> columns;
-  std::string fields;
-  bool hasKey = false;
+  std::vector<dao::FieldDef> fields;
   for (std::size_t i = 0; i < table.columns.size(); ++i) {
-    const JetColumn& column = table.columns[i];
-    const auto type = FieldTypeOf(column.type);
+    const auto type = FieldTypeOf(table.columns[i].type);
     if (!type) continue;
-    const bool isKey = column.isCounter && !hasKey;
-    hasKey = hasKey || isKey;
-    fields += (fields.empty() ? "" : ", ") + Declaration(column, *type, isKey);
+    fields.push_back(Definition(table.columns[i], *type));
     columns.push_back(static_cast<int>(i));
   }
-  if (!columns.empty())
-    target.Execute("CREATE TABLE " + dao::QuoteIdentifier(table.name) + " (" + fields + ")");
+  if (!columns.empty()) target.CreateTableDef(table.name, fields);
   return columns;
 }
 
-// The names of the columns that a loaded table's index has; "" when one of them was left out.
-std::string IndexColumns(const JetTable& table, const JetIndex& index) {
-  std::string names;
+// The names of the columns that a loaded table's index has; none when one of them was left out.
+std::vector<std::string> IndexFields(const JetTable& table, const JetIndex& index) {
+  std::vector<std::string> names;
   for (const int column : index.columns) {
     const JetColumn& each = table.columns[static_cast<std::size_t>(column)];
     if (!FieldTypeOf(each.type)) return {};
-    names += (names.empty() ? "" : ", ") + dao::QuoteIdentifier(each.name);
+    names.push_back(each.name);
   }
   return names;
 }
@@ -91,14 +82,13 @@ bool IsCounterKey(const JetTable& table, const JetIndex& index) {
 // An index only makes finding quicker, so one that cannot be made does no harm. Two texts that the old engine
 // took for different may be equal here, which is why a unique one may become an ordinary one.
 void MakeIndex(const JetTable& table, const JetIndex& index, dao::Database& target) {
-  const std::string columns = IndexColumns(table, index);
-  if (columns.empty() || IsCounterKey(table, index)) return;
-  std::string declaration = dao::QuoteIdentifier(index.name);
-  declaration += " ON " + dao::QuoteIdentifier(table.name) + " (" + columns + ")";
+  const std::vector<std::string> fields = IndexFields(table, index);
+  if (fields.empty() || IsCounterKey(table, index)) return;
   for (const bool isUnique : {true, false}) {
     if (isUnique && !index.isUnique) continue;
     try {
-      return target.Execute((isUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + declaration);
+      return target.TableDefs(table.name)
+          .Append(dao::Index{.name = index.name, .fields = fields, .isPrimary = false, .isUnique = isUnique});
     } catch (const EngineError&) {
       continue;
     }
@@ -130,21 +120,17 @@ void LoadTable(const JetDatabase& source, const std::string& name, dao::Database
 
 void LoadAll(const JetDatabase& source, dao::Database& target) {
   RequireNone(source.Faults());
-  target.Execute("BEGIN");
+  dao::ChangeGroup all = target.BeginChanges();
   for (const std::string& name : source.TableNames()) LoadTable(source, name, target);
-  target.Execute("COMMIT");
+  all.Commit();
 }
 
-// Nobody else sees the copy in memory, which is not to be changed through record sets.
 void CompleteLayout(dao::Database& log) {
   if (!core::IsLog(log) || core::ReadLogConfig(log, core::kVersionKey) != core::kFirstVersion) return;
-  for (const core::LogField& field : core::ExposureFields()) {
-    if (field.since == core::kFirstVersion) continue;
-    log.Execute("ALTER TABLE TXray ADD COLUMN " + std::string(field.name) + " " +
-                dao::DeclaredType(field.Definition()));
-  }
-  log.Execute("UPDATE TConfig SET tCfgSSet = '" + std::string(core::kLogVersion) +
-              "' WHERE tCfgSKey = 'DBVersion'");
+  dao::TableDef exposures = log.TableDefs(core::kExposureTable);
+  for (const core::LogField& field : core::ExposureFields())
+    if (field.since != core::kFirstVersion) exposures.Append(field.Definition());
+  core::WriteLogConfig(log, core::kVersionKey, core::kLogVersion);
 }
 
 }  // namespace

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "db/dao/EngineState.h"
 #include "db/dao/ServerLink.h"
-#include "db/dao/Workgroup.h"
 #include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/Maintenance.h"
+#include "db/dao/storage/EngineState.h"
+#include "db/dao/storage/Workgroup.h"
 
 namespace varnlog::dao {
 

@@ -79,6 +79,9 @@ class Database {
   [[nodiscard]] std::vector<std::string> TableNames() const;
   /// Letter case of the name is ignored; throws kItemNotFound.
   [[nodiscard]] TableDef TableDefs(std::string_view name);
+  /// Makes an empty table; the first counter among its fields is its key. Throws kObjectInvalid when there is
+  /// one of that name, kNotSupported on a server, whose tables are made with the log.
+  TableDef CreateTableDef(std::string_view name, std::span<const FieldDef> fields);
 
   /// `source` is a table's name or one SELECT statement in the engine's SQL. Without a type: a table's name
   /// gives a table-type record set, a statement with DISTINCT or computed columns a snapshot, any other a

@@ -1,9 +1,9 @@
 #include <utility>
 
 #include "db/dao/BulkRows.h"
-#include "db/dao/Storage.h"
 #include "db/dao/TableScan.h"
 #include "db/dao/ValueIndex.h"
+#include "db/dao/storage/Storage.h"
 
 namespace varnlog::dao {
 
@@ -47,6 +47,11 @@ TableDef Database::TableDefs(std::string_view name) {
     if (error.number() != ErrorNumber::kTableNotFound) throw;
     throw EngineError(ErrorNumber::kItemNotFound, error.what());
   }
+}
+
+TableDef Database::CreateTableDef(std::string_view name, std::span<const FieldDef> fields) {
+  storage_->AppendTable(name, fields);
+  return TableDefs(name);
 }
 
 std::unique_ptr<Recordset> Database::OpenRecordset(std::string_view source,

@@ -1,9 +1,9 @@
 #include <algorithm>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/EngineState.h"
-#include "db/dao/Storage.h"
 #include "db/dao/sqlite/CountingVfs.h"
+#include "db/dao/storage/EngineState.h"
+#include "db/dao/storage/Storage.h"
 
 namespace varnlog::dao {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "db/dao/TableSchema.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 

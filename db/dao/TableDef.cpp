@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "db/dao/Storage.h"
+#include "db/dao/storage/Storage.h"
 
 namespace varnlog::dao {
 
@@ -39,6 +39,11 @@ void TableDef::Append(const FieldDef& field) {
     throw EngineError(ErrorNumber::kNotSupported, "Such a field cannot be added to a table.");
   storage_->AppendField(name_, field);
   fields_.push_back(field);
+}
+
+void TableDef::Append(const Index& index) {
+  storage_->AppendIndex(name_, index);
+  indexes_.push_back(index);
 }
 
 }  // namespace varnlog::dao

@@ -37,6 +37,9 @@ class TableDef {
   /// kObjectInvalid when there is a field of that name already, kNotSupported for a counter or a text without
   /// a size.
   void Append(const FieldDef& field);
+  /// Adds an index to the table. Throws kDuplicateValue when rows are equal in a unique one, kObjectInvalid
+  /// when there is an index of that name, kNotSupported on a server, which gets its indexes with its tables.
+  void Append(const Index& index);
 
  private:
   std::shared_ptr<Storage> storage_;

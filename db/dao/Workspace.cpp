@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/Storage.h"
+#include "db/dao/storage/Storage.h"
 
 namespace varnlog::dao {
 

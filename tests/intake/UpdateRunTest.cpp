@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "db/dao/EngineState.h"
+#include "db/dao/EngineOptions.h"
 #include "intake/IntakeCopy.h"
 #include "intake/TakenFiles.h"
 #include "intake/UpdateRun.h"

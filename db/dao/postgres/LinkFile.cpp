@@ -6,7 +6,7 @@
 #include <set>
 
 #include "db/dao/EngineError.h"
-#include "db/dao/TableSchema.h"
+#include "db/dao/storage/TableSchema.h"
 #include "platform/Ascii.h"
 #include "platform/CodePage.h"
 #include "platform/Files.h"

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "db/dao/Storage.h"
+#include "db/dao/storage/Storage.h"
 
 namespace varnlog::dao {
 

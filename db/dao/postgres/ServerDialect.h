@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "db/dao/TableSchema.h"
 #include "db/dao/sql/Dialect.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 

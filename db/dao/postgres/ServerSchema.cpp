@@ -82,6 +82,10 @@ void TakeIndex(TableSchema& table, std::string name, bool isUnique, std::string_
   table.indexes.push_back(std::move(index));
 }
 
+[[noreturn]] void RefuseDefinition() {
+  throw EngineError(ErrorNumber::kNotSupported, "The layout of a log on a server is its owner's.");
+}
+
 }  // namespace
 
 TableSchema ReadServerTable(ServerStorage& storage, std::string_view name) {
@@ -146,10 +150,18 @@ std::shared_ptr<const TableSchema> ServerStorage::Table(std::string_view name) {
   return table;
 }
 
+void ServerStorage::AppendTable(std::string_view /*name*/, std::span<const FieldDef> /*fields*/) {
+  RefuseDefinition();
+}
+
+void ServerStorage::AppendIndex(std::string_view /*table*/, const Index& /*index*/) {
+  RefuseDefinition();
+}
+
 void ServerStorage::AppendField(std::string_view /*table*/, const FieldDef& /*field*/) {
   if (!isOpen_) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
   RequireWritable();
-  throw EngineError(ErrorNumber::kNotSupported, "The layout of a log on a server is its owner's.");
+  RefuseDefinition();
 }
 
 }  // namespace varnlog::dao

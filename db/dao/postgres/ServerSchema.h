@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "db/dao/TableSchema.h"
 #include "db/dao/postgres/ServerSession.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 

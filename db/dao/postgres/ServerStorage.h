@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "db/dao/Storage.h"
 #include "db/dao/postgres/ServerSession.h"
 #include "db/dao/rows/RowStore.h"
+#include "db/dao/storage/Storage.h"
 
 namespace varnlog::dao {
 
@@ -34,6 +34,8 @@ class ServerStorage final : public Storage {
 
   [[nodiscard]] std::vector<std::string> TableNames() override;
   [[nodiscard]] std::shared_ptr<const TableSchema> Table(std::string_view name) override;
+  void AppendTable(std::string_view name, std::span<const FieldDef> fields) override;
+  void AppendIndex(std::string_view table, const Index& index) override;
   void AppendField(std::string_view table, const FieldDef& field) override;
   void RunStorageSql(std::string_view storageSql) override;
 

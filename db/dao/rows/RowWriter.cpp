@@ -1,8 +1,8 @@
 #include "db/dao/rows/RowWriter.h"
 
 #include "db/dao/ChangeJournal.h"
-#include "db/dao/Storage.h"
 #include "db/dao/sql/JetSql.h"
+#include "db/dao/storage/Storage.h"
 
 namespace varnlog::dao {
 

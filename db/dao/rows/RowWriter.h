@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "db/dao/TableSchema.h"
 #include "db/dao/rows/RowFields.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 

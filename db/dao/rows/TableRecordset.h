@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "db/dao/Recordset.h"
-#include "db/dao/TableSchema.h"
 #include "db/dao/rows/RowFields.h"
 #include "db/dao/rows/RowWriter.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 

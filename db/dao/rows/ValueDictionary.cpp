@@ -4,6 +4,9 @@
 #include <cstring>
 #include <numeric>
 
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
 #include "db/dao/text/Collation.h"
 
 namespace varnlog::dao {
@@ -17,44 +20,16 @@ void Prefetch([[maybe_unused]] const void* address) {
 #endif
 }
 
-std::uint64_t Mix(std::uint64_t value) {
-  value *= 0x9E3779B97F4A7C15U;
-  return value ^ (value >> 29U);
-}
-
-std::uint64_t Load(const char* bytes, std::size_t size) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, bytes, size);
-  return word;
-}
-
-/// Eight bytes at a time, in two halves that do not wait for each other: names are short, and a general hash
-/// would cost more than reading the row.
-std::uint32_t Hash(std::string_view value) {
-  std::uint64_t even = value.size();
-  std::uint64_t odd = 0x51ED270B9F652295U;
-  const char* next = value.data();
-  std::size_t left = value.size();
-  for (; left >= 16; left -= 16, next += 16) {
-    even = Mix(even ^ Load(next, 8));
-    odd = Mix(odd ^ Load(next + 8, 8));
-  }
-  if (left >= 8) even = Mix(even ^ Load(next, 8));
-  // The last eight bytes once more are quicker to load than the odd rest.
-  odd = Mix(odd ^ (value.size() >= 8 ? Load(value.data() + value.size() - 8, 8) : Load(next, left)));
-  return static_cast<std::uint32_t>(Mix(even + (odd << 1U)) >> 32U);
-}
-
 }  // namespace
 
 ValueDictionary::ValueDictionary() : slots_(kFirstSlots) {}
 
 std::uint32_t ValueDictionary::Intern(std::string_view value) {
-  return Intern(value, Hash(value));
+  return Intern(value, HashOf(value));
 }
 
 std::uint32_t ValueDictionary::HashOf(std::string_view value) {
-  return Hash(value);
+  return static_cast<std::uint32_t>(XXH3_64bits(value.data(), value.size()));
 }
 
 void ValueDictionary::Aim(std::uint32_t hash) const {

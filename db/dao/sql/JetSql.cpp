@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "db/dao/EngineError.h"
-#include "db/dao/TableSchema.h"
 #include "db/dao/sql/JetSqlExpression.h"
 #include "db/dao/sql/JetSqlLexer.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 namespace {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "db/dao/TableSchema.h"
 #include "db/dao/sql/JetSql.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "db/dao/Storage.h"
 #include "db/dao/rows/RowStore.h"
 #include "db/dao/sqlite/Statement.h"
 #include "db/dao/sqlite/StorageError.h"
+#include "db/dao/storage/Storage.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -59,6 +59,8 @@ class Connection final : public Storage {
 
   [[nodiscard]] std::vector<std::string> TableNames() override;
   [[nodiscard]] std::shared_ptr<const TableSchema> Table(std::string_view name) override;
+  void AppendTable(std::string_view name, std::span<const FieldDef> fields) override;
+  void AppendIndex(std::string_view table, const Index& index) override;
   void AppendField(std::string_view table, const FieldDef& field) override;
   void RunStorageSql(std::string_view storageSql) override;
 
@@ -134,6 +136,7 @@ class Connection final : public Storage {
 
   Connection(std::string path, Mode mode, std::shared_ptr<EngineState> state);
   void OpenHandle(int flags);
+  void ChangeDefinitions(const std::string& storageSql);
   void Configure();
   void CheckHeader();
   void Probe(bool exclusive);

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "db/dao/TableSchema.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 

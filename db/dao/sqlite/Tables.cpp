@@ -42,10 +42,33 @@ std::shared_ptr<const TableSchema> Connection::Table(std::string_view name) {
   return table;
 }
 
+void Connection::AppendTable(std::string_view name, std::span<const FieldDef> fields) {
+  std::string columns;
+  bool hasKey = false;
+  for (const FieldDef& field : fields) {
+    const bool isKey = field.isCounter && !std::exchange(hasKey, hasKey || field.isCounter);
+    columns += (columns.empty() ? "" : ", ") + QuoteIdentifier(field.name) + " " +
+               (isKey ? "INTEGER PRIMARY KEY AUTOINCREMENT" : DeclaredType(field));
+  }
+  ChangeDefinitions("CREATE TABLE " + QuoteIdentifier(name) + " (" + columns + ")");
+}
+
+void Connection::AppendIndex(std::string_view table, const Index& index) {
+  std::string fields;
+  for (const std::string& field : index.fields)
+    fields += (fields.empty() ? "" : ", ") + QuoteIdentifier(field);
+  ChangeDefinitions((index.isUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") +
+                    QuoteIdentifier(index.name) + " ON " + QuoteIdentifier(table) + " (" + fields + ")");
+}
+
 void Connection::AppendField(std::string_view table, const FieldDef& field) {
+  ChangeDefinitions("ALTER TABLE " + QuoteIdentifier(table) + " ADD COLUMN " + QuoteIdentifier(field.name) +
+                    " " + DeclaredType(field));
+}
+
+void Connection::ChangeDefinitions(const std::string& storageSql) {
   WriteScope scope(*this);
-  Execute("ALTER TABLE " + QuoteIdentifier(table) + " ADD COLUMN " + QuoteIdentifier(field.name) + " " +
-          DeclaredType(field));
+  Execute(storageSql);
   scope.Commit();
   ForgetSchema();
 }

@@ -14,20 +14,6 @@ constexpr Length kNull = 0xFFFFFFFF;
 constexpr std::size_t kRowsBetween = 6;
 constexpr std::size_t kMostPending = 32;
 
-/// Copies a short text without a call and with few branches: so many bytes at a time, the last of which may
-/// overlap the ones before.
-void CopyText(const unsigned char* text, std::size_t size, char* to) {
-  if (size >= 8) {
-    for (std::size_t at = 0; at + 8 < size; at += 8) std::memcpy(to + at, text + at, 8);
-    std::memcpy(to + size - 8, text + size - 8, 8);
-  } else if (size >= 4) {
-    std::memcpy(to, text, 4);
-    std::memcpy(to + size - 4, text + size - 4, 4);
-  } else {
-    for (std::size_t i = 0; i < size; ++i) to[i] = static_cast<char>(text[i]);
-  }
-}
-
 }  // namespace
 
 void DifferentRows::Take(int count, sqlite3_value** values) {
@@ -50,7 +36,7 @@ void DifferentRows::Append(int count, sqlite3_value** values) {
     const Length length = text == nullptr ? kNull : size;
     if (bytes_.size() < end + size) bytes_.resize((end + size) * 2);
     std::memcpy(bytes_.data() + head, &length, sizeof length);
-    CopyText(text, size, bytes_.data() + end);
+    if (size > 0) std::memcpy(bytes_.data() + end, text, size);
     end += size;
   }
   size_ = end;

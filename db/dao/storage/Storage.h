@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/EngineState.h"
 #include "db/dao/ServerState.h"
-#include "db/dao/TableSchema.h"
+#include "db/dao/storage/EngineState.h"
+#include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
 
@@ -41,6 +41,8 @@ class Storage : public std::enable_shared_from_this<Storage> {
   [[nodiscard]] bool IsReadOnly() const { return mode_.readOnly; }
   /// kReadOnlyDatabase when it was opened for reading.
   void RequireWritable() const;
+  /// For one that was filled before anybody else sees it.
+  void MakeReadOnly() { mode_.readOnly = true; }
   [[nodiscard]] const std::shared_ptr<EngineState>& State() const { return state_; }
 
   [[nodiscard]] virtual bool IsOpen() const noexcept = 0;
@@ -53,6 +55,8 @@ class Storage : public std::enable_shared_from_this<Storage> {
   [[nodiscard]] virtual std::vector<std::string> TableNames() = 0;
   /// Letter case is ignored; throws kTableNotFound.
   [[nodiscard]] virtual std::shared_ptr<const TableSchema> Table(std::string_view name) = 0;
+  virtual void AppendTable(std::string_view name, std::span<const FieldDef> fields) = 0;
+  virtual void AppendIndex(std::string_view table, const Index& index) = 0;
   /// The field is one that TableDef::Append() allows.
   virtual void AppendField(std::string_view table, const FieldDef& field) = 0;
   virtual void RunStorageSql(std::string_view storageSql) = 0;

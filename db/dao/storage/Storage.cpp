@@ -1,4 +1,4 @@
-#include "db/dao/Storage.h"
+#include "db/dao/storage/Storage.h"
 
 #include "db/dao/ChangeJournal.h"
 

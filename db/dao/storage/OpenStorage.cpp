@@ -1,12 +1,12 @@
 #include <array>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/EngineState.h"
 #include "db/dao/ServerLink.h"
 #include "db/dao/postgres/LinkFile.h"
 #include "db/dao/postgres/OpenServer.h"
 #include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/FileChecks.h"
+#include "db/dao/storage/EngineState.h"
 #include "platform/Files.h"
 
 namespace varnlog::dao {
@@ -30,10 +30,10 @@ std::shared_ptr<Connection> OpenForeign(const std::string& path, const std::shar
   if (!format.recognises) return nullptr;
   RequireUsableFile(path, false);
   if (!format.recognises(StartOf(path))) return nullptr;
-  auto connection = Connection::InMemory(path, {.exclusive = false, .readOnly = true}, state);
+  auto connection = Connection::InMemory(path, {}, state);
   Database target(connection);
   format.load(path, target);
-  connection->ForgetSchema();
+  connection->MakeReadOnly();
   return connection;
 }
 

@@ -1,4 +1,4 @@
-#include "db/dao/TableSchema.h"
+#include "db/dao/storage/TableSchema.h"
 
 #include <algorithm>
 

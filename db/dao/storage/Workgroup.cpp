@@ -1,4 +1,4 @@
-#include "db/dao/Workgroup.h"
+#include "db/dao/storage/Workgroup.h"
 
 #include <optional>
 
