@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "db/dao/ServerLink.h"
-#include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/FileChecks.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/Maintenance.h"
 #include "db/dao/storage/EngineState.h"
 #include "db/dao/storage/Workgroup.h"
@@ -59,7 +59,7 @@ std::shared_ptr<Workspace> DBEngine::Workspaces(std::string_view name) const {
 
 std::shared_ptr<Database> DBEngine::CreateDatabase(const std::string& path, std::string_view /*locale*/,
                                                    int /*options*/) {
-  return std::make_shared<Database>(Connection::Create(path, state_));
+  return std::make_shared<Database>(FileStorage::Create(path, state_));
 }
 
 RepairReport DBEngine::RepairDatabase(const std::string& path, const MaintenanceProgress& progress,

@@ -4,9 +4,9 @@
 #include <sqlite3.h>
 
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/CopyBack.h"
 #include "db/dao/sqlite/FileChecks.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/Maintenance.h"
 #include "db/dao/sqlite/Schema.h"
 #include "db/dao/sqlite/TemporaryCopy.h"
@@ -68,14 +68,15 @@ std::int64_t RowCount(Connection& connection, const std::string& table) {
 
 void VerifyCopy(Connection& source, const RowStamp& before, const std::string& copy,
                 const std::shared_ptr<EngineState>& state) {
-  const auto made = Connection::Open(copy, {.exclusive = false, .readOnly = true}, state);
-  Statement check(*made, "PRAGMA quick_check");
+  Connection made(copy, state);
+  made.Open({.exclusive = false, .readOnly = true});
+  Statement check(made, "PRAGMA quick_check");
   bool isSound = check.Step() && check.Text(0) == "ok";
   check.Reset();
   // Where others went on writing to the source meanwhile the numbers need not agree.
-  if (source.CurrentStamp() == before)
+  if (source.Watch().Current() == before)
     for (const std::string& table : ReadTableNames(source))
-      isSound = isSound && RowCount(source, table) == RowCount(*made, table);
+      isSound = isSound && RowCount(source, table) == RowCount(made, table);
   if (!isSound) ThrowStorageError(SQLITE_CORRUPT, source.Path(), {});
 }
 
@@ -85,12 +86,13 @@ MaintenanceProgress PartOf(const MaintenanceProgress& whole, double begin, doubl
 }
 
 // Writing is needed to undo an interrupted change, but a file on a read-only medium can be copied too.
-std::shared_ptr<Connection> OpenForCopy(const std::string& path, const std::shared_ptr<EngineState>& state) {
+void OpenForCopy(Connection& source) {
   try {
-    return Connection::Open(path, {.exclusive = false, .readOnly = false}, state);
+    source.Open({.exclusive = false, .readOnly = false});
   } catch (const EngineError& error) {
     if (error.number() != ErrorNumber::kNoPermission) throw;
-    return Connection::Open(path, {.exclusive = false, .readOnly = true}, state);
+    source.Close();
+    source.Open({.exclusive = false, .readOnly = true});
   }
 }
 
@@ -110,7 +112,7 @@ void CopyCompacted(Connection& source, const std::string& emptyFile, const Maint
   Statement copy(source, "VACUUM INTO ?1");
   copy.Bind(1, std::string_view(copyPath));
   const CopyProgress reporting(source, emptyFile, progress);
-  const RowStamp before = source.CurrentStamp();
+  const RowStamp before = source.Watch().Current();
   copy.Run();
   VerifyCopy(source, before, emptyFile, state);
 }
@@ -118,12 +120,13 @@ void CopyCompacted(Connection& source, const std::string& emptyFile, const Maint
 void DBEngine::CompactDatabase(const std::string& source, const std::string& target, int /*options*/,
                                const MaintenanceProgress& progress) {
   RequireFile(source);
-  const auto connection = OpenForCopy(source, state_);
+  Connection file(source, state_);
+  OpenForCopy(file);
   RequireFreePath(target);
   std::error_code error;
   platform::NewFile made(FilePath(target), error, FilePath(source));
   if (error) ThrowFileError(error, target);
-  CopyCompacted(*connection, platform::FromPath(made.path()), progress, state_);
+  CopyCompacted(file, platform::FromPath(made.path()), progress, state_);
   dao::PutJournalAside(target);
   error = made.TakePlace(platform::IfTaken::kFail);
   if (error) ThrowFileError(error, target);
@@ -136,45 +139,48 @@ void DBEngine::CompactInPlace(const std::string& path, const std::string& tempor
                               const MaintenanceProgress& progress) {
   constexpr double kCopyingBack = 0.6;
   RequireFile(path);
-  const auto source = Connection::Open(path, {.exclusive = true, .readOnly = false}, state_);
+  Connection source(path, state_);
+  source.Open({.exclusive = true, .readOnly = false});
   TemporaryCopy copy(temporary, path);
-  CopyCompacted(*source, copy.WritePath(), PartOf(progress, 0, kCopyingBack), state_);
+  CopyCompacted(source, copy.WritePath(), PartOf(progress, 0, kCopyingBack), state_);
   copy.TakeName();
-  const auto made = Connection::Open(temporary, {.exclusive = false, .readOnly = true}, state_);
-  if (made->WasReplaced() || !copy.IsOwn())
+  Connection made(temporary, state_);
+  made.Open({.exclusive = false, .readOnly = true});
+  if (made.WasReplaced() || !copy.IsOwn())
     throw EngineError(ErrorNumber::kFileExists,
                       FileText("Another file took the name ", temporary, " meanwhile."));
-  CopyBack(*made, *source, PartOf(progress, kCopyingBack, 1.0));
-  made->Close();
+  CopyBack(made, source, PartOf(progress, kCopyingBack, 1.0));
+  made.Close();
   if (progress) progress(1.0);
 }
 
-void Connection::CopyTo(const std::string& target, const MaintenanceProgress& progress) {
+void FileStorage::CopyTo(const std::string& target, const MaintenanceProgress& progress) {
   RequireFreePath(target);
   std::error_code error;
   platform::NewFile made(FilePath(target), error, FilePath(Path()));
   if (error) ThrowFileError(error, target);
   const std::string path = platform::FromPath(made.path());
-  const RowStamp before = CurrentStamp();
+  const RowStamp before = file_.Watch().Current();
   {
-    const auto copy = Connection::CreateIn(path, State());
-    const ReadScope moment(*this);
-    CopyBack(*this, *copy, progress);
-    copy->Close();
+    Connection copy(path, State());
+    copy.OpenEmpty();
+    const ReadScope moment(file_);
+    CopyBack(file_, copy, progress);
   }
-  VerifyCopy(*this, before, path, State());
+  VerifyCopy(file_, before, path, State());
   dao::PutJournalAside(target);
   error = made.TakePlace(platform::IfTaken::kFail);
   if (error) ThrowFileError(error, target);
 }
 
-std::string Connection::CopyInto(const std::string& existing, const MaintenanceProgress& progress) {
-  const auto target = Connection::Open(existing, {.exclusive = true, .readOnly = false}, State());
+std::string FileStorage::CopyInto(const std::string& existing, const MaintenanceProgress& progress) {
+  Connection target(existing, State());
+  target.Open({.exclusive = true, .readOnly = false});
   std::error_code error;
   const auto kept = platform::KeepAside(FilePath(existing), ".replaced", platform::Keep::kCopy, error);
   if (!kept) ThrowFileError(error, existing);
-  const ReadScope moment(*this);
-  CopyBack(*this, *target, progress);
+  const ReadScope moment(file_);
+  CopyBack(file_, target, progress);
   return platform::FromPath(*kept);
 }
 

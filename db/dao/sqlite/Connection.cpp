@@ -7,15 +7,9 @@
 
 #include <sqlite3.h>
 
-#include "db/dao/ChangeJournal.h"
 #include "db/dao/sqlite/CountingVfs.h"
 #include "db/dao/sqlite/FileChecks.h"
-#include "db/dao/sqlite/Schema.h"
 #include "db/dao/sqlite/TextFunctions.h"
-#include "db/dao/sqlite/rows/DistinctRows.h"
-#include "db/dao/sqlite/rows/OrderedIds.h"
-#include "db/dao/sqlite/rows/Select.h"
-#include "platform/SafeFile.h"
 
 namespace varnlog::dao {
 
@@ -44,79 +38,46 @@ sqlite3_file& OpenFile(sqlite3* handle) {
 
 }  // namespace
 
-Connection::Connection(std::string path, Mode mode, std::shared_ptr<EngineState> state)
-    : Storage(std::move(path), mode, std::move(state)),
-      selects_(std::make_unique<SelectCache>()),
-      distinct_(std::make_unique<DistinctRows>()),
-      ordered_(std::make_unique<OrderedIds>()) {}
+Connection::Connection(std::string path, std::shared_ptr<EngineState> state)
+    : path_(std::move(path)), state_(std::move(state)), watch_(*this) {}
 
 Connection::~Connection() {
   Close();
 }
 
-std::shared_ptr<Connection> Connection::Open(const std::string& path, Mode mode,
-                                             const std::shared_ptr<EngineState>& state) {
-  RequireUsableFile(path, !mode.readOnly);
-  std::shared_ptr<Connection> connection(new Connection(path, mode, state));
-  connection->OpenHandle(mode.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
-  if (!mode.readOnly && sqlite3_db_readonly(connection->handle_, "main") == 1)
+void Connection::Open(Access access) {
+  isReadOnly_ = access.readOnly;
+  RequireUsableFile(path_, !isReadOnly_);
+  OpenHandle(isReadOnly_ ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+  if (!isReadOnly_ && sqlite3_db_readonly(handle_, "main") == 1)
     throw EngineError(ErrorNumber::kNoPermission,
-                      FileText("There is no permission to change the file ", path, "."));
-  connection->CheckHeader();
-  connection->Configure();
-  connection->Probe(mode.exclusive);
-  std::erase_if(state->storages, [](const auto& each) { return each.expired(); });
-  state->storages.push_back(connection);
-  return connection;
+                      FileText("There is no permission to change the file ", path_, "."));
+  CheckHeader();
+  Configure();
+  if (access.exclusive) TakeForever();
+  // The first look at the content tells a locked, damaged or foreign file.
+  RefuseVirtualTables();
 }
 
-std::shared_ptr<Connection> Connection::Create(const std::string& path,
-                                               const std::shared_ptr<EngineState>& state) {
-  RequireFreePath(path);
-  PutJournalAside(path);
-  std::error_code error;
-  // Claims the name: of two programs that make the same file one gets the error.
-  static_cast<void>(
-      platform::File::Open(platform::ToPath(StoragePath(path)), platform::File::Mode::kCreateNew, error));
-  if (error) throw EngineError(ErrorNumber::kNoPermission, FileText("The file ", path, " cannot be made."));
-  try {
-    return CreateIn(path, state);
-  } catch (const std::exception&) {
-    static_cast<void>(platform::RemoveFile(platform::ToPath(StoragePath(path))));
-    throw;
-  }
-}
-
-std::shared_ptr<Connection> Connection::CreateIn(const std::string& emptyFile,
-                                                 const std::shared_ptr<EngineState>& state) {
-  std::shared_ptr<Connection> connection(new Connection(emptyFile, {}, state));
-  connection->OpenHandle(SQLITE_OPEN_READWRITE);
-  connection->Configure();
-  connection->Execute(
+void Connection::OpenEmpty() {
+  OpenHandle(SQLITE_OPEN_READWRITE);
+  Configure();
+  Execute(
       "PRAGMA page_size=16384; PRAGMA encoding='UTF-8'; PRAGMA auto_vacuum=NONE;"
       "PRAGMA application_id=0x56524C47");  // "VRLG"
-  state->storages.push_back(connection);
-  return connection;
 }
 
-std::shared_ptr<Connection> Connection::InMemory(const Connection& source) {
-  return InMemory(source.Path(), {}, source.State());
-}
-
-std::shared_ptr<Connection> Connection::InMemory(const std::string& path, Mode mode,
-                                                 const std::shared_ptr<EngineState>& state) {
-  std::shared_ptr<Connection> connection(new Connection(path, mode, state));
+void Connection::OpenInMemory() {
   const int result = sqlite3_open_v2(
-      ":memory:", &connection->handle_,
+      ":memory:", &handle_,
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
-  if (result != SQLITE_OK) connection->Throw(result);
-  connection->Configure();
-  return connection;
+  if (result != SQLITE_OK) Throw(result);
+  Configure();
 }
 
 void Connection::OpenHandle(int flags) {
   PrepareStorage();
-  const int result = sqlite3_open_v2(StoragePath(Path()).c_str(), &handle_,
+  const int result = sqlite3_open_v2(StoragePath(path_).c_str(), &handle_,
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, CountingVfsName());
   if (result != SQLITE_OK) Throw(result);
   sqlite3_busy_handler(handle_, &Connection::OnBusy, this);
@@ -124,7 +85,7 @@ void Connection::OpenHandle(int flags) {
 
 void Connection::CheckHeader() {
   const std::string header = ReadBytes(0, kHeaderSize);
-  RequireDatabaseHeader(header, Path());
+  RequireDatabaseHeader(header, path_);
   if (HasSharedMemoryJournal(header)) LeaveSharedMemoryJournal();
 }
 
@@ -140,17 +101,11 @@ void Connection::Configure() {
     sqlite3_db_config(handle_, option, value, nullptr);
   RegisterText(handle_);
   SetCache(false);
-  SetSync(State()->options.implicitCommitSync);
+  SetSync(state_->options.implicitCommitSync);
   begin_ = Statement(*this, "BEGIN");
   beginWrite_ = Statement(*this, "BEGIN IMMEDIATE");
   commit_ = Statement(*this, "COMMIT");
   rollback_ = Statement(*this, "ROLLBACK");
-}
-
-// The first look at the content tells a locked, damaged or foreign file.
-void Connection::Probe(bool exclusive) {
-  if (exclusive) TakeForever();
-  RefuseVirtualTables();
 }
 
 // Their content is whatever a module of the storage makes of other tables, and some modules fail on what a
@@ -160,19 +115,19 @@ void Connection::RefuseVirtualTables() {
   ResetAtEnd reset(find);
   if (find.Step() && find.Number(0) > 0)
     throw EngineError(ErrorNumber::kUnrecognisedFormat,
-                      FileText("The file ", Path(), " has tables of a kind that is not known here."));
+                      FileText("The file ", path_, " has tables of a kind that is not known here."));
 }
 
 void Connection::TakeForever() {
   Execute("PRAGMA locking_mode=EXCLUSIVE");
-  if (!IsReadOnly()) Execute("BEGIN EXCLUSIVE; COMMIT");
+  if (!isReadOnly_) Execute("BEGIN EXCLUSIVE; COMMIT");
 }
 
 // The file layer offers no shared memory, so the file must be held alone before it is read.
 void Connection::LeaveSharedMemoryJournal() {
-  if (IsReadOnly())
+  if (isReadOnly_)
     throw EngineError(ErrorNumber::kNoPermission,
-                      FileText("Another program left the file ", Path(),
+                      FileText("Another program left the file ", path_,
                                " in a state that must be tidied up by opening it for writing."));
   Execute(
       "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=DELETE; PRAGMA locking_mode=NORMAL;"
@@ -181,9 +136,7 @@ void Connection::LeaveSharedMemoryJournal() {
 
 void Connection::Close() noexcept {
   if (handle_ == nullptr) return;
-  State()->closedCacheReads += CacheReads();
-  tables_.clear();
-  ForgetJournal();
+  state_->closedCacheReads += CacheReads();
   sqlite3* const handle = std::exchange(handle_, nullptr);
   for (sqlite3_stmt* const statement : statements_) sqlite3_finalize(statement);
   statements_.clear();
@@ -201,7 +154,7 @@ bool Connection::WasReplaced() const {
 }
 
 void Connection::Throw(int result) const {
-  ThrowStorageError(result, Path(), sqlite3_errmsg(handle_));
+  ThrowStorageError(result, path_, sqlite3_errmsg(handle_));
 }
 
 void Connection::Execute(const std::string& storageSql) {
@@ -213,7 +166,7 @@ int Connection::OnBusy(void* connection, int attempt) {
   static thread_local std::chrono::steady_clock::time_point since;
   const auto now = std::chrono::steady_clock::now();
   if (attempt == 0) since = now;
-  const EngineOptions& options = static_cast<Connection*>(connection)->State()->options;
+  const EngineOptions& options = static_cast<Connection*>(connection)->state_->options;
   const std::chrono::milliseconds patience(std::int64_t{options.lockRetry} * options.lockDelay);
   if (now - since >= patience) return 0;
   // Short steps at first: most locks are held for milliseconds.
@@ -238,39 +191,9 @@ std::string Connection::ReadBytes(std::int64_t offset, std::size_t count) const 
   return bytes;
 }
 
-RowStamp Connection::CurrentStamp() {
-  sqlite3_file& file = OpenFile(Handle());
-  // A database in memory has no file that others could change.
-  if (file.pMethods != nullptr)
-    file.pMethods->xRead(&file, &fileChanges_, sizeof fileChanges_, kChangeCounterOffset);
-  fileChangesRead_ = std::chrono::steady_clock::now();
-  return {fileChanges_, OwnChanges(), epoch_};
-}
-
-RowStamp Connection::RecentStamp() {
-  constexpr std::chrono::microseconds kRecent(50);
-  if (std::chrono::steady_clock::now() - fileChangesRead_ > kRecent) return CurrentStamp();
-  return {fileChanges_, OwnChanges(), epoch_};
-}
-
-std::int64_t Connection::OwnChanges() const {
-  return sqlite3_total_changes64(Handle());
-}
-
-std::int64_t Connection::OthersVersion() {
-  if (!othersVersion_.IsPrepared()) othersVersion_ = Statement(*this, "PRAGMA data_version");
-  ResetAtEnd reset(othersVersion_);
-  return othersVersion_.Step() ? othersVersion_.Number(0) : 0;
-}
-
-void Connection::ForgetSchema() {
-  tables_.clear();
-  selects_ = std::make_unique<SelectCache>();
-}
-
 void Connection::SetCache(bool writing) {
   const std::int32_t reading =
-      State()->options.bufferSize > 0 ? State()->options.bufferSize : kStorageDefaultBuffer;
+      state_->options.bufferSize > 0 ? state_->options.bufferSize : kStorageDefaultBuffer;
   const std::int32_t size = writing ? std::max(reading, kWritingBuffer) : reading;
   Execute("PRAGMA cache_size=-" + std::to_string(size));
 }
@@ -285,17 +208,6 @@ void Connection::SetSync(bool sync) {
   Execute(sync ? "PRAGMA synchronous=EXTRA" : "PRAGMA synchronous=NORMAL");
 }
 
-void Connection::ApplyOptions() {
-  SetCache(inWork_);
-  if (!InTransaction()) SetSync(State()->options.implicitCommitSync);
-}
-
-void Connection::Refresh() {
-  WriteAhead();
-  ReleaseMemory();
-  ForgetRows();
-}
-
 void Connection::ReleaseMemory() {
   if (IsOpen() && !InTransaction()) sqlite3_db_release_memory(handle_);
 }
@@ -305,6 +217,55 @@ std::int64_t Connection::CacheReads() const {
   int highest = 0;
   if (handle_ != nullptr) sqlite3_db_status(handle_, SQLITE_DBSTATUS_CACHE_HIT, &current, &highest, 0);
   return current;
+}
+
+bool Connection::InTransaction() const {
+  return sqlite3_get_autocommit(Handle()) == 0;
+}
+
+void Connection::Begin() {
+  begin_.Run();
+}
+
+void Connection::BeginWriting() {
+  beginWrite_.Run();
+}
+
+void Connection::Commit() {
+  commit_.Run();
+}
+
+void Connection::Rollback() {
+  if (InTransaction()) rollback_.Run();
+}
+
+// A scope whose end failed (memory ran out) leaves its transaction open. Whoever took that for one around him
+// would never commit.
+void Connection::EndLeftOver() {
+  if (hasLeftOver_) Rollback();
+  hasLeftOver_ = false;
+}
+
+void Connection::WriteAhead() {
+  if (isReadOnly_ || !InTransaction()) return;
+  const int result = sqlite3_db_cacheflush(handle_);
+  if (result != SQLITE_OK) Throw(result);
+}
+
+ReadScope::ReadScope(Connection& connection) : connection_(connection) {
+  connection_.EndLeftOver();
+  if (connection_.InTransaction()) return;
+  connection_.Begin();
+  began_ = true;
+}
+
+ReadScope::~ReadScope() {
+  if (!began_ || !connection_.IsOpen() || !connection_.InTransaction()) return;
+  try {
+    connection_.Commit();
+  } catch (const std::exception&) {
+    connection_.LeaveToNext();
+  }
 }
 
 }  // namespace varnlog::dao

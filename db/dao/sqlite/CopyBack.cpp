@@ -33,8 +33,6 @@ void CopyBack(Connection& made, Connection& target, const MaintenanceProgress& p
     if (!Report(progress, backup.get()))
       throw EngineError(ErrorNumber::kCancelled, "The operation was cancelled.");
   const int finished = sqlite3_backup_finish(backup.release());
-  target.ForgetSchema();
-  target.ForgetRows();
   if (result != SQLITE_DONE) target.Throw(result);
   if (finished != SQLITE_OK) target.Throw(finished);
 }

@@ -5,9 +5,9 @@
 
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/Check.h"
-#include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/CopyBack.h"
 #include "db/dao/sqlite/FileChecks.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/Maintenance.h"
 #include "db/dao/sqlite/MissingRows.h"
 #include "db/dao/sqlite/Schema.h"
@@ -51,13 +51,14 @@ std::vector<Declaration> ReadableDeclarations(Connection& damaged) {
   return declarations;
 }
 
-std::shared_ptr<Connection> OpenDamaged(const std::string& path, const std::shared_ptr<EngineState>& state) {
+void OpenDamaged(Connection& damaged) {
   try {
-    return Connection::Open(path, {.exclusive = true, .readOnly = false}, state);
+    damaged.Open({.exclusive = true, .readOnly = false});
   } catch (const EngineError& error) {
     if (!IsDamage(error)) throw;
-    throw EngineError(ErrorNumber::kUnrecognisedFormat,
-                      FileText("The file ", path, " is damaged so badly that nothing in it can be read."));
+    throw EngineError(
+        ErrorNumber::kUnrecognisedFormat,
+        FileText("The file ", damaged.Path(), " is damaged so badly that nothing in it can be read."));
   }
 }
 
@@ -82,7 +83,8 @@ void CopyReadable(Connection& damaged, Connection& mended, RepairReport& report,
   if (tables == 0)
     throw EngineError(ErrorNumber::kUnrecognisedFormat,
                       FileText("No table can be read in the damaged file ", damaged.Path(), "."));
-  mended.BeginWork();
+  mended.SetCache(true);
+  mended.BeginWriting();
   Declare(mended, declarations, "table");
   double done = 0;
   for (const Declaration& each : declarations) {
@@ -95,7 +97,7 @@ void CopyReadable(Connection& damaged, Connection& mended, RepairReport& report,
   }
   Declare(mended, declarations, "index");
   Declare(mended, declarations, "trigger");
-  mended.CommitWork();
+  mended.Commit();
 }
 
 // Another file with the content of the damaged one, read through the connection that holds its lock: opening
@@ -146,21 +148,22 @@ void PutBack(Connection& mended, Connection& damaged, RepairReport& report,
 RepairReport RepairFile(const std::string& path, const MaintenanceProgress& progress,
                         const FinishRepair& finish, const std::shared_ptr<EngineState>& state) {
   RepairReport report;
-  const auto damaged = OpenDamaged(path, state);
+  Connection damaged(path, state);
+  OpenDamaged(damaged);
   // What a repair that was cut off has left goes, whether or not there is anything to mend this time.
   platform::SweepUnfinished(FilePath(path));
-  report.findings = CheckStructure(*damaged);
+  report.findings = CheckStructure(damaged);
   if (report.WasDamaged()) {
     std::error_code error;
     const platform::NewFile work(FilePath(path), error, FilePath(path));
     if (error) ThrowFileError(error, path);
-    const auto mended = Connection::CreateIn(platform::FromPath(work.path()), state);
-    CopyReadable(*damaged, *mended, report, progress);
+    const auto mended = FileStorage::CreateIn(platform::FromPath(work.path()), state);
+    CopyReadable(damaged, mended->File(), report, progress);
     Database content(mended);
     if (finish) finish(content, report);
-    if (!CheckStructure(*mended).empty())
+    if (!CheckStructure(mended->File()).empty())
       throw EngineError(ErrorNumber::kDamaged, FileText("The file ", path, " could not be mended."));
-    PutBack(*mended, *damaged, report, progress);
+    PutBack(mended->File(), damaged, report, progress);
     mended->Close();
   }
   if (progress) progress(1.0);

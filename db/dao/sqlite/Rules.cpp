@@ -6,7 +6,7 @@
 #include <sqlite3.h>
 
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 
 namespace varnlog::dao {
 
@@ -22,25 +22,26 @@ std::vector<std::string> StoredRules(Connection& connection, const char* column)
 
 }  // namespace
 
-bool Connection::AreRulesObeyed() {
+bool FileStorage::AreRulesObeyed() {
   int obeyed = 0;
-  sqlite3_db_config(Handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, -1, &obeyed);
+  sqlite3_db_config(file_.Handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, -1, &obeyed);
   return obeyed != 0;
 }
 
-void Connection::SetRulesObeyed(bool obeyed) {
-  sqlite3_db_config(Handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, obeyed ? 1 : 0, nullptr);
+void FileStorage::SetRulesObeyed(bool obeyed) {
+  sqlite3_db_config(file_.Handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, obeyed ? 1 : 0, nullptr);
 }
 
-bool Connection::HasRules(std::span<const std::string> rules) {
-  const std::vector<std::string> stored = StoredRules(*this, "sql");
+bool FileStorage::HasRules(std::span<const std::string> rules) {
+  const std::vector<std::string> stored = StoredRules(file_, "sql");
   return std::is_permutation(stored.begin(), stored.end(), rules.begin(), rules.end());
 }
 
-void Connection::SetRules(std::span<const std::string> rules) {
+void FileStorage::SetRules(std::span<const std::string> rules) {
   WriteScope scope(*this);
-  for (const std::string& name : StoredRules(*this, "name")) Execute("DROP TRIGGER " + QuoteIdentifier(name));
-  for (const std::string& rule : rules) Execute(rule);
+  for (const std::string& name : StoredRules(file_, "name"))
+    file_.Execute("DROP TRIGGER " + QuoteIdentifier(name));
+  for (const std::string& rule : rules) file_.Execute(rule);
   scope.Commit();
 }
 

@@ -3,7 +3,7 @@
 #include "db/dao/rows/DynasetRecordset.h"
 #include "db/dao/rows/SnapshotRecordset.h"
 #include "db/dao/sqlite/Check.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/MissingRows.h"
 #include "db/dao/sqlite/Schema.h"
 #include "db/dao/sqlite/rows/FileRowStore.h"
@@ -12,12 +12,12 @@
 
 namespace varnlog::dao {
 
-std::unique_ptr<Recordset> Connection::OpenTable(std::string_view table) {
+std::unique_ptr<Recordset> FileStorage::OpenTable(std::string_view table) {
   return std::make_unique<FileTable>(Self(), Table(table));
 }
 
-std::unique_ptr<Recordset> Connection::OpenSelect(std::string_view source, bool isTable,
-                                                  std::optional<RecordsetType> type) {
+std::unique_ptr<Recordset> FileStorage::OpenSelect(std::string_view source, bool isTable,
+                                                   std::optional<RecordsetType> type) {
   Parameters parameters;
   auto select = isTable ? SelectCache::WholeTable(*this, source) : Selects().Find(*this, source, parameters);
   const bool canEdit = select->allAreFields && !select->parsed.distinct;
@@ -29,20 +29,20 @@ std::unique_ptr<Recordset> Connection::OpenSelect(std::string_view source, bool 
       std::make_shared<FileRowStore>(Self(), std::move(select), std::move(parameters)));
 }
 
-std::vector<std::string> Connection::TableNames() {
-  return ReadTableNames(*this);
+std::vector<std::string> FileStorage::TableNames() {
+  return ReadTableNames(file_);
 }
 
-std::shared_ptr<const TableSchema> Connection::Table(std::string_view name) {
+std::shared_ptr<const TableSchema> FileStorage::Table(std::string_view name) {
   std::string key = LowerName(name);
   const auto known = tables_.find(key);
   if (known != tables_.end()) return known->second;
-  auto table = std::make_shared<const TableSchema>(ReadTableSchema(*this, name));
+  auto table = std::make_shared<const TableSchema>(ReadTableSchema(file_, name));
   tables_.emplace(std::move(key), table);
   return table;
 }
 
-void Connection::AppendTable(std::string_view name, std::span<const FieldDef> fields) {
+void FileStorage::AppendTable(std::string_view name, std::span<const FieldDef> fields) {
   std::string columns;
   bool hasKey = false;
   for (const FieldDef& field : fields) {
@@ -53,7 +53,7 @@ void Connection::AppendTable(std::string_view name, std::span<const FieldDef> fi
   ChangeDefinitions("CREATE TABLE " + QuoteIdentifier(name) + " (" + columns + ")");
 }
 
-void Connection::AppendIndex(std::string_view table, const Index& index) {
+void FileStorage::AppendIndex(std::string_view table, const Index& index) {
   std::string fields;
   for (const std::string& field : index.fields)
     fields += (fields.empty() ? "" : ", ") + QuoteIdentifier(field);
@@ -61,30 +61,30 @@ void Connection::AppendIndex(std::string_view table, const Index& index) {
                     QuoteIdentifier(index.name) + " ON " + QuoteIdentifier(table) + " (" + fields + ")");
 }
 
-void Connection::AppendField(std::string_view table, const FieldDef& field) {
+void FileStorage::AppendField(std::string_view table, const FieldDef& field) {
   ChangeDefinitions("ALTER TABLE " + QuoteIdentifier(table) + " ADD COLUMN " + QuoteIdentifier(field.name) +
                     " " + DeclaredType(field));
 }
 
-void Connection::ChangeDefinitions(const std::string& storageSql) {
+void FileStorage::ChangeDefinitions(const std::string& storageSql) {
   WriteScope scope(*this);
-  Execute(storageSql);
+  file_.Execute(storageSql);
   scope.Commit();
   ForgetSchema();
 }
 
-void Connection::RunStorageSql(std::string_view storageSql) {
-  Execute(std::string(storageSql));
+void FileStorage::RunStorageSql(std::string_view storageSql) {
+  file_.Execute(std::string(storageSql));
   ForgetSchema();
-  ForgetRows();
+  file_.Watch().Forget();
 }
 
-std::vector<IdRange> Connection::UnusedIds(std::string_view table) {
-  return dao::UnusedIds(*this, std::string(table));
+std::vector<IdRange> FileStorage::UnusedIds(std::string_view table) {
+  return dao::UnusedIds(file_, std::string(table));
 }
 
-std::vector<std::string> Connection::Check() {
-  return CheckFile(*this);
+std::vector<std::string> FileStorage::Check() {
+  return CheckFile(file_);
 }
 
 }  // namespace varnlog::dao

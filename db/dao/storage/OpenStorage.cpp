@@ -4,8 +4,8 @@
 #include "db/dao/ServerLink.h"
 #include "db/dao/postgres/LinkFile.h"
 #include "db/dao/postgres/OpenServer.h"
-#include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/FileChecks.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/storage/EngineState.h"
 #include "platform/Files.h"
 
@@ -25,16 +25,16 @@ std::string StartOf(const std::string& path) {
 
 /// The content of a file of the engine's foreign format, in memory and for reading only; nullptr for a file
 /// of any other format.
-std::shared_ptr<Connection> OpenForeign(const std::string& path, const std::shared_ptr<EngineState>& state) {
+std::shared_ptr<FileStorage> OpenForeign(const std::string& path, const std::shared_ptr<EngineState>& state) {
   const ForeignFormat& format = state->foreign;
   if (!format.recognises) return nullptr;
   RequireUsableFile(path, false);
   if (!format.recognises(StartOf(path))) return nullptr;
-  auto connection = Connection::InMemory(path, {}, state);
-  Database target(connection);
+  auto storage = FileStorage::InMemory(path, state);
+  Database target(storage);
   format.load(path, target);
-  connection->MakeReadOnly();
-  return connection;
+  storage->MakeReadOnly();
+  return storage;
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ std::shared_ptr<Storage> OpenStorage(const std::string& path, Storage::Mode mode
   if (IsServerLink(path)) return OpenServer(path, mode, state);
   if (mode.readOnly)
     if (auto foreign = OpenForeign(path, state)) return foreign;
-  return Connection::Open(path, mode, state);
+  return FileStorage::Open(path, mode, state);
 }
 
 }  // namespace varnlog::dao

@@ -28,8 +28,9 @@ std::optional<Account> ReadAccount(Connection& workgroup, std::string_view user)
 std::optional<Account> FindAccount(const std::string& path, std::string_view user,
                                    const std::shared_ptr<EngineState>& state) {
   try {
-    const auto workgroup = Connection::Open(path, {.exclusive = false, .readOnly = true}, state);
-    return ReadAccount(*workgroup, user);
+    Connection workgroup(path, state);
+    workgroup.Open({.exclusive = false, .readOnly = true});
+    return ReadAccount(workgroup, user);
   } catch (const EngineError& error) {
     throw EngineError(ErrorNumber::kWorkgroupFileMissing,
                       "The workgroup file is missing or cannot be used. " + std::string(error.what()));

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/rows/DistinctRows.h"
 #include "tests/support/TestFolder.h"
 
@@ -15,15 +16,16 @@ namespace varnlog::dao {
 class ConnectionTest : public testing::Test {
  protected:
   ConnectionTest() {
-    log_->Execute(
+    log_->File().Execute(
         "CREATE TABLE TXray (tXrayCulIntIDPk INTEGER PRIMARY KEY, tXraySName TEXT(32) COLLATE JET, "
         "tXraySFirstname TEXT(32) COLLATE JET, tXrayDBirthday DATETIME, tXrayBEdDr YESNO)");
   }
   ~ConnectionTest() override { log_->Close(); }
 
   /// "('name', 'first name', 'birth date'), ..."
-  static void Add(Connection& connection, const std::string& values) {
-    connection.Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday) VALUES " + values);
+  static void Add(FileStorage& storage, const std::string& values) {
+    storage.File().Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday) VALUES " +
+                           values);
   }
   /// Few different names, some alike, some missing.
   void AddAtRandom(int count) {
@@ -39,15 +41,15 @@ class ConnectionTest : public testing::Test {
   }
   /// That many different names, which nothing is to remember.
   void AddDifferent(int count, const std::string& around = "") {
-    log_->Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
-                  std::to_string(count) + ") INSERT INTO TXray (tXraySName) SELECT i || '" + around +
-                  "' FROM n");
+    log_->File().Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+                         std::to_string(count) + ") INSERT INTO TXray (tXraySName) SELECT i || '" + around +
+                         "' FROM n");
   }
 
   test::TestFolder folder_;
   std::string path_ = (folder_ / "log.mdb").string();
   std::shared_ptr<EngineState> state_ = std::make_shared<EngineState>();
-  std::shared_ptr<Connection> log_ = Connection::Create(path_, state_);
+  std::shared_ptr<FileStorage> log_ = FileStorage::Create(path_, state_);
 };
 
 }  // namespace varnlog::dao

@@ -14,7 +14,7 @@ const std::vector<std::string> kPatient = {"tXraySName", "TXRAYSFIRSTNAME", "tXr
 
 class DistinctRowsTest : public ConnectionTest {
  protected:
-  std::shared_ptr<Connection> Find() { return rows_.Find(*log_, *log_->Table("txray"), kPatient); }
+  std::shared_ptr<Connection> Find() { return rows_.Find(log_->File(), *log_->Table("txray"), kPatient); }
 
   /// The columns of each row, separated by "|".
   static std::vector<std::string> Rows(Connection& connection, const std::string& sql) {
@@ -64,7 +64,7 @@ TEST_F(DistinctRowsTest, GivesStatementsTheAnswerOfTheTable) {
         "SELECT DISTINCT lower(replace(replace(tXraySName, 'Ü', 'ü'), 'ß', 'ss')), "
         "lower(replace(replace(tXraySFirstname, 'Ü', 'ü'), 'ß', 'ss')), tXrayDBirthday FROM TXray WHERE " +
         statement.where + " ORDER BY 1, 2, 3";
-    const auto expected = Rows(*log_, sql);
+    const auto expected = Rows(log_->File(), sql);
     ASSERT_FALSE(expected.empty()) << where;
     const std::shared_ptr<Connection> found = Find();
     ASSERT_NE(found, nullptr);
@@ -77,10 +77,10 @@ TEST_F(DistinctRowsTest, FollowsEveryChangeOfTheFile) {
   Add(*log_, "('a', '', NULL)");
   EXPECT_THAT(Names(), ElementsAre("a"));
 
-  const auto other = Connection::Open(path_, {}, state_);
+  const auto other = FileStorage::Open(path_, {}, state_);
   Add(*other, "('b', '', NULL)");
   EXPECT_THAT(Names(), ElementsAre("a", "b"));
-  other->Execute("DELETE FROM TXray WHERE tXraySName = 'a'");
+  other->File().Execute("DELETE FROM TXray WHERE tXraySName = 'a'");
   EXPECT_THAT(Names(), ElementsAre("b"));
 
   log_->BeginWork();
@@ -104,10 +104,10 @@ TEST_F(DistinctRowsTest, KeepsTheRowsWhileNothingChanges) {
 TEST_F(DistinctRowsTest, LeavesToTheTableWhatIsTooVariedOrUnknown) {
   AddDifferent(100'001);
   EXPECT_EQ(Find(), nullptr);
-  log_->Execute("DELETE FROM TXray WHERE tXraySName = '1'");
+  log_->File().Execute("DELETE FROM TXray WHERE tXraySName = '1'");
   EXPECT_NE(Find(), nullptr);
-  EXPECT_EQ(rows_.Find(*log_, *log_->Table("TXray"), {"tXraySName", "unknown"}), nullptr);
-  EXPECT_EQ(rows_.Find(*log_, *log_->Table("TXray"), {}), nullptr);
+  EXPECT_EQ(rows_.Find(log_->File(), *log_->Table("TXray"), {"tXraySName", "unknown"}), nullptr);
+  EXPECT_EQ(rows_.Find(log_->File(), *log_->Table("TXray"), {}), nullptr);
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ class OrderedIdsTest : public ConnectionTest {
   std::optional<Ids> Ordered(const std::string& rest) {
     Parameters parameters;
     const auto select = log_->Selects().Find(*log_, "SELECT TXray.* FROM TXray " + rest, parameters);
-    return log_->Ordered().Find(*log_, *select, parameters);
+    return log_->Ordered().Find(log_->File(), *select, parameters);
   }
 
   Ids OrderedByStorage(const std::string& rest) {

@@ -77,7 +77,9 @@ bool AreEqual(const RowTexts& a, const RowTexts& b, const Fields& fields) {
 /// Replaces what the table in memory holds.
 void Replace(Connection& target, const TableSchema& table, const Fields& fields, const DifferentRows& rows,
              const std::vector<std::int64_t>& order) {
-  WriteScope scope(target);
+  // Of what a failure leaves nothing is used.
+  target.Rollback();
+  target.BeginWriting();
   target.Execute("DELETE FROM " + QuoteIdentifier(table.name));
   std::string parameters = "?";
   for (std::size_t i = 0; i < fields.size(); ++i) parameters += ", ?";
@@ -94,7 +96,7 @@ void Replace(Connection& target, const TableSchema& table, const Fields& fields,
     insert.Run();
     before.swap(row);
   }
-  scope.Commit();
+  target.Commit();
 }
 
 }  // namespace
@@ -110,7 +112,7 @@ std::shared_ptr<Connection> DistinctRows::Find(Connection& source, const TableSc
   }
   Kept* const kept = Entry(source, table, defs);
   if (kept == nullptr) return nullptr;
-  if (!kept->current || kept->stamp != source.CurrentStamp()) Fill(*kept, source, table, defs);
+  if (!kept->current || kept->stamp != source.Watch().Current()) Fill(*kept, source, table, defs);
   return kept->tooMany ? nullptr : kept->rows;
 }
 
@@ -122,7 +124,8 @@ DistinctRows::Kept* DistinctRows::Entry(Connection& source, const TableSchema& t
   if (kept_.size() == kMostKept) return nullptr;
   auto kept = std::make_unique<Kept>();
   kept->key = std::move(key);
-  kept->rows = Connection::InMemory(source);
+  kept->rows = std::make_shared<Connection>(source.Path(), source.State());
+  kept->rows->OpenInMemory();
   kept->rows->Execute(CreateSql(table, fields));
   kept_.push_back(std::move(kept));
   return kept_.back().get();
@@ -136,7 +139,7 @@ void DistinctRows::Fill(Kept& kept, Connection& source, const TableSchema& table
     const std::string from = QuoteIdentifier(table.name);
     // The first look at the table holds off other writers, so this is the stamp of all that follows.
     Statement(source, "SELECT 1 FROM " + from + " LIMIT 1").Run();
-    kept.stamp = source.CurrentStamp();
+    kept.stamp = source.Watch().Current();
     Statement scan(source, CollectSql(FieldList(fields), from, 1));
     Collect(scan, 1, combinations);
     combinations.Finish();

@@ -6,7 +6,7 @@
 #include <sqlite3.h>
 
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 
 namespace varnlog::dao {
 
@@ -62,12 +62,12 @@ bool IsStored(const Statement& row, int column, const Value& value) {
 class Interruptible {
  public:
   Interruptible(Connection& connection, const std::function<bool()>& progress)
-      : connection_(connection), progress_(progress) {
+      : storage_(connection), progress_(progress) {
     constexpr int kStepsBetweenQuestions = 20000;
-    sqlite3_progress_handler(connection_.Handle(), kStepsBetweenQuestions, &Interruptible::Ask, this);
+    sqlite3_progress_handler(storage_.Handle(), kStepsBetweenQuestions, &Interruptible::Ask, this);
   }
   ~Interruptible() {
-    if (connection_.IsOpen()) sqlite3_progress_handler(connection_.Handle(), 0, nullptr, nullptr);
+    if (storage_.IsOpen()) sqlite3_progress_handler(storage_.Handle(), 0, nullptr, nullptr);
   }
   Interruptible(const Interruptible&) = delete;
   Interruptible& operator=(const Interruptible&) = delete;
@@ -75,24 +75,24 @@ class Interruptible {
  private:
   static int Ask(void* self) { return static_cast<const Interruptible*>(self)->progress_() ? 0 : 1; }
 
-  Connection& connection_;
+  Connection& storage_;
   const std::function<bool()>& progress_;
 };
 
 }  // namespace
 
-FileBulkRows::FileBulkRows(std::shared_ptr<Connection> connection, std::string_view table)
-    : connection_(std::move(connection)), table_(connection_->Table(table)) {
+FileBulkRows::FileBulkRows(std::shared_ptr<FileStorage> storage, std::string_view table)
+    : storage_(std::move(storage)), table_(storage_->Table(table)) {
   const std::string name = QuoteIdentifier(table_->name);
   const std::string fields = FieldList(*table_);
-  insert_ = Statement(*connection_, "INSERT OR FAIL INTO " + name + " (" + fields + ") VALUES (" +
-                                        Parameters(table_->fields.size()) + ")");
-  find_ = Statement(*connection_,
+  insert_ = Statement(storage_->File(), "INSERT OR FAIL INTO " + name + " (" + fields + ") VALUES (" +
+                                            Parameters(table_->fields.size()) + ")");
+  find_ = Statement(storage_->File(),
                     "SELECT " + fields + ", rowid FROM " + name + " WHERE rowid >= ?1 ORDER BY rowid");
 }
 
 void FileBulkRows::SuspendIndexes() {
-  Statement indexes(*connection_,
+  Statement indexes(storage_->File(),
                     "SELECT name, sql FROM sqlite_schema WHERE type = 'index' AND sql IS NOT NULL AND "
                     "tbl_name = ?1 COLLATE NOCASE");
   indexes.Bind(1, std::string_view(table_->name));
@@ -101,14 +101,14 @@ void FileBulkRows::SuspendIndexes() {
     names.emplace_back(indexes.Text(0));
     suspended_.emplace_back(indexes.Text(1));
   }
-  for (const std::string& name : names) connection_->Execute("DROP INDEX " + QuoteIdentifier(name));
+  for (const std::string& name : names) storage_->File().Execute("DROP INDEX " + QuoteIdentifier(name));
 }
 
 void FileBulkRows::RestoreIndexes(const std::function<bool()>& progress) {
-  const Interruptible interruptible(*connection_, progress);
-  for (const std::string& declaration : suspended_) connection_->Execute(declaration);
+  const Interruptible interruptible(storage_->File(), progress);
+  for (const std::string& declaration : suspended_) storage_->File().Execute(declaration);
   suspended_.clear();
-  connection_->ForgetSchema();
+  storage_->ForgetSchema();
 }
 
 void FileBulkRows::Insert(std::span<const Value> row) {
@@ -143,11 +143,11 @@ int FileBulkRows::FindDifference(std::int64_t id, std::span<const Value> row) {
 
 void FileBulkRows::SetLastId(std::int64_t id) {
   const std::string_view name = table_->name;
-  Statement update(*connection_, "UPDATE sqlite_sequence SET seq = max(seq, ?1) WHERE name = ?2");
+  Statement update(storage_->File(), "UPDATE sqlite_sequence SET seq = max(seq, ?1) WHERE name = ?2");
   update.Bind(1, id);
   update.Bind(2, name);
   update.Run();
-  Statement insert(*connection_,
+  Statement insert(storage_->File(),
                    "INSERT INTO sqlite_sequence (name, seq) SELECT ?2, ?1 WHERE NOT EXISTS "
                    "(SELECT 1 FROM sqlite_sequence WHERE name = ?2)");
   insert.Bind(1, id);
@@ -155,7 +155,7 @@ void FileBulkRows::SetLastId(std::int64_t id) {
   insert.Run();
 }
 
-std::unique_ptr<BulkRows> Connection::OpenBulkRows(std::string_view table) {
+std::unique_ptr<BulkRows> FileStorage::OpenBulkRows(std::string_view table) {
   return std::make_unique<FileBulkRows>(Self(), table);
 }
 

@@ -12,9 +12,11 @@
 
 namespace varnlog::dao {
 
+class FileStorage;
+
 class FileBulkRows final : public BulkRows {
  public:
-  FileBulkRows(std::shared_ptr<Connection> connection, std::string_view table);
+  FileBulkRows(std::shared_ptr<FileStorage> storage, std::string_view table);
 
   void SuspendIndexes() override;
   void RestoreIndexes(const std::function<bool()>& progress) override;
@@ -26,7 +28,7 @@ class FileBulkRows final : public BulkRows {
   [[nodiscard]] bool GoTo(std::int64_t id);
   [[nodiscard]] bool IsAt(std::int64_t id) const;
 
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<FileStorage> storage_;
   std::shared_ptr<const TableSchema> table_;
   std::vector<std::array<char, 19>> dates_;  // of the row that is being inserted
   std::vector<std::string> suspended_;       // how the indexes were declared

@@ -25,19 +25,19 @@ bool IsDense(std::span<const std::int64_t> ids) {
 
 // The quicker of the two for the statement.
 std::unique_ptr<IdSource> FileRowStore::MakeIds() {
-  if (auto ids = connection_->Ordered().Find(*connection_, *select_, parameters_))
+  if (auto ids = storage_->Ordered().Find(storage_->File(), *select_, parameters_))
     return std::make_unique<ComputedIds>(*std::move(ids));
-  return std::make_unique<StatementIds>(connection_, select_, parameters_);
+  return std::make_unique<StatementIds>(storage_, select_, parameters_);
 }
 
 std::unique_ptr<RowWriter> FileRowStore::MakeWriter() {
-  return std::make_unique<FileRowWriter>(connection_, select_->table, select_->ordinals);
+  return std::make_unique<FileRowWriter>(storage_, select_->table, select_->ordinals);
 }
 
 Statement& FileRowStore::RowStatement(const char* condition) {
-  return select_->Prepared(*connection_, "SELECT " + select_->ColumnList() + ", rowid FROM " +
-                                             QuoteIdentifier(select_->table->name) + " WHERE rowid " +
-                                             condition);
+  return select_->Prepared(storage_->File(), "SELECT " + select_->ColumnList() + ", rowid FROM " +
+                                                 QuoteIdentifier(select_->table->name) + " WHERE rowid " +
+                                                 condition);
 }
 
 void FileRowStore::ReadRange(Ids ids, RowSet& rows) {
@@ -74,13 +74,13 @@ void FileRowStore::ReadSingly(Ids ids, RowSet& rows) {
 }
 
 RowStore::State FileRowStore::Read(Ids ids, RowSet& rows) {
-  const ReadScope scope(*connection_);
+  const ReadScope scope(storage_->File());
   if (IsDense(ids))
     ReadRange(ids, rows);
   else
     ReadSingly(ids, rows);
   // Inside the read, so that nothing can have changed between the rows and their stamp.
-  return {connection_->CurrentStamp(), connection_->OthersVersion()};
+  return {storage_->File().Watch().Current(), storage_->File().Watch().OthersVersion()};
 }
 
 }  // namespace varnlog::dao

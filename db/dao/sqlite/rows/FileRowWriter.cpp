@@ -6,14 +6,14 @@
 
 namespace varnlog::dao {
 
-FileRowWriter::FileRowWriter(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table,
+FileRowWriter::FileRowWriter(std::shared_ptr<FileStorage> storage, std::shared_ptr<const TableSchema> table,
                              std::vector<std::size_t> ordinals)
-    : RowWriter(connection, std::move(table), std::move(ordinals)), connection_(std::move(connection)) {}
+    : RowWriter(storage, std::move(table), std::move(ordinals)), storage_(std::move(storage)) {}
 
 std::shared_ptr<const RowSet> FileRowWriter::Read(std::int64_t rowId) {
   if (!read_.IsPrepared())
-    read_ = Statement(*connection_, "SELECT " + FieldList() + " FROM " + QuoteIdentifier(Table().name) +
-                                        " WHERE rowid = ?1");
+    read_ = Statement(storage_->File(), "SELECT " + FieldList() + " FROM " + QuoteIdentifier(Table().name) +
+                                            " WHERE rowid = ?1");
   auto row = std::make_shared<RowSet>(FieldCount());
   ResetAtEnd reset(read_);
   read_.Bind(1, rowId);
@@ -28,8 +28,8 @@ Statement& FileRowWriter::InsertStatement() {
   if (insert_.IsPrepared()) return insert_;
   std::string values;
   for (std::size_t i = 0; i < FieldCount(); ++i) values += i == 0 ? "?" : ",?";
-  insert_ = Statement(*connection_, "INSERT OR FAIL INTO " + QuoteIdentifier(Table().name) + " (" +
-                                        FieldList() + ") VALUES (" + values + ")");
+  insert_ = Statement(storage_->File(), "INSERT OR FAIL INTO " + QuoteIdentifier(Table().name) + " (" +
+                                            FieldList() + ") VALUES (" + values + ")");
   return insert_;
 }
 
@@ -55,8 +55,8 @@ void FileRowWriter::BindForInsert(const CopyBuffer& buffer) {
 
 // The storage calls it a full disk.
 bool FileRowWriter::IsCounterUsedUp() {
-  Statement find(*connection_, "SELECT count(*) FROM " + QuoteIdentifier(Table().name) +
-                                   " WHERE rowid = 9223372036854775807");
+  Statement find(storage_->File(), "SELECT count(*) FROM " + QuoteIdentifier(Table().name) +
+                                       " WHERE rowid = 9223372036854775807");
   ResetAtEnd reset(find);
   return find.Step() && find.Number(0) > 0;
 }
@@ -69,8 +69,8 @@ Statement& FileRowWriter::UpdateStatement(const CopyBuffer& buffer) {
   std::string settings;
   for (std::size_t i = 0; i < buffer.size(); ++i)
     if (changed[i]) settings += (settings.empty() ? "" : ", ") + QuoteIdentifier(FieldAt(i).name) + " = ?";
-  update = Statement(*connection_, "UPDATE OR FAIL " + QuoteIdentifier(Table().name) + " SET " + settings +
-                                       " WHERE rowid = ?");
+  update = Statement(storage_->File(), "UPDATE OR FAIL " + QuoteIdentifier(Table().name) + " SET " +
+                                           settings + " WHERE rowid = ?");
   return update;
 }
 
@@ -83,7 +83,7 @@ std::int64_t FileRowWriter::Insert(const CopyBuffer& buffer) {
     throw EngineError(ErrorNumber::kRuleViolated,
                       "The counter of the table '" + Table().name + "' is used up by a wrong number.");
   }
-  return sqlite3_last_insert_rowid(connection_->Handle());
+  return sqlite3_last_insert_rowid(storage_->File().Handle());
 }
 
 bool FileRowWriter::Overwrite(const CopyBuffer& buffer, std::int64_t rowId) {
@@ -93,7 +93,7 @@ bool FileRowWriter::Overwrite(const CopyBuffer& buffer, std::int64_t rowId) {
     if (buffer[i].isChanged) update.Bind(++parameter, buffer[i].View());
   update.Bind(parameter + 1, rowId);
   update.Run();
-  return sqlite3_changes(connection_->Handle()) > 0;
+  return sqlite3_changes(storage_->File().Handle()) > 0;
 }
 
 }  // namespace varnlog::dao

@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "db/dao/rows/RowWriter.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 
 namespace varnlog::dao {
 
 class FileRowWriter final : public RowWriter {
  public:
-  FileRowWriter(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table,
+  FileRowWriter(std::shared_ptr<FileStorage> storage, std::shared_ptr<const TableSchema> table,
                 std::vector<std::size_t> ordinals);
 
   [[nodiscard]] std::shared_ptr<const RowSet> Read(std::int64_t rowId) override;
@@ -24,7 +24,7 @@ class FileRowWriter final : public RowWriter {
   void BindForInsert(const CopyBuffer& buffer);
   [[nodiscard]] bool IsCounterUsedUp();
 
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<FileStorage> storage_;
   Statement read_;
   // What a parameter of the insert holds: a text by its place, whatever stands there.
   struct Bound {

@@ -26,11 +26,11 @@ void BindKey(Statement& statement, int parameter, const SeekKey& key, DateTexts&
 
 }  // namespace
 
-FileTable::FileTable(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table)
-    : TableRecordset(table, std::make_unique<FileRowWriter>(connection, table, AllOrdinals(*table))),
-      connection_(std::move(connection)),
-      next_(*connection_, "SELECT rowid FROM " + QuoteIdentifier(table->name) +
-                              " WHERE rowid > ?1 ORDER BY rowid LIMIT 1") {
+FileTable::FileTable(std::shared_ptr<FileStorage> storage, std::shared_ptr<const TableSchema> table)
+    : TableRecordset(table, std::make_unique<FileRowWriter>(storage, table, AllOrdinals(*table))),
+      storage_(std::move(storage)),
+      next_(storage_->File(), "SELECT rowid FROM " + QuoteIdentifier(table->name) +
+                                  " WHERE rowid > ?1 ORDER BY rowid LIMIT 1") {
   GoToFirst();
 }
 
@@ -46,7 +46,7 @@ std::optional<std::int64_t> FileTable::IdBehind(std::int64_t id) {
 }
 
 std::int64_t FileTable::RecordCount() const {
-  Statement count(*connection_, "SELECT count(*) FROM " + QuoteIdentifier(Table().name));
+  Statement count(storage_->File(), "SELECT count(*) FROM " + QuoteIdentifier(Table().name));
   ResetAtEnd reset(count);
   return count.Step() ? count.Number(0) : 0;
 }
@@ -77,18 +77,19 @@ void FileTable::AddPath(const Index& index) {
 // Known only while nobody else can write, that is within a transaction.
 bool FileTable::IsLaterThanAll(std::span<const SeekKey> keys) {
   SeekPath& path = *path_;
-  if (!path.hasDate || keys.size() <= path.dateKey || !connection_->InWork()) return false;
+  if (!path.hasDate || keys.size() <= path.dateKey || !storage_->InWork()) return false;
   const auto* const date = std::get_if<platform::DateTime>(&keys[path.dateKey]);
   if (date == nullptr) return false;
-  if (path.changes != connection_->OwnChanges() || path.epoch != connection_->Epoch()) {
+  if (path.changes != storage_->File().Watch().OwnChanges() ||
+      path.epoch != storage_->File().Watch().Epoch()) {
     if (!path.latest.IsPrepared())
       path.latest =
-          Statement(*connection_, "SELECT max(" + QuoteIdentifier(Table().fields[path.dateField].name) +
-                                      ") FROM " + QuoteIdentifier(Table().name));
+          Statement(storage_->File(), "SELECT max(" + QuoteIdentifier(Table().fields[path.dateField].name) +
+                                          ") FROM " + QuoteIdentifier(Table().name));
     ResetAtEnd reset(path.latest);
     path.latestDate = path.latest.Step() ? std::string(path.latest.Text(0)) : std::string();
-    path.changes = connection_->OwnChanges();
-    path.epoch = connection_->Epoch();
+    path.changes = storage_->File().Watch().OwnChanges();
+    path.epoch = storage_->File().Watch().Epoch();
   }
   std::array<char, 19> text;
   date->WriteIso(text.data());
@@ -98,7 +99,7 @@ bool FileTable::IsLaterThanAll(std::span<const SeekKey> keys) {
 // Keeps what IsLaterThanAll() knows across rows that this record set adds itself.
 void FileTable::NoteAdded(const CopyBuffer& buffer) {
   for (SeekPath& path : paths_) {
-    if (!path.hasDate || path.changes + 1 != connection_->OwnChanges()) continue;
+    if (!path.hasDate || path.changes + 1 != storage_->File().Watch().OwnChanges()) continue;
     ++path.changes;
     const std::string& added = buffer[path.dateField].text;
     if (added > path.latestDate) path.latestDate.assign(added);
@@ -112,8 +113,8 @@ Statement& FileTable::SeekStatement(std::size_t keyCount) {
   std::string conditions;
   for (std::size_t i = 0; i < keyCount; ++i)
     conditions += (i == 0 ? "" : " AND ") + QuoteIdentifier(path_->index->fields[i]) + " = ?";
-  seek = Statement(*connection_, "SELECT rowid FROM " + QuoteIdentifier(Table().name) + " WHERE " +
-                                     conditions + " ORDER BY rowid LIMIT 1");
+  seek = Statement(storage_->File(), "SELECT rowid FROM " + QuoteIdentifier(Table().name) + " WHERE " +
+                                         conditions + " ORDER BY rowid LIMIT 1");
   return seek;
 }
 

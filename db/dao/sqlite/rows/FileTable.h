@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "db/dao/rows/TableRecordset.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 
 namespace varnlog::dao {
 
 class FileTable final : public TableRecordset {
  public:
-  FileTable(std::shared_ptr<Connection> connection, std::shared_ptr<const TableSchema> table);
+  FileTable(std::shared_ptr<FileStorage> storage, std::shared_ptr<const TableSchema> table);
 
   [[nodiscard]] std::int64_t RecordCount() const override;
 
@@ -39,7 +39,7 @@ class FileTable final : public TableRecordset {
   Statement& SeekStatement(std::size_t keyCount);
   [[nodiscard]] bool IsLaterThanAll(std::span<const SeekKey> keys);
 
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<FileStorage> storage_;
   Statement next_;
   std::list<SeekPath> paths_;
   SeekPath* path_ = nullptr;

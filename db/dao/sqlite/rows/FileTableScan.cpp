@@ -2,7 +2,7 @@
 
 #include "db/dao/TableScan.h"
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/Schema.h"
 
 namespace varnlog::dao {
@@ -19,11 +19,11 @@ std::string ScanSql(const TableSchema& table, std::span<const std::string> field
 
 class FileTableScan final : public TableScan {
  public:
-  FileTableScan(std::shared_ptr<Connection> connection, std::string_view table,
+  FileTableScan(std::shared_ptr<FileStorage> storage, std::string_view table,
                 std::span<const std::string> fields, const ScanRange& range)
       : TableScan(fields.size()),
-        connection_(std::move(connection)),
-        rows_(*connection_, ScanSql(*connection_->Table(table), fields, range)) {
+        storage_(std::move(storage)),
+        rows_(storage_->File(), ScanSql(*storage_->Table(table), fields, range)) {
     rows_.Bind(1, range.first);
     rows_.Bind(2, range.last);
   }
@@ -35,20 +35,20 @@ class FileTableScan final : public TableScan {
   }
 
  private:
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<FileStorage> storage_;
   Statement rows_;
 };
 
 }  // namespace
 
-std::unique_ptr<TableScan> Connection::Scan(std::string_view table, std::span<const std::string> fields,
-                                            const ScanRange& range) {
+std::unique_ptr<TableScan> FileStorage::Scan(std::string_view table, std::span<const std::string> fields,
+                                             const ScanRange& range) {
   return std::make_unique<FileTableScan>(Self(), table, fields, range);
 }
 
-std::int64_t Connection::Greatest(std::string_view table, std::string_view field) {
+std::int64_t FileStorage::Greatest(std::string_view table, std::string_view field) {
   Statement greatest(
-      *this, "SELECT max(" + QuoteIdentifier(field) + ") FROM " + QuoteIdentifier(Table(table)->name));
+      file_, "SELECT max(" + QuoteIdentifier(field) + ") FROM " + QuoteIdentifier(Table(table)->name));
   ResetAtEnd reset(greatest);
   return greatest.Step() ? greatest.Number(0) : 0;
 }

@@ -6,7 +6,7 @@
 #include "db/dao/ValueIndex.h"
 #include "db/dao/rows/ValueColumns.h"
 #include "db/dao/sql/JetSql.h"
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/Schema.h"
 #include "db/dao/sqlite/Statement.h"
 #include "db/dao/sqlite/rows/RowCollector.h"
@@ -57,44 +57,44 @@ class IndexCollector final : public RowCollector {
 
 class FileValueIndex final : public ValueIndex {
  public:
-  FileValueIndex(std::shared_ptr<Connection> connection, std::string_view table,
+  FileValueIndex(std::shared_ptr<FileStorage> storage, std::string_view table,
                  std::span<const IndexedColumn> columns);
   bool Read(std::int64_t rows) override;
   [[nodiscard]] bool IsCurrent() const override {
-    return connection_->IsOpen() && connection_->CurrentStamp() == begun_;
+    return storage_->IsOpen() && storage_->File().Watch().Current() == begun_;
   }
 
  private:
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<FileStorage> storage_;
   std::string table_;
   std::string expressions_;
   RowStamp begun_;
   std::int64_t next_ = 0;  // the greatest number that was not looked at yet
 };
 
-FileValueIndex::FileValueIndex(std::shared_ptr<Connection> connection, std::string_view table,
+FileValueIndex::FileValueIndex(std::shared_ptr<FileStorage> storage, std::string_view table,
                                std::span<const IndexedColumn> columns)
-    : ValueIndex(columns.size()), connection_(std::move(connection)) {
-  const auto schema = connection_->Table(table);
+    : ValueIndex(columns.size()), storage_(std::move(storage)) {
+  const auto schema = storage_->Table(table);
   table_ = QuoteIdentifier(schema->name);
   expressions_ = "rowid";
   for (const IndexedColumn& column : columns) expressions_ += ", " + Expression(*schema, column);
-  Statement greatest(*connection_, "SELECT max(rowid) FROM " + table_);
+  Statement greatest(storage_->File(), "SELECT max(rowid) FROM " + table_);
   const ResetAtEnd reset(greatest);
   next_ = greatest.Step() ? std::min(greatest.Number(0), kMostCounter) : 0;
-  begun_ = connection_->CurrentStamp();
+  begun_ = storage_->File().Watch().Current();
 }
 
 bool FileValueIndex::Read(std::int64_t rows) {
   if (IsComplete()) return true;
   // Numbers may lie far apart: what lies between two rows is jumped over.
-  Statement nearest(*connection_, "SELECT max(rowid) FROM " + table_ + " WHERE rowid <= ?1");
+  Statement nearest(storage_->File(), "SELECT max(rowid) FROM " + table_ + " WHERE rowid <= ?1");
   nearest.Bind(1, next_);
   const bool hasRow = nearest.Step() && nearest.ColumnType(0) != SQLITE_NULL;
   const std::int64_t last = hasRow ? nearest.Number(0) : 0;
   nearest.Reset();
   if (hasRow) {
-    Statement scan(*connection_, CollectSql(expressions_, table_ + " WHERE rowid BETWEEN ?1 AND ?2", 3));
+    Statement scan(storage_->File(), CollectSql(expressions_, table_ + " WHERE rowid BETWEEN ?1 AND ?2", 3));
     scan.Bind(1, std::max<std::int64_t>(last - rows + 1, 0));
     scan.Bind(2, last);
     IndexCollector collector(Columns());
@@ -107,8 +107,8 @@ bool FileValueIndex::Read(std::int64_t rows) {
 
 }  // namespace
 
-std::unique_ptr<ValueIndex> Connection::IndexValues(std::string_view table,
-                                                    std::span<const IndexedColumn> columns) {
+std::unique_ptr<ValueIndex> FileStorage::IndexValues(std::string_view table,
+                                                     std::span<const IndexedColumn> columns) {
   return std::make_unique<FileValueIndex>(Self(), table, columns);
 }
 

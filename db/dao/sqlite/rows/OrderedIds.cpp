@@ -92,11 +92,13 @@ std::optional<std::vector<std::int64_t>> OrderedIds::Find(Connection& connection
   Order order{select.table->name, select.WhereClause(), parameters, "rowid", *terms};
   for (const OrderTerm& term : select.parsed.orderBy) order.columns += ", " + term.storage;
 
+  // What is read within a transaction may yet be undone.
+  const bool mayBeUndone = connection.InTransaction();
   const ReadScope scope(connection);
   // The first look at the table holds off other writers, so this is the stamp of all that follows.
   const std::string table = QuoteIdentifier(order.table);
   Statement(connection, "SELECT 1 FROM " + table + " LIMIT 1").Run();
-  const RowStamp stamp = connection.CurrentStamp();
+  const RowStamp stamp = connection.Watch().Current();
   if (auto ids = FromLast(order, stamp)) return ids;
 
   const int last = static_cast<int>(select.parameterCount) + 1;
@@ -106,8 +108,7 @@ std::optional<std::vector<std::int64_t>> OrderedIds::Find(Connection& connection
   Collect(scan, last, collector);
   if (collector.gaveUp()) return std::nullopt;
   std::vector<std::int64_t> ids = collector.Finish();
-  // What is read within a transaction may yet be undone.
-  if (!connection.InWork()) Keep(std::move(order), stamp, ids);
+  if (!mayBeUndone) Keep(std::move(order), stamp, ids);
   return ids;
 }
 

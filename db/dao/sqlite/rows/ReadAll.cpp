@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/rows/DistinctRows.h"
 
 namespace varnlog::dao {
@@ -44,9 +44,9 @@ std::string CombinationsSql(const Select& select) {
          " ORDER BY rowid";
 }
 
-Statement& SnapshotStatement(Connection& connection, Select& select) {
+Statement& SnapshotStatement(FileStorage& storage, Select& select) {
   if (select.parsed.distinct && !select.parsed.allFields) {
-    auto combinations = connection.Distinct().Find(connection, *select.table, select.parsed.fields);
+    auto combinations = storage.Distinct().Find(storage.File(), *select.table, select.parsed.fields);
     if (combinations != nullptr) {
       if (select.combinations != combinations) {
         select.distinctSnapshot = Statement(*combinations, CombinationsSql(select));
@@ -55,14 +55,14 @@ Statement& SnapshotStatement(Connection& connection, Select& select) {
       return select.distinctSnapshot;
     }
   }
-  if (!select.snapshot.IsPrepared()) select.snapshot = Statement(connection, SnapshotSql(select));
+  if (!select.snapshot.IsPrepared()) select.snapshot = Statement(storage.File(), SnapshotSql(select));
   return select.snapshot;
 }
 
 }  // namespace
 
-std::shared_ptr<const RowSet> ReadAll(Connection& connection, Select& select, const Parameters& parameters) {
-  Statement& statement = SnapshotStatement(connection, select);
+std::shared_ptr<const RowSet> ReadAll(FileStorage& storage, Select& select, const Parameters& parameters) {
+  Statement& statement = SnapshotStatement(storage, select);
   auto rows = std::make_shared<RowSet>(select.columns.size());
   ResetAtEnd reset(statement);
   BindParameters(statement, parameters);

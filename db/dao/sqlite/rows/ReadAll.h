@@ -8,7 +8,7 @@
 namespace varnlog::dao {
 
 /// All rows of a statement.
-[[nodiscard]] std::shared_ptr<const RowSet> ReadAll(Connection& connection, Select& select,
+[[nodiscard]] std::shared_ptr<const RowSet> ReadAll(FileStorage& storage, Select& select,
                                                     const Parameters& parameters);
 
 }  // namespace varnlog::dao

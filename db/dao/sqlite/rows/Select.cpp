@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "db/dao/sql/SelectShape.h"
-#include "db/dao/sqlite/Connection.h"
 #include "db/dao/sqlite/FileDialect.h"
+#include "db/dao/sqlite/FileStorage.h"
 
 namespace varnlog::dao {
 
@@ -13,14 +13,14 @@ namespace {
 
 constexpr std::size_t kKeptStatements = 64;
 
-std::shared_ptr<Select> Resolve(Connection& connection, SelectStatement parsed) {
-  auto table = connection.Table(parsed.table);
+std::shared_ptr<Select> Resolve(FileStorage& storage, SelectStatement parsed) {
+  auto table = storage.Table(parsed.table);
   return std::make_shared<Select>(std::move(parsed), std::move(table));
 }
 
 // Nothing when a mark did not come through the translation as a text of its own, or the statement is wrong
 // (its own text then gives the better message).
-std::shared_ptr<Select> ResolveShape(Connection& connection, const std::string& shape, std::size_t texts) {
+std::shared_ptr<Select> ResolveShape(FileStorage& storage, const std::string& shape, std::size_t texts) {
   SelectStatement parsed;
   try {
     parsed = ParseSelect(shape);
@@ -28,7 +28,7 @@ std::shared_ptr<Select> ResolveShape(Connection& connection, const std::string& 
     return nullptr;
   }
   if (!MarksToParameters(parsed.where, texts)) return nullptr;
-  auto select = Resolve(connection, std::move(parsed));
+  auto select = Resolve(storage, std::move(parsed));
   select->parameterCount = texts;
   return select;
 }
@@ -49,17 +49,17 @@ void BindParameters(Statement& statement, const Parameters& parameters) {
     statement.Bind(static_cast<int>(i) + 1, std::string_view(parameters[i]));
 }
 
-std::shared_ptr<Select> SelectCache::WholeTable(Connection& connection, std::string_view table) {
-  return Resolve(connection, {.distinct = false,
-                              .allFields = true,
-                              .columns = {},
-                              .table = std::string(table),
-                              .where = {},
-                              .orderBy = {},
-                              .fields = {}});
+std::shared_ptr<Select> SelectCache::WholeTable(FileStorage& storage, std::string_view table) {
+  return Resolve(storage, {.distinct = false,
+                           .allFields = true,
+                           .columns = {},
+                           .table = std::string(table),
+                           .where = {},
+                           .orderBy = {},
+                           .fields = {}});
 }
 
-std::shared_ptr<Select> SelectCache::Find(Connection& connection, std::string_view jetSql,
+std::shared_ptr<Select> SelectCache::Find(FileStorage& storage, std::string_view jetSql,
                                           Parameters& parameters) {
   const bool hasShape = LiftTexts(jetSql, shape_, parameters);
   if (hasShape) {
@@ -69,13 +69,13 @@ std::shared_ptr<Select> SelectCache::Find(Connection& connection, std::string_vi
       if (entries_.front().select->parameterCount == 0) parameters.clear();
       return entries_.front().select;
     }
-    if (auto select = ResolveShape(connection, shape_, parameters.size())) {
+    if (auto select = ResolveShape(storage, shape_, parameters.size())) {
       Keep(shape_, select);
       return select;
     }
   }
   parameters.clear();
-  return Resolve(connection, ParseSelect(jetSql));
+  return Resolve(storage, ParseSelect(jetSql));
 }
 
 void SelectCache::Keep(std::string shape, std::shared_ptr<Select> select) {

@@ -14,6 +14,8 @@
 
 namespace varnlog::dao {
 
+class FileStorage;
+
 /// The values that were lifted out of a statement's text, in the order of their parameters ?1, ?2, ...
 using Parameters = std::vector<std::string>;
 
@@ -43,10 +45,10 @@ void BindParameters(Statement& statement, const Parameters& parameters);
 class SelectCache {
  public:
   /// A SELECT statement in the engine's SQL; throws as Database::OpenRecordset() says.
-  [[nodiscard]] std::shared_ptr<Select> Find(Connection& connection, std::string_view jetSql,
+  [[nodiscard]] std::shared_ptr<Select> Find(FileStorage& storage, std::string_view jetSql,
                                              Parameters& parameters);
   /// All rows and fields of a table.
-  [[nodiscard]] static std::shared_ptr<Select> WholeTable(Connection& connection, std::string_view table);
+  [[nodiscard]] static std::shared_ptr<Select> WholeTable(FileStorage& storage, std::string_view table);
 
  private:
   struct Entry {

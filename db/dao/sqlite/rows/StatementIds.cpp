@@ -6,7 +6,7 @@
 
 #include <sqlite3.h>
 
-#include "db/dao/sqlite/Connection.h"
+#include "db/dao/sqlite/FileStorage.h"
 #include "db/dao/sqlite/rows/RowCollector.h"
 
 namespace varnlog::dao {
@@ -28,9 +28,9 @@ class IdCollector final : public RowCollector {
 
 }  // namespace
 
-StatementIds::StatementIds(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select,
+StatementIds::StatementIds(std::shared_ptr<FileStorage> storage, std::shared_ptr<Select> select,
                            Parameters parameters)
-    : connection_(std::move(connection)), select_(std::move(select)), parameters_(std::move(parameters)) {}
+    : storage_(std::move(storage)), select_(std::move(select)), parameters_(std::move(parameters)) {}
 
 // A place in the order can be named by one field's value and the row id.
 bool StatementIds::CanResume() const {
@@ -60,14 +60,15 @@ std::string StatementIds::OrderField() const {
 
 bool StatementIds::OrderFieldHasNulls() {
   if (select_->parsed.orderBy.empty()) return false;
-  Statement& find = select_->Prepared(*connection_, "SELECT 1 FROM " + QuoteIdentifier(select_->table->name) +
-                                                        " WHERE " + OrderField() + " IS NULL LIMIT 1");
+  Statement& find =
+      select_->Prepared(storage_->File(), "SELECT 1 FROM " + QuoteIdentifier(select_->table->name) +
+                                              " WHERE " + OrderField() + " IS NULL LIMIT 1");
   ResetAtEnd reset(find);
   return find.Step();
 }
 
 Statement& StatementIds::First() {
-  Statement& ids = select_->Prepared(*connection_, IdSql({}));
+  Statement& ids = select_->Prepared(storage_->File(), IdSql({}));
   BindParameters(ids, parameters_);
   return ids;
 }
@@ -77,7 +78,7 @@ Statement& StatementIds::First() {
 bool StatementIds::ReadSlice(const std::string& further, std::size_t& limit, std::vector<std::int64_t>& ids) {
   const int key = static_cast<int>(select_->parameterCount) + 1;
   const std::string from = "(" + IdSql(further) + " LIMIT ?" + std::to_string(key + 2) + ")";
-  Statement& slice = select_->Prepared(*connection_, CollectSql("id", from, key + 3));
+  Statement& slice = select_->Prepared(storage_->File(), CollectSql("id", from, key + 3));
   BindParameters(slice, parameters_);
   if (lastKey_.RowCount() > 0) slice.Bind(key, lastKey_.At(0, 0));
   slice.Bind(key + 1, lastId_);
@@ -112,8 +113,8 @@ void StatementIds::Remember(std::int64_t lastId) {
   lastId_ = lastId;
   if (select_->parsed.orderBy.empty()) return;
   Statement& read =
-      select_->Prepared(*connection_, "SELECT " + OrderField() + " FROM " +
-                                          QuoteIdentifier(select_->table->name) + " WHERE rowid = ?1");
+      select_->Prepared(storage_->File(), "SELECT " + OrderField() + " FROM " +
+                                              QuoteIdentifier(select_->table->name) + " WHERE rowid = ?1");
   ResetAtEnd reset(read);
   read.Bind(1, lastId);
   lastKey_ = RowSet(1);
@@ -137,7 +138,7 @@ bool StatementIds::FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids)
 }
 
 bool StatementIds::Fetch(std::size_t rows, std::vector<std::int64_t>& ids) {
-  ReadScope scope(*connection_);
+  ReadScope scope(storage_->File());
   const bool hasKey = started_ && lastKey_.RowCount() > 0;
   const bool isEnd = !started_ ? FetchFirst(rows, ids)
                                : (!hasKey || ReadEqualToLast(rows, ids)) && ReadBehindLast(rows, ids);

@@ -18,7 +18,7 @@ class Connection;
 /// last row of the one before, which an index finds at once. An order that no index serves is read whole.
 class StatementIds final : public IdSource {
  public:
-  StatementIds(std::shared_ptr<Connection> connection, std::shared_ptr<Select> select, Parameters parameters);
+  StatementIds(std::shared_ptr<FileStorage> storage, std::shared_ptr<Select> select, Parameters parameters);
   bool Fetch(std::size_t rows, std::vector<std::int64_t>& ids) override;
 
  private:
@@ -34,7 +34,7 @@ class StatementIds final : public IdSource {
   bool FetchFirst(std::size_t limit, std::vector<std::int64_t>& ids);
   void Remember(std::int64_t lastId);
 
-  std::shared_ptr<Connection> connection_;
+  std::shared_ptr<FileStorage> storage_;
   std::shared_ptr<Select> select_;
   Parameters parameters_;
   bool started_ = false;
