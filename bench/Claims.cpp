@@ -61,6 +61,21 @@ constexpr Ratio kClaims[] = {
     {"workbook of 100,000 rows / the library with its cells", "ExportXlsx/100000", "BareXlsx/100000", 1.5},
     {"CSV of 100,000 rows / the storage's shell", "ExportCsv/100000", "ShellCsv/100000", 2.0},
     {"memory: workbook of 100,000 rows / of 10,000", "ExportMegabytes/100000", "ExportMegabytes/10000", 1.2},
+    {"server: 1,000,000 fresh records / COPY of their rows", "ServerFresh/1000000", "ServerCopyFresh/1000000",
+     1.5},
+    {"server: 10,000 recent records into 1,000,000 / COPY", "ServerRecent/1000000",
+     "ServerCopyRecent/1000000", 2.5},
+    {"server: 1,000,000 records once more / COPY", "ServerAgain/1000000", "ServerCopyFresh/1000000", 1.0},
+    {"server: first 60 of 1,000,000 rows / bare SELECT of 60", "ServerFirstPage/1000000",
+     "ServerBarePage/1000000", 3.0},
+    {"server: first 60 rows, of 10,000,000 / of 1,000,000", "ServerFirstPage/10000000",
+     "ServerFirstPage/1000000", 1.3},
+    {"server: jump and read 60 rows / bare SELECT of them", "ServerJump/1000000", "ServerBarePage/1000000",
+     1.5},
+    {"server: jump in 10,000,000 rows / bare SELECT", "ServerJump/10000000", "ServerBarePage/10000000", 1.5},
+    {"server: sort by patient / ORDER BY and the ids", "ServerSort/1000000", "ServerBareSort/1000000", 1.2},
+    {"server: patient search / SELECT DISTINCT of names", "ServerPatientSearch/1000000",
+     "ServerBareNames/1000000", 1.3},
 };
 
 }  // namespace

@@ -36,6 +36,7 @@ void ServerStorage::Append(const TableSchema* table, std::string_view text) {
 void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
   addedRows_[table.name];
   ++unsentRows_[table.name];
+  ++rowsAdded_;
   Append(&table, line);
 }
 

@@ -88,27 +88,39 @@ std::string ServerOrder(const ResolvedSelect& select, const std::string& key) {
 }
 
 std::unique_ptr<IdSource> ServerRows::MakeIds() {
-  return std::make_unique<ServerIds>(storage_, select_);
+  return std::make_unique<ServerIds>(storage_, select_, firstRows_);
 }
 
 std::unique_ptr<RowWriter> ServerRows::MakeWriter() {
   return std::make_unique<ServerRowWriter>(storage_, select_->table, select_->ordinals);
 }
 
+// They were read with their ids, and nothing has changed since.
+bool ServerRows::AreFirst(std::span<const std::int64_t> ids) {
+  return firstRows_->rows && ids.size() <= firstRows_->ids.size() &&
+         std::ranges::equal(ids, std::span(firstRows_->ids).first(ids.size())) &&
+         firstRows_->state.stamp == RecentStamp();
+}
+
 RowStore::State ServerRows::Read(std::span<const std::int64_t> ids, RowSet& rows) {
+  if (AreFirst(ids)) {
+    const FirstRows first = std::exchange(*firstRows_, {});
+    for (int row = 0; row < static_cast<int>(ids.size()); ++row)
+      rows.Append([&](std::size_t column) { return first.rows->Cell(row, static_cast<int>(column) + 2); });
+    return first.state;
+  }
   const std::string key = QuoteIdentifier(ServerStorage::KeyField(*select_->table));
   std::string list = "{";
   for (const std::int64_t id : ids) list += (list.size() == 1 ? "" : ",") + std::to_string(id);
   list += '}';
   // The number of changes comes with the rows, so that it is the one of their state.
-  const ServerResult found = storage_->Run("SELECT s.value, t.* FROM varnlog_state s LEFT JOIN (SELECT " +
-                                               key + " AS varnlog_key, " + select_->ColumnList() + " FROM " +
-                                               QuoteIdentifier(select_->table->name) + " WHERE " + key +
-                                               " = ANY($1::integer[])) AS t ON true WHERE s.name = 'changes'",
-                                           {std::string_view(list)});
+  const ServerResult found =
+      storage_->Run("SELECT (SELECT value FROM varnlog_state WHERE name = 'changes'), " + key + ", " +
+                        select_->ColumnList() + " FROM " + QuoteIdentifier(select_->table->name) + " WHERE " +
+                        key + " = ANY($1::integer[])",
+                    {std::string_view(list)});
   std::unordered_map<std::int64_t, int> rowOf;
-  for (int row = 0; row < found.RowCount(); ++row)
-    if (!found.IsNull(row, 1)) rowOf.emplace(found.Number(row, 1), row);
+  for (int row = 0; row < found.RowCount(); ++row) rowOf.emplace(found.Number(row, 1), row);
   for (const std::int64_t id : ids) {
     const auto at = rowOf.find(id);
     if (at == rowOf.end())
@@ -116,7 +128,9 @@ RowStore::State ServerRows::Read(std::span<const std::int64_t> ids, RowSet& rows
     else
       rows.Append([&](std::size_t column) { return found.Cell(at->second, static_cast<int>(column) + 2); });
   }
-  return storage_->StateAt(found.RowCount() > 0 ? found.Number(0, 0) : 0);
+  if (found.RowCount() > 0) return storage_->StateAt(found.Number(0, 0));
+  const std::int64_t version = storage_->OthersVersion();
+  return {RecentStamp(), version};
 }
 
 std::shared_ptr<const RowSet> ReadAll(ServerStorage& storage, const ResolvedSelect& select) {

@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 
+#include "db/dao/postgres/ServerIds.h"
 #include "db/dao/postgres/ServerStorage.h"
 #include "db/dao/rows/RowStore.h"
 #include "db/dao/sql/ResolvedSelect.h"
@@ -26,8 +27,11 @@ class ServerRows final : public RowStore {
   State Read(std::span<const std::int64_t> ids, RowSet& rows) override;
 
  private:
+  [[nodiscard]] bool AreFirst(std::span<const std::int64_t> ids);
+
   std::shared_ptr<ServerStorage> storage_;
   std::shared_ptr<const ResolvedSelect> select_;
+  std::shared_ptr<FirstRows> firstRows_ = std::make_shared<FirstRows>();
 };
 
 /// All rows of a statement.

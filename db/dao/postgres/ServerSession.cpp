@@ -15,6 +15,7 @@ namespace {
 
 /// A server that says nothing for so long while it works on a statement has gone away.
 constexpr std::chrono::minutes kLongestSilence(15);
+constexpr std::size_t kMostPrepared = 256;
 
 // The numbers of the server's types; they never change.
 enum class ServerType : Oid {
@@ -26,6 +27,21 @@ enum class ServerType : Oid {
   kFloat8 = 701,
   kNumeric = 1700,
 };
+
+CellKind KindOf(Oid type) {
+  switch (static_cast<ServerType>(type)) {
+    case ServerType::kBool:
+    case ServerType::kInt2:
+    case ServerType::kInt4:
+    case ServerType::kInt8:
+      return CellKind::kInteger;
+    case ServerType::kFloat4:
+    case ServerType::kFloat8:
+    case ServerType::kNumeric:
+      return CellKind::kReal;
+  }
+  return CellKind::kText;
+}
 
 std::string MessageOf(const PGresult* result, const PGconn* connection) {
   const char* const primary = Pq().resultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
@@ -71,22 +87,17 @@ std::int64_t ServerResult::Changed() const {
 }
 
 CellView ServerResult::Cell(int row, int column) const {
-  CellView cell;
-  if (IsNull(row, column)) return cell;
-  cell.text = Text(row, column);
-  switch (static_cast<ServerType>(Pq().ftype(result_.get(), column))) {
-    case ServerType::kBool:
-      return {.kind = CellKind::kInteger, .integer = cell.text == "t" ? 1 : 0, .real = 0, .text = {}};
-    case ServerType::kInt2:
-    case ServerType::kInt4:
-    case ServerType::kInt8:
-      return {.kind = CellKind::kInteger, .integer = Number(row, column), .real = 0, .text = {}};
-    case ServerType::kFloat4:
-    case ServerType::kFloat8:
-    case ServerType::kNumeric:
-      return {.kind = CellKind::kReal, .integer = 0, .real = Parsed<double>(cell.text), .text = {}};
-  }
-  cell.kind = CellKind::kText;
+  if (kinds_.empty())
+    for (int i = 0; i < ColumnCount(); ++i) kinds_.push_back(KindOf(Pq().ftype(result_.get(), i)));
+  if (IsNull(row, column)) return {};
+  CellView cell{.kind = kinds_[static_cast<std::size_t>(column)], .integer = 0, .real = 0, .text = {}};
+  const std::string_view text = Text(row, column);
+  if (cell.kind == CellKind::kInteger)
+    cell.integer = text == "t" ? 1 : Parsed<std::int64_t>(text);
+  else if (cell.kind == CellKind::kReal)
+    cell.real = Parsed<double>(text);
+  else
+    cell.text = text;
   return cell;
 }
 
@@ -187,6 +198,10 @@ ServerResult ServerSession::Run(const std::string& sql, const ServerValues& valu
   Ready();
   auto known = prepared_.find(sql);
   if (known == prepared_.end()) {
+    if (prepared_.size() >= kMostPrepared) {
+      static_cast<void>(RunScript("DEALLOCATE ALL"));
+      prepared_.clear();
+    }
     std::string name = "s" + std::to_string(prepared_.size());
     Send(Pq().sendPrepare(connection_, name.c_str(), sql.c_str(), 0, nullptr));
     static_cast<void>(Finish());
@@ -205,6 +220,10 @@ ServerResult ServerSession::Run(const std::string& sql, const ServerValues& valu
   Send(Pq().sendQueryPrepared(connection_, known->second.c_str(), static_cast<int>(values.size()),
                               pointers.data(), nullptr, nullptr, 0));
   return Finish();
+}
+
+void ServerSession::ForgetPlans() {
+  static_cast<void>(RunScript("DISCARD PLANS"));
 }
 
 ServerResult ServerSession::RunOnce(const std::string& sql) {

@@ -42,6 +42,7 @@ class ServerResult {
     void operator()(pg_result* result) const;
   };
   std::unique_ptr<pg_result, Clear> result_;
+  mutable std::vector<CellKind> kinds_;  // of the columns, once they were asked for
 };
 
 /// A statement's parameters as texts, nothing for NULL. What they point to must live until it was run.
@@ -67,8 +68,11 @@ class ServerSession {
   [[nodiscard]] std::string Host() const;
   [[nodiscard]] std::string Encryption() const;
 
-  /// One statement, in which $1, $2, ... are the parameters. It is prepared once and kept.
+  /// One statement, in which $1, $2, ... are the parameters. It is prepared once and kept, and so is how the
+  /// server runs it, until ForgetPlans().
   ServerResult Run(const std::string& sql, const ServerValues& values = {});
+  /// The log has grown so much that the server may know a better way now.
+  void ForgetPlans();
   /// One statement that will not be run again.
   ServerResult RunOnce(const std::string& sql);
   /// Several statements without parameters at once; what the last one gave.

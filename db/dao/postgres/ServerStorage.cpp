@@ -83,10 +83,9 @@ void ServerStorage::Connect() {
   try {
     if (session_ == nullptr || !session_->IsUp())
       session_ = std::make_unique<ServerSession>(link_, Path(), State()->waiting);
-    // A plan that was made while a table was empty would still be used when an update has filled it.
     static_cast<void>(
-        session_->RunScript("SET plan_cache_mode = force_custom_plan; SET client_min_messages = warning; SET "
-                            "standard_conforming_strings = on; SET search_path TO " +
+        session_->RunScript("SET client_min_messages = warning; SET standard_conforming_strings = on; "
+                            "SET search_path TO " +
                             QuoteIdentifier(link_.schema)));
     CheckLayout();
     if (!session_->IsStandby()) static_cast<void>(session_->RunScript("LISTEN " + channel_));
@@ -144,6 +143,7 @@ template <typename Operation>
 auto ServerStorage::Attempt(const Operation& operation) {
   SendAdded();
   try {
+    RenewPlans();
     return operation(Line());
   } catch (const EngineError& error) {
     if (error.number() != ErrorNumber::kConnectionLost) throw;
@@ -153,6 +153,20 @@ auto ServerStorage::Attempt(const Operation& operation) {
     }
   }
   return operation(Line());
+}
+
+// A way to find rows that was chosen while a table was nearly empty would still be taken when an update has
+// filled it. Of others' updates only their number is known.
+void ServerStorage::RenewPlans() {
+  constexpr std::chrono::seconds kOthersMayFill(10);
+  constexpr std::int64_t kGrowth = 4;
+  const std::int64_t others = changes_ - ownCommitted_;
+  const bool mayBeFull = others != othersAtPlans_ && Clock::now() - plansMade_ > kOthersMayFill;
+  if (!mayBeFull && rowsAdded_ < rowsToRenew_) return;
+  while (rowsAdded_ >= rowsToRenew_) rowsToRenew_ *= kGrowth;
+  othersAtPlans_ = others;
+  plansMade_ = Clock::now();
+  Line().ForgetPlans();
 }
 
 ServerResult ServerStorage::Run(const std::string& sql, const ServerValues& values) {

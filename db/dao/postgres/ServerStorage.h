@@ -129,6 +129,7 @@ class ServerStorage final : public Storage {
   [[nodiscard]] ServerSession& Line();
   template <typename Operation>
   auto Attempt(const Operation& operation);
+  void RenewPlans();
   void Append(const TableSchema* table, std::string_view text);
   void ForgetAdded() noexcept;
   void SettleAdded();
@@ -178,6 +179,12 @@ class ServerStorage final : public Storage {
   std::int64_t moves_ = 0;
   std::int64_t epoch_ = 0;
   std::chrono::steady_clock::time_point heard_;
+  // When the server last chose how to run prepared statements, and how many changes of others there were
+  // then.
+  std::chrono::steady_clock::time_point plansMade_ = std::chrono::steady_clock::now();
+  std::int64_t othersAtPlans_ = 0;
+  std::int64_t rowsAdded_ = 0;  // here
+  std::int64_t rowsToRenew_ = 2048;
 };
 
 /// While it lives the statements of a storage see the same state.

@@ -116,11 +116,10 @@ bool ServerTable::ReadWindow(const std::string& date) {
   const std::string dateField = QuoteIdentifier(index_->fields[*dateKey_]);
   std::string columns = key_;
   for (const std::string& field : index_->fields) columns += ", " + QuoteIdentifier(field);
-  const NumberText limit(static_cast<std::int64_t>(windowRows_));
   const ServerResult found =
       storage_->Run("SELECT " + columns + " FROM " + name_ + " WHERE " + dateField + " >= $1 ORDER BY " +
-                        dateField + " NULLS FIRST, " + key_ + " LIMIT $2::integer",
-                    {std::string_view(date), limit.View()});
+                        dateField + " NULLS FIRST, " + key_ + " LIMIT " + std::to_string(windowRows_),
+                    {std::string_view(date)});
   window_ = {.first = date,
              .last = kForEver,
              .entries = {},

@@ -29,7 +29,10 @@ bool ScrollRecordset::IsEOF() const {
 
 void ScrollRecordset::GoTo(Place place, std::int64_t position) {
   Leave();
-  movesBackward_ = place == Place::kAtRow && place_ == Place::kAtRow && position < position_;
+  // Who jumps far back may go on in either direction.
+  constexpr std::int64_t kFar = 128;
+  movesBackward_ = place == Place::kAtRow && place_ == Place::kAtRow && position < position_ &&
+                   position_ - position < kFar;
   place_ = place;
   position_ = position;
 }
