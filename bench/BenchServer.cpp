@@ -4,11 +4,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <libpq-fe.h>
 #include <map>
 #include <stdexcept>
 #include <thread>
-
-#include <libpq-fe.h>
 #include <unistd.h>
 
 namespace varnlog::bench {
@@ -72,8 +71,8 @@ void BareServer::Prepare(const char* name, const std::string& sql) const {
 int BareServer::RunPrepared(const char* name, const std::vector<std::string>& values) const {
   std::vector<const char*> texts;
   for (const std::string& value : values) texts.push_back(value.c_str());
-  return Read(PQexecPrepared(connection_, name, static_cast<int>(texts.size()), texts.data(), nullptr,
-                             nullptr, 0));
+  return Read(
+      PQexecPrepared(connection_, name, static_cast<int>(texts.size()), texts.data(), nullptr, nullptr, 0));
 }
 
 std::int64_t BareServer::CopyOut(const std::string& sql) const {
@@ -156,13 +155,13 @@ const Installation& BenchServer::Filled(std::int64_t rows) {
 void BenchServer::Multiply(std::int64_t rows) {
   static_cast<void>(Filled(kTakenIn));
   const BareServer bare(folder_);
-  std::string fields = bare.Run(
-      "SELECT string_agg(CASE attname WHEN 'tXrayCulIntIDPk' THEN '\"tXrayCulIntIDPk\" + copy * " +
-      std::to_string(kTakenIn) +
-      "' WHEN 'tXrayTs' THEN 'to_char(\"tXrayTs\"::timestamp + copy * interval ''20 years'', "
-      "''YYYY-MM-DD HH24:MI:SS'')' ELSE quote_ident(attname) END, ', ' ORDER BY attnum) "
-      "FROM pg_attribute WHERE attrelid = '" +
-      Schema(kTakenIn) + ".\"TXray\"'::regclass AND attnum > 0");
+  std::string fields =
+      bare.Run("SELECT string_agg(CASE attname WHEN 'tXrayCulIntIDPk' THEN '\"tXrayCulIntIDPk\" + copy * " +
+               std::to_string(kTakenIn) +
+               "' WHEN 'tXrayTs' THEN 'to_char(\"tXrayTs\"::timestamp + copy * interval ''20 years'', "
+               "''YYYY-MM-DD HH24:MI:SS'')' ELSE quote_ident(attname) END, ', ' ORDER BY attnum) "
+               "FROM pg_attribute WHERE attrelid = '" +
+               Schema(kTakenIn) + ".\"TXray\"'::regclass AND attnum > 0");
   bare.Run("INSERT INTO " + Schema(rows) + ".\"TXray\" SELECT " + fields + " FROM " + Schema(kTakenIn) +
            ".\"TXray\", generate_series(0, " + std::to_string(rows / kTakenIn - 1) +
            ") AS copy ORDER BY copy, \"tXrayCulIntIDPk\"");

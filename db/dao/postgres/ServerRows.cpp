@@ -27,8 +27,17 @@ std::string SnapshotSql(const ResolvedSelect& select) {
          select.WhereClause() + ServerOrder(select, {});
 }
 
+/// Whether an index can help to find the rows.
+bool IsByIndex(const ResolvedSelect& select) {
+  const std::string where = select.WhereClause();
+  return std::ranges::any_of(select.table->firstStoredFields, [&where](const std::string& field) {
+    return where.find(QuoteIdentifier(field)) != std::string::npos;
+  });
+}
+
 // Of rows that are equal by the order of texts the first one that was added stays. The different combinations
-// of the fields are found first: what is slow is done once for each of them.
+// of the fields are found first: what is slow is done once for each of them. OFFSET keeps the server from
+// doing it for each row after all.
 std::string DistinctSql(const ResolvedSelect& select) {
   const std::string key = QuoteIdentifier(ServerStorage::KeyField(*select.table));
   std::string fields;
@@ -62,10 +71,11 @@ std::string DistinctSql(const ResolvedSelect& select) {
   std::string byAll;
   for (std::size_t i = 0; i < select.columns.size(); ++i)
     byAll += (i == 0 ? "k" : ", k") + std::to_string(i) + " NULLS FIRST";
-  const std::string from =
-      fields.empty() ? QuoteIdentifier(select.table->name)
-                     : "(SELECT " + fields + ", min(" + key + ") AS varnlog_first FROM " +
-                           QuoteIdentifier(select.table->name) + " GROUP BY " + fields + ") AS combinations";
+  const std::string from = fields.empty()
+                               ? QuoteIdentifier(select.table->name)
+                               : "(SELECT " + fields + ", min(" + key + ") AS varnlog_first FROM " +
+                                     QuoteIdentifier(select.table->name) + " GROUP BY " + fields +
+                                     (IsByIndex(select) ? "" : " OFFSET 0") + ") AS combinations";
   const std::string first = fields.empty() ? "" : ", varnlog_first";
   const std::string inner = "SELECT DISTINCT ON (" + distinct + ") * FROM (SELECT " + columns + first +
                             " FROM " + from + select.WhereClause() + ") AS matching ORDER BY " + byAll +

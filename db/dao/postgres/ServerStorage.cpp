@@ -83,8 +83,10 @@ void ServerStorage::Connect() {
   try {
     if (session_ == nullptr || !session_->IsUp())
       session_ = std::make_unique<ServerSession>(link_, Path(), State()->waiting);
+    // Sorting and grouping a whole log needs more memory than a server gives by itself, and no machine code.
     static_cast<void>(
         session_->RunScript("SET client_min_messages = warning; SET standard_conforming_strings = on; "
+                            "SET work_mem = '64MB'; SET jit = off; "
                             "SET search_path TO " +
                             QuoteIdentifier(link_.schema)));
     CheckLayout();
