@@ -33,6 +33,7 @@ struct Options {
   std::string newLog;  //
   std::string link;    // to a log on a server
   std::string action;  // on that server
+  std::string partition;
   std::string anchor;  // a state that the log must contain
   std::string backupFolder;
   std::string backupFile;

@@ -68,7 +68,7 @@ void Check(Session& session, const Options& options, Output& output) {
 }
 
 void Init(Session& /*session*/, const Options& options, Output& output) {
-  server::InitLog(options.link);
+  server::InitLog(options.link, !options.partition.empty());
   output.Write("ok\n");
 }
 
@@ -95,6 +95,9 @@ void AddServerOptions(CLI::App& command, Options& options) {
     sub->add_option("LINK", options.link, "the link file")->required()->transform(FromCurrentFolder);
     if (action.takesLog)
       sub->add_option("LOG.mdb", options.newLog, "the log file")->required()->transform(FromCurrentFolder);
+    if (action.run == Init)
+      sub->add_option("--partition", options.partition, "keep the exposures in one table a year")
+          ->check(CLI::IsMember({"year"}));
     sub->callback([&options, &action] { options.action = action.name; });
   }
 }

@@ -1,5 +1,6 @@
 -- A log on a server, layout 1: what log.sql and seals.sql are for a file. Run as often as wanted: what is there
--- stays, rules that were removed come back. {schema}, {owner} and {program} are put in when it is run.
+-- stays, rules that were removed come back. {schema}, {owner} and {program} are put in when it is run,
+-- and so is {years:text}, whether the exposures are to be kept in one table a year.
 DO $do$ BEGIN
   IF current_setting('server_encoding') <> 'UTF8' THEN
     RAISE EXCEPTION 'The database must be made with the encoding UTF8.';
@@ -55,8 +56,15 @@ INSERT INTO "TConfig" ("tCfgSKey", "tCfgSSet")
   SELECT * FROM (VALUES ('DBVersion', '1.1'), ('ReadOnly', '0')) AS given
   WHERE NOT EXISTS (SELECT 1 FROM "TConfig");
 
-CREATE TABLE IF NOT EXISTS "TXray" (
-  "tXrayCulIntIDPk" jet_counter PRIMARY KEY,
+-- Where the exposures are kept in one table a year, the date is part of every key, so that varnlog_number() sees
+-- to it that no number is given twice. What has no date or an unlikely one stands in a table of its own.
+DO $do$
+DECLARE by_year boolean := (SELECT relkind = 'p' FROM pg_class
+  WHERE relnamespace = {schema:text}::regnamespace AND relname = 'TXray');
+BEGIN
+  IF by_year IS NULL THEN
+    EXECUTE $table$ CREATE TABLE "TXray" (
+  "tXrayCulIntIDPk" jet_counter,
   "tXraySName" varchar(32) COLLATE "C",
   "tXraySFirstname" varchar(32) COLLATE "C",
   "tXrayDBirthday" jet_date,
@@ -81,7 +89,17 @@ CREATE TABLE IF NOT EXISTS "TXray" (
   "tXraySDose" varchar(32) COLLATE "C",
   "tXrayBEdDose" jet_yesno DEFAULT 0,
   "tXraySComment" varchar(255) COLLATE "C"
-);
+) $table$ || CASE WHEN {years:text}::boolean THEN 'PARTITION BY RANGE ("tXrayTs")' ELSE '' END;
+    IF {years:text}::boolean THEN
+      CREATE TABLE "varnlog_TXray_other" PARTITION OF "TXray" DEFAULT;
+      CREATE UNIQUE INDEX "iXrayNumber" ON "TXray" ("tXrayCulIntIDPk", "tXrayTs");
+    ELSE
+      ALTER TABLE "TXray" ADD PRIMARY KEY ("tXrayCulIntIDPk");
+    END IF;
+  ELSIF {years:text}::boolean AND NOT by_year THEN
+    RAISE EXCEPTION 'The log is there already, in one table for all years.';
+  END IF;
+END $do$;
 -- One by which a patient and an exposure are found, one for the order of time. A comment says which fields the
 -- program seeks by.
 CREATE INDEX IF NOT EXISTS "iXRayIdent" ON "TXray" ("tXrayDBirthday", "tXrayTs");
@@ -165,6 +183,37 @@ AS $$ BEGIN
   RETURN NEW;
 END $$;
 
+CREATE OR REPLACE FUNCTION varnlog_number() RETURNS trigger LANGUAGE plpgsql SET search_path = {schema}, pg_temp
+AS $$ BEGIN
+  IF EXISTS (SELECT 1 FROM "TXray" WHERE "tXrayCulIntIDPk" BETWEEN (SELECT min("tXrayCulIntIDPk") FROM added)
+      AND (SELECT max("tXrayCulIntIDPk") FROM added) GROUP BY "tXrayCulIntIDPk" HAVING count(*) > 1) THEN
+    RAISE unique_violation USING MESSAGE = 'There is an exposure of that number.';
+  END IF;
+  RETURN NULL;
+END $$;
+
+-- Makes the tables of years that have none yet. A year of which exposures stand among the others stays there.
+CREATE OR REPLACE FUNCTION varnlog_years(years integer[]) RETURNS void LANGUAGE plpgsql SECURITY DEFINER
+  SET search_path = {schema}, pg_temp
+AS $$
+DECLARE year integer;
+BEGIN
+  FOR year IN SELECT DISTINCT unnest(years) ORDER BY 1 LOOP
+    CONTINUE WHEN year NOT BETWEEN 1900 AND 2199 OR EXISTS (
+      SELECT 1 FROM "varnlog_TXray_other" WHERE "tXrayTs" >= year::text AND "tXrayTs" < (year + 1)::text);
+    EXECUTE format('CREATE TABLE IF NOT EXISTS %I PARTITION OF "TXray" FOR VALUES FROM (%L) TO (%L)',
+      'varnlog_TXray_' || year, year::text, (year + 1)::text);
+  END LOOP;
+END $$;
+REVOKE ALL ON FUNCTION varnlog_years FROM PUBLIC;
+GRANT EXECUTE ON FUNCTION varnlog_years TO {program};
+
+DO $do$ BEGIN
+  IF (SELECT relkind = 'p' FROM pg_class WHERE oid = '"TXray"'::regclass) THEN
+    CREATE OR REPLACE TRIGGER "rXrayNumber" AFTER INSERT ON "TXray" REFERENCING NEW TABLE AS added
+      FOR EACH STATEMENT EXECUTE FUNCTION varnlog_number();
+  END IF;
+END $do$;
 CREATE OR REPLACE TRIGGER "rXrayDelete" BEFORE DELETE ON "TXray" FOR EACH ROW
   EXECUTE FUNCTION varnlog_refuse('An exposure is never deleted.');
 CREATE OR REPLACE TRIGGER "rXrayReplace" BEFORE TRUNCATE ON "TXray" FOR EACH STATEMENT

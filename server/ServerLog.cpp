@@ -51,9 +51,9 @@ std::shared_ptr<dao::Database> OpenLink(dao::Workspace& workspace, const std::st
 
 }  // namespace
 
-void InitLog(const std::string& link) {
+void InitLog(const std::string& link, bool byYear) {
   if (!dao::IsServerLink(link)) Refuse("'" + link + "' does not name a server.");
-  dao::DeclareOnServer(link, kServerSql);
+  dao::DeclareOnServer(link, kServerSql, byYear);
 }
 
 Transfer AdoptLog(dao::DBEngine& engine, const std::string& link, const std::string& logFile,

@@ -9,8 +9,9 @@
 namespace varnlog::server {
 
 /// Makes schema, rules and roles on the server that the link file names, and puts back what is missing of
-/// them. Throws dao::EngineError.
-void InitLog(const std::string& link);
+/// them. `byYear` keeps the exposures in one table a year; kNotSupported where the log is there and does not.
+/// Throws dao::EngineError.
+void InitLog(const std::string& link, bool byYear = false);
 
 /// Takes a file's log over, history and seals included, into the empty one on the server, all of it or
 /// nothing; the file is only read, and nobody can write to it meanwhile. Throws dao::EngineError:

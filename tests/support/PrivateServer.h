@@ -106,7 +106,8 @@ class PrivateServer {
   void MakeLog(const std::filesystem::path& link) {
     std::ofstream(link) << Link("log" + std::to_string(getpid()) + "_" + std::to_string(++logs_));
     dao::DeclareOnServer(link.string(),
-                         ReadFile(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / "server.sql"));
+                         ReadFile(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / "server.sql"),
+                         std::getenv("VARNLOG_TEST_PARTITION") != nullptr);
   }
   /// Runs statements in the SQL of files on the log behind the link, as its owner and with the rules off;
   /// those who have it open hear of a change.

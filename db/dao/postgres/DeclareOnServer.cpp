@@ -16,7 +16,7 @@ void ReplaceAll(std::string& text, std::string_view mark, const std::string& wit
 
 }  // namespace
 
-void DeclareOnServer(const std::string& link, std::string_view declarations) {
+void DeclareOnServer(const std::string& link, std::string_view declarations, bool byYear) {
   const LinkFile file = ReadLinkFile(link);
   std::string script(declarations);
   const std::array<std::pair<std::string, std::string>, 3> names = {
@@ -25,6 +25,7 @@ void DeclareOnServer(const std::string& link, std::string_view declarations) {
     ReplaceAll(script, "{" + mark + "}", QuoteIdentifier(name));
     ReplaceAll(script, "{" + mark + ":text}", QuoteText(name));
   }
+  ReplaceAll(script, "{years:text}", byYear ? "'true'" : "'false'");
   ServerSession session(file, link, {});
   static_cast<void>(session.RunScript("BEGIN; " + script + "; COMMIT"));
 }

@@ -17,7 +17,7 @@ std::shared_ptr<Storage> OpenServer(const std::string& path, Storage::Mode /*mod
   Refuse(path);
 }
 
-void DeclareOnServer(const std::string& link, std::string_view /*declarations*/) {
+void DeclareOnServer(const std::string& link, std::string_view /*declarations*/, bool /*byYear*/) {
   Refuse(link);
 }
 

@@ -32,9 +32,10 @@ class ServerBulkRows final : public BulkRows {
 
   void SuspendIndexes() override {
     const ServerResult indexes = storage_->Run(
-        "SELECT i.relname, pg_get_indexdef(i.oid), obj_description(i.oid, 'pg_class') FROM pg_index x "
+        "SELECT i.relname, replace(pg_get_indexdef(i.oid), ' ON ONLY ', ' ON '), obj_description(i.oid, "
+        "'pg_class') FROM pg_index x "
         "JOIN pg_class i ON i.oid = x.indexrelid JOIN pg_class c ON c.oid = x.indrelid "
-        "WHERE c.relnamespace = current_schema()::regnamespace AND c.relname = $1 AND NOT x.indisprimary",
+        "WHERE c.relnamespace = current_schema()::regnamespace AND c.relname = $1 AND NOT x.indisunique",
         {std::string_view(table_->name)});
     for (int row = 0; row < indexes.RowCount(); ++row) {
       const std::string name = QuoteIdentifier(indexes.Text(row, 0));

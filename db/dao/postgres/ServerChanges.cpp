@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -71,15 +72,38 @@ void ServerStorage::SendAdded() {
   ++sent_;
   try {
     for (const Added& each : all) {
-      if (each.table == nullptr)
+      if (each.table == nullptr) {
         static_cast<void>(Line().RunScript(each.lines));
-      else
+      } else {
+        MakeYears(*each.table, each.lines);
         Line().StartCopy(CopyStatement(*each.table), each.lines);
+      }
     }
   } catch (const EngineError& error) {
     if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
     throw;
   }
+}
+
+// A year that comes for the first time gets its own part of the table.
+void ServerStorage::MakeYears(const TableSchema& table, std::string_view lines) {
+  const auto field = yearFields_.find(table.name);
+  if (field == yearFields_.end()) return;
+  std::string added;
+  while (!lines.empty()) {
+    const std::size_t end = lines.find('\n');
+    std::string_view rest = lines.substr(0, end);
+    lines.remove_prefix(end + 1);
+    for (std::size_t i = 0; i < field->second; ++i) rest.remove_prefix(rest.find('\t') + 1);
+    const std::string_view year = rest.substr(0, 4);
+    const bool isNew = year.size() == 4 &&
+                       std::ranges::all_of(year, [](char c) { return c >= '0' && c <= '9'; }) &&
+                       !years_.contains(year);
+    if (!isNew) continue;
+    years_.emplace(year);
+    added += (added.empty() ? "" : ",") + std::string(year);
+  }
+  if (!added.empty()) static_cast<void>(Line().RunScript("SELECT varnlog_years('{" + added + "}')"));
 }
 
 // Until the server has taken it.

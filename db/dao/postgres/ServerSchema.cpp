@@ -33,10 +33,10 @@ constexpr std::string_view kCopySigns("\\\t\n\r\0", 5);
 constexpr int kLengthHeader = 4;
 
 constexpr const char* kFieldsSql =
-    "SELECT c.relname, a.attname, t.typname, a.atttypmod FROM pg_class c "
+    "SELECT c.relname, a.attname, t.typname, a.atttypmod, a.attnum = ANY(p.partattrs) FROM pg_class c "
     "JOIN pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 AND NOT a.attisdropped "
-    "JOIN pg_type t ON t.oid = a.atttypid "
-    "WHERE c.relnamespace = current_schema()::regnamespace AND c.relkind = 'r' "
+    "JOIN pg_type t ON t.oid = a.atttypid LEFT JOIN pg_partitioned_table p ON p.partrelid = c.oid "
+    "WHERE c.relnamespace = current_schema()::regnamespace AND c.relkind IN ('r', 'p') "
     "AND lower(c.relname) = lower($1) AND left(c.relname, 8) <> 'varnlog_' "
     "AND left(a.attname, 8) <> 'varnlog_' ORDER BY a.attnum";
 constexpr const char* kIndexesSql =
@@ -88,7 +88,8 @@ void TakeIndex(TableSchema& table, std::string name, bool isUnique, std::string_
 
 }  // namespace
 
-TableSchema ReadServerTable(ServerStorage& storage, std::string_view name) {
+TableSchema ReadServerTable(ServerStorage& storage, std::string_view name,
+                            std::optional<std::size_t>& yearField) {
   const ServerResult fields = storage.Run(kFieldsSql, {name});
   if (fields.RowCount() == 0)
     throw EngineError(ErrorNumber::kTableNotFound, "There is no table or query '" + std::string(name) + "'.");
@@ -97,6 +98,7 @@ TableSchema ReadServerTable(ServerStorage& storage, std::string_view name) {
   for (int row = 0; row < fields.RowCount(); ++row) {
     FieldDef field = FieldFrom(fields, row);
     table.defaults.emplace_back();
+    if (fields.Text(row, 4) == "t") yearField = table.fields.size();
     if (field.type == FieldType::kBoolean) table.defaults.back() = false;
     if (field.isCounter) {
       table.firstStoredFields.push_back(field.name);
@@ -132,9 +134,10 @@ void AppendCopyValue(std::string& line, const CellView& value) {
 }
 
 std::vector<std::string> ServerStorage::TableNames() {
-  const ServerResult rows = Run(
-      "SELECT relname FROM pg_class WHERE relnamespace = current_schema()::regnamespace AND relkind = 'r' "
-      "AND left(relname, 8) <> 'varnlog_' ORDER BY oid");
+  const ServerResult rows =
+      Run("SELECT relname FROM pg_class WHERE relnamespace = current_schema()::regnamespace AND relkind IN "
+          "('r', 'p') "
+          "AND left(relname, 8) <> 'varnlog_' ORDER BY oid");
   std::vector<std::string> names;
   for (int row = 0; row < rows.RowCount(); ++row) names.emplace_back(rows.Text(row, 0));
   return names;
@@ -145,7 +148,9 @@ std::shared_ptr<const TableSchema> ServerStorage::Table(std::string_view name) {
   std::string key = LowerName(name);
   const auto known = tables_.find(key);
   if (known != tables_.end()) return known->second;
-  auto table = std::make_shared<const TableSchema>(ReadServerTable(*this, name));
+  std::optional<std::size_t> yearField;
+  auto table = std::make_shared<const TableSchema>(ReadServerTable(*this, name, yearField));
+  if (yearField) yearFields_[table->name] = *yearField;
   tables_.emplace(std::move(key), table);
   return table;
 }

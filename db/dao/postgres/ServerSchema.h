@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,8 +12,10 @@ namespace varnlog::dao {
 class ServerStorage;
 
 /// Reads the definition of one table of the log's schema; throws kTableNotFound. Fields are of domains that
-/// the schema has for them, and an index says in its comment which fields Seek takes for it.
-[[nodiscard]] TableSchema ReadServerTable(ServerStorage& storage, std::string_view name);
+/// the schema has for them, and an index says in its comment which fields Seek takes for it. `yearField`
+/// becomes the place of the date by whose year the table is divided, if it is.
+[[nodiscard]] TableSchema ReadServerTable(ServerStorage& storage, std::string_view name,
+                                          std::optional<std::size_t>& yearField);
 
 /// "1234" as a parameter.
 class NumberText {

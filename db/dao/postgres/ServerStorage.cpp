@@ -326,6 +326,7 @@ void ServerStorage::EndTransaction() noexcept {
   inPart_ = false;
   ForgetAdded();
   usedCounters_.clear();
+  years_.clear();
   ++epoch_;
   TellEnded();
 }

@@ -133,6 +133,7 @@ class ServerStorage final : public Storage {
   void Append(const TableSchema* table, std::string_view text);
   void ForgetAdded() noexcept;
   void SettleAdded();
+  void MakeYears(const TableSchema& table, std::string_view lines);
   void BeginWriting();
   void Commit();
   [[nodiscard]] std::string CommitScript() const;
@@ -150,6 +151,8 @@ class ServerStorage final : public Storage {
   std::string channel_;  // on which changes are announced, quoted
   std::chrono::steady_clock::time_point lastFailure_;
   std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
+  std::map<std::string, std::size_t> yearFields_;  // of tables that are divided by the year of a date
+  std::set<std::string, std::less<>> years_;       // that this transaction has seen to
 
   enum class Transaction { kNone, kReading, kWriting, kLost };
   Transaction transaction_ = Transaction::kNone;

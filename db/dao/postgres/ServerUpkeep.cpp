@@ -40,8 +40,8 @@ std::vector<std::string> Joined(const ServerResult& rows) {
 bool ServerStorage::HasRules(std::span<const std::string> rules) {
   const ServerResult found =
       Run("SELECT tgname FROM pg_trigger t JOIN pg_class c ON c.oid = t.tgrelid "
-          "WHERE c.relnamespace = current_schema()::regnamespace AND NOT tgisinternal AND tgenabled IN ('O', "
-          "'A')");
+          "WHERE c.relnamespace = current_schema()::regnamespace AND NOT tgisinternal "
+          "GROUP BY tgname HAVING bool_and(tgenabled IN ('O', 'A'))");
   return std::ranges::all_of(rules, [&found](const std::string& rule) {
     for (int row = 0; row < found.RowCount(); ++row)
       if (found.Text(row, 0) == NameOf(rule)) return true;
