@@ -107,7 +107,7 @@ std::unique_ptr<RowWriter> ServerRows::MakeWriter() {
 
 // They were read with their ids, and nothing has changed since.
 bool ServerRows::AreFirst(std::span<const std::int64_t> ids) {
-  return firstRows_->rows && ids.size() <= firstRows_->ids.size() &&
+  return storage_->IsOpen() && firstRows_->rows && ids.size() <= firstRows_->ids.size() &&
          std::ranges::equal(ids, std::span(firstRows_->ids).first(ids.size())) &&
          firstRows_->state.stamp == RecentStamp();
 }
