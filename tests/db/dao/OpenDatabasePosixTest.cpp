@@ -1,7 +1,10 @@
+#include <fcntl.h>
 #include <sys/mount.h>
+#include <unistd.h>
 
 #include <sqlite3.h>
 
+#include "db/dao/ServerLink.h"
 #include "tests/db/dao/EngineFixture.h"
 #include "tests/support/Child.h"
 #include "tests/support/Table.h"
@@ -95,6 +98,23 @@ TEST_F(OpenDatabaseTest, OpensExclusivelyOnlyWhenNobodyWrites) {
   other.workspace->Rollback();
   const auto alone = workspace_->OpenDatabase(path, true, false);
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(open->OpenRecordset("TXray")); }), kFileInUse);
+}
+
+// A process that closes a handle of a file gives up all locks that it has on it.
+TEST_F(OpenDatabaseTest, LooksAtNoFileWhoseLocksItWouldGiveUp) {
+  const std::string path = MakeLog();
+  const auto log = Open(path);
+  fs::create_symlink(path, folder_ / "Verknüpfung.mdb");
+  workspace_->BeginTrans();
+  EXPECT_FALSE(IsServerLink(path));
+  EXPECT_FALSE(IsServerLink(Path("Verknüpfung.mdb")));
+  (void)Opening(path, true);
+  test::Child other([&path] {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    return fcntl(open(path.c_str(), O_RDWR), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? 0 : 1;
+  });
+  EXPECT_EQ(other.Wait(), 0) << "nothing keeps others from writing";
 }
 
 TEST_F(OpenDatabaseTest, FindsADamagedFirstPage) {
