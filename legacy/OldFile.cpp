@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "db/dao/OpenFiles.h"
 #include "legacy/JetHeader.h"
 #include "platform/Files.h"
 
@@ -13,6 +14,8 @@ std::optional<std::string> ReadOldFile(const std::filesystem::path& path, std::e
 }
 
 bool IsJetFile(const std::filesystem::path& path) {
+  // What the engine has open is a log already, and must not be opened in another way.
+  if (dao::IsOpenHere(platform::FromPath(path))) return false;
   std::error_code error;
   const platform::File file = platform::File::Open(path, platform::File::Mode::kRead, error);
   if (error) return false;

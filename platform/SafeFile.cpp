@@ -65,18 +65,6 @@ std::error_code CopyContent(const File& source, File& target) {
   }
 }
 
-std::error_code KeepAs(const fs::path& path, const fs::path& kept, Keep how) {
-  switch (how) {
-    case Keep::kMove:
-      return RenameFile(path, kept, IfTaken::kFail);
-    case Keep::kSecondName:
-      return GiveSecondName(path, kept);
-    case Keep::kCopy:
-      break;
-  }
-  return CopyWholeFile(path, kept, IfTaken::kFail, path);
-}
-
 }  // namespace
 
 NewFile::NewFile(const fs::path& target, std::error_code& error, const fs::path& model) : target_(target) {
@@ -161,7 +149,7 @@ std::optional<fs::path> KeepAside(const fs::path& path, std::string_view suffix,
   for (int number = 1;; ++number) {
     fs::path kept = WithSuffix(path, suffix);
     if (number > 1) kept += std::to_string(number);
-    error = KeepAs(path, kept, how);
+    error = how == Keep::kMove ? RenameFile(path, kept, IfTaken::kFail) : GiveSecondName(path, kept);
     if (!error) return kept;
     if (error != std::errc::file_exists) return std::nullopt;
   }

@@ -80,8 +80,8 @@ class NewFile {
 [[nodiscard]] std::error_code GiveSecondName(const std::filesystem::path& path,
                                              const std::filesystem::path& second);
 
-/// How KeepAside() keeps a file: under another name, under a second name, or as a copy.
-enum class Keep { kMove, kSecondName, kCopy };
+/// How KeepAside() keeps a file: under another name, or under a second name.
+enum class Keep { kMove, kSecondName };
 
 /// Keeps a file for whoever may need it, under the first free name of PATH + suffix, PATH + suffix + "2", ...
 /// Returns that name; nothing when it could not be done.

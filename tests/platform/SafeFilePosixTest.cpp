@@ -132,14 +132,10 @@ TEST_F(SafeFileOnPosix, KeepsEveryFileAsideUnderANameOfItsOwn) {
   Holding("Varnlog.mdb.damaged", "von früher");
   fs::create_symlink("nirgends", folder_ / "Varnlog.mdb.damaged2");
   std::error_code error;
-  const auto copy = KeepAside(log, ".damaged", Keep::kCopy, error);
-  ASSERT_EQ(copy, folder_ / "Varnlog.mdb.damaged3") << error.message();
-  EXPECT_FALSE(SameFile(log, *copy));
-  EXPECT_EQ(ModeOf(*copy), 0640U);
   const auto second = KeepAside(log, ".damaged", Keep::kSecondName, error);
-  ASSERT_EQ(second, folder_ / "Varnlog.mdb.damaged4");
+  ASSERT_EQ(second, folder_ / "Varnlog.mdb.damaged3") << error.message();
   EXPECT_TRUE(SameFile(log, *second));
-  EXPECT_EQ(KeepAside(log, ".damaged", Keep::kMove, error), folder_ / "Varnlog.mdb.damaged5");
+  EXPECT_EQ(KeepAside(log, ".damaged", Keep::kMove, error), folder_ / "Varnlog.mdb.damaged4");
   EXPECT_FALSE(fs::exists(log));
   EXPECT_EQ(KeepAside(log, ".damaged", Keep::kMove, error), std::nullopt);
   EXPECT_EQ(error, std::errc::no_such_file_or_directory);

@@ -176,12 +176,10 @@ void FileStorage::CopyTo(const std::string& target, const MaintenanceProgress& p
 std::string FileStorage::CopyInto(const std::string& existing, const MaintenanceProgress& progress) {
   Connection target(existing, State());
   target.Open({.exclusive = true, .readOnly = false});
-  std::error_code error;
-  const auto kept = platform::KeepAside(FilePath(existing), ".replaced", platform::Keep::kCopy, error);
-  if (!kept) ThrowFileError(error, existing);
+  const fs::path kept = KeepCopy(target, ".replaced");
   const ReadScope moment(file_);
   CopyBack(file_, target, progress);
-  return platform::FromPath(*kept);
+  return platform::FromPath(kept);
 }
 
 }  // namespace varnlog::dao

@@ -3,13 +3,18 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <filesystem>
+#include <mutex>
+#include <set>
 #include <utility>
 
 #include <sqlite3.h>
 
+#include "db/dao/OpenFiles.h"
 #include "db/dao/sqlite/CountingVfs.h"
 #include "db/dao/sqlite/FileChecks.h"
 #include "db/dao/sqlite/TextFunctions.h"
+#include "platform/Files.h"
 
 namespace varnlog::dao {
 
@@ -36,7 +41,39 @@ sqlite3_file& OpenFile(sqlite3* handle) {
   return *file;
 }
 
+// The databases that the process has open, by the paths under which the storage knows them.
+class OpenFiles {
+ public:
+  static OpenFiles& Instance() {
+    static OpenFiles files;
+    return files;
+  }
+  void Add(const std::string& path) {
+    const std::lock_guard guard(mutex_);
+    paths_.insert(path);
+  }
+  void Remove(const std::string& path) {
+    const std::lock_guard guard(mutex_);
+    if (const auto found = paths_.find(path); found != paths_.end()) paths_.erase(found);
+  }
+  [[nodiscard]] bool Contains(const std::filesystem::path& file) {
+    const std::lock_guard guard(mutex_);
+    return std::ranges::any_of(paths_, [&file](const std::string& path) {
+      std::error_code error;
+      return std::filesystem::equivalent(file, platform::ToPath(path), error);
+    });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::multiset<std::string> paths_;
+};
+
 }  // namespace
+
+bool IsOpenHere(const std::string& path) {
+  return OpenFiles::Instance().Contains(platform::ToPath(StoragePath(path)));
+}
 
 Connection::Connection(std::string path, std::shared_ptr<EngineState> state)
     : path_(std::move(path)), state_(std::move(state)), watch_(*this) {}
@@ -81,6 +118,9 @@ void Connection::OpenHandle(int flags) {
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, CountingVfsName());
   if (result != SQLITE_OK) Throw(result);
   sqlite3_busy_handler(handle_, &Connection::OnBusy, this);
+  // The same text even when the current folder changes before it is closed.
+  openedPath_ = StoragePath(path_);
+  OpenFiles::Instance().Add(openedPath_);
 }
 
 void Connection::CheckHeader() {
@@ -141,6 +181,7 @@ void Connection::Close() noexcept {
   for (sqlite3_stmt* const statement : statements_) sqlite3_finalize(statement);
   statements_.clear();
   sqlite3_close_v2(handle);
+  if (!openedPath_.empty()) OpenFiles::Instance().Remove(std::exchange(openedPath_, {}));
 }
 
 sqlite3* Connection::Handle() const {

@@ -97,6 +97,7 @@ class Connection {
   std::string path_;
   std::shared_ptr<EngineState> state_;
   sqlite3* handle_ = nullptr;
+  std::string openedPath_;  // while a file is open
   bool isReadOnly_ = false;
   bool hasLeftOver_ = false;                      // a transaction that could not be ended
   bool isSafe_ = true;                            // until ForgoSafety()

@@ -100,40 +100,9 @@ void CopyReadable(Connection& damaged, Connection& mended, RepairReport& report,
   mended.Commit();
 }
 
-// Another file with the content of the damaged one, read through the connection that holds its lock: opening
-// the file once more and closing it again would give the lock away.
-void WriteContent(Connection& damaged, platform::File& copy) {
-  constexpr std::size_t kPortion = std::size_t{1} << 20U;
-  std::error_code error;
-  const std::int64_t length = damaged.FileLength();
-  for (std::int64_t offset = 0; offset < length && !error;) {
-    const std::string bytes = damaged.ReadBytes(offset, kPortion);
-    if (bytes.empty()) error = std::make_error_code(std::errc::io_error);
-    copy.WriteAt(static_cast<std::uint64_t>(offset), bytes, error);
-    offset += static_cast<std::int64_t>(bytes.size());
-  }
-  if (error) ThrowFileError(error, damaged.Path());
-}
-
-fs::path KeepCopy(Connection& damaged) {
-  const fs::path path = FilePath(damaged.Path());
-  for (int number = 1;; ++number) {
-    const fs::path kept = fs::path(path) += number == 1 ? ".damaged" : ".damaged" + std::to_string(number);
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(kept, error))) continue;
-    platform::NewFile copy(kept, error, path);
-    if (error) ThrowFileError(error, platform::FromPath(kept));
-    WriteContent(damaged, copy.file());
-    error = copy.TakePlace(platform::IfTaken::kFail);
-    if (error == std::errc::file_exists) continue;
-    if (error) ThrowFileError(error, platform::FromPath(kept));
-    return kept;
-  }
-}
-
 void PutBack(Connection& mended, Connection& damaged, RepairReport& report,
              const MaintenanceProgress& progress) {
-  const fs::path kept = KeepCopy(damaged);
+  const fs::path kept = KeepCopy(damaged, ".damaged");
   try {
     CopyBack(mended, damaged, [&](double part) { return !progress || progress(0.8 + 0.2 * part); });
   } catch (const std::exception&) {

@@ -1,10 +1,7 @@
-#include <algorithm>
 #include <array>
-#include <filesystem>
-#include <mutex>
-#include <vector>
 
 #include "db/dao/DBEngine.h"
+#include "db/dao/OpenFiles.h"
 #include "db/dao/ServerLink.h"
 #include "db/dao/postgres/LinkFile.h"
 #include "db/dao/postgres/OpenServer.h"
@@ -16,37 +13,6 @@
 namespace varnlog::dao {
 
 namespace {
-
-/// The files that this process has open as logs. Nobody may read one of them in another way: when a process
-/// closes any handle of a file, POSIX systems drop all locks that it has on it, those of an open transaction
-/// too, and two workstations write at once.
-class OpenFiles {
- public:
-  void Add(const std::shared_ptr<Storage>& storage) {
-    const std::lock_guard guard(mutex_);
-    std::erase_if(storages_, [](const auto& each) { return each.expired(); });
-    storages_.push_back(storage);
-  }
-  [[nodiscard]] bool Contains(const std::string& path) {
-    const std::lock_guard guard(mutex_);
-    const auto file = platform::ToPath(StoragePath(path));
-    return std::ranges::any_of(storages_, [&file](const auto& each) {
-      const auto storage = each.lock();
-      std::error_code error;
-      return storage != nullptr && storage->IsOpen() &&
-             std::filesystem::equivalent(file, platform::ToPath(StoragePath(storage->Path())), error);
-    });
-  }
-
- private:
-  std::mutex mutex_;
-  std::vector<std::weak_ptr<Storage>> storages_;
-};
-
-OpenFiles& AllOpenFiles() {
-  static OpenFiles files;
-  return files;
-}
 
 std::string StartOf(const std::string& path) {
   std::error_code error;
@@ -62,7 +28,7 @@ std::string StartOf(const std::string& path) {
 /// of any other format.
 std::shared_ptr<FileStorage> OpenForeign(const std::string& path, const std::shared_ptr<EngineState>& state) {
   const ForeignFormat& format = state->foreign;
-  if (!format.recognises || AllOpenFiles().Contains(path)) return nullptr;
+  if (!format.recognises || IsOpenHere(path)) return nullptr;
   RequireUsableFile(path, false);
   if (!format.recognises(StartOf(path))) return nullptr;
   auto storage = FileStorage::InMemory(path, state);
@@ -75,7 +41,7 @@ std::shared_ptr<FileStorage> OpenForeign(const std::string& path, const std::sha
 }  // namespace
 
 bool IsServerLink(const std::string& path) {
-  return !AllOpenFiles().Contains(path) && IsLinkStart(StartOf(path));
+  return !IsOpenHere(path) && IsLinkStart(StartOf(path));
 }
 
 std::shared_ptr<Storage> OpenStorage(const std::string& path, Storage::Mode mode,
@@ -83,9 +49,7 @@ std::shared_ptr<Storage> OpenStorage(const std::string& path, Storage::Mode mode
   if (IsServerLink(path)) return OpenServer(path, mode, state);
   if (mode.readOnly)
     if (auto foreign = OpenForeign(path, state)) return foreign;
-  auto file = FileStorage::Open(path, mode, state);
-  AllOpenFiles().Add(file);
-  return file;
+  return FileStorage::Open(path, mode, state);
 }
 
 }  // namespace varnlog::dao

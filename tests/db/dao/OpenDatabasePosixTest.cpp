@@ -100,6 +100,15 @@ TEST_F(OpenDatabaseTest, OpensExclusivelyOnlyWhenNobodyWrites) {
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(open->OpenRecordset("TXray")); }), kFileInUse);
 }
 
+bool KeepsOthersOut(const std::string& path) {
+  test::Child other([&path] {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    return fcntl(open(path.c_str(), O_RDWR), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? 0 : 1;
+  });
+  return other.Wait() == 0;
+}
+
 // A process that closes a handle of a file gives up all locks that it has on it.
 TEST_F(OpenDatabaseTest, LooksAtNoFileWhoseLocksItWouldGiveUp) {
   const std::string path = MakeLog();
@@ -109,12 +118,24 @@ TEST_F(OpenDatabaseTest, LooksAtNoFileWhoseLocksItWouldGiveUp) {
   EXPECT_FALSE(IsServerLink(path));
   EXPECT_FALSE(IsServerLink(Path("Verknüpfung.mdb")));
   (void)Opening(path, true);
-  test::Child other([&path] {
-    struct flock lock {};
-    lock.l_type = F_WRLCK;
-    return fcntl(open(path.c_str(), O_RDWR), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? 0 : 1;
+  EXPECT_TRUE(KeepsOthersOut(path));
+}
+
+TEST_F(OpenDatabaseTest, TakesInAnotherContentWithoutGivingUpItsLocks) {
+  const std::string path = MakeLog();
+  const auto source = engine_.CreateDatabase(Path("Sicherung.mdb"), {}, kNoOption);
+  source->Execute("CREATE TABLE t (a TEXT); INSERT INTO t VALUES (hex(zeroblob(500000)))");
+  const std::string before = ReadFile(path);
+  int asked = 0;
+  const std::string kept = source->CopyInto(path, [&](double) {
+    if (asked++ == 0) {
+      EXPECT_TRUE(KeepsOthersOut(path));
+    }
+    return true;
   });
-  EXPECT_EQ(other.Wait(), 0) << "nothing keeps others from writing";
+  EXPECT_GT(asked, 0);
+  EXPECT_EQ(ReadFile(kept), before);
+  EXPECT_EQ(Open(path)->TableNames(), std::vector<std::string>{"t"});
 }
 
 TEST_F(OpenDatabaseTest, FindsADamagedFirstPage) {
