@@ -76,6 +76,7 @@ constexpr Ratio kClaims[] = {
     {"server: sort by patient / ORDER BY and the ids", "ServerSort/1000000", "ServerBareSort/1000000", 1.2},
     {"server: patient search / SELECT DISTINCT of names", "ServerPatientSearch/1000000",
      "ServerBareNames/1000000", 1.3},
+    {"server: a change of eight programs / of eight connections", "ServerEntries", "ServerBareEntries", 2.0},
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "bench/Claims.h"
 #include "bench/Program.h"
 #include "bench/Ratios.h"
+#include "bench/ServerEntries.h"
 
 namespace {
 
@@ -47,6 +48,9 @@ int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   if (arguments.size() == 3 && arguments[0] == varnlog::bench::kWalkOption) {
     return varnlog::bench::Walk(arguments[1], arguments[2]);
+  }
+  if (arguments.size() == 3 && arguments[0] == varnlog::bench::kEnterOption) {
+    return varnlog::bench::EnterValues(arguments[1], std::stoi(arguments[2]));
   }
   return Measure(argc, argv);
 }

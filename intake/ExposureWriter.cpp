@@ -97,7 +97,9 @@ ExposureWriter::ExposureWriter(dao::Database& log, TubeDefaults defaults, const 
     : defaults_(std::move(defaults)),
       rows_(log.OpenRecordset("TXray", dao::RecordsetType::kTable)),
       fields_(std::make_unique<Fields>(*rows_)),
-      dates_(clock) {
+      dates_(clock),
+      expectedDates_(clock),
+      ahead_(dynamic_cast<dao::SeeksAhead*>(rows_.get())) {
   rows_->SetIndex("iXRayIdent");
 }
 
@@ -128,6 +130,19 @@ ExposureWriter::Done ExposureWriter::Take(CToken& token) {
   WriteDeviceValues(token, isNew);
   rows_->Update();
   return isNew ? Done::kAdded : Done::kChanged;
+}
+
+void ExposureWriter::Expect(std::span<const CToken> tokens) {
+  if (tokens.empty() || ahead_ == nullptr) return;
+  std::vector<platform::DateTime> dates;
+  for (const CToken& token : tokens) {
+    if (!IsExposure(token)) continue;
+    for (const auto property : {CToken::kTakeDate, CToken::kTakeTime, CToken::kBirthday})
+      expected_.Set(property, token.Get(property));
+    expectedDates_.Read(expected_);
+    dates.push_back(expectedDates_.Taken());
+  }
+  ahead_->Expect(dates);
 }
 
 void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Field& field,

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "core/TextLookup.h"
 #include "db/dao/DBEngine.h"
 #include "db/dao/Recordset.h"
+#include "db/dao/SeeksAhead.h"
 #include "intake/CToken.h"
 #include "intake/RecordDates.h"
 #include "platform/Clock.h"
@@ -37,6 +39,9 @@ class ExposureWriter {
   /// for its field are replaced in `token` by what is written instead.
   Done Take(CToken& token);
 
+  /// These records come next. Where looking them up one by one would cost much, that is done for all at once.
+  void Expect(std::span<const CToken> tokens);
+
   /// The defaults that the record taken last was given, whether or not it was written.
   [[nodiscard]] const std::vector<DefaultTaken>& Defaults() const { return dates_.Defaults(); }
   /// The captions of the fields for which it had too long values and that were cut.
@@ -55,6 +60,9 @@ class ExposureWriter {
   std::unique_ptr<dao::Recordset> rows_;
   std::unique_ptr<Fields> fields_;
   RecordDates dates_;
+  RecordDates expectedDates_;
+  CToken expected_;                   // the dates of one
+  dao::SeeksAhead* ahead_ = nullptr;  // the rows, where they are
   std::vector<core::TextKey> cut_;
 };
 

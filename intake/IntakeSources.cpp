@@ -264,10 +264,12 @@ std::int64_t IntakeSources::TokenCount() const {
                          [](std::int64_t sum, const Source& source) { return sum + source.tokens.Count(); });
 }
 
-bool IntakeSources::ForEachToken(const std::function<bool(CToken&)>& take, Extent extent) {
+bool IntakeSources::ForEachToken(const std::function<bool(CToken&)>& take, Extent extent,
+                                 const std::function<void(std::span<const CToken>)>& expect) {
   for (Source& source : sources_) {
     ReadAhead tokens(source.tokens, extent);
     while (CToken* const token = tokens.Next()) {
+      if (expect) expect(tokens.NewBatch());
       if (!take(*token)) return true;
     }
     if (tokens.HasFailed()) return false;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,9 +60,11 @@ class IntakeSources {
   /// True when there was nothing to open.
   [[nodiscard]] bool IsEmpty() const { return sources_.empty(); }
   [[nodiscard]] std::int64_t TokenCount() const;
-  /// Hands every record on; `take` returns false to stop. False when one can no longer be read.
+  /// Hands every record on; `take` returns false to stop. False when one can no longer be read. `expect` is
+  /// given many of them before the first is handed on.
   [[nodiscard]] bool ForEachToken(const std::function<bool(CToken& token)>& take,
-                                  Extent extent = Extent::kAll);
+                                  Extent extent = Extent::kAll,
+                                  const std::function<void(std::span<const CToken>)>& expect = {});
 
   /// True when records, or bytes that are none, were read.
   [[nodiscard]] bool HasRead() const;

@@ -38,6 +38,11 @@ void ReadAhead::StartFilling() {
   filling_ = std::async(std::launch::async | std::launch::deferred, [this] { Fill(next_); });
 }
 
+std::span<const CToken> ReadAhead::NewBatch() const {
+  if (given_ != 1) return {};
+  return std::span<const CToken>(now_.tokens).first(now_.count);
+}
+
 CToken* ReadAhead::Next() {
   if (given_ == now_.count && filling_.valid()) {
     filling_.get();

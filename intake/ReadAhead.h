@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <future>
+#include <span>
 #include <vector>
 
 #include "intake/CPAXTOTokens.h"
@@ -21,6 +22,8 @@ class ReadAhead {
   /// The caller may change its texts until it asks for the next. nullptr at the end, and where a token can
   /// no longer be read.
   [[nodiscard]] CToken* Next();
+  /// All tokens that come from the one that Next() gave last on without waiting, where that is their first.
+  [[nodiscard]] std::span<const CToken> NewBatch() const;
   /// Why the end was reached.
   [[nodiscard]] bool HasFailed() const { return now_.hasFailed; }
 

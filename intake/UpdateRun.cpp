@@ -188,14 +188,16 @@ Run::Question Run::TakeAll(dao::Database& log) {
   ExposureWriter writer(log, {std::to_string(globals_.kVGl), std::to_string(globals_.mAGl)}, now_);
   view_.SetRecordCount(sources_.TokenCount());
   bool isCancelWanted = false;
-  const bool whole = sources_.ForEachToken([&](CToken& token) {
+  const auto take = [&](CToken& token) {
     const ExposureWriter::Done done = TakeOne(writer, token);
     if (done == ExposureWriter::Done::kAdded) ++result_.added;
     if (done == ExposureWriter::Done::kChanged) ++result_.changed;
     view_.Advance(++result_.read);
     isCancelWanted = view_.CancelIsWanted();
     return !globals_.UpdateDeclinedGl && !isCancelWanted;
-  });
+  };
+  const auto expect = [&writer](std::span<const CToken> tokens) { writer.Expect(tokens); };
+  const bool whole = sources_.ForEachToken(take, Extent::kAll, expect);
   result_.skipped = result_.read - result_.added - result_.changed;
   if (result_.read > 0 && (globals_.UpdateDeclinedGl || isCancelWanted)) {
     result_.outcome = Outcome::kCancelled;

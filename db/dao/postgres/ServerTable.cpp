@@ -68,6 +68,7 @@ void ServerTable::UseIndex(const Index& index) {
   fields_.clear();
   dateKey_.reset();
   window_ = {};
+  expected_ = {};
   for (const std::string& field : index.fields) {
     fields_.push_back(*Table().FieldAt(field));
     const bool isDate = Table().fields[fields_.back()].type == FieldType::kDate;
@@ -103,6 +104,58 @@ std::optional<std::int64_t> ServerTable::Ask(std::span<const SeekKey> keys) {
   return found.Number(0, 0);
 }
 
+ServerTable::SharedEntry ServerTable::EntryAt(const ServerResult& rows, int row) const {
+  Entry entry{.id = rows.Number(row, 0), .values = {}};
+  for (int column = 1; column <= static_cast<int>(fields_.size()); ++column)
+    entry.values.push_back(rows.IsNull(row, column) ? std::nullopt
+                                                    : std::optional(std::string(rows.Text(row, column))));
+  return std::make_shared<const Entry>(std::move(entry));
+}
+
+// Nobody else can add rows or change them.
+bool ServerTable::SeesAll() const {
+  return dateKey_ && storage_->InWork() && !storage_->IsReadOnly();
+}
+
+// In the order of time the window does it.
+void ServerTable::Expect(std::span<const platform::DateTime> dates) {
+  if (!SeesAll() || std::ranges::is_sorted(dates)) return;
+  if (std::ranges::all_of(dates, [this](platform::DateTime date) { return HasWindow(date.ToIso()); })) return;
+  SettleUnsent();
+  expected_ = {.rows = {}, .epoch = storage_->Epoch(), .changes = storage_->Moves()};
+  std::string list = "{";
+  for (const platform::DateTime& date : dates)
+    if (const auto [at, isNew] = expected_.rows.try_emplace(date.ToIso()); isNew)
+      list += (list.size() == 1 ? "\"" : ",\"") + at->first + '"';
+  list += '}';
+  const std::string dateField = QuoteIdentifier(index_->fields[*dateKey_]);
+  std::string columns = key_;
+  for (const std::string& field : index_->fields) columns += ", " + QuoteIdentifier(field);
+  const ServerResult found =
+      RunForSeek("SELECT " + columns + " FROM " + name_ + " WHERE " + dateField + " = ANY($1::text[])",
+                 {std::string_view(list)});
+  for (int row = 0; row < found.RowCount(); ++row) {
+    const SharedEntry entry = EntryAt(found, row);
+    expected_.rows[DateOf(entry)].push_back(entry);
+  }
+  for (const auto& [date, entry] : unsent_)
+    if (std::vector<SharedEntry>* const rows = ExpectedAt(date)) rows->push_back(entry);
+}
+
+std::vector<ServerTable::SharedEntry>* ServerTable::ExpectedAt(const std::string& date) {
+  if (expected_.epoch != storage_->Epoch() || expected_.changes != storage_->Moves()) return nullptr;
+  const auto at = expected_.rows.find(date);
+  return at == expected_.rows.end() ? nullptr : &at->second;
+}
+
+std::optional<std::int64_t> ServerTable::Oldest(std::span<const SharedEntry> entries,
+                                                std::span<const SeekKey> keys) const {
+  std::optional<std::int64_t> oldest;
+  for (const SharedEntry& entry : entries)
+    if ((!oldest || entry->id < *oldest) && Fits(*entry, keys)) oldest = entry->id;
+  return oldest;
+}
+
 bool ServerTable::HasWindow(const std::string& date) const {
   return window_.epoch == storage_->Epoch() && window_.changes == storage_->Moves() &&
          date >= window_.first && date <= window_.last;
@@ -126,13 +179,7 @@ bool ServerTable::ReadWindow(const std::string& date) {
              .epoch = storage_->Epoch(),
              .changes = storage_->Moves()};
   for (int row = 0; row < found.RowCount(); ++row) {
-    Entry entry{.id = found.Number(row, 0), .values = {}};
-    for (std::size_t i = 0; i < fields_.size(); ++i) {
-      const int column = static_cast<int>(i) + 1;
-      entry.values.push_back(found.IsNull(row, column) ? std::nullopt
-                                                       : std::optional(std::string(found.Text(row, column))));
-    }
-    window_.entries.push_back(std::make_shared<const Entry>(std::move(entry)));
+    window_.entries.push_back(EntryAt(found, row));
   }
   if (window_.entries.size() < windowRows_) {
     for (const auto& [unsentDate, entry] : unsent_)
@@ -168,11 +215,7 @@ std::optional<std::int64_t> ServerTable::FindInWindow(std::span<const SeekKey> k
   // Fresh rows come in the order of time: behind all that are there.
   if (window_.entries.empty() || date > DateOf(window_.entries.back())) return std::nullopt;
   const auto dateOf = [this](const SharedEntry& entry) -> const std::string& { return DateOf(entry); };
-  const auto [begin, end] = std::ranges::equal_range(window_.entries, date, {}, dateOf);
-  std::optional<std::int64_t> oldest;
-  for (auto entry = begin; entry != end; ++entry)
-    if ((!oldest || (*entry)->id < *oldest) && Fits(**entry, keys)) oldest = (*entry)->id;
-  return oldest;
+  return Oldest(std::ranges::equal_range(window_.entries, date, {}, dateOf), keys);
 }
 
 std::optional<std::int64_t> ServerTable::FindUnsent(std::span<const SeekKey> keys,
@@ -212,6 +255,7 @@ std::optional<std::int64_t> ServerTable::Find(std::span<const SeekKey> keys) {
     ++hits_;
     return FindInWindow(keys, date);
   }
+  if (const std::vector<SharedEntry>* const rows = ExpectedAt(date)) return Oldest(*rows, keys);
   // Only what comes in the order of time is likely to go on within a window.
   const bool goesOn = date > std::exchange(sought_, date);
   if (goesOn && ReadWindow(date)) return FindInWindow(keys, date);
@@ -233,6 +277,7 @@ void ServerTable::NoteAdded(const CopyBuffer& buffer) {
   const std::string date = added.values[*dateKey_].value_or("");
   const auto entry = std::make_shared<const Entry>(std::move(added));
   if (HasWindow(date)) AddToWindow(entry);
+  if (std::vector<SharedEntry>* const rows = ExpectedAt(date)) rows->push_back(entry);
   if (storage_->UnsentRows(Table()) > 0) unsent_.emplace(date, entry);
 }
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "db/dao/SeeksAhead.h"
 #include "db/dao/postgres/ServerStorage.h"
 #include "db/dao/rows/TableRecordset.h"
 
@@ -12,12 +13,14 @@ namespace varnlog::dao {
 
 /// A table of a server. Within a transaction, when nobody else can write, rows are sought for in windows:
 /// what stands from the wanted date on is read in one round trip, and the rows that are asked for next are
-/// found there.
-class ServerTable final : public TableRecordset {
+/// found there. Rows that do not come in the order of time are sought for many at once, where they are
+/// announced.
+class ServerTable final : public TableRecordset, public SeeksAhead {
  public:
   ServerTable(std::shared_ptr<ServerStorage> storage, std::shared_ptr<const TableSchema> table);
 
   [[nodiscard]] std::int64_t RecordCount() const override;
+  void Expect(std::span<const platform::DateTime> dates) override;
 
  private:
   /// One row's values of the index's fields, in their order.
@@ -26,6 +29,12 @@ class ServerTable final : public TableRecordset {
     std::vector<std::optional<std::string>> values;
   };
   using SharedEntry = std::shared_ptr<const Entry>;
+  /// All rows of some dates.
+  struct Expected {
+    std::unordered_map<std::string, std::vector<SharedEntry>> rows;  // by their date, which may have none
+    std::int64_t epoch = -1;
+    std::int64_t changes = -1;
+  };
   struct Window {
     std::string first;  // dates, both included
     std::string last;
@@ -43,6 +52,11 @@ class ServerTable final : public TableRecordset {
   [[nodiscard]] std::optional<std::int64_t> Ask(std::span<const SeekKey> keys);
   [[nodiscard]] bool HasWindow(const std::string& date) const;
   [[nodiscard]] bool ReadWindow(const std::string& date);
+  [[nodiscard]] bool SeesAll() const;
+  [[nodiscard]] std::vector<SharedEntry>* ExpectedAt(const std::string& date);
+  [[nodiscard]] SharedEntry EntryAt(const ServerResult& rows, int row) const;
+  [[nodiscard]] std::optional<std::int64_t> Oldest(std::span<const SharedEntry> entries,
+                                                   std::span<const SeekKey> keys) const;
   [[nodiscard]] std::optional<std::int64_t> FindInWindow(std::span<const SeekKey> keys,
                                                          const std::string& date) const;
   [[nodiscard]] std::optional<std::int64_t> FindUnsent(std::span<const SeekKey> keys,
@@ -63,6 +77,7 @@ class ServerTable final : public TableRecordset {
   std::vector<std::size_t> fields_;     // the index's, by their places in the table
   std::optional<std::size_t> dateKey_;  // which of them is the date that the index is stored by
   Window window_;
+  Expected expected_;
   // Rows that were added here and are not sent yet, by their date: nothing is sent for the sake of a look-up.
   std::unordered_multimap<std::string, SharedEntry> unsent_;
   std::int64_t unsentEpoch_ = -1;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <span>
+
+#include "platform/DateTime.h"
+
+namespace varnlog::dao {
+
+/// What a record set of a table is, too, where each row that is sought for costs a way to a server and back.
+class SeeksAhead {
+ public:
+  virtual ~SeeksAhead() = default;
+  /// Seek will be asked for rows with these dates next, in this order. The index has one date by which its
+  /// rows are stored. Throws EngineError.
+  virtual void Expect(std::span<const platform::DateTime> dates) = 0;
+
+ protected:
+  SeeksAhead() = default;
+  SeeksAhead(const SeeksAhead&) = default;
+  SeeksAhead& operator=(const SeeksAhead&) = default;
+};
+
+}  // namespace varnlog::dao
