@@ -6,9 +6,11 @@
 
 namespace varnlog::platform {
 
-/// A library of the system's own, found where the system looks for those.
+/// A library that the system's programs share, found where the system looks for those; where systems have
+/// none such, it lies beside the program. {"libpq", 5} is libpq.so.5 on the one and libpq.dll on the other.
 struct SystemLibrary {
   const char* name;
+  int version;
 };
 
 /// A library loaded at run time; unloaded by the destructor.

@@ -12,7 +12,7 @@ SharedLibrary::SharedLibrary(const std::filesystem::path& path) {
 }
 
 SharedLibrary::SharedLibrary(SystemLibrary library) {
-  Load(library.name);
+  Load(std::string(library.name) + ".so." + std::to_string(library.version));
 }
 
 void SharedLibrary::Load(const std::filesystem::path& path) {

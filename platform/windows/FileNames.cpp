@@ -17,11 +17,11 @@ bool IsHeldByOthers(DWORD code) {
          code == ERROR_USER_MAPPED_FILE;
 }
 
-/// Repeats a call for half a second while others seem to hold the file.
+/// Repeats a call for two seconds while others seem to hold the file.
 template <typename Call>
 std::error_code WithPatience(const Call& call) {
   using namespace std::chrono_literals;
-  const auto end = std::chrono::steady_clock::now() + 500ms;
+  const auto end = std::chrono::steady_clock::now() + 2s;
   for (;;) {
     if (call()) return {};
     const DWORD code = GetLastError();

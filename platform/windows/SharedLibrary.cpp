@@ -1,5 +1,6 @@
 #include "platform/SharedLibrary.h"
 
+#include "platform/Files.h"
 #include "platform/windows/System.h"
 
 namespace varnlog::platform {
@@ -9,9 +10,7 @@ SharedLibrary::SharedLibrary(const std::filesystem::path& path) {
 }
 
 SharedLibrary::SharedLibrary(SystemLibrary library) {
-  wchar_t folder[MAX_PATH];
-  const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
-  Load(std::filesystem::path(std::wstring(folder, length)) / library.name);
+  Load(ExecutableFolder() / ToPath(std::string(library.name) + ".dll"));
 }
 
 void SharedLibrary::Load(const std::filesystem::path& path) {

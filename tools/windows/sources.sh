@@ -1,7 +1,7 @@
 # Debian's sources for the libraries of the Windows program; sourced by build-libraries.
 
-# The system's own lists and cache stay as they are: source entries are read from lists of our own, for the archives that
-# the system uses.
+# apt_sources LIST NAME: the system's own lists and cache stay as they are; source entries are read from lists of our own, for
+# the archives that the system uses (all) or those without the security archive (main).
 apt_sources() {
   local lists=$base/apt options
   options=(-o Dir::Etc::sourceparts=/dev/null -o "Dir::State::lists=$lists/lists" -o "Dir::Cache=$lists/cache"
@@ -14,9 +14,15 @@ apt_sources() {
     apt-get "${options[@]}" -o "Dir::Etc::sourcelist=$lists/all.list" update >&2
     touch "$lists/updated"
   fi
+  apt-get "${options[@]}" -o "Dir::Etc::sourcelist=$lists/$1.list" source --download-only "$2" >&2
+}
+
+# download NAME: into the current folder, which is empty.
+download() {
   # A source may have moved from the security archive, which still lists it, to the main one.
-  apt-get "${options[@]}" -o "Dir::Etc::sourcelist=$lists/all.list" "$@" >&2 ||
-    apt-get "${options[@]}" -o "Dir::Etc::sourcelist=$lists/main.list" "$@" >&2
+  if apt_sources all "$1"; then return; fi
+  rm -f ./*
+  apt_sources main "$1"
 }
 
 # fetch_source NAME FOLDER GIVEN ARCHIVE: fills the folder unless it is there already, from the folder of archives that the user
@@ -30,7 +36,7 @@ fetch_source() {
   if [ -n "$given" ]; then archive=$(find "$given" -maxdepth 1 -name "$begins[-_][0-9]*.tar.*" | sort | tail -n 1); fi
   if [ -n "$archive" ]; then
     cp "$archive" "$folder/"
-  elif ! (cd "$folder" && apt_sources source --download-only "$name"); then
+  elif ! (cd "$folder" && download "$name"); then
     # Some mirrors lack the part with Debian's own files; the program's sources alone do as well.
     compgen -G "$folder/*.orig.tar.*" >/dev/null ||
       die "The archive does not give the sources of $name; --sources DIR takes them from a folder."

@@ -6,7 +6,7 @@ namespace varnlog::dao {
 
 namespace {
 
-constexpr platform::SystemLibrary kLibrary = {"libpq.so.5"};
+constexpr platform::SystemLibrary kLibrary = {"libpq", 5};
 
 template <typename Function>
 Function* Find(const platform::SharedLibrary& library, const char* name) {

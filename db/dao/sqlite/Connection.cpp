@@ -26,8 +26,10 @@ constexpr std::int32_t kStorageDefaultBuffer = 2000;
 
 // The storage keeps statistics on its memory behind a lock, for which every row would pay. And what a single
 // statement may have to undo, a few pages where rules watch over a table, would go through a file each time.
+// No limit: as much memory as that allowed would be taken at the first page, of which Windows makes address
+// space and gives it back, for every such statement.
 void PrepareStorage() {
-  constexpr int kUndoneInMemory = 1 << 20;  // bytes
+  constexpr int kUndoneInMemory = -1;
   static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) +
                                 sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kUndoneInMemory);
   static_cast<void>(configured);
