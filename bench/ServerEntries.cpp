@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -41,6 +42,8 @@ class OpenLog {
   explicit OpenLog(const std::string& link) {
     globals_.strDataFileGl = link;
     globals_.LogEngineGl = std::make_unique<db::CJetEngine>(engine_);
+    const auto installation = std::filesystem::path(link).parent_path().parent_path();
+    globals_.LogEngineGl->SetWorkgroupPath((installation / "program" / "system.mdw").string());
     globals_.LogEngineGl->OpenWorkspace("MyWs", "Admin", "");
     if (globals_.LogEngineGl->OpenDBInWorkspace(link, false, false) != 0)
       throw std::runtime_error(globals_.LogEngineGl->LastError());
