@@ -9,7 +9,9 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 #ifndef _WIN32  // where logs lie in files only
+#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
@@ -49,7 +51,13 @@ class PrivateServer {
     static PrivateServer server;
     return server;
   }
-  /// Another one, which follows `followed` and is read only until Promote().
+  PrivateServer() {
+    MakeFolder();
+    Run(Program("initdb") + " -D " + Data() + " -E UTF8 --locale=C.UTF-8 -U postgres -A trust --no-sync > " +
+        folder_ + ".log");
+    Start();
+  }
+  /// One that follows `followed` and is read only until Promote().
   explicit PrivateServer(const PrivateServer& followed) {
     MakeFolder();
     Run(Program("pg_basebackup") + " -h " + followed.folder_ + " -U postgres -D " + Data() +
@@ -57,37 +65,75 @@ class PrivateServer {
     Start();
   }
   ~PrivateServer() {
-    Stop();
+    try {
+      Stop();
+    } catch (const std::exception&) {
+      // It was killed before.
+    }
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
-    std::filesystem::remove(folder_ + ".log", ignored);
+    for (const char* ending : {".log", ".out"}) std::filesystem::remove(folder_ + ending, ignored);
   }
   PrivateServer& operator=(const PrivateServer&) = delete;
 
   [[nodiscard]] const std::string& Folder() const { return folder_; }
   /// At once, as when the power fails.
-  void Stop() const { Run(Program("pg_ctl") + " -D " + Data() + " -m immediate stop > " + folder_ + ".log"); }
-  /// Of its processes the first one, on which all others depend.
-  void Kill() const {
-    int pid = 0;
-    if (std::ifstream(Data() + "/postmaster.pid") >> pid) kill(pid, SIGKILL);
+  void Stop() {
+    Reap();
+    Run(Program("pg_ctl") + " -D " + Data() + " -m immediate stop > " + folder_ + ".log");
+  }
+  /// Its processes, first the one on which all others depend.
+  [[nodiscard]] std::vector<pid_t> Processes() const {
+    std::vector<pid_t> all;
+    pid_t pid = 0;
+    if (!(std::ifstream(Data() + "/postmaster.pid") >> pid)) return all;
+    all.push_back(pid);
+    const std::string first = std::to_string(pid);
+    for (std::ifstream list("/proc/" + first + "/task/" + first + "/children"); list >> pid;)
+      all.push_back(pid);
+    return all;
   }
   /// Also after Kill(), when some of its processes may still be ending. `options` as postgres takes them.
-  void Start(const std::string& options = {}) const {
+  void Start(const std::string& options = {}) {
     const std::string command = "cd " + folder_ + " && exec " + as_ + "setpriv --pdeathsig=QUIT " +
-                                Program("postgres") + " -D " + Data() + " -k " + folder_ +
+                                Program("postgres") + " -D " + Data() + " -k " + folder_ + " -p " + port_ +
                                 " -c fsync=off -c autovacuum=off -c listen_addresses= " + options + " >> " +
                                 folder_ + ".log 2>&1 < /dev/null";
     for (int attempt = 0; attempt < 600; ++attempt) {
-      if (attempt % 20 == 0 && fork() == 0) {
-        execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
-        _exit(1);
+      Reap();
+      if (attempt % 20 == 0) {
+        started_.push_back(fork());
+        if (started_.back() == 0) {
+          execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+          _exit(1);
+        }
       }
-      if (std::system((Program("pg_isready") + " -q -h " + folder_).c_str()) == 0) return;
+      if (std::system((Program("pg_isready") + " -q -h " + folder_ + " -p " + port_).c_str()) == 0) return;
       std::this_thread::sleep_for(std::chrono::milliseconds(25));
     }
     throw std::runtime_error("no server can be started: " + folder_ + ".log");
   }
+  /// Lets this account in with its password only.
+  void Asks(const std::string& account, const std::string& password) const {
+    const std::string rules = ReadFile(Data() + "/pg_hba.conf");
+    std::ofstream(Data() + "/pg_hba.conf") << "local all " << account << " scram-sha-256\n" << rules;
+    Sql("DROP ROLE IF EXISTS " + account + "; CREATE ROLE " + account + " LOGIN PASSWORD '" + password +
+        "'; SELECT pg_reload_conf()");
+  }
+  /// Starts it anew, to be reached at Port() of this machine too, with a certificate for `name` from an
+  /// authority of its own, whose own one is ca.crt in Folder().
+  void StartWithCertificate(const std::string& name) {
+    Stop();
+    const std::string make = "openssl req -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -batch ";
+    Run("sh -c '" + make + "-x509 -days 2 -keyout ca.key -out ca.crt -subj /CN=Authority 2> /dev/null && " +
+        make + "-keyout server.key -out server.csr -subj /CN=" + name + " 2> /dev/null && " +
+        "openssl x509 -req -days 2 -in server.csr -CA ca.crt -CAkey ca.key -CAcreateserial -out server.crt "
+        "2> /dev/null && chmod 600 server.key'");
+    port_ = std::to_string(20000 + getpid() % 20000);
+    Start("-c listen_addresses=localhost -c ssl=on -c ssl_cert_file=" + folder_ +
+          "/server.crt -c ssl_key_file=" + folder_ + "/server.key");
+  }
+  [[nodiscard]] const std::string& Port() const { return port_; }
   /// Makes one that follows another one independent.
   void Promote() const { Run(Program("pg_ctl") + " -D " + Data() + " -w promote > " + folder_ + ".log"); }
 
@@ -95,7 +141,8 @@ class PrivateServer {
   void Sql(const std::string& statements) const {
     const std::string file = folder_ + "/statements.sql";
     std::ofstream(file) << "SET client_min_messages = warning; " << statements;
-    Run(Program("psql") + " -q -v ON_ERROR_STOP=1 -h " + folder_ + " -U postgres -d postgres -f " + file);
+    Run(Program("psql") + " -q -v ON_ERROR_STOP=1 -h " + folder_ + " -U postgres -d postgres -f " + file +
+        " > " + folder_ + ".out");
   }
 
   /// The text of a link file to the schema.
@@ -136,13 +183,10 @@ class PrivateServer {
   }
 
  private:
-  PrivateServer() {
-    MakeFolder();
-    Run(Program("initdb") + " -D " + Data() + " -E UTF8 --locale=C.UTF-8 -U postgres -A trust --no-sync > " +
-        folder_ + ".log");
-    Start();
+  // One that was killed is taken for running until it was waited for.
+  void Reap() {
+    std::erase_if(started_, [](pid_t pid) { return waitpid(pid, nullptr, WNOHANG) != 0; });
   }
-
   // In memory where there is a place for that: nothing there outlives the tests anyway.
   void MakeFolder() {
     std::string pattern = access("/dev/shm", W_OK) == 0 ? "/dev/shm/varnlog-XXXXXX" : "/tmp/varnlog-XXXXXX";
@@ -165,6 +209,8 @@ class PrivateServer {
 
   std::string folder_;
   std::string as_;
+  std::string port_ = "5432";
+  std::vector<pid_t> started_;
   int logs_ = 0;
 };
 

@@ -10,6 +10,7 @@
 #include "db/dao/postgres/ServerDialect.h"
 #include "db/dao/sql/LikePattern.h"
 #include "tests/db/dao/EngineFixture.h"
+#include "tests/support/AnswerThief.h"
 #include "tests/support/PrivateServer.h"
 
 namespace varnlog::dao {
@@ -136,6 +137,20 @@ TEST_F(ServerStorageTest, LooksACommitUpWhoseAnswerWasLost) {
   EXPECT_EQ(Value("undone"), "");
   EXPECT_EQ(commit("kept"), kNone);
   EXPECT_EQ(Value("kept"), "x");
+}
+
+TEST_F(ServerStorageTest, DoesNotRepeatACommitThatWasKeptWhileItsAnswerWasLost) {
+  log_->Close();
+  test::AnswerThief thief(server_.Folder());
+  std::string link = test::ReadFile(folder_ / "link");
+  link.replace(link.find(server_.Folder()), server_.Folder().size(), thief.Folder());
+  test::WriteFile(folder_ / "through", link);
+  const auto log = Open(Path("through"));
+  thief.StealsAnswerTo("COMMIT");
+  EXPECT_EQ(ErrorOf([&] { FillLog(*workspace_, *log, 3); }), kNone);
+  EXPECT_TRUE(thief.HasStolen());
+  EXPECT_EQ(Names(*log, ""), Texts({"P0", "P1", "P2"}));
+  EXPECT_EQ(log->Greatest("TXray", "tXrayCulIntIDPk"), 3);
 }
 
 TEST_F(ServerStorageTest, LetsOneStationWriteAtATimeAndTellsOfChanges) {
