@@ -109,7 +109,10 @@ void RunServerCommand(Session& session, const Options& options, Output& output) 
     try {
       action.run(session, options, output);
     } catch (const dao::EngineError& error) {
-      session.FailWith(core::EngineErrorText(session.texts(), error) + "\n" + error.what());
+      std::string meaning = core::EngineErrorText(session.texts(), error);
+      // Some meanings hold the engine's own words already.
+      if (meaning.find(error.what()) == std::string::npos) meaning.append("\n").append(error.what());
+      session.FailWith(meaning);
     }
   }
   session.user().Flush();

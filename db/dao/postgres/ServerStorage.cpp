@@ -107,7 +107,9 @@ void ServerStorage::CheckLayout() {
   try {
     layout = StateFrom(session_->Run(kStateSql))["layout"];
   } catch (const EngineError& error) {
-    if (error.number() != ErrorNumber::kTableNotFound) throw;
+    // A table of that name may also be somebody else's.
+    if (error.number() != ErrorNumber::kTableNotFound && error.number() != ErrorNumber::kTooFewParameters)
+      throw;
   }
   if (layout == kLayout) return;
   const ServerResult closed = session_->Run(
