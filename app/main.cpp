@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QTranslator>
 
+#include "app/ServerWait.h"
 #include "app/SingleInstance.h"
 #include "app/frmMDIMain.h"
 #include "core/Installation.h"
@@ -123,12 +124,9 @@ int RunProgram(core::Globals& globals, const Arguments& arguments) {
   const bool first = started.isInspection || instance.Claim();
   if (first) dao::WarmUp();
   legacy::InstallJetFormat();
-  // While a server is being reached the windows go on drawing themselves.
-  dao::DBEngine::Instance().SetWaiting([] {
-    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    return true;
-  });
   start::Language texts(globals);
+  app::ServerWait serverWait(texts);
+  dao::DBEngine::Instance().SetWaiting([&serverWait] { return serverWait.GoesOn(); });
   ui::MessageBox user(texts);
   start::modINIFile ini;
   if (first && !started.isInspection) {

@@ -1,13 +1,16 @@
 #include "logview/frmResults.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHeaderView>
+#include <QStatusTipEvent>
 #include <QVBoxLayout>
 
 #include "core/EngineMessages.h"
+#include "db/dao/ServerLink.h"
 #include "db/modCommon.h"
 #include "logview/CRGBColorINI.h"
 #include "logview/Columns.h"
@@ -28,6 +31,11 @@ constexpr std::string_view kDigitKey = "DigitWidth";
 
 // A slice takes a few milliseconds, so that keys and mouse are answered while a million rows are counted.
 constexpr std::int64_t kRowsPerSlice = 20'000;
+
+// The server's announcements are heard that often, and after a failure, which may have kept the user waiting,
+// not so soon again.
+constexpr int kMillisecondsBetweenLooks = 500;
+constexpr int kMillisecondsAfterFailure = 15'000;
 
 // Margins, and the mark of the sorted column.
 constexpr int kHeadingExtra = 30;
@@ -80,6 +88,7 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
   connect(&countTimer_, &QTimer::timeout, this, &frmResults::CountFurtherRows);
   filterTimer_.setInterval(0);
   connect(&filterTimer_, &QTimer::timeout, this, &frmResults::ReadForFilter);
+  connect(&watchTimer_, &QTimer::timeout, this, &frmResults::LookForNews);
   BuildSums();
 
   LoadColors();
@@ -218,10 +227,48 @@ bool frmResults::OpenRows(const std::string& sql) {
     return false;
   }
   grid_->ReBind(count);
+  BeginWatch();
   MarkSort();
   ShowCounts();
   (populated_ ? filterTimer_ : countTimer_).start();
   return true;
+}
+
+void frmResults::BeginWatch() {
+  watch_.reset();
+  const auto& log = context_.globals.LogEngineGl->Database();
+  if (!log || !dao::IsServerLink(log->Name())) return watchTimer_.stop();
+  watchTimer_.start(kMillisecondsBetweenLooks);
+}
+
+// An entry being made is compared with what its author sees, so that stays until he is done.
+void frmResults::LookForNews() {
+  if (!populated_ || grid_->IsEditing() || QApplication::activeModalWidget() != nullptr) return;
+  try {
+    if (isAway_) watch_.reset();
+    if (!watch_) watch_.emplace(context_.globals.LogEngineGl->Database());
+    if (std::exchange(isAway_, false)) return Reconnected();
+    const LogWatch::News news = watch_->Look();
+    if (news == LogWatch::News::kExposures) return ReloadInPlace();
+    if (news == LogWatch::News::kNone) return;
+    grid_->Refresh();
+    host_.CurrentRowChanged();
+  } catch (const dao::EngineError&) {
+    ServerIsAway();
+  }
+}
+
+void frmResults::ServerIsAway() {
+  if (!watchTimer_.isActive()) return;
+  isAway_ = true;
+  watchTimer_.start(kMillisecondsAfterFailure);
+}
+
+void frmResults::Reconnected() {
+  ReloadInPlace();
+  // The status bar shows it until there is something else to show.
+  QStatusTipEvent said(ui::Caption(context_.texts, "MN_RECONNECTED"_key));
+  QCoreApplication::sendEvent(window(), &said);
 }
 
 std::unique_ptr<dao::Recordset> frmResults::ShownRows() const {
@@ -292,6 +339,8 @@ void frmResults::CloseData() {
   countTimer_.stop();
   filterTimer_.stop();
   sumTimer_.stop();
+  watchTimer_.stop();
+  watch_.reset();
   tally_.reset();
   filter_.Close();
   grid_->SetEvents(nullptr);

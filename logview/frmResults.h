@@ -18,6 +18,7 @@
 #include "intake/CodeMappings.h"
 #include "logview/CEdits.h"
 #include "logview/CTDBGColumnsINI.h"
+#include "logview/LogWatch.h"
 #include "logview/NewRows.h"
 #include "logview/RowDisplay.h"
 #include "logview/RowFilter.h"
@@ -164,6 +165,14 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   /// The log that the rows come from.
   [[nodiscard]] dao::Database& Log() const { return *context_.globals.LogEngineGl->Database(); }
   void ShowError(const dao::EngineError& error);
+  void BeginWatch();
+  /// What another workstation has changed is shown as soon as nobody is disturbed by that.
+  void LookForNews();
+  void ServerIsAway();
+  /// What was not seen meanwhile is shown, and that the server answers again is said.
+  void Reconnected();
+  /// Finds out who has entered what the user wanted to enter.
+  void NoteWhoWasFirst(std::int64_t bookmark, const EnteredValues& entered);
   void ShowEditError(const dao::EngineError& error);
   /// Whether the cells that were entered still hold what the grid shows.
   [[nodiscard]] bool IsAsShown(dao::Recordset& rows, const EnteredValues& entered) const;
@@ -219,6 +228,11 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   RowFilter filter_{context_.scheme, context_.shortDate};
   frmFind* find_ = nullptr;
   QTimer filterTimer_;
+  std::optional<LogWatch> watch_;  // of a log on a server
+  QTimer watchTimer_;
+  bool isAway_ = false;       // the server, when it was last asked for something
+  QString wasFirst_;          // of the entry that was refused last
+  bool entryFailed_ = false;  // it may be stored the next time
   QElapsedTimer filterShown_;
   QLabel* sums_ = nullptr;
   QTimer sumTimer_;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "core/EngineMessages.h"
 #include "logview/CellMarks.h"
@@ -51,6 +52,12 @@ ui::DataFailure WriteFailureOf(const core::TextLookup& texts, const dao::EngineE
                        error.number() != dao::ErrorNumber::kFileReplaced &&
                        failure.number != static_cast<std::int32_t>(DataError::kRecordDeleted);
   return failure;
+}
+
+/// What was entered can be stored as soon as the server answers again.
+bool IsServerAway(dao::ErrorNumber number) {
+  return number == dao::ErrorNumber::kConnectionLost || number == dao::ErrorNumber::kServerUnreachable ||
+         number == dao::ErrorNumber::kOutcomeUnknown || number == dao::ErrorNumber::kCancelled;
 }
 
 void FillRow(dao::Recordset& rows, const RowDisplay& display, const CellStates& states, const CEdits& edits,
@@ -137,6 +144,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
   } catch (const dao::EngineError& error) {
     rowBuf.SetRowCount(0);
+    if (IsServerAway(error.number())) ServerIsAway();
     return FailureOf(context_.texts, error);
   }
   return std::nullopt;
@@ -242,6 +250,17 @@ bool frmResults::IsAsShown(dao::Recordset& rows, const EnteredValues& entered) c
   return true;
 }
 
+void frmResults::NoteWhoWasFirst(std::int64_t bookmark, const EnteredValues& entered) {
+  const HistoryText text(codeTexts_, context_.scheme, context_.shortDate);
+  try {
+    for (int column = 0; column < kColumnCount && wasFirst_.isEmpty(); ++column)
+      if (entered.at(static_cast<std::size_t>(column)))
+        wasFirst_ = ui::ToQString(NoteOf(Log(), ExposureAt(bookmark), column, text));
+  } catch (const dao::EngineError&) {
+    return;  // that it was refused is said in any case
+  }
+}
+
 std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer& rowBuf,
                                                             std::int64_t writeLocation) {
   EnteredValues entered;
@@ -251,20 +270,28 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
     }
   }
   if (!ConfirmEmptied(entered)) return std::nullopt;
+  wasFirst_.clear();
   try {
     const auto rows = data1_->Clone();
     rows->SetBookmark(dao::Bookmark{writeLocation});
     if (!IsAsShown(*rows, entered)) {
+      NoteWhoWasFirst(writeLocation, entered);
       return FailureOf(context_.texts, dao::EngineError(dao::ErrorNumber::kDataChanged, ""));
     }
     if (!ConfirmUnusual(*rows, entered))
       return ui::DataFailure{.number = 0, .text = {}, .keepsEntry = true, .isKnown = true};
     const RowWritten written = WriteRow(*rows, dao::Bookmark{writeLocation}, entered, context_.texts,
                                         context_.scheme, context_.edits);
-    if (written.isLocked) return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};
+    if (written.isLocked) {
+      NoteWhoWasFirst(writeLocation, entered);
+      return ui::DataFailure{static_cast<std::int32_t>(DataError::kLocked), {}};
+    }
     NoteEntries(static_cast<int>(rows->AbsolutePosition()), entered);
     NoteMissing(*rows);
   } catch (const dao::EngineError& error) {
+    if (error.number() == dao::ErrorNumber::kDataChanged) NoteWhoWasFirst(writeLocation, entered);
+    entryFailed_ = IsServerAway(error.number());
+    if (entryFailed_) ServerIsAway();
     return WriteFailureOf(context_.texts, error);
   }
   host_.RefreshCommands();
@@ -339,10 +366,22 @@ void frmResults::Error(int dataError, int& response) {
   grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
     const bool isRule = dataError == static_cast<std::int32_t>(DataError::kLocked);
-    context_.Messages().Show(
-        {.key = *key, .icon = isRule ? core::MessageIcon::kInformation : core::MessageIcon::kCritical});
+    const QString first = std::exchange(wasFirst_, {});
+    context_.user.Show({.text = core::FilledText(context_.texts, *key, {}) +
+                                (first.isEmpty() ? std::string() : "\n\n" + ui::FromQString(first)),
+                        .title = context_.texts.GetText(core::kProgramTitle),
+                        .icon = isRule ? core::MessageIcon::kInformation : core::MessageIcon::kCritical,
+                        .key = std::string(key->name())});
     host_.RefreshCommands();
     response = 0;
+    return;
+  }
+  if (std::exchange(entryFailed_, false)) {
+    const auto answer =
+        context_.Messages().ShowText(ui::FromQString(grid_->ErrorText()), core::MessageIcon::kCritical,
+                                     core::MessageButtons::kRetryCancel);
+    if (answer == core::MessageAnswer::kRetry)
+      QTimer::singleShot(0, grid_, [this] { static_cast<void>(grid_->CommitEdit()); });
     return;
   }
   // A failure without a text of its own is left to the grid as well, which beeps.

@@ -1,0 +1,86 @@
+#include "tests/support/PrivateServer.h"
+#include "tests/windows/MainWindow.h"
+
+// The program on a log that lies on a server.
+
+namespace varnlog::app::test {
+namespace {
+
+using core::literals::operator""_key;
+using enum CommandId;
+
+class ServerWindow : public MainWindow {
+ protected:
+  void SetUp() override {
+    MainWindow::SetUp();
+    Starts();
+    (void)TakeMessages();
+  }
+  /// Another workstation's entry into the last day's exposure.
+  void BertaEnters(const char* volt) {
+    installation_.WithLog(false, [volt](dao::Database& log) {
+      const auto rows = log.OpenRecordset("SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;");
+      rows->Edit();
+      rows->Fields("tXraySVolt").SetText(volt);
+      rows->Update();
+    });
+  }
+  [[nodiscard]] bool Soon(const std::function<bool()>& condition) {
+    return QTest::qWaitFor(condition, 8'000);
+  }
+  void BeginsToEnter(int row, const char* text) {
+    Window().activateWindow();
+    Grid().SetCurrentCell(row, kVoltageColumn);
+    QTest::keyClicks(&Grid(), text);
+    Settle();
+    ASSERT_TRUE(Grid().IsEditing());
+  }
+
+  varnlog::test::PrivateServer& server_ = varnlog::test::PrivateServer::Instance();
+};
+
+TEST_F(ServerWindow, WhatOthersChangeShowsByItselfButNotUnderAnEditor) {
+  Grid().SetCurrentCell(2, kVoltageColumn);
+  BertaEnters("71");
+  EXPECT_TRUE(Soon([this] { return Grid().CellText(0, kVoltageColumn) == "71"; }));
+  EXPECT_EQ(Grid().Row(), 2);
+  BeginsToEnter(1, "65");
+  BertaEnters("72");
+  EXPECT_FALSE(QTest::qWaitFor([this] { return Grid().CellText(0, kVoltageColumn) == "72"; }, 1'500));
+  EXPECT_TRUE(Grid().CommitEdit());
+  EXPECT_TRUE(Soon([this] { return Grid().CellText(0, kVoltageColumn) == "72"; }));
+  EXPECT_EQ(Grid().CellText(1, kVoltageColumn), "65");
+  installation_.Reports({cli::NewExposure("Neu", "XI", "07.03.2021", "11:00:00")});
+  EXPECT_EQ(installation_.Ctl("update").status, 0);
+  EXPECT_TRUE(Soon([this] { return Grid().ApproximateCount() == 5; }));
+  EXPECT_TRUE(TakeMessages().isEmpty());
+}
+
+TEST_F(ServerWindow, TheSecondOfTwoWhoEnterAValueIsToldWhoWasFirst) {
+  BeginsToEnter(0, "65");
+  BertaEnters("71");
+  EXPECT_TRUE(Grid().CommitEdit());
+  Settle();
+  const QString message = TakeMessages().join('|');
+  EXPECT_TRUE(message.startsWith(Text("RS_ERR_RECORDEX"_key))) << message.toStdString();
+  EXPECT_TRUE(message.contains("Berta Berg (berta), Röntgen 2")) << message.toStdString();
+  EXPECT_EQ(Stored("tXraySVolt"), "71");
+}
+
+TEST_F(ServerWindow, AnEntryThatMeetsNoServerStaysInItsEditorAndIsTriedAgain) {
+  BeginsToEnter(0, "65");
+  server_.Stop();
+  program_->AnswersFirst({core::MessageAnswer::kCancel});
+  EXPECT_FALSE(Grid().CommitEdit());
+  Settle();
+  EXPECT_EQ(TakeMessages().size(), 1);
+  ASSERT_TRUE(Grid().IsEditing());
+  server_.Start();
+  QTest::qWait(2'200);  // so long nobody tries again
+  EXPECT_TRUE(Grid().CommitEdit());
+  EXPECT_FALSE(Grid().IsEditing());
+  EXPECT_EQ(Stored("tXraySVolt"), "65");
+}
+
+}  // namespace
+}  // namespace varnlog::app::test
