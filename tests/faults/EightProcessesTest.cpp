@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <cstdlib>
 #include <deque>
 #include <functional>
+#include <map>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -18,6 +20,12 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr int kCorrected = 20;  // the first rows, which one workstation corrects again and again
+
+/// Seconds that the tests last.
+int Duration() {
+  const char* const given = std::getenv("VARNLOG_SECONDS");
+  return given != nullptr ? std::atoi(given) : IsLong() ? 300 : 8;
+}
 
 /// A practice in which everybody works on one log at once: the suite reports, two workstations update (one is
 /// killed now and then), one corrects, others list, check, compact and repair.
@@ -55,8 +63,10 @@ class EightProcessesTest : public testing::Test {
   void Reports(int patients) {
     const platform::CodePage oem(850);
     std::string record;
-    tools::AppendRecord(
-        cli::NewExposure("Patient " + std::to_string(patients), "XI", "01.03.2004", "08:00:00"), oem, record);
+    tools::Exposure exposure =
+        cli::NewExposure("Patient " + std::to_string(patients), "XI", "01.03.2004", "08:00:00");
+    exposure.dose.clear();  // open to be entered
+    tools::AppendRecord(exposure, oem, record);
     constexpr int kHeldFor = 25;
     if (patients % kHeldFor == 0) held_.close();
     if (patients % (8 * kHeldFor) == 0) held_.open(suite_.exchangeFile(), std::ios::binary | std::ios::app);
@@ -65,6 +75,15 @@ class EightProcessesTest : public testing::Test {
     } else {
       AppendFile(suite_.exchangeFile(), record);
     }
+  }
+
+  void TellsHowItWas(int patients) const {
+    for (const auto& [name, text] : ReadFolder(suite_.suite().parent_path())) {
+      if (name.ends_with(" wrong")) ADD_FAILURE() << name << ": " << text.substr(0, 2000);
+      if (name.ends_with(" turns") || name.ends_with(" refused"))
+        std::printf("%s: %s\n", name.c_str(), text.substr(0, 2000).c_str());
+    }
+    std::printf("exposures: %d\n", patients);
   }
 
   /// Rows whose comment is older than the last one that the user saw stored.
@@ -88,15 +107,87 @@ class EightProcessesTest : public testing::Test {
 
   static constexpr std::string_view kComment = "corrected ";
   cli::Installation suite_{"acht"};
-  steady_clock::time_point end_ = steady_clock::now() + std::chrono::seconds(IsLong() ? 300 : 8);
+  steady_clock::time_point end_ = steady_clock::now() + std::chrono::seconds(Duration());
   std::deque<test::Child> workers_;
   int done_ = 0;  // runs of this process that ended with status 0
   std::ofstream held_;
 };
 
+/// Nobody's entry was overwritten, and everybody who came second was told who was first.
+class Entries {
+ public:
+  void Take(const std::string& said) {
+    std::istringstream lines(said);
+    std::string what;
+    std::int64_t exposure = 0;
+    std::string whatIsThere;
+    while (lines >> what >> exposure >> whatIsThere)
+      (what == "stored" ? stored_ : refused_).emplace(exposure, whatIsThere);
+  }
+  [[nodiscard]] std::string WrongIn(dao::Database& log) const {
+    std::string wrong;
+    std::map<std::int64_t, std::string> there;
+    const auto rows = log.OpenRecordset("TXray");
+    for (; !rows->IsEOF(); rows->MoveNext())
+      there[rows->Fields("tXrayCulIntIDPk").Number()] = rows->Fields("tXraySDose").Text();
+    for (const auto& [exposure, value] : stored_)
+      if (there[exposure] != value)
+        wrong += std::to_string(exposure) + ": " + value + " was stored, " + there[exposure] + " is there; ";
+    for (const auto& [exposure, who] : refused_)
+      if (there[exposure].empty() || there[exposure].front() != who.front())
+        wrong += std::to_string(exposure) + ": " + who + " is said to be first, " + there[exposure] + " is; ";
+    return wrong;
+  }
+  [[nodiscard]] std::size_t Stored() const { return stored_.size(); }
+  [[nodiscard]] std::size_t Refused() const { return refused_.size(); }
+
+ private:
+  std::multimap<std::int64_t, std::string> stored_;
+  std::multimap<std::int64_t, std::string> refused_;
+};
+
 std::string WrongCheck(const Outcome& outcome) {
   // Somebody else's exclusive use is said on the error output; what is wrong with the log is the output.
   return outcome.status == 1 && !outcome.out.empty() ? "check says " + outcome.out : WrongEnding(outcome);
+}
+
+// The suite, two updates, three who enter the same values, one who prints, one who verifies.
+TEST_F(EightProcessesTest, NobodysEntryIsLostAndTheSecondIsToldWhoWasFirst) {
+  int patients = 0;
+  for (; patients < kCorrected; ++patients) Reports(patients);
+  ASSERT_EQ(Runs("first", "update").status, 0);
+  const auto update = [this](const std::string& role) { return WrongEnding(Runs(role, "update")); };
+  Starts("one", update);
+  Starts("two", update);
+  std::int64_t next = 1;
+  for (const char* name : {"Anna", "Berta", "Clara"})
+    Starts(name, [&next, this](const std::string& role) {
+      const Outcome outcome = Runs(role, "enter " + role + " " + std::to_string(next));
+      AppendFile(Note(role + " said"), outcome.out);
+      std::istringstream words(outcome.out);
+      for (std::string word; words >> word;)
+        if (word == "stored" || word == "first") words >> next;
+      return WrongEnding(outcome);
+    });
+  Starts("print",
+         [this](const std::string& role) { return WrongEnding(Runs(role, "report --output report.pdf")); });
+  Starts("verify", [this](const std::string& role) { return WrongCheck(Runs(role, role)); });
+  for (; steady_clock::now() < end_; ++patients) {
+    Reports(patients);
+    std::this_thread::sleep_for(milliseconds(15));
+  }
+  held_.close();
+  for (test::Child& worker : workers_) worker.Wait();
+
+  EXPECT_EQ(Runs("last", "update").status, 0);
+  Entries entries;
+  for (const char* name : {"Anna", "Berta", "Clara"})
+    entries.Take(ReadFile(Note(std::string(name) + " said")));
+  suite_.WithLog(false, [&entries](dao::Database& log) { EXPECT_EQ(entries.WrongIn(log), ""); });
+  EXPECT_GT(entries.Stored(), 0U);
+  EXPECT_EQ(WrongInLog(suite_, {patients}), "");
+  TellsHowItWas(patients);
+  std::printf("entered: %zu, too late: %zu\n", entries.Stored(), entries.Refused());
 }
 
 TEST_F(EightProcessesTest, LoseAndDoubleNothing) {
@@ -138,12 +229,7 @@ TEST_F(EightProcessesTest, LoseAndDoubleNothing) {
   const Outcome last = Runs("last", "update");
   EXPECT_EQ(last.status, 0) << last.err;
   EXPECT_EQ(WrongInLog(suite_, {patients}), "");
-  for (const auto& [name, text] : ReadFolder(suite_.suite().parent_path())) {
-    if (name.ends_with(" wrong")) ADD_FAILURE() << name << ": " << text.substr(0, 2000);
-    if (name.ends_with(" turns") || name.ends_with(" refused"))
-      std::printf("%s: %s\n", name.c_str(), text.c_str());
-  }
-  std::printf("exposures: %d\n", patients);
+  TellsHowItWas(patients);
   EXPECT_EQ(LostCorrections(), "");
 }
 

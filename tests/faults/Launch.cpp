@@ -43,7 +43,8 @@ void Catch(const fs::path& file, int descriptor) {
   for (const auto& [name, value] : launch.environment) setenv(name.c_str(), value.c_str(), 1);
   if (chdir(launch.folder.c_str()) != 0) _exit(kCannotRun);
   std::vector<std::string> words{VARNLOG_PROGRAM_DIR "/varnlogctl", "--folder", launch.program.string()};
-  if (launch.arguments.starts_with("correct") || launch.arguments == "adopt")
+  if (launch.arguments.starts_with("correct") || launch.arguments.starts_with("enter") ||
+      launch.arguments == "adopt")
     words.front() = VARNLOG_TEST_PROGRAMS "/workstation";
   std::istringstream split(launch.arguments);
   for (std::string word; split >> word;) words.push_back(word);
