@@ -211,6 +211,7 @@ bool frmResults::OpenRows(const std::string& sql) {
   try {
     const HourGlass hourGlass;
     if (const auto& log = context_.globals.LogEngineGl->Database()) {
+      BeginWatch();
       all_ = log->OpenRecordset(sql, dao::RecordsetType::kDynaset);
       populated_ = all_->Populate(kRowsPerSlice);
       filter_.Renew(log);
@@ -227,26 +228,27 @@ bool frmResults::OpenRows(const std::string& sql) {
     return false;
   }
   grid_->ReBind(count);
-  BeginWatch();
   MarkSort();
   ShowCounts();
   (populated_ ? filterTimer_ : countTimer_).start();
   return true;
 }
 
+// Before the rows are read, so that no change falls between the two.
 void frmResults::BeginWatch() {
   watch_.reset();
+  watchTimer_.stop();
   const auto& log = context_.globals.LogEngineGl->Database();
-  if (!log || !dao::IsServerLink(log->Name())) return watchTimer_.stop();
+  if (!dao::IsServerLink(log->Name())) return;
   watchTimer_.start(kMillisecondsBetweenLooks);
+  watch_.emplace(log);
 }
 
 // An entry being made is compared with what its author sees, so that stays until he is done.
 void frmResults::LookForNews() {
   if (!populated_ || grid_->IsEditing() || QApplication::activeModalWidget() != nullptr) return;
   try {
-    if (isAway_) watch_.reset();
-    if (!watch_) watch_.emplace(context_.globals.LogEngineGl->Database());
+    if (isAway_ || !watch_) watch_.emplace(context_.globals.LogEngineGl->Database());
     if (std::exchange(isAway_, false)) return Reconnected();
     const LogWatch::News news = watch_->Look();
     if (news == LogWatch::News::kExposures) return ReloadInPlace();

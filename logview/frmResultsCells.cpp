@@ -144,8 +144,12 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     if (populated_) grid_->SetApproximateCount(data1_->RecordCount());
   } catch (const dao::EngineError& error) {
     rowBuf.SetRowCount(0);
-    if (IsServerAway(error.number())) ServerIsAway();
-    return FailureOf(context_.texts, error);
+    ui::DataFailure failure = FailureOf(context_.texts, error);
+    if (IsServerAway(error.number())) {
+      failure.isKnown = isAway_;
+      ServerIsAway();
+    }
+    return failure;
   }
   return std::nullopt;
 }
@@ -363,7 +367,8 @@ void frmResults::Error(int dataError, int& response) {
     response = 0;
     return host_.LogReplaced();
   }
-  grid_->Refresh();
+  // What was read stays in view while nothing can be read.
+  if (!IsServerAway(static_cast<dao::ErrorNumber>(dataError))) grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
     const bool isRule = dataError == static_cast<std::int32_t>(DataError::kLocked);
     const QString first = std::exchange(wasFirst_, {});

@@ -233,6 +233,7 @@ void TDBGrid::SetCurrentCell(int row, int column) {
 
 void TDBGrid::RaiseError(const DataFailure& failure) {
   const bool waiting = failure_.has_value();
+  if (waiting && failure.isKnown) return;
   failure_ = failure;
   keepsEditor_ = keepsEditor_ || failure.keepsEntry;
   if (!waiting) QTimer::singleShot(0, this, &TDBGrid::TellError);

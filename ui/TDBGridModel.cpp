@@ -166,7 +166,8 @@ bool TDBGridModel::Enter(const QModelIndex& index, const QString& text) {
   writing_ = true;
   const std::optional<DataFailure> failure = Write(index, text);
   writing_ = false;
-  if (cell.isValid()) RefetchRow(cell.row());
+  // Where nothing was stored and it may be tried again, the row is as it was read.
+  if (cell.isValid() && !(failure && failure->keepsEntry)) RefetchRow(cell.row());
   if (failure) emit Failed(*failure);
   return !failure;
 }

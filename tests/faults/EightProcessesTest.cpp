@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <functional>
@@ -63,8 +65,11 @@ class EightProcessesTest : public testing::Test {
   void Reports(int patients) {
     const platform::CodePage oem(850);
     std::string record;
+    std::array<char, 16> time{};
+    std::snprintf(time.data(), time.size(), "%02d:%02d:%02d", patients / 3600 % 24, patients / 60 % 60,
+                  patients % 60);
     tools::Exposure exposure =
-        cli::NewExposure("Patient " + std::to_string(patients), "XI", "01.03.2004", "08:00:00");
+        cli::NewExposure("Patient " + std::to_string(patients), "XI", "01.03.2004", time.data());
     exposure.dose.clear();  // open to be entered
     tools::AppendRecord(exposure, oem, record);
     constexpr int kHeldFor = 25;

@@ -31,9 +31,13 @@ class ServerWindow : public MainWindow {
   void BeginsToEnter(int row, const char* text) {
     Window().activateWindow();
     Grid().SetCurrentCell(row, kVoltageColumn);
-    QTest::keyClicks(&Grid(), text);
+    Grid().setFocus();
+    Settle();
+    QTest::keyClick(&Grid(), Qt::Key_F2);
     Settle();
     ASSERT_TRUE(Grid().IsEditing());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), text);
   }
 
   varnlog::test::PrivateServer& server_ = varnlog::test::PrivateServer::Instance();
