@@ -23,7 +23,7 @@ constexpr std::int64_t kHuge = 10'000'000;
 constexpr std::int64_t kRecent = 10'000;
 constexpr std::uint64_t kSeed = 7;
 constexpr int kOldYear = 2010;
-constexpr int kRecentYear = 2024;
+constexpr int kRecentYear = 2022;
 constexpr const char* kAll = "SELECT TXray.* From TXray ORDER BY TXray.tXrayTs DESC;";
 constexpr const char* kByPatient =
     "SELECT TXray.* From TXray ORDER BY TXray.tXraySName , TXray.tXraySFirstname , TXray.tXrayDBirthday;";
@@ -85,9 +85,9 @@ void ServerCopyFresh(benchmark::State& state) {
 void ServerRecent(benchmark::State& state) {
   const Installation& practice = Server().Filled(state.range(0));
   const auto bare = Bare(state.range(0));
-  static int year = kRecentYear;
+  static std::uint64_t seed = kSeed;
   for (auto _ : state) {
-    CopyInto(RecordFile(kRecent, kSeed, ++year), practice.ExchangeFile());
+    CopyInto(RecordFile(kRecent, ++seed, kRecentYear), practice.ExchangeFile());
     TakeIn(state, practice);
   }
 }
