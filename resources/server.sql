@@ -100,12 +100,17 @@ BEGIN
     RAISE EXCEPTION 'The log is there already, in one table for all years.';
   END IF;
 END $do$;
--- One by which a patient and an exposure are found, one for the order of time. A comment says which fields the
--- program seeks by.
+-- One by which a patient and an exposure are found, one for the order of time, one by which the different patients
+-- are found without reading all rows; those of which something is unknown stand in a fourth. A comment says what
+-- the program does with an index.
 CREATE INDEX IF NOT EXISTS "iXRayIdent" ON "TXray" ("tXrayDBirthday", "tXrayTs");
 COMMENT ON INDEX "iXRayIdent" IS 'seek: tXraySName, tXraySFirstname, tXrayDBirthday, tXrayTs; stored: tXrayDBirthday';
 CREATE INDEX IF NOT EXISTS "iXRayTs" ON "TXray" ("tXrayTs" NULLS FIRST, "tXrayCulIntIDPk");
 COMMENT ON INDEX "iXRayTs" IS 'seek: tXrayTs; stored: tXrayTs';
+CREATE INDEX IF NOT EXISTS "iXRayPatient" ON "TXray" ("tXraySName", "tXraySFirstname", "tXrayDBirthday");
+COMMENT ON INDEX "iXRayPatient" IS 'grouped: tXraySName, tXraySFirstname, tXrayDBirthday';
+CREATE INDEX IF NOT EXISTS "iXRayUnknown" ON "TXray" ("tXrayCulIntIDPk")
+  WHERE "tXraySName" IS NULL OR "tXraySFirstname" IS NULL OR "tXrayDBirthday" IS NULL;
 
 CREATE TABLE IF NOT EXISTS "THistory" (
   "tHistCulNrPk" jet_counter PRIMARY KEY,

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "db/dao/postgres/ServerDialect.h"
+#include "db/dao/postgres/ServerDistinct.h"
 #include "db/dao/postgres/ServerIds.h"
 #include "db/dao/postgres/ServerRowWriter.h"
 #include "db/dao/postgres/ServerTable.h"
@@ -15,72 +16,9 @@ namespace varnlog::dao {
 
 namespace {
 
-bool IsText(const ResolvedSelect& select, std::size_t column) {
-  const std::size_t ordinal = select.ordinals[column];
-  if (ordinal >= select.table->fields.size()) return false;
-  const FieldType type = select.table->fields[ordinal].type;
-  return type == FieldType::kText || type == FieldType::kMemo;
-}
-
 std::string SnapshotSql(const ResolvedSelect& select) {
   return "SELECT " + select.ColumnList() + " FROM " + QuoteIdentifier(select.table->name) +
          select.WhereClause() + ServerOrder(select, {});
-}
-
-/// Whether an index can help to find the rows.
-bool IsByIndex(const ResolvedSelect& select) {
-  const std::string where = select.WhereClause();
-  return std::ranges::any_of(select.table->firstStoredFields, [&where](const std::string& field) {
-    return where.find(QuoteIdentifier(field)) != std::string::npos;
-  });
-}
-
-// Of rows that are equal by the order of texts the first one that was added stays. The different combinations
-// of the fields are found first: what is slow is done once for each of them. OFFSET keeps the server from
-// doing it for each row after all.
-std::string DistinctSql(const ResolvedSelect& select) {
-  const std::string key = QuoteIdentifier(ServerStorage::KeyField(*select.table));
-  std::string fields;
-  for (const std::string& field : select.parsed.fields) {
-    const auto& def = select.table->fields[*select.table->FieldAt(field)];
-    fields += (fields.empty() ? "" : ", ") + QuoteIdentifier(def.name);
-  }
-  std::string columns;
-  std::string distinct;
-  std::string names;
-  for (std::size_t i = 0; i < select.columns.size(); ++i) {
-    const std::string name = "c" + std::to_string(i);
-    const std::string order = IsText(select, i)               ? ServerTextKey(select.columns[i])
-                              : select.parsed.columns.empty() ? select.columns[i]
-                                                              : select.parsed.columns[i].order;
-    const std::string comma = i == 0 ? "" : ", ";
-    columns += comma + select.columns[i] + " AS " + name + ", " + order + " AS k" + std::to_string(i);
-    distinct += comma + "k" + std::to_string(i);
-    names += comma + name;
-  }
-  std::string terms;
-  for (const OrderTerm& term : select.parsed.orderBy) {
-    const auto column = std::ranges::find_if(
-        select.parsed.columns, [&term](const SelectColumn& each) { return each.order == term.storage; });
-    if (column == select.parsed.columns.end())
-      throw EngineError(ErrorNumber::kSyntaxError, "DISTINCT is ordered by its own columns only.");
-    terms += (terms.empty() ? "" : ", ") + std::string("k") +
-             std::to_string(column - select.parsed.columns.begin()) +
-             (term.descending ? " DESC NULLS LAST" : " NULLS FIRST");
-  }
-  std::string byAll;
-  for (std::size_t i = 0; i < select.columns.size(); ++i)
-    byAll += (i == 0 ? "k" : ", k") + std::to_string(i) + " NULLS FIRST";
-  const std::string from = fields.empty()
-                               ? QuoteIdentifier(select.table->name)
-                               : "(SELECT " + fields + ", min(" + key + ") AS varnlog_first FROM " +
-                                     QuoteIdentifier(select.table->name) + " GROUP BY " + fields +
-                                     (IsByIndex(select) ? "" : " OFFSET 0") + ") AS combinations";
-  const std::string first = fields.empty() ? "" : ", varnlog_first";
-  const std::string inner = "SELECT DISTINCT ON (" + distinct + ") * FROM (SELECT " + columns + first +
-                            " FROM " + from + select.WhereClause() + ") AS matching ORDER BY " + byAll +
-                            first;
-  return "SELECT " + names + " FROM (" + inner + ") AS different ORDER BY " + (terms.empty() ? byAll : terms);
 }
 
 }  // namespace
@@ -144,8 +82,8 @@ RowStore::State ServerRows::Read(std::span<const std::int64_t> ids, RowSet& rows
 }
 
 std::shared_ptr<const RowSet> ReadAll(ServerStorage& storage, const ResolvedSelect& select) {
-  const bool isDistinct = select.parsed.distinct && !select.parsed.allFields;
-  const ServerResult found = storage.RunOnce(isDistinct ? DistinctSql(select) : SnapshotSql(select));
+  if (select.parsed.distinct && !select.parsed.allFields) return ReadDistinct(storage, select);
+  const ServerResult found = storage.RunOnce(SnapshotSql(select));
   auto rows = std::make_shared<RowSet>(select.columns.size());
   for (int row = 0; row < found.RowCount(); ++row)
     rows->Append([&](std::size_t column) { return found.Cell(row, static_cast<int>(column)); });

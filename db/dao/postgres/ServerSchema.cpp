@@ -66,10 +66,12 @@ std::vector<std::string> Names(std::string_view list) {
   return names;
 }
 
-// "seek: a, b; stored: b" in an index's comment.
+// "seek: a, b; stored: b" or "grouped: a, b" in an index's comment.
 void TakeIndex(TableSchema& table, std::string name, bool isUnique, std::string_view comment) {
   constexpr std::string_view kSeek = "seek: ";
   constexpr std::string_view kStored = "; stored: ";
+  constexpr std::string_view kGrouped = "grouped: ";
+  if (comment.starts_with(kGrouped)) table.groupedFields.push_back(Names(comment.substr(kGrouped.size())));
   const std::size_t stored = comment.find(kStored);
   if (!comment.starts_with(kSeek) || stored == std::string_view::npos) return;
   Index index{.name = std::move(name),

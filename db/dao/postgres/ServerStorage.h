@@ -117,6 +117,9 @@ class ServerStorage final : public Storage {
   [[nodiscard]] std::int64_t Moves() const { return moves_; }
   void NoteMove() { ++moves_; }
 
+  /// Fields of which an index has too many combinations to be walked from one to the next.
+  [[nodiscard]] std::set<std::string>& LongWalks() { return longWalks_; }
+
   // Several statements that see the same state, until all readers are gone.
   void BeginReading();
   void EndReading() noexcept;
@@ -151,6 +154,7 @@ class ServerStorage final : public Storage {
   std::string channel_;  // on which changes are announced, quoted
   std::chrono::steady_clock::time_point lastFailure_;
   std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
+  std::set<std::string> longWalks_;
   std::map<std::string, std::size_t> yearFields_;  // of tables that are divided by the year of a date
   std::set<std::string, std::less<>> years_;       // that this transaction has seen to
 

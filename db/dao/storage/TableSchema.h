@@ -20,6 +20,8 @@ struct TableSchema {
   std::vector<Value> defaults;                 // of a new row, one a field
   std::vector<Index> indexes;                  // as Seek takes their fields
   std::vector<std::string> firstStoredFields;  // of each index
+  /// Fields that an index is ordered by for finding their different combinations.
+  std::vector<std::vector<std::string>> groupedFields;
 
   /// Letter case is ignored; nothing for an unknown name.
   [[nodiscard]] std::optional<std::size_t> FieldAt(std::string_view fieldName) const;

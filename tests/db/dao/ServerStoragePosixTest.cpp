@@ -65,12 +65,56 @@ TEST_F(ServerStorageTest, OrdersAndComparesTextsAsAFileDoes) {
         "WHERE tXraySName Like '*[a-cß]*' AND NOT tXrayBEdDr", "WHERE tXraySName Like '?#*'",
         "WHERE tXraySName Like 'stra?se*'", "WHERE tXraySName Like '*[!a-z]*'"})
     EXPECT_EQ(Names(*log_, rest), Names(*inFile, rest)) << rest;
-  const char* const distinct = "SELECT DISTINCT tXraySName, tXraySFirstname, tXrayDBirthday FROM TXray";
-  const auto here = log_->OpenRecordset(distinct);
-  const auto there = inFile->OpenRecordset(distinct);
-  for (; !here->IsEOF() && !there->IsEOF(); here->MoveNext(), there->MoveNext())
-    EXPECT_EQ(here->Fields(0).Text(), there->Fields(0).Text());
-  EXPECT_TRUE(here->IsEOF() && there->IsEOF());
+}
+
+// Names that are equal but for their spelling, some of them without a first name or birth date, and then so
+// many others that the server no longer looks for them one by one.
+TEST_F(ServerStorageTest, FindsTheDifferentPatientsAsAFileDoes) {
+  const auto file = engine_.CreateDatabase(Path("file.mdb"), "", 0);
+  file->Execute(test::ReadFile(std::filesystem::path(VARNLOG_SOURCE_DIR) / "resources" / "log.sql"));
+  const auto inFile = workspace_->OpenDatabase(Path("file.mdb"), false, false);
+  const auto rowsOf = [](Database& log, const std::string& select) {
+    Texts found;
+    for (const auto rows = log.OpenRecordset(select); !rows->IsEOF(); rows->MoveNext()) {
+      std::string row;
+      for (std::size_t i = 0; i < rows->FieldCount(); ++i)
+        row += (rows->Fields(i).IsNull() ? "-" : std::string(rows->Fields(i).Text())) + "|";
+      found.push_back(row);
+    }
+    return found;
+  };
+  const auto add = [](Recordset& table, const std::string& name, int with) {
+    table.AddNew();
+    if (with % 5 != 4) table.Fields("tXraySName").SetText(name);
+    if (with % 3 != 2) table.Fields("tXraySFirstname").SetText(name);
+    if (with % 4 != 3) table.Fields("tXrayDBirthday").SetDate(Minute(with % 2));
+    table.Fields("tXrayTs").SetDate(Minute(with));
+    table.Update();
+  };
+  const auto compare = [&](const std::string& rest) {
+    const std::string select =
+        "SELECT DISTINCT tXraySName, tXraySFirstname, tXrayDBirthday, [tXraySName] & ', ' & "
+        "[tXraySFirstname] AS FullName FROM TXray " +
+        rest;
+    const Texts wanted = rowsOf(*inFile, select);
+    EXPECT_EQ(rowsOf(*log_, select), wanted) << rest;
+    return wanted.size();
+  };
+  for (const int others : {0, 10'500}) {
+    for (Database* log : {log_.get(), inFile.get()}) {
+      workspace_->BeginTrans();
+      const auto table = log->OpenRecordset("TXray");
+      for (int with = 0; with < 12; ++with)
+        for (const std::string& name : kNames) add(*table, name, with);
+      for (int i = 0; i < others; ++i) add(*table, "Patient " + std::to_string(i), 0);
+      workspace_->CommitTrans();
+    }
+    EXPECT_GT(compare(""), 100U);
+    EXPECT_GT(compare("WHERE [tXraySName] & ', ' & [tXraySFirstname] Like 'mü*'"), 5U);
+    EXPECT_GT(compare("WHERE tXraySFirstname Like '*i*' ORDER BY tXrayDBirthday DESC, tXraySName"), 5U);
+    EXPECT_EQ(compare("WHERE tXraySName Like 'nobody*'"), 0U);
+    EXPECT_GT(compare("WHERE tXraySName = 'weiss' AND tXrayDBirthday = #3/1/2024 8:01:00#"), 0U);
+  }
 }
 
 TEST_F(ServerStorageTest, RefusesWhatAServerOrASchemaCannotBe) {
