@@ -106,23 +106,33 @@ IntakeSources::Opened IntakeSources::Open(const RunId& committed) {
   return platform::MayExist(exchange_) ? OpenExchange() : Opened::kReady;
 }
 
-/// Behind the records that stand at this place as they stood there when they were applied.
-std::uint64_t IntakeSources::EndOfApplied(const File& file, std::uint64_t origin) const {
+/// The records that stand at this place as they stood there when they were applied.
+std::vector<AppliedBytes> IntakeSources::AppliedAt(const File& file, std::uint64_t origin) const {
+  std::vector<AppliedBytes> found;
   std::error_code error;
   const std::uint64_t size = file.Size(error);
-  std::uint64_t end = origin;
   for (const AppliedBytes& bytes : applied_) {
-    const bool fits = !error && size >= origin + bytes.length && origin + bytes.length > end;
-    if (fits && DigestOf({&file, origin, bytes.length}) == bytes.digest) end = origin + bytes.length;
+    const bool fits = !error && size >= origin + bytes.length;
+    if (fits && DigestOf({&file, origin, bytes.length}) == bytes.digest) found.push_back(bytes);
   }
-  return end;
+  return found;
+}
+
+void IntakeSources::FindApplied(Source& source) const {
+  source.applied = AppliedAt(source.tokens.OpenFile(), source.origin);
+  source.begin = source.origin;
+  for (const AppliedBytes& bytes : source.applied)
+    source.begin = std::max(source.begin, source.origin + bytes.length);
 }
 
 std::uint64_t IntakeSources::ExchangeBegin() const {
   if (applied_.empty()) return 0;
   std::error_code error;
   const File file = File::Open(exchange_, File::Mode::kRead, error, File::Links::kRefuse);
-  return error ? 0 : EndOfApplied(file, 0);
+  if (error) return 0;
+  std::uint64_t begin = 0;
+  for (const AppliedBytes& bytes : AppliedAt(file, 0)) begin = std::max(begin, bytes.length);
+  return begin;
 }
 
 void IntakeSources::OpenToLook() {
@@ -228,7 +238,7 @@ bool IntakeSources::OpenTaken(const TakenFile& taken, bool mayPutAway) {
   source.taken = taken;
   source.origin = taken.from;
   if (!source.tokens.OpenPiece(taken.path, taken.from)) return false;
-  source.begin = EndOfApplied(source.tokens.OpenFile(), source.origin);
+  FindApplied(source);
   if (source.begin > source.origin && !source.tokens.OpenPiece(taken.path, source.begin)) return false;
   source.reached = static_cast<std::uint64_t>(source.tokens.ReadMailslot(kAllRecords));
   if (source.tokens.LastErr() == kDeviceError) return false;
@@ -244,7 +254,7 @@ bool IntakeSources::OpenTaken(const TakenFile& taken, bool mayPutAway) {
 IntakeSources::Opened IntakeSources::OpenExchange() {
   Source source(CopySection::Source::kExchange, exchange_, language_);
   if (!source.tokens.OpenMailslot(platform::FromPath(exchange_))) return Opened::kCannotOpen;
-  source.begin = EndOfApplied(source.tokens.OpenFile(), 0);
+  FindApplied(source);
   if (source.begin > 0 && !source.tokens.OpenPiece(exchange_, source.begin)) return Opened::kCannotOpen;
   source.reached = static_cast<std::uint64_t>(source.tokens.ReadMailslot(kAllRecords));
   if (source.tokens.EndsInsideRecord() && HasChangedJustNow()) return Opened::kReady;
@@ -354,13 +364,21 @@ bool IntakeSources::RemoveRead() {
   return true;
 }
 
-std::vector<AppliedBytes> IntakeSources::ReadButNotRemoved() const {
+std::vector<AppliedBytes> IntakeSources::StillApplied() const {
   std::vector<AppliedBytes> left;
   for (std::size_t i = 0; i < sources_.size(); ++i) {
     const Source& source = sources_[i];
     if (source.isRemoved || source.kind == CopySection::Source::kCarried) continue;
     const auto digest = source.digest.empty() && made_ ? DigestOf(made_->Sections()[i].bytes) : source.digest;
     if (digest && !digest->empty()) left.push_back({source.reached - source.origin, *digest});
+  }
+  // A file that was emptied by somebody else leaves a note that nobody finds again.
+  constexpr std::size_t kMostNoted = 16;
+  for (const AppliedBytes& bytes : applied_) {
+    const bool isOfTheseFiles = std::ranges::any_of(sources_, [&](const Source& source) {
+      return std::ranges::find(source.applied, bytes) != source.applied.end();
+    });
+    if (left.size() < kMostNoted && !isOfTheseFiles) left.push_back(bytes);
   }
   return left;
 }

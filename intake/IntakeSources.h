@@ -80,8 +80,9 @@ class IntakeSources {
   /// Removes what was read, stopping at the first failure. That somebody keeps the exchange file open and
   /// forbids it is none: what was read is noted then.
   [[nodiscard]] bool RemoveRead();
-  /// What was read but is still there.
-  [[nodiscard]] std::vector<AppliedBytes> ReadButNotRemoved() const;
+  /// What the log is to note now: what was read but is still there, and what it was told to have of files
+  /// that are none of these: another site's, whose records are in the same log.
+  [[nodiscard]] std::vector<AppliedBytes> StillApplied() const;
 
  private:
   struct Source {
@@ -89,8 +90,9 @@ class IntakeSources {
     CopySection::Source kind;
     std::filesystem::path path;
     TakenFile taken;
-    std::uint64_t origin = 0;  // what lies before is accounted for
-    std::uint64_t begin = 0;   // what lies before is in the log
+    std::uint64_t origin = 0;           // what lies before is accounted for
+    std::uint64_t begin = 0;            // what lies before is in the log, ...
+    std::vector<AppliedBytes> applied;  // ... as these notes say
     std::uint64_t reached = 0;
     std::string digest;  // from the origin on, where the safe copy does not tell it
     bool isRemoved = false;
@@ -109,7 +111,8 @@ class IntakeSources {
   [[nodiscard]] bool Carry(const CopySection& section);
   [[nodiscard]] bool OpenTaken(const TakenFile& taken, bool mayPutAway);
   [[nodiscard]] Opened OpenExchange();
-  [[nodiscard]] std::uint64_t EndOfApplied(const platform::File& file, std::uint64_t origin) const;
+  [[nodiscard]] std::vector<AppliedBytes> AppliedAt(const platform::File& file, std::uint64_t origin) const;
+  void FindApplied(Source& source) const;
   [[nodiscard]] bool IsBeingWritten() const;
   [[nodiscard]] bool HasChangedJustNow() const;
   [[nodiscard]] bool MakeCopy(const RunId& id);

@@ -19,7 +19,8 @@ void WriteRunMark(dao::Database& log, const RunId& id);
 
 /// Bytes of records that are in the log although they could not be removed, kept in TConfig under
 /// "IntakeApplied1" and so on. Information in them is not applied again: in between, the user may have
-/// entered and locked another value.
+/// entered and locked another value. Exchange files of several sites may come together in a log: a note is
+/// found again by what stands in a file, not by where it lies.
 struct AppliedBytes {
   std::uint64_t length = 0;
   std::string digest;  // SHA-256

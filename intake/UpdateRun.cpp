@@ -225,7 +225,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   const RunId stays = secured ? RunId() : sources_.StandingCopy();
   if (!stays.empty()) WriteRunMark(log, stays);
   const bool removed = secured && sources_.RemoveRead();
-  WriteAppliedBytes(log, sources_.ReadButNotRemoved());
+  WriteAppliedBytes(log, sources_.StillApplied());
   if (!transaction.Commit()) return FailToWrite(engine);
   result_.leftInFile = !removed;
   options_.Reached(RunStep::kCommitted);

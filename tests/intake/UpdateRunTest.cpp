@@ -426,6 +426,10 @@ TEST_F(UpdateRunTest, AnErrorIsNoDamage) {
 TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
   const std::string records = Exposure{}.New() + Exposure{.responsible = "suite"}.Information();
   practice_.Reports(records);
+  // Another site whose exposures come into the same log.
+  const test::TestFolder elsewhere;
+  std::filesystem::copy(practice_.log, elsewhere / "Varnlog.mdb");
+  test::Practice other(elsewhere.Path());
   // A folder comes to stand where the safe copy is to be.
   RunOptions options = test::Practice::kHasty;
   options.onStep = [this](RunStep step) {
@@ -445,6 +449,10 @@ TEST_F(UpdateRunTest, CommitsWhenTheFileCannotBeEmptied) {
     row->Edit();
     row->Fields("tXraySDr").SetText("user");
     row->Update();
+  }
+  if (varnlog::test::LogsAreOnServer()) {
+    other.Reports(Exposure{.takeTime = "01:02:03"}.New());
+    EXPECT_EQ(other.Updates().added, 1) << "another site empties its own file";
   }
   practice_.Reports(Exposure{.type = "12XI", .responsible = "user"}.Information());
   const UpdateResult next = practice_.Updates();
