@@ -72,8 +72,12 @@ Seal Ledger::NewSeal(SealKind kind) const {
 // What others left without a seal is not to be counted among this transaction's own.
 void Ledger::Begin(dao::Database& log, std::int64_t lastRowBefore) {
   isOpen_ = true;
-  SealUnsealed(log, NewSeal(SealKind::kTakeover), lastRowBefore, {});
-  head_ = ReadHead(log);
+  SealedSoFar sealed = ReadSealed(log);
+  if (NeedsSeal(log, sealed, lastRowBefore)) {
+    SealUnsealed(log, NewSeal(SealKind::kTakeover), lastRowBefore, {});
+    sealed = ReadSealed(log);
+  }
+  head_ = sealed.head;
   lastHistory_ = log.Greatest(kHistory, "tHistCulNrPk");
 }
 
@@ -124,13 +128,13 @@ SealKind Ledger::KindOfSeal() const {
 void Ledger::Committing(dao::Database& log) {
   if (!isOpen_) return;
   isOpen_ = false;
-  // What was refused left nothing to seal.
-  if (rows_.Count() == 0 && log.Greatest(kHistory, "tHistCulNrPk") == lastHistory_) return;
   Seal seal = NewSeal(KindOfSeal());
   seal.number = head_.number + 1;
   seal.exchange = exchange_;
   AddRows(seal, rows_);
   AddHistory(seal, log, lastHistory_);
+  // What was refused left nothing to seal.
+  if (seal.rows == 0 && seal.lastHistory == lastHistory_) return;
   WriteSeal(log, head_.digest, seal);
 }
 

@@ -13,20 +13,11 @@ namespace varnlog::seals {
 namespace {
 
 constexpr std::int64_t kRowsPerReport = 8192;
+constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
 
 void Report(const Progress& progress, std::int64_t done, std::int64_t all) {
   if (progress && !progress(done, all))
     throw dao::EngineError(dao::ErrorNumber::kCancelled, "The operation was cancelled.");
-}
-
-// The number of the last row of the history that is sealed.
-std::int64_t LastSealedHistory(dao::Database& log, const Head& head) {
-  const std::vector<std::string> fields = {"tSealNLastHist"};
-  const auto scan = log.Scan(kSeals, fields, {.first = head.number, .last = head.number});
-  if (!scan->Next()) return 0;
-  const std::int64_t last = NumberOf(scan->Values()[0]);
-  static_cast<void>(scan->Next());
-  return last;
 }
 
 LineSeal ReadRows(dao::Database& log, std::int64_t first, std::int64_t last, const Progress& progress) {
@@ -40,30 +31,29 @@ LineSeal ReadRows(dao::Database& log, std::int64_t first, std::int64_t last, con
   return rows;
 }
 
-bool NeedsSeal(dao::Database& log) {
-  const Head head = ReadHead(log);
-  return head.number == 0 ||
-         log.Greatest(kExposures, SealedFields()[0]) > log.Greatest(kSeals, "tSealNLastRow") ||
-         log.Greatest(kHistory, "tHistCulNrPk") > LastSealedHistory(log, head);
-}
-
 // Usually nothing is missing, and then the log is only read.
 void SealWhatIsMissing(dao::Database& log, const Ledger& ledger, const Progress& progress,
                        OpenReport& report) {
-  if (HasSealTables(log) && log.HasRules(LogRules()) && !NeedsSeal(log)) return;
+  if (HasSealTables(log) && log.HasRules(LogRules()) && !NeedsSeal(log, ReadSealed(log), kAll)) return;
   dao::ChangeGroup changes = log.BeginChanges();
   report.tablesMade = !HasSealTables(log);
   report.rulesRestored = !report.tablesMade && !log.HasRules(LogRules());
   if (report.tablesMade) MakeSealTables(log);
   if (report.rulesRestored) log.SetRules(LogRules());
   const bool isFirst = ReadHead(log).number == 0;
-  const std::int64_t sealed = SealUnsealed(log, ledger.NewSeal(SealKind::kTakeover),
-                                           std::numeric_limits<std::int64_t>::max(), progress);
+  const std::int64_t sealed = SealUnsealed(log, ledger.NewSeal(SealKind::kTakeover), kAll, progress);
   if (!isFirst) report.found = sealed;
   changes.Commit();
 }
 
 }  // namespace
+
+bool NeedsSeal(dao::Database& log, const SealedSoFar& sealed, std::int64_t lastRow) {
+  return sealed.head.number == 0 ||
+         std::min(lastRow, log.Greatest(kExposures, SealedFields()[0])) >
+             log.Greatest(kSeals, "tSealNLastRow") ||
+         log.Greatest(kHistory, "tHistCulNrPk") > sealed.lastHistory;
+}
 
 void AddRows(Seal& seal, LineSeal& rows) {
   seal.firstRow = rows.First();
@@ -84,16 +74,17 @@ void AddHistory(Seal& seal, dao::Database& log, std::int64_t last) {
 }
 
 std::int64_t SealUnsealed(dao::Database& log, Seal seal, std::int64_t lastRow, const Progress& progress) {
-  const Head head = ReadHead(log);
-  const std::int64_t sealed = log.Greatest(kSeals, "tSealNLastRow");
+  const SealedSoFar sealed = ReadSealed(log);
+  const std::int64_t sealedRow = log.Greatest(kSeals, "tSealNLastRow");
   // Before the first seal every number counts; those of old logs may be negative.
-  const std::int64_t first = head.number == 0 ? std::numeric_limits<std::int64_t>::min() : sealed + 1;
+  const std::int64_t first =
+      sealed.head.number == 0 ? std::numeric_limits<std::int64_t>::min() : sealedRow + 1;
   LineSeal rows = ReadRows(log, first, lastRow, progress);
-  seal.number = head.number + 1;
+  seal.number = sealed.head.number + 1;
   AddRows(seal, rows);
-  AddHistory(seal, log, LastSealedHistory(log, head));
-  const bool isNeeded = head.number == 0 || seal.rows > 0 || seal.lastHistory >= seal.firstHistory;
-  if (isNeeded) WriteSeal(log, head.digest, seal);
+  AddHistory(seal, log, sealed.lastHistory);
+  const bool isNeeded = sealed.head.number == 0 || seal.rows > 0 || seal.lastHistory >= seal.firstHistory;
+  if (isNeeded) WriteSeal(log, sealed.head.digest, seal);
   return seal.rows;
 }
 
@@ -109,11 +100,11 @@ OpenReport OpenLedger(dao::Database& log, const std::shared_ptr<Ledger>& ledger,
 
 void SealGoingOn(dao::Database& log, const Ledger& ledger) {
   dao::ChangeGroup changes = log.BeginChanges();
-  const Head head = ReadHead(log);
+  const SealedSoFar sealed = ReadSealed(log);
   Seal seal = ledger.NewSeal(SealKind::kTakeover);
-  seal.number = head.number + 1;
-  AddHistory(seal, log, LastSealedHistory(log, head));
-  WriteSeal(log, head.digest, seal);
+  seal.number = sealed.head.number + 1;
+  AddHistory(seal, log, sealed.lastHistory);
+  WriteSeal(log, sealed.head.digest, seal);
   changes.Commit();
 }
 
@@ -121,8 +112,7 @@ void SealConverted(dao::Database& log, const platform::Author& author, const pla
                    const Progress& progress) {
   const Ledger ledger(author, clock);
   if (!HasSealTables(log)) MakeSealTables(log);
-  SealUnsealed(log, ledger.NewSeal(SealKind::kConversion), std::numeric_limits<std::int64_t>::max(),
-               progress);
+  SealUnsealed(log, ledger.NewSeal(SealKind::kConversion), kAll, progress);
 }
 
 }  // namespace varnlog::seals

@@ -22,6 +22,9 @@ void AddRows(Seal& seal, LineSeal& rows);
 /// The same for the rows of the history behind number `last`.
 void AddHistory(Seal& seal, dao::Database& log, std::int64_t last);
 
+/// Whether anything stands behind what is sealed, exposures up to `lastRow`.
+[[nodiscard]] bool NeedsSeal(dao::Database& log, const SealedSoFar& sealed, std::int64_t lastRow);
+
 /// Seals everything in the log that stands behind its last seal, within the caller's transaction: exposures
 /// up to `lastRow`, rows of the history. The number of exposures. `progress` is asked now and then whether to
 /// go on (dao::ErrorNumber::kCancelled when not).

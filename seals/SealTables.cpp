@@ -92,14 +92,18 @@ const std::vector<std::string>& LogRules() {
   return kRules;
 }
 
-Head ReadHead(dao::Database& log) {
+SealedSoFar ReadSealed(dao::Database& log) {
   const std::int64_t last = log.Greatest(kSeals, "tSealCulNrPk");
-  const std::vector<std::string> fields = {"tSealCulNrPk", "tSealSDigest"};
+  const std::vector<std::string> fields = {"tSealSDigest", "tSealNLastHist"};
   const auto scan = log.Scan(kSeals, fields, {.first = last, .last = last});
-  if (!scan->Next()) return {0, std::string(kNoDigest)};
-  Head head{last, TextOf(scan->Values()[1])};
+  if (!scan->Next()) return {.head = {0, std::string(kNoDigest)}, .lastHistory = 0};
+  SealedSoFar sealed{.head = {last, TextOf(scan->Values()[0])}, .lastHistory = NumberOf(scan->Values()[1])};
   static_cast<void>(scan->Next());
-  return head;
+  return sealed;
+}
+
+Head ReadHead(dao::Database& log) {
+  return ReadSealed(log).head;
 }
 
 Head WriteSeal(dao::Database& log, std::string_view previousDigest, const Seal& seal) {

@@ -69,6 +69,12 @@ void MakeSealTables(dao::Database& log);
 [[nodiscard]] const std::vector<std::string>& LogRules();
 
 [[nodiscard]] Head ReadHead(dao::Database& log);
+/// The newest seal and the last row of the history that is sealed.
+struct SealedSoFar {
+  Head head;
+  std::int64_t lastHistory = 0;
+};
+[[nodiscard]] SealedSoFar ReadSealed(dao::Database& log);
 /// Adds the seal behind `previous`; the result is the new head.
 Head WriteSeal(dao::Database& log, std::string_view previousDigest, const Seal& seal);
 

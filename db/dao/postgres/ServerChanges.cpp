@@ -35,6 +35,7 @@ void ServerStorage::Append(const TableSchema* table, std::string_view text) {
 }
 
 void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
+  NoteWritten(table);
   addedRows_[table.name];
   ++unsentRows_[table.name];
   ++rowsAdded_;
@@ -42,8 +43,22 @@ void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
 }
 
 void ServerStorage::WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement) {
+  NoteWritten(table);
   addedRows_[table.name].insert(row);
   Append(nullptr, std::string(statement) + "; ");
+}
+
+void ServerStorage::AddLaterByScript(const TableSchema& table, std::int64_t row, std::string_view statement) {
+  ++unsentRows_[table.name];
+  ++rowsAdded_;
+  WriteLater(table, row, statement);
+}
+
+bool ServerStorage::IsAddedByScript(const TableSchema& table, std::int64_t id) const {
+  constexpr std::int64_t kFew = 8;
+  const auto before = counters_.find(table.name);
+  return !isBulk_ && !yearFields_.contains(table.name) && before != counters_.end() &&
+         id - before->second <= kFew;
 }
 
 // Rows that are added get numbers above all that are there.

@@ -51,8 +51,8 @@ ServerRowWriter::ServerRowWriter(std::shared_ptr<ServerStorage> storage,
 }
 
 bool ServerRowWriter::KnowsRow(std::int64_t rowId) const {
-  return row_ != nullptr && rowId_ == rowId && storage_->InWork() && !storage_->IsReadOnly() &&
-         rowEpoch_ == storage_->Epoch() && rowChanges_ == storage_->OwnChanges();
+  return row_ != nullptr && rowId_ == rowId && storage_->WriteRight() != 0 &&
+         rowRight_ == storage_->WriteRight() && rowChanges_ == storage_->OwnChanges();
 }
 
 std::shared_ptr<const RowSet> ServerRowWriter::Read(std::int64_t rowId) {
@@ -69,7 +69,7 @@ std::shared_ptr<const RowSet> ServerRowWriter::Read(std::int64_t rowId) {
     row->Append([&](std::size_t column) { return found.Cell(0, static_cast<int>(column)); });
   row_ = row;
   rowId_ = rowId;
-  rowEpoch_ = storage_->Epoch();
+  rowRight_ = storage_->WriteRight();
   rowChanges_ = storage_->OwnChanges();
   return row_;
 }
@@ -79,7 +79,8 @@ std::int64_t ServerRowWriter::Insert(const CopyBuffer& buffer) {
   if (!hasCounter_ || places_.size() != table.fields.size()) return InsertAtOnce(buffer);
   const std::int64_t id = storage_->NextCounter(table);
   // A row of the history stands in one script with the change that it is about.
-  const bool isInScript = storage_->InPart();
+  const bool isInPart = storage_->InPart();
+  const bool isInScript = isInPart || storage_->IsAddedByScript(table, id);
   line_.clear();
   for (std::size_t field = 0; field < table.fields.size(); ++field) {
     if (field > 0) line_ += isInScript ? ',' : '\t';
@@ -91,10 +92,14 @@ std::int64_t ServerRowWriter::Insert(const CopyBuffer& buffer) {
     else
       AppendCopyValue(line_, value);
   }
-  if (isInScript)
-    storage_->WriteLater(table, id,
-                         "INSERT INTO " + QuoteIdentifier(table.name) + " (" + TableFieldList(table) +
-                             ") VALUES (" + line_ + ")");
+  const auto statement = [&] {
+    return "INSERT INTO " + QuoteIdentifier(table.name) + " (" + TableFieldList(table) + ") VALUES (" +
+           line_ + ")";
+  };
+  if (isInPart)
+    storage_->WriteLater(table, id, statement());
+  else if (isInScript)
+    storage_->AddLaterByScript(table, id, statement());
   else
     storage_->AddLater(table, line_ + '\n');
   return id;
@@ -118,6 +123,7 @@ std::int64_t ServerRowWriter::InsertAtOnce(const CopyBuffer& buffer) {
     numbers.push_back(std::to_string(storage_->NextCounter(Table())));
     add(key, numbers.back());
   }
+  storage_->NoteWritten(Table());
   const ServerResult added =
       storage_->Run("INSERT INTO " + QuoteIdentifier(Table().name) + " (" + fields + ") VALUES (" +
                         parameters + ") RETURNING " + QuoteIdentifier(key),
@@ -142,7 +148,7 @@ void ServerRowWriter::NoteChange(const CopyBuffer& buffer, std::int64_t rowId) {
     });
   }
   if (moves) storage_->NoteMove();
-  storage_->NoteChange();
+  storage_->NoteChange(Table());
 }
 
 void ServerRowWriter::OverwriteLater(const CopyBuffer& buffer, std::int64_t rowId) {
@@ -157,7 +163,7 @@ void ServerRowWriter::OverwriteLater(const CopyBuffer& buffer, std::int64_t rowI
 }
 
 bool ServerRowWriter::Overwrite(const CopyBuffer& buffer, std::int64_t rowId) {
-  // Within the program's transaction the row is still there when it was there before.
+  // Within the transaction the row is still there when it was there before.
   const bool isLater = storage_->InPart() && KnowsRow(rowId);
   NoteChange(buffer, rowId);
   if (isLater) {

@@ -29,10 +29,10 @@ class ServerRowWriter final : public RowWriter {
   bool hasCounter_;
   std::vector<std::size_t> places_;  // of the table's fields in the copy buffer, where it has them
   std::string line_;
-  // The row read last, as long as nobody can have changed it: within the program's transaction.
+  // The row read last, as long as nobody can have changed it: within one transaction that writes.
   std::shared_ptr<const RowSet> row_;
   std::int64_t rowId_ = 0;
-  std::int64_t rowEpoch_ = -1;
+  std::int64_t rowRight_ = 0;
   std::int64_t rowChanges_ = -1;
 };
 

@@ -3,6 +3,7 @@
 
 #include "db/dao/TableScan.h"
 #include "db/dao/ValueIndex.h"
+#include "db/dao/postgres/ServerSchema.h"
 #include "db/dao/postgres/ServerStorage.h"
 #include "db/dao/rows/ValueColumns.h"
 #include "db/dao/sql/JetSql.h"
@@ -52,20 +53,34 @@ class ServerScan final : public TableScan {
     // One row needs nothing that holds it together with others.
     const bool isSingle = range_.order.empty() && range_.first == range_.last;
     if (reading_ == nullptr && !isSingle) reading_ = std::make_unique<ReadingScope>(*storage_);
-    std::string condition =
-        order_ + " BETWEEN " + std::to_string(range_.first) + " AND " + std::to_string(range_.last);
-    if (slice_ != nullptr) {
-      const int last = slice_->RowCount() - 1;
-      condition += " AND (" + order_ + ", " + key_ + ") > (" + std::to_string(slice_->Number(last, 1)) +
-                   ", " + std::to_string(slice_->Number(last, 0)) + ")";
-    }
-    slice_ = std::make_unique<ServerResult>(storage_->RunOnce(
-        "SELECT " + columns_ + " FROM " + name_ + " WHERE " + condition + " ORDER BY " + order_ +
-        (range_.order.empty() ? "" : ", " + key_) + " LIMIT " + std::to_string(limit_)));
+    slice_ = std::make_unique<ServerResult>(slice_ == nullptr && range_.order.empty() ? FirstSlice()
+                                                                                      : NextSlice());
     isLast_ = slice_->RowCount() < limit_;
     limit_ = kSlice;
     row_ = -1;
     if (slice_->RowCount() == 0) End();
+  }
+
+  // Short scans, by which a change begins and ends, are the same statement each time.
+  [[nodiscard]] ServerResult FirstSlice() {
+    const NumberText first(range_.first);
+    const NumberText last(range_.last);
+    return storage_->Run(Select("$1::bigint AND $2::bigint", ""), {first.View(), last.View()});
+  }
+  [[nodiscard]] ServerResult NextSlice() {
+    std::string behind;
+    if (slice_ != nullptr) {
+      const int last = slice_->RowCount() - 1;
+      behind = " AND (" + order_ + ", " + key_ + ") > (" + std::to_string(slice_->Number(last, 1)) + ", " +
+               std::to_string(slice_->Number(last, 0)) + ")";
+    }
+    return storage_->RunOnce(
+        Select(std::to_string(range_.first) + " AND " + std::to_string(range_.last), behind));
+  }
+  [[nodiscard]] std::string Select(const std::string& bounds, const std::string& behind) const {
+    return "SELECT " + columns_ + " FROM " + name_ + " WHERE " + order_ + " BETWEEN " + bounds + behind +
+           " ORDER BY " + order_ + (range_.order.empty() ? "" : ", " + key_) + " LIMIT " +
+           std::to_string(limit_);
   }
 
   void End() {
@@ -166,8 +181,7 @@ std::unique_ptr<ValueIndex> ServerStorage::IndexValues(std::string_view table,
 
 std::int64_t ServerStorage::Greatest(std::string_view table, std::string_view field) {
   const auto schema = Table(table);
-  return Run("SELECT max(" + FieldNamed(*schema, field) + ") FROM " + QuoteIdentifier(schema->name))
-      .Number(0, 0);
+  return NumberFrom(*schema, "max(" + FieldNamed(*schema, field) + ")").value_or(0);
 }
 
 std::vector<IdRange> ServerStorage::UnusedIds(std::string_view table) {

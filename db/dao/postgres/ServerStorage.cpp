@@ -196,6 +196,7 @@ void ServerStorage::RunStorageSql(std::string_view storageSql) {
   static_cast<void>(
       Attempt([&](ServerSession& session) { return session.RunScript(std::string(storageSql)); }));
   tables_.clear();
+  asked_.clear();
   ++epoch_;
 }
 
@@ -231,6 +232,36 @@ std::int64_t ServerStorage::LastCounter(const TableSchema& table) {
   return used != usedCounters_.end() ? used->second : StateFrom(Run(kStateSql))[table.name];
 }
 
+std::optional<std::int64_t> ServerStorage::NumberFrom(const TableSchema& table,
+                                                      const std::string& expression) {
+  constexpr std::size_t kMostAsked = 16;
+  const auto from = [](const std::string& sql, const std::string& name) {
+    return "(SELECT " + sql + " FROM " + QuoteIdentifier(name) + ")";
+  };
+  const auto asked = std::ranges::find_if(asked_, [&](const AskedNumber& each) {
+    return each.table == table.name && each.expression == expression;
+  });
+  if (WriteRight() == 0 || (asked == asked_.end() && asked_.size() == kMostAsked)) {
+    const ServerResult found = Run("SELECT " + from(expression, table.name));
+    return found.IsNull(0, 0) ? std::nullopt : std::optional(found.Number(0, 0));
+  }
+  const auto place = static_cast<std::size_t>(asked - asked_.begin());
+  if (asked == asked_.end()) asked_.push_back({.table = table.name, .expression = expression, .number = {}});
+  if (asked_[place].writeRight != WriteRight() || asked_[place].written != written_[table.name]) {
+    std::string list;
+    for (const AskedNumber& each : asked_)
+      list += (list.empty() ? "" : ", ") + from(each.expression, each.table);
+    const ServerResult found = Run("SELECT " + list);
+    for (std::size_t i = 0; i < asked_.size(); ++i) {
+      const int column = static_cast<int>(i);
+      asked_[i].number = found.IsNull(0, column) ? std::nullopt : std::optional(found.Number(0, column));
+      asked_[i].writeRight = WriteRight();
+      asked_[i].written = written_[asked_[i].table];
+    }
+  }
+  return asked_[place].number;
+}
+
 std::string ServerStorage::KeyField(const TableSchema& table) {
   for (const FieldDef& field : table.fields)
     if (field.isCounter) return field.name;
@@ -254,27 +285,34 @@ void ServerStorage::BeginWriting() {
   }
   usedCounters_.clear();
   changes_ = std::max(changes_, counters_["changes"]);
+  ++writeRights_;
   transaction_ = Transaction::kWriting;
 }
 
 std::string ServerStorage::CommitScript() const {
-  std::string script;
-  for (const auto& [table, last] : usedCounters_)
-    script += "UPDATE varnlog_state SET value = " + std::to_string(last) +
-              " WHERE name = " + QuoteText(table) + "; ";
   const std::string number = std::to_string(changes_ + 1);
-  return script + "UPDATE varnlog_state SET value = " + number +
-         " WHERE name = 'changes'; INSERT INTO varnlog_openings (id, number, at) VALUES ('" + id_ + "', " +
-         std::to_string(transactions_) +
+  std::string values = "('changes', " + number + ")";
+  for (const auto& [table, last] : usedCounters_)
+    values += ", (" + QuoteText(table) + ", " + std::to_string(last) + ")";
+  return "UPDATE varnlog_state AS state SET value = new.value FROM (VALUES " + values +
+         ") AS new (name, value) WHERE state.name = new.name; "
+         "INSERT INTO varnlog_openings (id, number, at) VALUES ('" +
+         id_ + "', " + std::to_string(transactions_) +
          ", now()) ON CONFLICT (id) DO UPDATE SET number = EXCLUDED.number, at = EXCLUDED.at; NOTIFY " +
          channel_ + ", '" + number + "'; COMMIT";
 }
 
+// A script that is to be written last goes along.
 void ServerStorage::Commit() {
+  std::string script;
+  if (!added_.empty() && added_.back().table == nullptr) {
+    script = std::move(added_.back().lines);
+    added_.pop_back();
+  }
   SettleAdded();
   ++transactions_;
   try {
-    static_cast<void>(Line().RunScript(CommitScript()));
+    static_cast<void>(Line().RunScript(script + CommitScript()));
   } catch (const EngineError& error) {
     if (error.number() != ErrorNumber::kConnectionLost || transaction_ == Transaction::kLost) throw;
     transaction_ = Transaction::kLost;
@@ -391,41 +429,55 @@ void ServerStorage::UndoChange() noexcept {
 // In an update's transaction a part is what was not sent yet: there are thousands of them.
 void ServerStorage::BeginPart() {
   partCounters_ = usedCounters_;
-  if (!inWork_ || !isBulk_) {
-    static_cast<void>(Run("SAVEPOINT part"));
-    return;
-  }
   inPart_ = true;
+  isPartSaved_ = !inWork_ || !isBulk_;
+  isPartBegun_ = false;
+  MarkPart();
+}
+
+void ServerStorage::MarkPart() {
   partAdded_ = added_.size();
   partLength_ = added_.empty() ? 0 : added_.back().lines.size();
   partSent_ = sent_;
 }
 
+void ServerStorage::NoteWritten(const TableSchema& table) {
+  ++written_[table.name];
+  if (!inPart_ || !isPartSaved_ || std::exchange(isPartBegun_, true)) return;
+  MarkPart();
+  Append(nullptr, "SAVEPOINT part; ");
+}
+
 void ServerStorage::KeepPart() {
-  if (!std::exchange(inPart_, false)) static_cast<void>(Run("RELEASE SAVEPOINT part"));
+  if (isPartBegun_) {
+    Append(nullptr, "RELEASE SAVEPOINT part; ");
+    SendAdded();
+  }
+  inPart_ = false;
 }
 
 void ServerStorage::UndoPart() noexcept {
   usedCounters_ = partCounters_;
-  if (std::exchange(inPart_, false)) {
-    if (sent_ == partSent_) {
-      added_.resize(partAdded_);
-      if (!added_.empty()) added_.back().lines.resize(partLength_);
-    } else {
-      // Something of it is on the server already.
-      Undo();
-      transaction_ = Transaction::kLost;
-    }
+  inPart_ = false;
+  if (isPartSaved_ && !isPartBegun_) return;
+  if (sent_ == partSent_) {
+    added_.resize(partAdded_);
+    if (!added_.empty()) added_.back().lines.resize(partLength_);
     return;
   }
   ForgetAdded();
   if (session_ == nullptr || !session_->IsUp()) return;
   session_->Abandon();
   try {
-    static_cast<void>(session_->RunScript("ROLLBACK TO SAVEPOINT part; RELEASE SAVEPOINT part"));
+    if (isPartSaved_) {
+      static_cast<void>(session_->RunScript("ROLLBACK TO SAVEPOINT part; RELEASE SAVEPOINT part"));
+      return;
+    }
   } catch (const std::exception&) {
-    transaction_ = Transaction::kLost;
+    // What cannot be undone by itself is undone with all the rest.
   }
+  Undo();
+  transaction_ = Transaction::kLost;
 }
 
 void ServerStorage::BeginReading() {

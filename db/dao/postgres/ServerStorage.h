@@ -89,6 +89,11 @@ class ServerStorage final : public Storage {
   /// A statement that is sent with others at once, within the program's transaction: one that fails makes
   /// that fail as a whole. `table` and `row` are what it writes.
   void WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement);
+  /// The same for a row that is added outside of a part, where there are few of them: it needs no way of its
+  /// own.
+  void AddLaterByScript(const TableSchema& table, std::int64_t row, std::string_view statement);
+  /// Whether row `id`, which has been numbered just now, is to be added in that way.
+  [[nodiscard]] bool IsAddedByScript(const TableSchema& table, std::int64_t id) const;
   /// Whether something that is to be written later is about that row.
   [[nodiscard]] bool IsToBeWritten(const TableSchema& table, std::int64_t row) const;
   /// How many rows that AddLater() was given are not sent yet.
@@ -96,6 +101,10 @@ class ServerStorage final : public Storage {
   [[nodiscard]] bool InPart() const { return inPart_; }
   /// Sends what is to be written later; what the server says to it the next statement throws.
   void SendAdded();
+  /// A number that the server makes of a table's rows; nothing for NULL. Within a transaction that writes,
+  /// what the transactions before it have asked for is asked for at once.
+  [[nodiscard]] std::optional<std::int64_t> NumberFrom(const TableSchema& table,
+                                                       const std::string& expression);
   /// The next number of the table's counter, within a transaction.
   [[nodiscard]] std::int64_t NextCounter(const TableSchema& table);
   void SetCounter(const TableSchema& table, std::int64_t last);
@@ -112,7 +121,17 @@ class ServerStorage final : public Storage {
   /// transaction.
   [[nodiscard]] std::int64_t OwnChanges() const { return ownChanges_; }
   [[nodiscard]] std::int64_t Epoch() const { return epoch_; }
-  void NoteChange() { ++ownChanges_; }
+  /// The number of the transaction that holds the log's write right, so that nobody else can change a row; 0
+  /// for none.
+  [[nodiscard]] std::int64_t WriteRight() const {
+    return transaction_ == Transaction::kWriting ? writeRights_ : 0;
+  }
+  void NoteChange(const TableSchema& table) {
+    ++ownChanges_;
+    NoteWritten(table);
+  }
+  /// To be called before anything is written to the table.
+  void NoteWritten(const TableSchema& table);
   /// Of these, changes of a value by which rows are found.
   [[nodiscard]] std::int64_t Moves() const { return moves_; }
   void NoteMove() { ++moves_; }
@@ -134,6 +153,7 @@ class ServerStorage final : public Storage {
   auto Attempt(const Operation& operation);
   void RenewPlans();
   void Append(const TableSchema* table, std::string_view text);
+  void MarkPart();
   void ForgetAdded() noexcept;
   void SettleAdded();
   void MakeYears(const TableSchema& table, std::string_view lines);
@@ -172,10 +192,22 @@ class ServerStorage final : public Storage {
     std::string lines;
   };
   std::vector<Added> added_;
+  struct AskedNumber {
+    std::string table;
+    std::string expression;
+    std::optional<std::int64_t> number;
+    std::int64_t writeRight = 0;  // when it was read, ...
+    std::int64_t written = 0;     // ... and how often the table had been written to
+  };
+  std::vector<AskedNumber> asked_;
+  std::map<std::string, std::int64_t> written_;              // by table
+  std::int64_t writeRights_ = 0;                             // that this opening has had
   std::map<std::string, std::set<std::int64_t>> addedRows_;  // that they write, by table
   std::map<std::string, std::int64_t> unsentRows_;           // by table
   std::int64_t sent_ = 0;                                    // how often they were sent
   bool inPart_ = false;                                      // of the program's transaction
+  bool isPartSaved_ = false;                                 // it can be undone when it was sent, ...
+  bool isPartBegun_ = false;                                 // ... and something of it is to be written
   std::size_t partAdded_ = 0;                                // how many there were when it began, ...
   std::size_t partLength_ = 0;                               // ... the length of the last
   std::int64_t partSent_ = 0;

@@ -44,9 +44,7 @@ ServerTable::ServerTable(std::shared_ptr<ServerStorage> storage, std::shared_ptr
 }
 
 std::optional<std::int64_t> ServerTable::FirstId() {
-  const ServerResult found = storage_->Run("SELECT min(" + key_ + ") FROM " + name_);
-  if (found.IsNull(0, 0)) return std::nullopt;
-  return found.Number(0, 0);
+  return storage_->NumberFrom(Table(), "min(" + key_ + ")");
 }
 
 std::optional<std::int64_t> ServerTable::IdBehind(std::int64_t id) {

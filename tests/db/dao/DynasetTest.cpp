@@ -226,6 +226,13 @@ TEST_F(DynasetTest, RefusesToOverwriteWhatAnotherUserChangedMeanwhile) {
   EXPECT_EQ(ErrorOf([&] { rows->Update(); }), kNone) << "a change of one's own is no conflict";
   EXPECT_EQ(rows->Fields("tXraySVolt").Text(), "80");
   rows->Edit();
+  rows->Fields("tXraySVolt").SetText("85");
+  Damages(*otherLog, "UPDATE TXray SET tXraySVolt = '81' WHERE rowid = 1");
+  workspace_->BeginTrans();
+  EXPECT_EQ(ErrorOf([&] { rows->Update(); }), kDataChanged) << "a transaction that began meanwhile";
+  rows->CancelUpdate();
+  workspace_->Rollback();
+  rows->Edit();
   rows->Fields("tXraySVolt").SetText("90");
   Damages(*otherLog, "DELETE FROM TXray WHERE rowid = 1");
   EXPECT_EQ(ErrorOf([&] { rows->Update(); }), kRecordDeleted);
