@@ -1,5 +1,6 @@
 #include <array>
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <random>
 #include <signal.h>
@@ -53,7 +54,9 @@ class ServerKillsTest : public testing::Test {
         }
       });
       meanwhile(pid);
-      waitpid(pid, nullptr, 0);
+      int status = 0;
+      waitpid(pid, &status, 0);
+      if (status != 0) ++interrupted_;
       isOver = true;
     }
     return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now() - begin);
@@ -82,21 +85,24 @@ class ServerKillsTest : public testing::Test {
     EXPECT_EQ(verified.status, 0) << verified.out;
     EXPECT_THAT(verified.out, HasSubstr("sealed: " + std::to_string(reported_) + " exposures"));
   }
-  [[nodiscard]] static int Kills() {
-    const char* const given = std::getenv("VARNLOG_KILLS");
-    return given == nullptr ? 4 : std::atoi(given);
+  /// How many moments to try.
+  [[nodiscard]] static int Moments(const char* setting, int usually) {
+    const char* const given = std::getenv(setting);
+    return given == nullptr ? usually : std::atoi(given);
   }
 
   test::PrivateServer server_;
   Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
   std::mt19937 random_{20261122};
   std::atomic<int> reported_ = 0;
+  int interrupted_ = 0;  // updates that did not end well
 };
 
 TEST_F(ServerKillsTest, EachExposureIsThereOnceWhoeverIsKilled) {
   Reports(40);
-  Milliseconds usual = Updates([](pid_t) {});
-  for (int i = 0; i < 2 * Kills() && !HasFailure(); ++i) {
+  const Milliseconds usual = Updates([](pid_t) {});
+  const int moments = Moments("VARNLOG_KILLS", 4);
+  for (int i = 0; i < 2 * moments && !HasFailure(); ++i) {
     Reports(40);
     static_cast<void>(Updates([&](pid_t pid) {
       Waits(usual);
@@ -111,24 +117,34 @@ TEST_F(ServerKillsTest, EachExposureIsThereOnceWhoeverIsKilled) {
     if (i % 20 == 19) ExpectEachExposureOnce();
   }
   ExpectEachExposureOnce();
+  std::printf("interrupted %d of %d updates\n", interrupted_, 2 * moments);
 }
 
 // The second server has all that the first one called committed, because that one waits for it.
 TEST_F(ServerKillsTest, AnIntakeGoesOnOnTheServerThatTakesTheFirstOnesPlace) {
-  Reports(40);
+  Reports(300);
   const Milliseconds usual = Updates([](pid_t) {});
-  const test::PrivateServer second(server_);
-  server_.Sql("ALTER SYSTEM SET synchronous_standby_names = '*'; SELECT pg_reload_conf()");
+  test::PrivateServer second(server_);
   std::string link = test::ReadFile(installation_.log());
   link.insert(link.find("\nDatabase"), "," + second.Folder());
   Installation::Write(installation_.log(), link);
-  Reports(300);
-  static_cast<void>(Updates([&](pid_t) {
-    Waits(usual);
-    kill(server_.Processes().front(), SIGKILL);
-    second.Promote();
-  }));
+  test::PrivateServer* first = &server_;
+  test::PrivateServer* next = &second;
+  const int moments = Moments("VARNLOG_FAILOVERS", 2);
+  for (int i = 0; i < moments && !HasFailure(); ++i) {
+    if (i > 0) next->Follow(*first);
+    first->Sql("ALTER SYSTEM SET synchronous_standby_names = '*'; SELECT pg_reload_conf()");
+    Reports(300);
+    static_cast<void>(Updates([&](pid_t) {
+      Waits(usual);
+      first->Kill();
+      next->Promote();
+    }));
+    std::swap(first, next);
+    if (i % 10 == 9) ExpectEachExposureOnce();
+  }
   ExpectEachExposureOnce();
+  std::printf("interrupted %d of %d updates\n", interrupted_, moments);
 }
 
 }  // namespace

@@ -60,13 +60,12 @@ class PrivateServer {
   /// One that follows `followed` and is read only until Promote().
   explicit PrivateServer(const PrivateServer& followed) {
     MakeFolder();
-    Run(Program("pg_basebackup") + " -h " + followed.folder_ + " -U postgres -D " + Data() +
-        " -R -X stream -c fast --no-sync");
-    Start();
+    Copy(followed);
   }
   ~PrivateServer() {
+    Reap();
     try {
-      Stop();
+      if (!started_.empty()) Stop();
     } catch (const std::exception&) {
       // It was killed before.
     }
@@ -81,6 +80,14 @@ class PrivateServer {
   void Stop() {
     Reap();
     Run(Program("pg_ctl") + " -D " + Data() + " -m immediate stop > " + folder_ + ".log");
+  }
+  /// All its processes at once, so that nobody is told anything any more.
+  void Kill() {
+    for (const pid_t pid : Processes()) kill(pid, SIGKILL);
+    for (int attempt = 0; attempt < 200 && !started_.empty(); ++attempt) {
+      Reap();
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
   }
   /// Its processes, first the one on which all others depend.
   [[nodiscard]] std::vector<pid_t> Processes() const {
@@ -134,6 +141,14 @@ class PrivateServer {
           "/server.crt -c ssl_key_file=" + folder_ + "/server.key");
   }
   [[nodiscard]] const std::string& Port() const { return port_; }
+  /// Throws away what a killed server has and follows that one. It runs once more before, or what it had in
+  /// shared memory would be left there.
+  void Follow(const PrivateServer& followed) {
+    Start();
+    Stop();
+    std::filesystem::remove_all(Data());
+    Copy(followed);
+  }
   /// Makes one that follows another one independent.
   void Promote() const { Run(Program("pg_ctl") + " -D " + Data() + " -w promote > " + folder_ + ".log"); }
 
@@ -186,6 +201,11 @@ class PrivateServer {
   // One that was killed is taken for running until it was waited for.
   void Reap() {
     std::erase_if(started_, [](pid_t pid) { return waitpid(pid, nullptr, WNOHANG) != 0; });
+  }
+  void Copy(const PrivateServer& followed) {
+    Run(Program("pg_basebackup") + " -h " + followed.folder_ + " -U postgres -D " + Data() +
+        " -R -X stream -c fast --no-sync");
+    Start();
   }
   // In memory where there is a place for that: nothing there outlives the tests anyway.
   void MakeFolder() {
