@@ -183,15 +183,18 @@ void MainProgram::Update() {
 }
 
 void MainProgram::Select(core::SelectionKind kind) {
-  if (!ChooseSelection(globals_, kind, view_)) return;
-  view_.ViewResults();
+  const core::Selection before = globals_.CurrentSelection();
+  if (ChooseSelection(globals_, kind, view_)) ViewInstead(before);
+}
+
+void MainProgram::ViewInstead(const core::Selection& before) {
+  if (!view_.ViewResults()) globals_.CurrentSelection() = before;
   view_.FocusLogView();
 }
 
 void MainProgram::Show(const core::Selection& selection) {
-  globals_.CurrentSelection() = selection;
-  view_.ViewResults();
-  view_.FocusLogView();
+  const core::Selection before = std::exchange(globals_.CurrentSelection(), selection);
+  ViewInstead(before);
 }
 
 /// The safe answer is the default: an archive copy must not get today's exposures.

@@ -21,8 +21,9 @@ class MainView : public SelectionDialogs {
   /// Commands, status bar and title may have to change their state.
   virtual void RefreshCommands() = 0;
   [[nodiscard]] virtual bool LogViewLoaded() const = 0;
-  /// Shows the log view with the current selection, or makes it build its data anew.
-  virtual void ViewResults() = 0;
+  /// Shows the log view with the current selection, or makes it build its data anew. False when their server
+  /// is away and it shows what it has shown before.
+  virtual bool ViewResults() = 0;
   /// Brings the log view to the front; previews, which show what was before, close.
   virtual void FocusLogView() = 0;
   /// Stores what stands in an open cell editor; false when it was refused and stays there.
@@ -128,6 +129,7 @@ class MainProgram {
   /// What kept it from locking all corrections.
   [[nodiscard]] std::optional<dao::EngineError> TryToLock();
   void RunUpdate();
+  void ViewInstead(const core::Selection& before);
   bool Open(const std::string& file);
   bool OfferRepair(const std::string& file);
   /// Locks what was corrected so far.

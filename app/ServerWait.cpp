@@ -13,23 +13,30 @@ using core::literals::operator""_key;
 namespace {
 
 constexpr int kMillisecondsUntilMade = 300;  // the window shows itself a second later
-constexpr int kMillisecondsUntilOver = 300;
 constexpr double kMillisecondsOfPatience = 5'000;
 
 }  // namespace
 
-ServerWait::ServerWait(const core::TextLookup& texts) : texts_(texts) {
+ServerWait::ServerWait(const core::TextLookup& texts, dao::DBEngine& engine)
+    : texts_(texts), scope_(engine, [this] { return GoesOn(); }) {
   over_.setSingleShot(true);
-  over_.setInterval(kMillisecondsUntilOver);
+  over_.setInterval(0);
   QObject::connect(&over_, &QTimer::timeout, [this] {
     begin_.invalidate();
     window_.reset();
   });
 }
 
+// Between two calls nobody handles events: the timer ends only when the connection stands or has failed.
 bool ServerWait::GoesOn() {
-  if (!begin_.isValid()) begin_.start();
+  over_.stop();
+  const bool goesOn = ShowsOn();
   over_.start();
+  return goesOn;
+}
+
+bool ServerWait::ShowsOn() {
+  if (!begin_.isValid()) begin_.start();
   if (begin_.elapsed() < kMillisecondsUntilMade || isShowing_) {
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     return true;

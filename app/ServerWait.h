@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include "core/TextLookup.h"
+#include "db/dao/DBEngine.h"
 #include "ui/WaitWindow.h"
 
 namespace varnlog::app {
@@ -14,17 +15,20 @@ namespace varnlog::app {
 /// longer can be given up.
 class ServerWait {
  public:
-  explicit ServerWait(const core::TextLookup& texts);
-
-  /// Called again and again while a connection is being made; false gives it up.
-  [[nodiscard]] bool GoesOn();
+  /// For what `engine` waits for as long as this lives.
+  ServerWait(const core::TextLookup& texts, dao::DBEngine& engine);
 
  private:
+  /// Called again and again while a connection is being made; false gives it up.
+  [[nodiscard]] bool GoesOn();
+  [[nodiscard]] bool ShowsOn();
+
   const core::TextLookup& texts_;
   QElapsedTimer begin_;
-  QTimer over_;  // nobody has called for a moment: the connection stands, or has failed
+  QTimer over_;  // the connection stands, or has failed
   std::unique_ptr<ui::WaitWindow> window_;
   bool isShowing_ = false;
+  dao::WaitingScope scope_;
 };
 
 }  // namespace varnlog::app

@@ -249,10 +249,11 @@ void frmMDIMain::ShowConversion(const std::function<void(legacy::ConversionView&
   conversion(window);
 }
 
-void frmMDIMain::ViewResults() {
-  if (!context_.globals.LogEngineGl || !context_.globals.LogEngineGl->Database()) return;
+bool frmMDIMain::ViewResults() {
+  if (!context_.globals.LogEngineGl || !context_.globals.LogEngineGl->Database()) return true;
+  bool isShown = true;
   if (results_) {
-    results_->InitData();
+    isShown = results_->InitData();
   } else {
     const logview::ViewContext view{context_.globals,       context_.services.texts, context_.services.ini,
                                     context_.services.user, context_.scheme,         context_.shortDate,
@@ -261,6 +262,7 @@ void frmMDIMain::ViewResults() {
     AddChild(results_);
   }
   RefreshCommands();
+  return isShown;
 }
 
 void frmMDIMain::AddChild(QWidget* window) {

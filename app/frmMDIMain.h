@@ -130,7 +130,7 @@ class frmMDIMain final : public QMainWindow,
   void SetCaption(const std::string& caption) override;
   void RefreshCommands() override;
   [[nodiscard]] bool LogViewLoaded() const override { return !results_.isNull(); }
-  void ViewResults() override;
+  bool ViewResults() override;
   void FocusLogView() override;
   [[nodiscard]] bool CommitEntry() override { return !results_ || results_->CommitEdit(); }
   [[nodiscard]] std::string PendingValues() override;

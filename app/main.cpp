@@ -125,8 +125,7 @@ int RunProgram(core::Globals& globals, const Arguments& arguments) {
   if (first) dao::WarmUp();
   legacy::InstallJetFormat();
   start::Language texts(globals);
-  app::ServerWait serverWait(texts);
-  dao::DBEngine::Instance().SetWaiting([&serverWait] { return serverWait.GoesOn(); });
+  const app::ServerWait serverWait(texts, dao::DBEngine::Instance());
   ui::MessageBox user(texts);
   start::modINIFile ini;
   if (first && !started.isInspection) {

@@ -12,6 +12,7 @@ using enum dao::ErrorNumber;
 struct Meaning {
   dao::ErrorNumber number;
   TextKey key;
+  bool tellsReason = false;  // in the words of whoever gave it, after the meaning
 };
 
 constexpr auto kMeanings = std::to_array<Meaning>({
@@ -37,7 +38,10 @@ constexpr auto kMeanings = std::to_array<Meaning>({
     {kSyntaxError, "GL_ERR_3075"_key},
     {kTableNotFound, "GL_ERR_3078"_key},
     {kConnectionLost, "GL_ERR_3146"_key},
-    {kServerUnreachable, "GL_ERR_3151"_key},
+    {kServerUnreachable, "GL_ERR_3151"_key, true},
+    {kServerDatabaseMissing, "GL_ERR_3152"_key, true},
+    {kServerNotTrusted, "GL_ERR_3153"_key, true},
+    {kServerLibraryMissing, "GL_ERR_3154"_key, true},
     {kOutcomeUnknown, "GL_ERR_3155"_key},
     {kTooLongForField, "GL_ERR_3163"_key},
     {kRecordDeleted, "GL_ERR_3167"_key},
@@ -56,9 +60,12 @@ constexpr auto kMeanings = std::to_array<Meaning>({
 std::string EngineErrorText(const TextLookup& texts, dao::ErrorNumber number, std::string_view detail) {
   const auto* const meaning =
       std::ranges::find_if(kMeanings, [number](const Meaning& each) { return each.number == number; });
-  const TextKey key = meaning == kMeanings.end() ? "GL_ERR_3000"_key : meaning->key;
-  return std::to_string(static_cast<int>(number)) + ": " +
-         FilledText(texts, key, {{"strDetail", std::string(detail)}});
+  const bool isKnown = meaning != kMeanings.end();
+  std::string text =
+      std::to_string(static_cast<int>(number)) + ": " +
+      FilledText(texts, isKnown ? meaning->key : "GL_ERR_3000"_key, {{"strDetail", std::string(detail)}});
+  if (isKnown && meaning->tellsReason) text.append("\n\n").append(detail);
+  return text;
 }
 
 std::string EngineErrorText(const TextLookup& texts, const dao::EngineError& error) {

@@ -10,7 +10,8 @@
 namespace varnlog::core {
 
 /// What the user is told about an engine error: its number, and what it means in the current language.
-/// `detail`, the engine's own words, stands only for what nobody has foreseen.
+/// `detail`, the engine's own words, stands for what nobody has foreseen, and behind why a server is not
+/// there.
 [[nodiscard]] std::string EngineErrorText(const TextLookup& texts, dao::ErrorNumber number,
                                           std::string_view detail);
 [[nodiscard]] std::string EngineErrorText(const TextLookup& texts, const dao::EngineError& error);

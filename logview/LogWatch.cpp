@@ -1,24 +1,37 @@
 #include "logview/LogWatch.h"
 
-#include <array>
 #include <utility>
 
 #include "core/LogLayout.h"
 
 namespace varnlog::logview {
 
+bool IsServerAway(dao::ErrorNumber number) {
+  switch (number) {
+    case dao::ErrorNumber::kBadAccount:
+    case dao::ErrorNumber::kCancelled:
+    case dao::ErrorNumber::kConnectionLost:
+    case dao::ErrorNumber::kOutcomeUnknown:
+    case dao::ErrorNumber::kServerDatabaseMissing:
+    case dao::ErrorNumber::kServerNotTrusted:
+    case dao::ErrorNumber::kServerUnreachable:
+      return true;
+    default:
+      return false;
+  }
+}
+
 LogWatch::LogWatch(std::shared_ptr<dao::Database> log) : log_(std::move(log)), seen_(Now()) {}
 
 // The stamp first: what changes while the rest is asked for is news the next time.
 LogWatch::State LogWatch::Now() const {
-  const std::array columns = {dao::IndexedColumn{.fields = {"tXraySType"}}};
-  State state{.stamp = log_->IndexValues(core::kExposureTable, columns)};
+  State state{.stamp = log_->Stamp()};
   state.lastExposure = log_->Greatest(core::kExposureTable, "tXrayCulIntIDPk");
   return state;
 }
 
 LogWatch::News LogWatch::Look() {
-  if (seen_.stamp->IsCurrent()) return News::kNone;
+  if (seen_.stamp == log_->Stamp()) return News::kNone;
   const std::int64_t before = seen_.lastExposure;
   seen_ = Now();
   return seen_.lastExposure > before ? News::kExposures : News::kValues;

@@ -4,9 +4,11 @@
 #include <memory>
 
 #include "db/dao/DBEngine.h"
-#include "db/dao/ValueIndex.h"
 
 namespace varnlog::logview {
+
+/// What a server was asked for it may well give later.
+[[nodiscard]] bool IsServerAway(dao::ErrorNumber number);
 
 /// Tells whether what is shown of a log on a server may have changed, at the price of a look at what the
 /// server has announced; only when there is something new is it asked what.
@@ -17,13 +19,13 @@ class LogWatch {
   /// From now on. Throws dao::EngineError.
   explicit LogWatch(std::shared_ptr<dao::Database> log);
 
-  /// Since the last look; changes made here count as well. Throws dao::EngineError, and then says the same
-  /// the next time.
+  /// Since the last look; changes made here count as well. A connection that was lost is made anew. Throws
+  /// dao::EngineError, and then says the same the next time.
   [[nodiscard]] News Look();
 
  private:
   struct State {
-    std::unique_ptr<dao::ValueIndex> stamp;  // asked for nothing but whether it is current
+    dao::RowStamp stamp;
     std::int64_t lastExposure = 0;
   };
   [[nodiscard]] State Now() const;

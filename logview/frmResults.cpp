@@ -32,10 +32,11 @@ constexpr std::string_view kDigitKey = "DigitWidth";
 // A slice takes a few milliseconds, so that keys and mouse are answered while a million rows are counted.
 constexpr std::int64_t kRowsPerSlice = 20'000;
 
-// The server's announcements are heard that often, and after a failure, which may have kept the user waiting,
-// not so soon again.
+// The server's announcements are heard that often, and after a failure, which takes a moment each time, not
+// so soon again.
 constexpr int kMillisecondsBetweenLooks = 500;
-constexpr int kMillisecondsAfterFailure = 15'000;
+constexpr int kMillisecondsAfterFailure = 5'000;
+constexpr int kMillisecondsUnasked = 700;
 
 // Margins, and the mark of the sorted column.
 constexpr int kHeadingExtra = 30;
@@ -155,18 +156,21 @@ void frmResults::LimitInput() {
   }
 }
 
-void frmResults::InitData() {
-  if (!grid_->CommitEdit()) return;
+bool frmResults::InitData() {
+  if (!grid_->CommitEdit()) return true;
   const SelectionView view = BuildSelection(context_.globals, context_.texts, context_.shortDate);
   // The frame shows this behind the headline, in brackets.
   setWindowTitle(ui::ToQString(db::FileNamePart(context_.globals.strDataFileGl)));
+  const auto place = data1_ && view.sql == recordSource_ ? PlaceIn(*data1_, *grid_) : std::nullopt;
+  const bool isOpen = OpenRows(view.sql);
+  if (!isOpen && data1_) return false;
   if (!view.headline.empty()) {
     headline_ = view.headline;
     host_.SetCaption(view.headline);
     ShowIcon(view.icon);
   }
-  const auto place = data1_ && view.sql == recordSource_ ? PlaceIn(*data1_, *grid_) : std::nullopt;
-  if (OpenRows(view.sql) && place && data1_) ReturnTo(*place, *data1_, *grid_);
+  if (place && data1_) ReturnTo(*place, *data1_, *grid_);
+  return true;
 }
 
 void frmResults::ReloadInPlace() {
@@ -189,68 +193,85 @@ void frmResults::ShowPending() {
   find_->hide();
   filter_.SetQuery({});
   filter_.SetOnlyIncomplete(false);
+  if (!OpenRows(PendingRows(context_.edits)) && data1_) return;
   headline_ = context_.texts.GetText("RS_PENDING"_key);
   host_.SetCaption(headline_);
-  (void)OpenRows(PendingRows(context_.edits));
 }
 
-bool frmResults::OpenRows(const std::string& sql) {
+void frmResults::LetGoOfRows() {
   countTimer_.stop();
-  recordSource_ = sql;
   filterTimer_.stop();
   sumTimer_.stop();
+  watchTimer_.stop();
   tally_.reset();
   sums_->clear();
   rowSource_.reset();
   data1_.reset();
   all_.reset();
+  watch_.reset();
   entered_.clear();
-  populated_ = true;
-  std::int64_t count = 0;
-  grid_->SetEmptyText(ui::Caption(context_.texts, "RS_EMPTY"_key));
+}
+
+bool frmResults::OpenRows(const std::string& sql) {
   try {
     const HourGlass hourGlass;
-    if (const auto& log = context_.globals.LogEngineGl->Database()) {
-      BeginWatch();
-      all_ = log->OpenRecordset(sql, dao::RecordsetType::kDynaset);
-      populated_ = all_->Populate(kRowsPerSlice);
+    const auto& log = context_.globals.LogEngineGl->Database();
+    std::optional<LogWatch> watch;
+    // Before the rows are read, so that no change falls between the two.
+    if (log && dao::IsServerLink(log->Name())) watch.emplace(log);
+    auto rows = log ? log->OpenRecordset(sql, dao::RecordsetType::kDynaset) : nullptr;
+    const bool isPopulated = !rows || rows->Populate(kRowsPerSlice);
+    LetGoOfRows();
+    recordSource_ = sql;
+    populated_ = isPopulated;
+    all_ = std::move(rows);
+    watch_ = std::move(watch);
+    if (watch_) watchTimer_.start(kMillisecondsBetweenLooks);
+    if (all_) {
       filter_.Renew(log);
       data1_ = filter_.IsActive() ? filter_.Shown(*all_) : all_->Clone();
-      count = data1_->RecordCount();
     }
+    grid_->SetEmptyText(ui::Caption(context_.texts, "RS_EMPTY"_key));
+    grid_->ReBind(data1_ ? data1_->RecordCount() : 0);
   } catch (const dao::EngineError& error) {
-    data1_.reset();
-    all_.reset();
-    grid_->SetEmptyText(ui::Caption(context_.texts, "RS_UNREADABLE"_key));
-    grid_->ReBind(0);
-    host_.ShowRowCount(0, true);
-    ShowError(error);
+    RowsUnreadable(sql, error);
     return false;
   }
-  grid_->ReBind(count);
   MarkSort();
   ShowCounts();
   (populated_ ? filterTimer_ : countTimer_).start();
   return true;
 }
 
-// Before the rows are read, so that no change falls between the two.
-void frmResults::BeginWatch() {
-  watch_.reset();
-  watchTimer_.stop();
-  const auto& log = context_.globals.LogEngineGl->Database();
-  if (!dao::IsServerLink(log->Name())) return;
-  watchTimer_.start(kMillisecondsBetweenLooks);
-  watch_.emplace(log);
+void frmResults::RowsUnreadable(const std::string& sql, const dao::EngineError& error) {
+  if (data1_ && IsServerAway(error.number())) {
+    ServerIsAway();
+    context_.Messages().ShowText(core::EngineErrorText(context_.texts, error) + "\n\n" +
+                                 context_.texts.GetText("RS_AWAY"_key));
+    return;
+  }
+  LetGoOfRows();
+  recordSource_ = sql;
+  populated_ = true;
+  grid_->SetEmptyText(ui::Caption(context_.texts, "RS_UNREADABLE"_key));
+  grid_->ReBind(0);
+  host_.ShowRowCount(0, true);
+  if (IsServerAway(error.number())) watchTimer_.start(kMillisecondsAfterFailure);
+  ShowError(error);
 }
 
-// An entry being made is compared with what its author sees, so that stays until he is done.
+// An entry being made is compared with what its author sees, so that stays until he is done. Nobody has asked
+// for this, so nobody is shown that a server is waited for.
 void frmResults::LookForNews() {
   if (!populated_ || grid_->IsEditing() || QApplication::activeModalWidget() != nullptr) return;
+  QElapsedTimer begin;
+  begin.start();
+  const dao::WaitingScope unasked(dao::DBEngine::Instance(),
+                                  [&begin] { return begin.elapsed() < kMillisecondsUnasked; });
   try {
-    if (isAway_ || !watch_) watch_.emplace(context_.globals.LogEngineGl->Database());
-    if (std::exchange(isAway_, false)) return Reconnected();
+    if (!watch_) watch_.emplace(context_.globals.LogEngineGl->Database());
     const LogWatch::News news = watch_->Look();
+    if (std::exchange(isAway_, false) || !data1_) return Reconnected();
     if (news == LogWatch::News::kExposures) return ReloadInPlace();
     if (news == LogWatch::News::kNone) return;
     grid_->Refresh();
@@ -262,14 +283,22 @@ void frmResults::LookForNews() {
 
 void frmResults::ServerIsAway() {
   if (!watchTimer_.isActive()) return;
-  isAway_ = true;
+  if (!std::exchange(isAway_, true)) Say("RS_AWAY"_key);
   watchTimer_.start(kMillisecondsAfterFailure);
 }
 
 void frmResults::Reconnected() {
-  ReloadInPlace();
-  // The status bar shows it until there is something else to show.
-  QStatusTipEvent said(ui::Caption(context_.texts, "MN_RECONNECTED"_key));
+  watchTimer_.start(kMillisecondsBetweenLooks);
+  if (data1_)
+    ReloadInPlace();
+  else
+    (void)OpenRows(recordSource_);
+  Say("MN_RECONNECTED"_key);
+}
+
+// The status bar shows it until there is something else to show.
+void frmResults::Say(core::TextKey key) {
+  QStatusTipEvent said(ui::Caption(context_.texts, key));
   QCoreApplication::sendEvent(window(), &said);
 }
 
@@ -338,18 +367,10 @@ void frmResults::ReloadGrid() {
 }
 
 void frmResults::CloseData() {
-  countTimer_.stop();
-  filterTimer_.stop();
-  sumTimer_.stop();
-  watchTimer_.stop();
-  watch_.reset();
-  tally_.reset();
+  LetGoOfRows();
   filter_.Close();
   grid_->SetEvents(nullptr);
   grid_->ReBind(0);
-  rowSource_.reset();
-  data1_.reset();
-  all_.reset();
 }
 
 void frmResults::ApplyReadOnly() {

@@ -77,7 +77,8 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
 
   /// Builds the query of the selection in the globals and shows its rows from the first one on. An open
   /// editor is left first; when its entry is refused, everything stays as it is.
-  void InitData();
+  /// False when that server is away from which they come: then what was shown before still is.
+  bool InitData();
   /// The same rows and what has come to them, seen from the same place: scroll position, current cell, marked
   /// cells and focus stay. Not while a cell is being edited.
   void ReloadInPlace();
@@ -143,6 +144,8 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   void LoadColors();
   void ShowIcon(const std::string& key);
   bool OpenRows(const std::string& sql);
+  void RowsUnreadable(const std::string& sql, const dao::EngineError& error);
+  void LetGoOfRows();
   void CountFurtherRows();
   void FilterChanged();
   /// Shows the rows that the filter lets through now, and stays at the exposure where the user is.
@@ -165,10 +168,10 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   /// The log that the rows come from.
   [[nodiscard]] dao::Database& Log() const { return *context_.globals.LogEngineGl->Database(); }
   void ShowError(const dao::EngineError& error);
-  void BeginWatch();
   /// What another workstation has changed is shown as soon as nobody is disturbed by that.
   void LookForNews();
   void ServerIsAway();
+  void Say(core::TextKey key);
   /// What was not seen meanwhile is shown, and that the server answers again is said.
   void Reconnected();
   /// Finds out who has entered what the user wanted to enter.

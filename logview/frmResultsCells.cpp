@@ -54,12 +54,6 @@ ui::DataFailure WriteFailureOf(const core::TextLookup& texts, const dao::EngineE
   return failure;
 }
 
-/// What was entered can be stored as soon as the server answers again.
-bool IsServerAway(dao::ErrorNumber number) {
-  return number == dao::ErrorNumber::kConnectionLost || number == dao::ErrorNumber::kServerUnreachable ||
-         number == dao::ErrorNumber::kOutcomeUnknown || number == dao::ErrorNumber::kCancelled;
-}
-
 void FillRow(dao::Recordset& rows, const RowDisplay& display, const CellStates& states, const CEdits& edits,
              ui::RowBuffer& rowBuf, int row) {
   for (int column = 0; column < rowBuf.ColumnCount(); ++column) {

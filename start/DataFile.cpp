@@ -20,6 +20,10 @@ void ShowOpenError(const Services& services, const db::CJetEngine& engine, const
                    std::int32_t number) {
   switch (static_cast<dao::ErrorNumber>(number)) {
     case dao::ErrorNumber::kServerUnreachable:
+    case dao::ErrorNumber::kServerDatabaseMissing:
+    case dao::ErrorNumber::kServerNotTrusted:
+    case dao::ErrorNumber::kServerLibraryMissing:
+    case dao::ErrorNumber::kCancelled:
       services.Messages().ShowText(core::EngineErrorText(services.texts, engine));  // holds the reason
       break;
     case dao::ErrorNumber::kFileInUse:

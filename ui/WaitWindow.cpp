@@ -23,6 +23,8 @@ WaitWindow::WaitWindow(QWidget* parent, const core::TextLookup& texts, const cha
   dialog_.setMinimumDuration(kMillisecondsUntilShown);
   dialog_.setAutoReset(false);
   dialog_.setAutoClose(false);
+  // The escape key is a shortcut only where the dialog has become the active window.
+  QObject::connect(&dialog_, &QDialog::rejected, &dialog_, &QProgressDialog::cancel);
   dialog_.setRange(0, kSteps);
   dialog_.setValue(0);
 }

@@ -30,8 +30,8 @@ void DBEngine::SetForeignFormat(ForeignFormat format) {
   state_->foreign = std::move(format);
 }
 
-void DBEngine::SetWaiting(std::function<bool()> waiting) {
-  state_->waiting = std::move(waiting);
+std::function<bool()> DBEngine::SetWaiting(std::function<bool()> waiting) {
+  return std::exchange(state_->waiting, std::move(waiting));
 }
 
 std::shared_ptr<Workspace> DBEngine::CreateWorkspace(std::string name, std::string user,

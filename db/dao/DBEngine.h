@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "db/dao/ForeignFormat.h"
 #include "db/dao/Recordset.h"
 #include "db/dao/RepairReport.h"
+#include "db/dao/RowStamp.h"
 #include "db/dao/TableDef.h"
 
 namespace varnlog::dao {
@@ -117,6 +119,10 @@ class Database {
                                                         std::span<const IndexedColumn> columns);
   /// The greatest value of a field of whole numbers; 0 when there is none.
   [[nodiscard]] std::int64_t Greatest(std::string_view table, std::string_view field);
+  /// Of the whole log: as long as it stays equal nobody has changed a row. Costs little, for others' changes
+  /// of a log on a server are announced; where the connection was lost it is made anew. Throws as reading
+  /// does.
+  [[nodiscard]] RowStamp Stamp();
 
   /// Hears of all changes from now on, made through whatever Database object of this open file; see
   /// ChangeJournal.h. Nothing for none.
@@ -247,8 +253,8 @@ class DBEngine {
   void SetForeignFormat(ForeignFormat format);
 
   /// Is asked now and then while a server is being reached, so that a window stays alive; false gives up
-  /// (kCancelled).
-  void SetWaiting(std::function<bool()> waiting);
+  /// (kCancelled). Gives back the one that was asked so far.
+  std::function<bool()> SetWaiting(std::function<bool()> waiting);
 
   /// The workgroup file that names the accounts; checked by CreateWorkspace.
   [[nodiscard]] const std::string& SystemDB() const { return systemDB_; }
@@ -302,6 +308,20 @@ class DBEngine {
   std::string systemDB_;
   std::vector<std::shared_ptr<Workspace>> workspaces_;
   std::shared_ptr<EngineState> state_;
+};
+
+/// While it lives, this one is asked while a server is being reached, afterwards again the one before.
+class WaitingScope {
+ public:
+  WaitingScope(DBEngine& engine, std::function<bool()> waiting)
+      : engine_(engine), before_(engine.SetWaiting(std::move(waiting))) {}
+  ~WaitingScope() { engine_.SetWaiting(std::move(before_)); }
+  WaitingScope(const WaitingScope&) = delete;
+  WaitingScope& operator=(const WaitingScope&) = delete;
+
+ private:
+  DBEngine& engine_;
+  std::function<bool()> before_;
 };
 
 }  // namespace varnlog::dao

@@ -95,6 +95,11 @@ std::int64_t Database::Greatest(std::string_view table, std::string_view field) 
   return storage_->Greatest(table, field);
 }
 
+RowStamp Database::Stamp() {
+  if (!storage_->IsOpen()) throw EngineError(ErrorNumber::kObjectInvalid, "The database was closed.");
+  return storage_->Stamp();
+}
+
 void Database::SetJournal(std::shared_ptr<ChangeJournal> journal) {
   storage_->SetJournal(std::move(journal));
 }

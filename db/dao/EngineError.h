@@ -31,7 +31,10 @@ enum class ErrorNumber : int {
   kObjectNotFound = 3011,
   kConnectionLost = 3146,  // the server stopped answering; an open transaction is undone
   kServerUnreachable = 3151,
-  kOutcomeUnknown = 3155,  // the server stopped answering while it committed
+  kServerDatabaseMissing = 3152,
+  kServerNotTrusted = 3153,      // no protected connection: its certificate does not fit, or it has none
+  kServerLibraryMissing = 3154,  // of this workstation
+  kOutcomeUnknown = 3155,        // the server stopped answering while it committed
   kTooLongForField = 3163,
   kRecordDeleted = 3167,
   kDataChanged = 3197,

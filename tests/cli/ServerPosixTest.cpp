@@ -51,6 +51,32 @@ TEST_F(ServerCommandTest, ALogGoesToTheServerAndBackWithItsSeals) {
   EXPECT_EQ(Content("back.mdb"), before);
 }
 
+TEST_F(ServerCommandTest, WhereverItIsKilledALogIsTakenOverWhollyOrNotAtAll) {
+  std::vector<tools::Exposure> more;
+  for (int i = 0; i < 300; ++i)
+    more.push_back(NewExposure("Patient " + std::to_string(i), "XI", "02.03.2004", "08:00:00"));
+  installation_.Reports(more);
+  ASSERT_EQ(installation_.Ctl("update").status, 0);
+  const std::string before = Content("Data/Varnlog.mdb");
+  ASSERT_EQ(Server("init").status, 0);
+  const std::string nothing = Content("link");
+  const std::string adopt = installation_.CtlCommand() + " server adopt '" + Path("link").string() + "' '" +
+                            installation_.log().string() + "'";
+  int interrupted = 0;
+  for (int milliseconds = 10; Content("link") == nothing && milliseconds < 60'000; milliseconds += 20) {
+    if (installation_.Shell("timeout -s KILL " + std::to_string(milliseconds / 1000.0) + " " + adopt)
+            .status != 0)
+      ++interrupted;
+    server_.Sql(
+        "DO $$ BEGIN IF EXISTS (SELECT FROM pg_trigger t JOIN pg_class c ON c.oid = tgrelid WHERE "
+        "relnamespace = 'practice'::regnamespace AND NOT tgisinternal AND tgenabled NOT IN ('O', 'A')) "
+        "THEN RAISE 'rules are off'; END IF; END $$");
+  }
+  EXPECT_GT(interrupted, 3);
+  EXPECT_EQ(Content("link"), before);
+  EXPECT_THAT(Server("check").out, HasSubstr("\nok\n"));
+}
+
 TEST_F(ServerCommandTest, AnAccountOfTheProgramTakesExposuresInAndNothingElse) {
   ASSERT_EQ(Server("init").status, 0);
   server_.Sql("DROP ROLE IF EXISTS maria; CREATE ROLE maria LOGIN; GRANT practice_program TO maria");

@@ -135,7 +135,7 @@ class Entries {
   [[nodiscard]] std::string WrongIn(dao::Database& log) const {
     std::string wrong;
     std::map<std::int64_t, std::string> there;
-    const auto rows = log.OpenRecordset("TXray");
+    const auto rows = log.OpenRecordset("SELECT TXray.* FROM TXray");
     for (; !rows->IsEOF(); rows->MoveNext())
       there[rows->Fields("tXrayCulIntIDPk").Number()] = rows->Fields("tXraySDose").Text();
     for (const auto& [exposure, value] : stored_)

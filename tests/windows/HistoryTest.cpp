@@ -88,15 +88,13 @@ TEST_F(HistoryTest, TheWindowVerifiesTheLogAsVarnlogctlDoes) {
       Verifies(*program_, anchor.toLower().replace('-', ' ')).contains("enthält den genannten Stand"));
   EXPECT_TRUE(Verifies(*program_, anchor.chopped(1)).contains("kein Anker"));
 
-  installation_.WithLog(false, [](dao::Database& log) {
-    log.Execute("DROP TRIGGER rXrayDelete; DELETE FROM TXray WHERE tXrayCulIntIDPk = 2");
-  });
+  installation_.DamagesLog("DELETE FROM TXray WHERE tXrayCulIntIDPk = 2");
   const QString broken = Verifies(*program_, {});
   const QStringList told =
       QString::fromStdString(installation_.Ctl("verify").out).split('\n', Qt::SkipEmptyParts);
-  ASSERT_EQ(told.size(), 2);
+  ASSERT_FALSE(told.empty());
   for (const QString& line : told) EXPECT_TRUE(broken.contains(line)) << broken.toStdString();
-  EXPECT_TRUE(broken.startsWith("Abweichungen: 2"));
+  EXPECT_TRUE(broken.startsWith("Abweichungen: " + QString::number(told.size())));
 }
 
 TEST_F(HistoryTest, AnOlderCopyIsWarnedOfOnceAndABrokenChainInOneMessage) {

@@ -104,6 +104,7 @@ TEST_F(MainWindow, ThePatientSearchSurvivesAnyEntry) {
     Child<QLineEdit>(dialog, "txtSearch").setText("abel,k");
     Child<QPushButton>(dialog, "cmdSearch").click();
     EXPECT_EQ(Child<QTreeWidget>(dialog, "lvwPat").topLevelItemCount(), 1) << "without the blank";
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
     QTest::keyClicks(&Child<QLineEdit>(dialog, "txtSearch"), "x");
     QTest::keyClick(&Child<QLineEdit>(dialog, "txtSearch"), Qt::Key_Down);
     EXPECT_EQ(dialog.focusWidget(), &Child<QTreeWidget>(dialog, "lvwPat"));

@@ -40,10 +40,9 @@ TEST_F(RoughUse, AnotherWorkstationsWorkShowsWhenAValueIsEntered) {
     return TakeMessages().join('|').toStdString();
   };
   const std::string inUse = Text("RS_ERR_RECORDEX"_key).toStdString();
-  installation_.WithLog(false, [](dao::Database& log) {
-    log.Execute("UPDATE TXray SET tXraySVolt = '71' WHERE tXraySType = 'XC'");
-    log.Execute("DELETE FROM TXray WHERE tXraySName = 'O''Hara'");
-  });
+  installation_.DamagesLog(
+      "UPDATE TXray SET tXraySVolt = '71' WHERE tXraySType = 'XC'; "
+      "DELETE FROM TXray WHERE tXraySName = 'O''Hara'");
   // The first row was corrected meanwhile, and the newer value has not been seen here.
   EXPECT_EQ(entering(0, kVoltageColumn, "65"), inUse);
   EXPECT_EQ(Stored("tXraySVolt"), Grid().CellText(0, kVoltageColumn).toStdString());
@@ -60,11 +59,12 @@ TEST_F(RoughUse, NamesOfEveryKindAreShownFoundAndSelected) {
   Starts();
   const std::vector<std::string> names = {"100% - [echt]", "Weiß_Ö?",    "{dao.x}", "\"Rex\"",
                                           "Ünal; -- x",    "#1 & Söhne", wide,      "אבג"};
-  installation_.WithLog(false, [&](dao::Database& log) {
-    for (const std::string& name : names)
-      log.Execute("INSERT INTO TXray (tXraySName, tXraySFirstname, tXrayDBirthday, tXrayTs) VALUES ('" +
-                  name + "', 'Käthe', '1960-02-01 00:00:00', '2023-01-01 08:00:00')");
-  });
+  int number = 100;
+  for (const std::string& name : names)
+    installation_.DamagesLog(
+        "INSERT INTO TXray (tXrayCulIntIDPk, tXraySName, tXraySFirstname, tXrayDBirthday, tXrayTs) VALUES (" +
+        std::to_string(++number) + ", '" + name +
+        "', 'Käthe', '1960-02-01 00:00:00', '2023-01-01 08:00:00')");
   Triggers(mnuSortAll);
   for (const std::string& name : names) {
     EXPECT_TRUE(std::ranges::count(Patients(), name) == 1) << name;
@@ -97,7 +97,7 @@ TEST_F(RoughUse, AnApostropheInASelectedNameIsToldAndNothingElseHappens) {
       "]\nSortSelectionGl=2\nName=O'Hara\nFirstName=Käthe\nBirth=19600201\n"
       "[User]\nDataFile=" +
       installation_.log().string() + "\n");
-  fs::copy_file(installation_.program() / "varnlog.md0", installation_.log());
+  installation_.MakeLog();
   Starts();
   EXPECT_EQ(started_.size(), 3) << started_.join("\n--\n").toStdString();
   EXPECT_EQ(started_.last(), "3075: " + Text("GL_ERR_3075"_key)) << "in the user's language";

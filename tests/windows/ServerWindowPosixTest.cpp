@@ -1,4 +1,10 @@
+#include <QStatusBar>
+
+#include "app/ServerWait.h"
+#include "tests/support/FakeTexts.h"
+#include "tests/support/LogFolder.h"
 #include "tests/support/PrivateServer.h"
+#include "tests/support/SilentHost.h"
 #include "tests/windows/MainWindow.h"
 
 // The program on a log that lies on a server.
@@ -39,6 +45,8 @@ class ServerWindow : public MainWindow {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
     QTest::keyClicks(QApplication::focusWidget(), text);
   }
+
+  [[nodiscard]] bool Says(core::TextKey key) { return Window().statusBar()->currentMessage() == Text(key); }
 
   varnlog::test::PrivateServer& server_ = varnlog::test::PrivateServer::Instance();
 };
@@ -84,6 +92,64 @@ TEST_F(ServerWindow, AnEntryThatMeetsNoServerStaysInItsEditorAndIsTriedAgain) {
   EXPECT_TRUE(Grid().CommitEdit());
   EXPECT_FALSE(Grid().IsEditing());
   EXPECT_EQ(Stored("tXraySVolt"), "65");
+}
+
+TEST_F(ServerWindow, WhatWasReadStaysInViewWhileTheServerIsAway) {
+  const QStringList patients = ColumnTexts(logview::kPatientColumn);
+  const QString title = Window().windowTitle();
+  server_.Stop();
+  Triggers(mnuViewLoad);
+  EXPECT_TRUE(TakeMessages().join('|').contains(Text("RS_AWAY"_key)));
+  QTest::qWait(2'200);  // so long nobody tries again
+  InDialog("frmBegEnd", [](QDialog& dialog) { EntersPeriod(dialog, "01.02.2020", "03.02.2020"); });
+  Triggers(mnuSortDateAll);
+  EXPECT_TRUE(TakeMessages().join('|').contains(Text("RS_AWAY"_key)));
+  EXPECT_EQ(ColumnTexts(logview::kPatientColumn), patients);
+  EXPECT_EQ(Window().windowTitle(), title);
+  EXPECT_EQ(Globals().SortSelectionGl, core::SelectionKind::kAll);
+  server_.Start();
+  EXPECT_TRUE(Soon([this] { return Says("MN_RECONNECTED"_key); }));
+  EXPECT_EQ(ColumnTexts(logview::kPatientColumn), patients);
+  // Nobody does anything here meanwhile.
+  server_.Stop();
+  server_.Start();
+  BertaEnters("73");
+  EXPECT_TRUE(Soon([this] { return Grid().CellText(0, kVoltageColumn) == "73"; }));
+  EXPECT_TRUE(TakeMessages().isEmpty());
+}
+
+TEST_F(ServerWindow, AServerThatSaysNothingIsGivenUpWithEscape) {
+  const varnlog::test::SilentHost host;
+  const auto link = installation_.suite() / "silent.mdb";
+  cli::Installation::Write(link, "[VarnlogServer]\nHost=127.0.0.1\nPort=" + host.Port() + "\n");
+  dao::DBEngine engine;
+  engine.SetSystemDB((installation_.program() / "system.mdw").string());
+  const auto workspace = engine.CreateWorkspace("Silent", "Admin", "");
+  const auto opening = [&] {
+    return varnlog::test::ErrorOf([&] { (void)workspace->OpenDatabase(link.string(), false, false); });
+  };
+  int asked = 0;
+  const dao::WaitingScope before(engine, [&asked] { return ++asked > 1; });
+  {
+    const varnlog::test::FakeTexts texts;
+    const ServerWait wait(texts, engine);
+    int alive = 0;
+    QTimer ticks;
+    QObject::connect(&ticks, &QTimer::timeout, [&alive] { ++alive; });
+    ticks.start(50);
+    QElapsedTimer sinceEscape;
+    InDialog("dlgConnecting", [&](QDialog& dialog) {
+      EXPECT_TRUE(dialog.isVisible());
+      sinceEscape.start();
+      QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    EXPECT_EQ(opening(), dao::ErrorNumber::kCancelled);
+    EXPECT_LT(sinceEscape.elapsed(), 1'000);
+    EXPECT_GT(alive, 5);
+    EXPECT_EQ(asked, 0);
+  }
+  EXPECT_EQ(opening(), dao::ErrorNumber::kCancelled);
+  EXPECT_EQ(asked, 1);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ template <typename Function>
 Function* Find(const platform::SharedLibrary& library, const char* name) {
   if (auto* const function = library.Symbol<Function>(name)) return function;
   const std::string reason = library.Error().empty() ? std::string("it has no ") + name : library.Error();
-  throw EngineError(ErrorNumber::kServerUnreachable,
+  throw EngineError(ErrorNumber::kServerLibraryMissing,
                     std::string(kLibrary.name) + " cannot be used: " + reason);
 }
 
@@ -54,6 +54,7 @@ LibPq::LibPq(const platform::SharedLibrary& library)
       sendQueryParams(Find<decltype(::PQsendQueryParams)>(library, "PQsendQueryParams")),
       sendQueryPrepared(Find<decltype(::PQsendQueryPrepared)>(library, "PQsendQueryPrepared")),
       serverVersion(Find<decltype(::PQserverVersion)>(library, "PQserverVersion")),
+      setErrorVerbosity(Find<decltype(::PQsetErrorVerbosity)>(library, "PQsetErrorVerbosity")),
       setNoticeProcessor(Find<decltype(::PQsetNoticeProcessor)>(library, "PQsetNoticeProcessor")),
       setnonblocking(Find<decltype(::PQsetnonblocking)>(library, "PQsetnonblocking")),
       socket(Find<decltype(::PQsocket)>(library, "PQsocket")),

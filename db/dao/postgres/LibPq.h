@@ -46,6 +46,7 @@ struct LibPq {
   decltype(&::PQsendQueryParams) sendQueryParams;
   decltype(&::PQsendQueryPrepared) sendQueryPrepared;
   decltype(&::PQserverVersion) serverVersion;
+  decltype(&::PQsetErrorVerbosity) setErrorVerbosity;
   decltype(&::PQsetNoticeProcessor) setNoticeProcessor;
   decltype(&::PQsetnonblocking) setnonblocking;
   decltype(&::PQsocket) socket;
@@ -54,7 +55,7 @@ struct LibPq {
   decltype(&::PQstatus) status;
 };
 
-/// Throws kServerUnreachable, saying why, where the library is not installed.
+/// Throws kServerLibraryMissing, saying why, where the library is not installed.
 [[nodiscard]] const LibPq& Pq();
 
 }  // namespace varnlog::dao

@@ -1,12 +1,14 @@
 #include "db/dao/postgres/ServerConnect.h"
 
-#include <array>
+#include <algorithm>
 #include <chrono>
 #include <memory>
+#include <regex>
 #include <vector>
 
 #include "db/dao/EngineError.h"
 #include "db/dao/postgres/LibPq.h"
+#include "db/dao/postgres/ServerErrors.h"
 #include "platform/Sockets.h"
 
 namespace varnlog::dao {
@@ -64,20 +66,28 @@ Connection Start(const LinkFile& link, std::size_t host) {
   return parameters.Start();
 }
 
-// Returns when the connection stands, has failed or does not answer in time.
-ConnStatusType Await(PGconn* connection, const std::function<bool()>& waiting) {
+// How far it came says what kept it from being made, in whatever language the library says it.
+struct Attempt {
+  ConnStatusType status = CONNECTION_STARTED;  // CONNECTION_STARTED: it does not answer in time
+  ConnStatusType reached = CONNECTION_STARTED;
+};
+
+Attempt Await(PGconn* connection, const std::function<bool()>& waiting) {
   const auto end = Clock::now() + kPatience;
-  PostgresPollingStatusType status = PGRES_POLLING_WRITING;
-  while (Pq().status(connection) != CONNECTION_BAD && status != PGRES_POLLING_OK &&
-         status != PGRES_POLLING_FAILED) {
-    const bool writing = status == PGRES_POLLING_WRITING;
+  PostgresPollingStatusType polled = PGRES_POLLING_WRITING;
+  Attempt attempt;
+  while (Pq().status(connection) != CONNECTION_BAD && polled != PGRES_POLLING_OK &&
+         polled != PGRES_POLLING_FAILED) {
+    attempt.reached = Pq().status(connection);
+    const bool writing = polled == PGRES_POLLING_WRITING;
     while (!platform::WaitForSocket(Pq().socket(connection), writing, kStep)) {
       if (waiting && !waiting()) throw EngineError(ErrorNumber::kCancelled, "The connection was given up.");
-      if (Clock::now() > end) return CONNECTION_STARTED;
+      if (Clock::now() > end) return attempt;
     }
-    status = Pq().connectPoll(connection);
+    polled = Pq().connectPoll(connection);
   }
-  return Pq().status(connection);
+  attempt.status = Pq().status(connection);
+  return attempt;
 }
 
 bool Is(PGconn* connection, const char* sql) {
@@ -85,21 +95,49 @@ bool Is(PGconn* connection, const char* sql) {
   return Pq().ntuples(result.get()) == 1 && *Pq().getvalue(result.get(), 0, 0) == 't';
 }
 
-std::string OneLine(const char* message) {
-  std::string line(message);
-  while (!line.empty() && line.back() == '\n') line.pop_back();
-  for (char& c : line)
-    if (c == '\n') c = ' ';
-  return line;
+struct Failure {
+  ErrorNumber number = ErrorNumber::kServerUnreachable;
+  std::string reason;
+};
+
+// The library gives the state of a refusal within its message only: "FATAL:  3D000: database ...", the first
+// word translated. A last line names the place in the server's source.
+Failure FailureOf(const PGconn* connection, const Attempt& attempt) {
+  static const std::regex kState("(:  )([0-9A-Z]{5}): ");
+  static const std::regex kPlace("\\n[^\\n:]+:  \\w+, \\w+\\.c:\\d+");
+  if (attempt.status == CONNECTION_STARTED) return {.reason = "it does not answer"};
+  std::string message = std::regex_replace(std::string(Pq().errorMessage(connection)), kPlace, "");
+  Failure failure;
+  std::smatch state;
+  if (std::regex_search(message, state, kState)) {
+    failure.number = NumberOfState(state.str(2));
+    message = std::regex_replace(message, kState, "$1");
+  } else if (Pq().connectionNeedsPassword(connection) != 0) {
+    failure.number = ErrorNumber::kBadAccount;
+  } else if (attempt.reached == CONNECTION_SSL_STARTUP) {
+    failure.number = ErrorNumber::kServerNotTrusted;
+  }
+  if (failure.number == ErrorNumber::kConnectionLost || failure.number == ErrorNumber::kUnexpected)
+    failure.number = ErrorNumber::kServerUnreachable;
+  while (!message.empty() && message.back() == '\n') message.pop_back();
+  std::ranges::replace(message, '\n', ' ');
+  failure.reason = std::move(message);
+  return failure;
 }
 
-// The library tells them apart by its message alone.
-bool IsRefusedAccount(const PGconn* connection, const std::string& message) {
-  return Pq().connectionNeedsPassword(connection) != 0 || Pq().connectionUsedPassword(connection) != 0 ||
-         message.find("authentication failed") != std::string::npos ||
-         message.find("no pg_hba.conf entry") != std::string::npos ||
-         (message.find("role \"") != std::string::npos &&
-          message.find("does not exist") != std::string::npos);
+std::string_view Saying(ErrorNumber number) {
+  switch (number) {
+    case ErrorNumber::kBadAccount:
+      return "does not accept the account";
+    case ErrorNumber::kNoPermission:
+      return "does not let the account in";
+    case ErrorNumber::kServerDatabaseMissing:
+      return "has no such database";
+    case ErrorNumber::kServerNotTrusted:
+      return "cannot be reached over a protected connection";
+    default:
+      return "cannot be reached";
+  }
 }
 
 }  // namespace
@@ -107,13 +145,14 @@ bool IsRefusedAccount(const PGconn* connection, const std::string& message) {
 PGconn* ConnectToServer(const LinkFile& link, const std::string& path, const std::function<bool()>& waiting,
                         bool& isStandby) {
   Connection standby;
-  ErrorNumber number = ErrorNumber::kServerUnreachable;
-  std::string reasons;
+  Failure failed;
   for (std::size_t host = 0; host < link.hosts.size(); ++host) {
     Connection connection = Start(link, host);
     if (connection == nullptr) throw std::bad_alloc();
-    const ConnStatusType status = Await(connection.get(), waiting);
-    if (status == CONNECTION_OK) {
+    Pq().setErrorVerbosity(connection.get(), PQERRORS_VERBOSE);
+    const Attempt attempt = Await(connection.get(), waiting);
+    if (attempt.status == CONNECTION_OK) {
+      Pq().setErrorVerbosity(connection.get(), PQERRORS_DEFAULT);
       if (Pq().serverVersion(connection.get()) < 150000)
         throw EngineError(ErrorNumber::kNotSupported,
                           "The server of '" + path + "' is older than version 15.");
@@ -122,14 +161,14 @@ PGconn* ConnectToServer(const LinkFile& link, const std::string& path, const std
       if (standby == nullptr) standby = std::move(connection);
       continue;
     }
-    const std::string message =
-        status == CONNECTION_BAD ? OneLine(Pq().errorMessage(connection.get())) : "it does not answer";
-    if (IsRefusedAccount(connection.get(), message)) number = ErrorNumber::kBadAccount;
-    reasons += (reasons.empty() ? "" : "; ") + message;
+    Failure failure = FailureOf(connection.get(), attempt);
+    if (failed.number == ErrorNumber::kServerUnreachable) failed.number = failure.number;
+    failed.reason += (failed.reason.empty() ? "" : "; ") + failure.reason;
   }
   isStandby = standby != nullptr;
   if (isStandby) return standby.release();
-  throw EngineError(number, "The server of '" + path + "' cannot be reached (" + reasons + ").");
+  throw EngineError(failed.number, "The server of '" + path + "' " + std::string(Saying(failed.number)) +
+                                       " (" + failed.reason + ").");
 }
 
 }  // namespace varnlog::dao

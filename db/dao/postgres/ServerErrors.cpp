@@ -4,8 +4,6 @@
 #include <array>
 #include <string>
 
-#include "db/dao/EngineError.h"
-
 namespace varnlog::dao {
 
 namespace {
@@ -27,6 +25,7 @@ constexpr std::array kStateRules = {
     StateRule{"22", ErrorNumber::kRuleViolated, "The table does not accept the value"},
     StateRule{"P0001", ErrorNumber::kRuleViolated, "The table does not accept the value"},
     StateRule{"28", ErrorNumber::kBadAccount, "The server does not accept the account"},
+    StateRule{"3D", ErrorNumber::kServerDatabaseMissing, "The server has no such database"},
     StateRule{"42501", ErrorNumber::kNoPermission, "The account has no right to do this on the server"},
     StateRule{"25006", ErrorNumber::kReadOnlyDatabase, "The server can only be read"},
     StateRule{"25P02", ErrorNumber::kInvalidTransaction, "The transaction had to be undone after a failure"},
@@ -44,15 +43,25 @@ constexpr std::array kStateRules = {
     StateRule{"08", ErrorNumber::kConnectionLost, "The connection to the server was lost"},
 };
 
-}  // namespace
+constexpr StateRule kOther = {"", ErrorNumber::kUnexpected, "The operation on the server failed"};
 
-void ThrowServerError(std::string_view state, std::string_view path, std::string_view detail) {
+const StateRule& RuleOf(std::string_view state) {
   const auto* const rule = std::ranges::find_if(
       kStateRules, [state](const StateRule& each) { return state.starts_with(each.state); });
-  const bool isKnown = rule != kStateRules.end();
-  std::string text(isKnown ? rule->text : std::string_view("The operation on the server failed"));
+  return rule == kStateRules.end() ? kOther : *rule;
+}
+
+}  // namespace
+
+ErrorNumber NumberOfState(std::string_view state) {
+  return RuleOf(state).number;
+}
+
+void ThrowServerError(std::string_view state, std::string_view path, std::string_view detail) {
+  const StateRule& rule = RuleOf(state);
+  std::string text(rule.text);
   text.append(" ('").append(path).append("': ").append(detail).append(").");
-  throw EngineError(isKnown ? rule->number : ErrorNumber::kUnexpected, text);
+  throw EngineError(rule.number, text);
 }
 
 }  // namespace varnlog::dao

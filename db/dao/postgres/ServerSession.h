@@ -56,7 +56,8 @@ class ServerSession {
   using Waiting = std::function<bool()>;
 
   /// Tries the hosts one after the other, each for a few seconds, and takes the first that can be written to,
-  /// else the first that answers. Throws kServerUnreachable, kBadAccount, kCancelled.
+  /// else the first that answers. Throws kServerUnreachable, kBadAccount, kServerDatabaseMissing,
+  /// kServerNotTrusted, kNoPermission, kCancelled.
   ServerSession(const LinkFile& link, std::string path, const Waiting& waiting);
   ~ServerSession();
   ServerSession(const ServerSession&) = delete;

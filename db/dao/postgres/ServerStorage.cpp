@@ -518,6 +518,13 @@ RowStamp ServerStorage::RecentStamp() {
   return {changes_ - ownCommitted_, ownChanges_, epoch_};
 }
 
+// Announcements that a lost connection has missed the new one makes up for.
+RowStamp ServerStorage::Stamp() {
+  HearAnnounced();
+  if (transaction_ == Transaction::kNone) static_cast<void>(Line());
+  return {changes_ - ownCommitted_, ownChanges_, epoch_};
+}
+
 // Asked of the log itself: an announcement may still be on its way.
 std::int64_t ServerStorage::OthersVersion() {
   changes_ = std::max(changes_, StateFrom(Run(kStateSql))["changes"]);

@@ -49,6 +49,7 @@ class ServerStorage final : public Storage {
                                                         std::span<const IndexedColumn> columns) override;
   [[nodiscard]] std::int64_t Greatest(std::string_view table, std::string_view field) override;
   [[nodiscard]] std::vector<IdRange> UnusedIds(std::string_view table) override;
+  [[nodiscard]] RowStamp Stamp() override;
 
   void BeginWork() override;
   void CommitWork() override;

@@ -6,19 +6,12 @@
 #include <vector>
 
 #include "db/dao/Field.h"
+#include "db/dao/RowStamp.h"
 #include "db/dao/rows/IdSource.h"
 #include "db/dao/rows/RowSet.h"
 #include "db/dao/rows/RowWriter.h"
 
 namespace varnlog::dao {
-
-/// Compared to find out whether rows that were read may have changed since, by whomever.
-struct RowStamp {
-  std::int64_t othersChanges = 0;
-  std::int64_t ownChanges = 0;
-  std::int64_t epoch = 0;
-  friend bool operator==(const RowStamp&, const RowStamp&) = default;
-};
 
 /// What a dynaset needs of a storage: the rows of one statement. Every function throws EngineError.
 class RowStore {

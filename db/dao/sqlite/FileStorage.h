@@ -53,6 +53,7 @@ class FileStorage final : public Storage {
                                                         std::span<const IndexedColumn> columns) override;
   [[nodiscard]] std::int64_t Greatest(std::string_view table, std::string_view field) override;
   [[nodiscard]] std::vector<IdRange> UnusedIds(std::string_view table) override;
+  [[nodiscard]] RowStamp Stamp() override { return file_.Watch().Current(); }
 
   void BeginWork() override;
   void CommitWork() override;

@@ -74,6 +74,7 @@ class Storage : public std::enable_shared_from_this<Storage> {
                                                                 std::span<const IndexedColumn> columns) = 0;
   [[nodiscard]] virtual std::int64_t Greatest(std::string_view table, std::string_view field) = 0;
   [[nodiscard]] virtual std::vector<IdRange> UnusedIds(std::string_view table) = 0;
+  [[nodiscard]] virtual RowStamp Stamp() = 0;
 
   // The transaction that the program asks for. It takes the one right to write at once, waiting for another
   // workstation's up to the lock retry time (kFileInUse), and gives a consistent view until its end.

@@ -1,7 +1,4 @@
-#include <arpa/inet.h>
 #include <chrono>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 
@@ -9,36 +6,13 @@
 #include "tests/db/dao/EngineFixture.h"
 #include "tests/support/Environment.h"
 #include "tests/support/PrivateServer.h"
+#include "tests/support/SilentHost.h"
 #include "tests/support/Table.h"
 
 namespace varnlog::dao {
 namespace {
 
 using ::testing::HasSubstr;
-
-/// A port of this machine where somebody listens who never says a word.
-class SilentHost {
- public:
-  SilentHost() : listener_(socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    if (bind(listener_, reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
-        listen(listener_, 8) != 0 ||
-        getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0)
-      throw std::runtime_error("no socket");
-    port_ = std::to_string(ntohs(address.sin_port));
-  }
-  ~SilentHost() { close(listener_); }
-  SilentHost(const SilentHost&) = delete;
-  SilentHost& operator=(const SilentHost&) = delete;
-  [[nodiscard]] const std::string& Port() const { return port_; }
-
- private:
-  int listener_;
-  std::string port_;
-};
 
 class ServerLinkTest : public EngineTest {
  protected:
@@ -82,7 +56,7 @@ TEST_F(ServerLinkTest, SaysWhyALinkLeadsToNoLog) {
            {"\xFF\xFE[\0V\0", kUnrecognisedFormat, ""},
            {With("User", "locked"), kBadAccount, "password"},
            {With("User", "it's \"nobody\" \\ "), kBadAccount, "it's \"nobody\" \\"},
-           {With("Database", "no 'such\" \\one"), kServerUnreachable, "no 'such\" \\one"},
+           {With("Database", "no 'such\" \\one"), kServerDatabaseMissing, "no 'such\" \\one"},
            {With("Database", "latin"), kUnrecognisedFormat, "holds no log"},
            {With("Schema", "it's \"no\" \\log; DROP"), kUnrecognisedFormat, "it's \"no\" \\log"},
            {With("Schema", "pg_catalog"), kUnrecognisedFormat, "holds no log"},
@@ -104,7 +78,7 @@ TEST_F(ServerLinkTest, SaysWhyALinkLeadsToNoLog) {
 
 TEST_F(ServerLinkTest, ASilentHostIsGivenUpAfterFiveSecondsOrWhenTold) {
   using Clock = std::chrono::steady_clock;
-  const SilentHost host;
+  const test::SilentHost host;
   const std::string link = With("Host", "127.0.0.1") + "Port=" + host.Port() + "\n";
   int asked = 0;
   auto last = Clock::now();
@@ -145,9 +119,9 @@ TEST_F(ServerLinkTest, ACertificateThatDoesNotFitKeepsTheConnectionFromBeingMade
   for (const auto& [host, authority, number, text] :
        Table<const char*, std::string, ErrorNumber, const char*>{
            {"localhost", own, kUnrecognisedFormat, "holds no log"},
-           {"127.0.0.1", own, kServerUnreachable, "does not match host name"},
-           {"localhost", server.Folder() + "/server.crt", kServerUnreachable, "certificate verify failed"},
-           {"localhost", "/nowhere", kServerUnreachable, "does not exist"}}) {
+           {"127.0.0.1", own, kServerNotTrusted, "does not match host name"},
+           {"localhost", server.Folder() + "/server.crt", kServerNotTrusted, "certificate verify failed"},
+           {"localhost", "/nowhere", kServerNotTrusted, "does not exist"}}) {
     test::SetVariable("PGSSLROOTCERT", authority);
     std::string content = link;
     EXPECT_THAT(Opens(content.replace(content.find('%'), 1, host)), testing::Pair(number, HasSubstr(text)))

@@ -101,6 +101,8 @@ bool Enters(dao::Recordset& rows, const std::string& value) {
 
 void Enter(dao::DBEngine& engine, const std::string& name, const std::string& first) {
   constexpr int kMostEntries = 40;
+  constexpr std::chrono::seconds kLongest(10);  // others may make each one wait
+  const auto end = std::chrono::steady_clock::now() + kLongest;
   const auto workspace = engine.CreateWorkspace("Station", "Admin", "");
   const auto log = workspace->OpenDatabase(fs::current_path() / kLog, false, false);
   const platform::SystemClock clock;
@@ -109,7 +111,9 @@ void Enter(dao::DBEngine& engine, const std::string& name, const std::string& fi
   static_cast<void>(seals::OpenLedger(*log, ledger));
   const auto rows = log->OpenRecordset("SELECT TXray.* FROM TXray WHERE tXrayCulIntIDPk >= " + first +
                                        " ORDER BY TXray.tXrayCulIntIDPk;");
-  for (int entries = 0; !rows->IsEOF() && entries < kMostEntries; rows->MoveNext()) {
+  int entries = 0;
+  for (; !rows->IsEOF() && entries < kMostEntries && std::chrono::steady_clock::now() < end;
+       rows->MoveNext()) {
     const std::int64_t exposure = rows->Fields("tXrayCulIntIDPk").Number();
     if (!rows->Fields(kEntered).Text().empty()) continue;
     std::this_thread::sleep_for(std::chrono::milliseconds(3));  // while the value is typed
