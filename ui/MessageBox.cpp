@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
+#include <QProgressDialog>
 #include <QPushButton>
 
 #include "ui/HelpTopic.h"
@@ -121,6 +122,8 @@ core::MessageAnswer MessageBox::Show(const core::Message& message) {
   while (QApplication::overrideCursor() != nullptr) QApplication::restoreOverrideCursor();
   if (script_) return script_(message);
   QWidget* window = QApplication::activeModalWidget();
+  // What shows how far a job is goes away by itself, and would take the message along.
+  while (qobject_cast<QProgressDialog*>(window) != nullptr) window = window->parentWidget();
   if (window == nullptr) window = QApplication::activeWindow();
   QMessageBox box(window == nullptr ? parent_.data() : window);
   box.setObjectName("MessageBox");

@@ -1,6 +1,9 @@
+#include <memory>
+
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMessageBox>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -80,6 +83,18 @@ TEST_F(MessageBoxTest, TakesTheHourglassAway) {
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     box.accept();
   });
+}
+
+TEST_F(MessageBoxTest, OutlivesTheProgressThatItCameUpOver) {
+  auto progress = std::make_unique<QProgressDialog>("Verbinden", "Abbrechen", 0, 10);
+  progress->setWindowModality(Qt::ApplicationModal);
+  progress->show();
+  EXPECT_EQ(Shown({.text = "Niemand antwortet", .title = ""},
+                  [&progress](QMessageBox& box) {
+                    progress.reset();
+                    box.accept();
+                  }),
+            core::MessageAnswer::kOk);
 }
 
 }  // namespace
