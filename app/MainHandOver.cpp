@@ -3,6 +3,7 @@
 #include "app/frmBackup.h"
 #include "app/frmMDIMain.h"
 #include "backup/Schedule.h"
+#include "core/EngineMessages.h"
 #include "core/Installation.h"
 #include "db/dao/ServerLink.h"
 #include "exports/Separator.h"
@@ -85,6 +86,13 @@ void frmMDIMain::SaveRecord(std::unique_ptr<dao::Recordset> rows, const std::str
 }
 
 void frmMDIMain::ShowBackup() {
+  // The dialog would promise copies that are never made.
+  if (dao::IsServerLink(context_.globals.strDataFileGl)) {
+    context_.services.Messages().ShowText(
+        core::EngineErrorText(context_.services.texts, dao::ErrorNumber::kServersOwn, {}),
+        core::MessageIcon::kInformation);
+    return;
+  }
   PropertiesHost host;
   host.closeLog = [this] { return program_.CloseForMaintenance(); };
   host.reopenLog = [this] {

@@ -286,6 +286,7 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
     }
     NoteEntries(static_cast<int>(rows->AbsolutePosition()), entered);
     NoteMissing(*rows);
+    if (isAway_) QTimer::singleShot(0, this, &frmResults::LookForNews);
   } catch (const dao::EngineError& error) {
     if (error.number() == dao::ErrorNumber::kDataChanged) NoteWhoWasFirst(writeLocation, entered);
     entryFailed_ = IsServerAway(error.number());

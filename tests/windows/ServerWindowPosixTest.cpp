@@ -92,6 +92,9 @@ TEST_F(ServerWindow, AnEntryThatMeetsNoServerStaysInItsEditorAndIsTriedAgain) {
   EXPECT_TRUE(Grid().CommitEdit());
   EXPECT_FALSE(Grid().IsEditing());
   EXPECT_EQ(Stored("tXraySVolt"), "65");
+  EXPECT_TRUE(Soon([this] { return Says("MN_RECONNECTED"_key); }));
+  Triggers(mnuFileBackup);
+  EXPECT_TRUE(TakeMessages().join('|').startsWith("3219")) << "and no dialog";
 }
 
 TEST_F(ServerWindow, WhatWasReadStaysInViewWhileTheServerIsAway) {
