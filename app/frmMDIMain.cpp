@@ -160,15 +160,17 @@ void frmMDIMain::ShowStatus() {
   readOnlyPanel_->setVisible(state.dataFileOpen && state.readOnly);
   readOnlyPanel_->setText(
       Caption(texts, program_.IsInspection() ? "MN_STATUS_INSPECTION"_key : "MN_STATUS_READONLY"_key));
-  readOnlyPanel_->setToolTip(Caption(texts, program_.IsInspection()
-                                                ? "MN_STATUS_INSPECTIONTIP"_key
-                                                : logview::ReadOnlyReason(context_.globals)));
+  readOnlyPanel_->setToolTip(Caption(texts, ReadOnlyReason()));
   otherPanel_->setVisible(IsMarkedAsOther());
   const std::size_t pending = program_.Edits().Count();
   pendingPanel_->setVisible(pending > 0);
   pendingPanel_->setText(Caption(texts, "MN_STATUS_PENDING"_key, {{"lngCount", std::to_string(pending)}}));
   rowsPanel_->setVisible(state.logViewShown);
   if (!state.logViewShown) ShowIncomplete(std::nullopt);
+}
+
+core::TextKey frmMDIMain::ReadOnlyReason() const {
+  return program_.IsInspection() ? "MN_STATUS_INSPECTIONTIP"_key : logview::ReadOnlyReason(context_.globals);
 }
 
 void frmMDIMain::ShowRowCount(std::int64_t rows, bool complete) {

@@ -151,6 +151,7 @@ class frmMDIMain final : public QMainWindow,
   [[nodiscard]] QIcon PictureOf(const std::string& iconKey) const override;
   void ShowRowCount(std::int64_t rows, bool complete) override;
   void ShowIncomplete(std::optional<std::int64_t> rows) override;
+  [[nodiscard]] core::TextKey ReadOnlyReason() const override;
   void CurrentRowChanged() override;
   void ShowSelection(const core::Selection& selection) override { program_.Show(selection); }
   void SaveRecord(std::unique_ptr<dao::Recordset> rows, const std::string& headline) override;

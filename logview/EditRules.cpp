@@ -1,5 +1,7 @@
 #include "logview/EditRules.h"
 
+#include "db/dao/ServerLink.h"
+
 namespace varnlog::logview {
 
 using namespace core::literals;
@@ -45,7 +47,8 @@ CellState CellStateOf(dao::Recordset& rows, int column) {
 
 core::TextKey ReadOnlyReason(const core::Globals& globals) {
   const auto log = globals.LogEngineGl ? globals.LogEngineGl->Database() : nullptr;
-  return log && log->IsReadOnly() ? "RS_ERR_READONLYFILE"_key : "RS_ERR_READONLY"_key;
+  if (!log || !log->IsReadOnly()) return "RS_ERR_READONLY"_key;
+  return dao::IsServerLink(log->Name()) ? "RS_ERR_READONLYSERVER"_key : "RS_ERR_READONLYFILE"_key;
 }
 
 std::optional<int> InputLimit(dao::Recordset& rows, int column) {

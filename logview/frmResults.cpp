@@ -382,7 +382,7 @@ void frmResults::ApplyReadOnly() {
 }
 
 void frmResults::EditRefused() {
-  context_.Messages().Inform(ReadOnlyReason(context_.globals));
+  context_.Messages().Inform(host_.ReadOnlyReason());
 }
 
 bool frmResults::CopyProgress(std::int64_t copied, std::int64_t selected) {

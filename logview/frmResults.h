@@ -58,6 +58,8 @@ class ResultsHost {
   virtual void ShowIncomplete(std::optional<std::int64_t> rows) = 0;
   /// Another row became the current one, or is shown anew.
   virtual void CurrentRowChanged() = 0;
+  /// Why nothing can be entered.
+  [[nodiscard]] virtual core::TextKey ReadOnlyReason() const = 0;
   /// Shows another selection.
   virtual void ShowSelection(const core::Selection& selection) = 0;
   /// Saves the report of these rows, which `headline` names, as a file that the user chooses.

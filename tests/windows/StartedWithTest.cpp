@@ -54,6 +54,7 @@ TEST_F(StartedWithALog, AnInspectionLeavesNoTrace) {
   EXPECT_TRUE(program_->Window().windowTitle().contains(program_->Text("MN_STATUS_INSPECTION"_key)));
   program_->Enters(0, kVoltageColumn, "63");
   EXPECT_EQ(program_->Grid().CellText(0, kVoltageColumn), "");
+  EXPECT_EQ(program_->TakeMessages(), QStringList(program_->Text("MN_STATUS_INSPECTIONTIP"_key)));
   program_->ClicksHeading(logview::kDateColumn);
   program_->Triggers(mnuViewBigIcons);
   emit qApp->applicationStateChanged(Qt::ApplicationActive);

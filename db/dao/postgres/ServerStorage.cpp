@@ -71,9 +71,9 @@ std::shared_ptr<ServerStorage> ServerStorage::Open(const std::string& path, Mode
 
 // Makes the connection if there is none, and readies it.
 void ServerStorage::Connect() {
-  if (isConnecting_ || Clock::now() - lastFailure_ < kRest)
-    throw EngineError(ErrorNumber::kServerUnreachable,
-                      "The server of '" + Path() + "' could not be reached a moment ago.");
+  if (failure_ && Clock::now() - lastFailure_ < kRest) throw EngineError(*failure_);
+  if (isConnecting_)
+    throw EngineError(ErrorNumber::kServerUnreachable, "The server of '" + Path() + "' is being looked for.");
   // While a connection is waited for, a window may ask for rows.
   struct Mark {
     explicit Mark(bool& value) : mark(value) { mark = true; }
@@ -97,7 +97,10 @@ void ServerStorage::Connect() {
     session_.reset();
     const bool isGone =
         error.number() == ErrorNumber::kServerUnreachable || error.number() == ErrorNumber::kConnectionLost;
-    if (isGone) lastFailure_ = Clock::now();
+    if (isGone) {
+      lastFailure_ = Clock::now();
+      failure_.emplace(ErrorNumber::kServerUnreachable, error.what());
+    }
     throw;
   }
 }

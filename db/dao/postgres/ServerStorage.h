@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -174,6 +175,7 @@ class ServerStorage final : public Storage {
   std::string id_;       // of this opening
   std::string channel_;  // on which changes are announced, quoted
   std::chrono::steady_clock::time_point lastFailure_;
+  std::optional<EngineError> failure_;  // that one
   std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
   std::set<std::string> longWalks_;
   std::map<std::string, std::size_t> yearFields_;  // of tables that are divided by the year of a date
