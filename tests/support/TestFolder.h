@@ -28,13 +28,18 @@ inline void AppendFile(const std::filesystem::path& path, std::string_view bytes
   std::ofstream(path, std::ios::binary | std::ios::app) << bytes;
 }
 
+/// The name that this text is; in narrow texts each system has its own letters.
+[[nodiscard]] inline std::filesystem::path FromText(const std::string& utf8) {
+  return std::u8string(utf8.begin(), utf8.end());
+}
+
 /// A folder of its own for each test, with a name that careless code stumbles over.
 class TestFolder {
  public:
   TestFolder() {
     std::random_device random;
     path_ = std::filesystem::temp_directory_path() /
-            ("Röntgen Praxis " + std::to_string(random()) + std::to_string(random()));
+            FromText("Röntgen Praxis " + std::to_string(random()) + std::to_string(random()));
     std::filesystem::create_directories(path_);
   }
   ~TestFolder() {
@@ -45,18 +50,19 @@ class TestFolder {
   TestFolder& operator=(const TestFolder&) = delete;
 
   [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
-  [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+  [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return path_ / FromText(name); }
 
   /// A file of this content, and its path.
   std::filesystem::path Holding(const std::string& name, std::string_view content) const {
-    WriteFile(path_ / name, content);
-    return path_ / name;
+    WriteFile(*this / name, content);
+    return *this / name;
   }
   /// What lies there, sorted.
   [[nodiscard]] std::vector<std::string> Names() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-      names.push_back(entry.path().filename().string());
+      const std::u8string name = entry.path().filename().u8string();
+      names.emplace_back(name.begin(), name.end());
     }
     std::ranges::sort(names);
     return names;
