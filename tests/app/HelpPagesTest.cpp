@@ -25,7 +25,7 @@ fs::path HelpFolder() {
 }
 
 std::string Page(const std::string& language, const std::string& name) {
-  return test::ReadFile(HelpFolder() / language / (name + ".html"));
+  return test::ReadFile(HelpFolder() / platform::ToPath(language) / platform::ToPath(name + ".html"));
 }
 
 std::vector<std::string> PageNames() {

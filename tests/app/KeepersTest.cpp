@@ -112,7 +112,9 @@ class RecentFiles : public Keepers {
     list_.GetMRUList();
     return menu_.text;
   }
-  void Holds(const std::string& lines) { start::test::WriteFile(path_, "[MRU List]\n" + lines); }
+  void Holds(const std::string& lines) {
+    start::test::WriteFile(platform::ToPath(path_), "[MRU List]\n" + lines);
+  }
 
   Menu menu_;
   CMruINI list_{ini_};

@@ -18,7 +18,7 @@ class ConvertCommandTest : public testing::Test {
   void SetUp() override { installation_.SetLanguage("GB"); }
   /// An old log, cut to its first `length` bytes.
   void HasOldLog(const std::string& sample, std::size_t length = std::string::npos) {
-    const fs::path file = fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / sample;
+    const fs::path file = fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / platform::ToPath(sample);
     Installation::Write(old_, ReadFile(file).substr(0, length));
   }
   Ended Converts(const std::string& options = "") {
@@ -26,6 +26,11 @@ class ConvertCommandTest : public testing::Test {
   }
   Ended OnOldLog(const std::string& command) {
     return installation_.Ctl(command + " --file '" + old_.string() + "'");
+  }
+
+  /// What bears the new log's name and this ending.
+  [[nodiscard]] fs::path Beside(const char* ending) const {
+    return new_.parent_path() / (new_.filename() += ending);
   }
 
   Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
@@ -36,7 +41,7 @@ class ConvertCommandTest : public testing::Test {
 TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
   HasOldLog("log-1.1-jet4-scratch.mdb");
   const std::string before = ReadFile(old_);
-  Installation::Write(new_.string() + "-journal", "of a log that was moved away");
+  Installation::Write(Beside("-journal"), "of a log that was moved away");
   const std::string listed = OnOldLog("list --format csv").out;
   const Ended run = Converts();
   EXPECT_EQ(run.status, 0) << run.err;
@@ -47,7 +52,7 @@ TEST_F(ConvertCommandTest, MakesANewLogWithTheSameRows) {
   EXPECT_EQ(ReadFile(old_), before);
   EXPECT_EQ(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, listed);
   EXPECT_EQ(installation_.Ctl("check --file '" + new_.string() + "'").out, "ok\n");
-  EXPECT_EQ(ReadFile(new_.string() + "-journal.aside"), "of a log that was moved away");
+  EXPECT_EQ(ReadFile(Beside("-journal.aside")), "of a log that was moved away");
   EXPECT_EQ(std::distance(fs::directory_iterator(new_.parent_path()), {}), 3);
 }
 
@@ -62,8 +67,8 @@ TEST_F(ConvertCommandTest, ReplacesALogOnlyWhenTold) {
   const Ended replaced = Converts("--overwrite");
   EXPECT_EQ(replaced.status, 0);
   EXPECT_THAT(replaced.out, HasSubstr("Neu.mdb.replaced"));
-  EXPECT_EQ(ReadFile(new_.string() + ".replaced"), "last year's");
-  EXPECT_EQ(fs::status(new_).permissions(), fs::perms(0600)) << "for whom the old log was";
+  EXPECT_EQ(ReadFile(Beside(".replaced")), "last year's");
+  EXPECT_EQ(fs::status(new_).permissions(), fs::status(old_).permissions()) << "for whom the old log was";
   EXPECT_THAT(installation_.Ctl("list --format csv --file '" + new_.string() + "'").out, HasSubstr("Щука"));
 
   fs::copy_file(new_, installation_.log());

@@ -1,14 +1,11 @@
 #include "tests/cli/Installation.h"
 
-#include <cstdlib>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "platform/Clock.h"
 #include "platform/CodePage.h"
 #include "seals/Ledger.h"
 #include "seals/LogSeals.h"
 #include "tests/Paths.h"
+#include "tests/cli/CommandLine.h"
 #include "tests/support/LogFolder.h"
 
 namespace varnlog::cli {
@@ -24,9 +21,7 @@ std::string Quoted(const fs::path& path) {
 }  // namespace
 
 Installation::Installation(const std::string& name)
-    : suite_(fs::temp_directory_path() / ("varnlog prüfung " + std::to_string(getpid()) + " " + name) /
-             "Kälvero Süite") {
-  fs::remove_all(suite_.parent_path());
+    : suite_(folder_ / name / platform::ToPath("Kälvero Süite")) {
   fs::create_directories(suite_ / "Data");
   fs::create_directories(program());
   for (const char* file : {"verbalo.mdb", "varnlog.md0", "system.mdw"}) {
@@ -36,11 +31,6 @@ Installation::Installation(const std::string& name)
   Write(suite_ / "kalvero.ini", "[INSTALL]\r\nSite=Praxis Dr. Weiß\r\n[Config]\r\nSchemeUS=0\r\n");
   Write(suite_ / "fotavex.ini", "[XRaysIO]\r\nkV=60\r\nmA=7\r\n");
   if (test::LogsAreOnServer()) test::PrivateServer::Instance().MakeLog(log());
-}
-
-Installation::~Installation() {
-  std::error_code ignored;
-  fs::remove_all(suite_.parent_path(), ignored);
 }
 
 void Installation::MakeLog() const {
@@ -58,12 +48,7 @@ Ended Installation::Ctl(const std::string& arguments) const {
 Ended Installation::Shell(const std::string& command) const {
   const fs::path out = suite_.parent_path() / "out";
   const fs::path err = suite_.parent_path() / "err";
-  const std::string line = "{ " + command + "; } </dev/null >" + Quoted(out) + " 2>" + Quoted(err);
-  const int result =
-      std::system(line.c_str());  // NOLINT(bugprone-command-processor): it is the shell we want
-  return {.status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
-          .out = test::ReadFile(out),
-          .err = test::ReadFile(err)};
+  return {.status = Run(command, out, err), .out = test::ReadFile(out), .err = test::ReadFile(err)};
 }
 
 void Installation::Reports(const std::vector<tools::Exposure>& exposures) const {

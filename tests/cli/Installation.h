@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "db/dao/DBEngine.h"
+#include "tests/support/TestFolder.h"
 #include "tools/exchange/ExchangeRecord.h"
 
 namespace varnlog::cli {
@@ -23,9 +24,6 @@ struct Ended {
 class Installation {
  public:
   explicit Installation(const std::string& name);
-  ~Installation();
-  Installation(const Installation&) = delete;
-  Installation& operator=(const Installation&) = delete;
 
   [[nodiscard]] const std::filesystem::path& suite() const { return suite_; }
   [[nodiscard]] std::filesystem::path program() const { return suite_ / "program"; }
@@ -34,7 +32,7 @@ class Installation {
 
   /// varnlogctl on this installation; `arguments` as a shell takes them.
   [[nodiscard]] Ended Ctl(const std::string& arguments) const;
-  /// Any command line, without a terminal.
+  /// Any command line, without a terminal; Windows knows but one program with its arguments.
   [[nodiscard]] Ended Shell(const std::string& command) const;
   /// How Shell() names varnlogctl with this installation's folder.
   [[nodiscard]] std::string CtlCommand() const;
@@ -50,6 +48,7 @@ class Installation {
   static void Write(const std::filesystem::path& file, const std::string& content);
 
  private:
+  test::TestFolder folder_;
   std::filesystem::path suite_;
 };
 

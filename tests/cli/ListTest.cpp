@@ -128,15 +128,5 @@ TEST_F(ListCommandTest, CombinationsThatAreNoSelectionAreWrongUsage) {
   EXPECT_EQ(installation_->Ctl("--help").status, 0);
 }
 
-TEST_F(ListCommandTest, OutputThatCannotBeWrittenIsAnErrorWithAReason) {
-  const Ended full = installation_->Shell(installation_->CtlCommand() + " list >/dev/full");
-  EXPECT_EQ(full.status, 1);
-  EXPECT_THAT(full.err, HasSubstr("No space left"));
-  const Ended closed = installation_->Shell("{ sleep 0.2; " + installation_->CtlCommand() +
-                                            " list; echo \"status $?\" >&2; } | true");
-  EXPECT_THAT(closed.err, HasSubstr("Broken pipe"));
-  EXPECT_THAT(closed.err, HasSubstr("status 1"));
-}
-
 }  // namespace
 }  // namespace varnlog::cli

@@ -68,7 +68,7 @@ class CJetEngineTest : public testing::Test, protected test::LogFolder {
     return Path(name);
   }
   [[nodiscard]] std::int32_t SizeOf(const std::string& path) const {
-    return static_cast<std::int32_t>(fs::file_size(path));
+    return static_cast<std::int32_t>(fs::file_size(platform::ToPath(path)));
   }
 
   WatchedEngine watched_;
@@ -95,7 +95,7 @@ TEST_F(CJetEngineTest, AFailedWorkspaceHasNoNameButAnErrorText) {
 TEST_F(CJetEngineTest, OpeningReturnsTheNumberOfTheError) {
   OpenWorkspace();
   const std::string path = MakeDatabase("Log.mdb");
-  std::ofstream(Path("letter.mdb")) << "no database";
+  std::ofstream(folder_ / "letter.mdb") << "no database";
   EXPECT_EQ(jet_.OpenDBInWorkspace(path, false, false), 0);
   EXPECT_NE(jet_.Database(), nullptr);
   EXPECT_EQ(jet_.OpenDBInWorkspace(Path("missing.mdb"), false, false), 3024);
@@ -138,8 +138,8 @@ TEST_F(CJetEngineTest, CompactingInPlaceGoesByWayOfTheBaseName) {
     EXPECT_EQ(jet_.CompactDatabase(path), 0) << name;
     EXPECT_EQ(watched_.temporary_, Path(temporary));
     EXPECT_EQ(watched_.options_, 0);
-    EXPECT_TRUE(fs::exists(path)) << name;
-    EXPECT_FALSE(fs::exists(Path(temporary))) << name;
+    EXPECT_TRUE(fs::exists(platform::ToPath(path))) << name;
+    EXPECT_FALSE(fs::exists(folder_ / temporary)) << name;
     const std::int32_t encrypted = jet_.EncryptDatabase(path);
     EXPECT_EQ(encrypted, SizeOf(path)) << name;
     EXPECT_EQ(watched_.options_, 2);
@@ -168,17 +168,17 @@ TEST_F(CJetEngineTest, ThePathMayHaveEitherSeparatorOrNone) {
 }
 
 TEST_F(CJetEngineTest, AFailedCompactionNeverTouchesTheSource) {
-  std::ofstream(Path("Log.mdb")) << "what remains of a log";
+  std::ofstream(folder_ / "Log.mdb") << "what remains of a log";
   EXPECT_EQ(jet_.CompactDatabase(Path("Log.mdb")), 0);
-  EXPECT_EQ(fs::file_size(Path("Log.mdb")), 21U);
+  EXPECT_EQ(fs::file_size(folder_ / "Log.mdb"), 21U);
   const std::string busy = MakeDatabase("Busy.mdb");
-  std::ofstream(Path("Busy.TMP")) << "somebody's";
+  std::ofstream(folder_ / "Busy.TMP") << "somebody's";
   EXPECT_EQ(jet_.EncryptDatabase(busy), 0);
-  EXPECT_TRUE(fs::exists(busy));
-  EXPECT_EQ(fs::file_size(Path("Busy.TMP")), 10U);
+  EXPECT_TRUE(fs::exists(platform::ToPath(busy)));
+  EXPECT_EQ(fs::file_size(folder_ / "Busy.TMP"), 10U);
   const std::string itself = MakeDatabase("Same.TMP");
   EXPECT_EQ(jet_.EncryptDatabase(itself), 0);
-  EXPECT_GT(fs::file_size(itself), 0U);
+  EXPECT_GT(fs::file_size(platform::ToPath(itself)), 0U);
 }
 
 // The text of a failure stays; whether the last operation failed, its number says.

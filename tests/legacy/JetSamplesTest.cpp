@@ -8,6 +8,7 @@
 
 #include "legacy/JetDatabase.h"
 #include "legacy/LogExamination.h"
+#include "platform/Files.h"
 #include "tests/legacy/Samples.h"
 
 namespace varnlog::legacy {
@@ -26,9 +27,9 @@ std::vector<fs::path> WithExpectation(const fs::path& folder) {
 }
 
 fs::path DatabaseOf(const fs::path& expectation) {
-  std::string name = expectation.string();
+  std::string name = platform::FromPath(expectation);
   const std::string ending = ".expected.tsv";
-  return name.replace(name.find(ending), ending.size(), ".mdb");
+  return platform::ToPath(name.replace(name.find(ending), ending.size(), ".mdb"));
 }
 
 void ExpectReadsAs(const fs::path& expectation) {
@@ -65,7 +66,7 @@ std::vector<fs::path> ToBeRefused(const fs::path& folder) {
 }
 
 void Print(const char* verdict, const fs::path& sample, const std::string& more = {}) {
-  std::printf("%-9s %s%s\n", verdict, sample.filename().c_str(), more.c_str());
+  std::printf("%-9s %s%s\n", verdict, platform::FromPath(sample.filename()).c_str(), more.c_str());
 }
 
 std::string WhatIsWrong(const LogExamination& found) {

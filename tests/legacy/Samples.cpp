@@ -80,7 +80,7 @@ std::string Read(const std::filesystem::path& path) {
 }
 
 std::string ReadOurs(const std::string& name) {
-  return Read(Folder() / name);
+  return Read(Folder() / platform::ToPath(name));
 }
 
 std::string Render(const Value& value, ColumnType type) {

@@ -237,7 +237,7 @@ std::map<std::string, std::string> KeysInSources() {
         (name == "build" || name == "tests" || name == "platform" || name.starts_with(".")))
       it.disable_recursion_pending();
     if (!it->is_regular_file() ||
-        !std::set<std::string>{".cpp", ".h", ".html"}.contains(it->path().extension()))
+        !std::set<std::string>{".cpp", ".h", ".html"}.contains(it->path().extension().string()))
       continue;
     const std::string source = test::ReadFile(it->path());
     for (std::sregex_iterator match(source.begin(), source.end(), literal), none; match != none; ++match)

@@ -51,7 +51,7 @@ TEST_F(LedgerTest, KeepsEachChangeWithItsAuthorAndSealsTheTransaction) {
 }
 
 TEST_F(LedgerTest, TheDigestsAreThoseOfTheDocument) {
-  std::ifstream file(std::string(VARNLOG_SOURCE_DIR) + "/docs/seals.md");
+  std::ifstream file(std::filesystem::path(VARNLOG_SOURCE_DIR) / "docs/seals.md");
   const std::string document{std::istreambuf_iterator<char>(file), {}};
   Opens();
   for (int step = 0; step < 3; ++step) {

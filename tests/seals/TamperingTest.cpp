@@ -188,8 +188,7 @@ TEST_F(TamperingTest, LegalWorkNeverRaisesTheAlarm) {
   for (int round = 0; round < Rounds(60, 100'000); ++round) {
     if (round % kRoundsALog == 0) {
       log_->Close();
-      std::filesystem::copy_file(folder_ / "start.mdb", folder_ / "Varnlog.mdb",
-                                 std::filesystem::copy_options::overwrite_existing);
+      CopyOver(folder_ / "start.mdb", folder_ / "Varnlog.mdb");
       Opens();
       log_->ForgoSafety();
     }

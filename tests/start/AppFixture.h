@@ -23,7 +23,9 @@ class SuiteFolder {
 
   [[nodiscard]] const std::filesystem::path& Suite() const { return suite_.Path(); }
   [[nodiscard]] std::filesystem::path Program() const { return suite_ / "Röntgen Buch"; }
-  [[nodiscard]] std::string Data(const std::string& name) const { return (suite_ / "Daten" / name).string(); }
+  [[nodiscard]] std::string Data(const std::string& name) const {
+    return (suite_ / "Daten" / platform::ToPath(name)).string();
+  }
 
   /// The program's databases, as they are delivered.
   void InstallProgram() const {

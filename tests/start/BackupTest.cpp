@@ -42,8 +42,8 @@ class BackupTest : public testing::Test {
 
   start::test::SuiteFolder folder_;
   core::Globals globals_ = folder_.NewGlobals();
-  fs::path log_ = folder_.Data("Varnlog.mdb");
-  fs::path backups_ = folder_.Data("Sicherungen");
+  fs::path log_ = platform::ToPath(folder_.Data("Varnlog.mdb"));
+  fs::path backups_ = platform::ToPath(folder_.Data("Sicherungen"));
 };
 
 TEST_F(BackupTest, GivesTheLogBackWhatItHeld) {
@@ -89,7 +89,7 @@ TEST_F(BackupTest, AChangedCopyIsFound) {
 }
 
 TEST_F(BackupTest, CopiesOfAnotherLogOfThatNameAreLeftAlone) {
-  const fs::path other = fs::path(folder_.Data("Zweig")) / "Varnlog.mdb";
+  const fs::path other = platform::ToPath(folder_.Data("Zweig")) / "Varnlog.mdb";
   fs::create_directory(other.parent_path());
   fs::copy_file(log_, other);
   for (int day = 1; day <= 5; ++day) static_cast<void>(Make(day, day == 2 ? other : log_));

@@ -66,9 +66,8 @@ TEST_F(LanguageTexts, ComeFromAnOldDatabaseToo) {
   const char* samples = std::getenv("VARNLOG_JET_SAMPLES");
   if (samples == nullptr) GTEST_SKIP() << "VARNLOG_JET_SAMPLES names no folder";
   legacy::InstallJetFormat();
-  std::filesystem::copy_file(std::filesystem::path(samples) / "others/texts-jet4.mdb",
-                             folder_.Program() / "verbalo.mdb",
-                             std::filesystem::copy_options::overwrite_existing);
+  varnlog::test::CopyOver(std::filesystem::path(samples) / "others/texts-jet4.mdb",
+                          folder_.Program() / "verbalo.mdb");
   ASSERT_TRUE(language_.InitLanguage()) << language_.InitError();
   EXPECT_EQ(language_.GetText(TextKey("mSearch")), "Suchen …");
   EXPECT_TRUE(language_.SetLanguage("CYR"));

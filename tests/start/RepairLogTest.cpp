@@ -32,7 +32,7 @@ class RepairLogTest : public testing::Test {
     return engine_.CreateWorkspace("x", "Admin", "")->OpenDatabase(file_, false, false);
   }
   void MakeLog(int exposures, const std::string& then = "") {
-    fs::copy_file(folder_.Program() / "varnlog.md0", file_, fs::copy_options::overwrite_existing);
+    varnlog::test::CopyOver(folder_.Program() / "varnlog.md0", platform::ToPath(file_));
     const auto log = Open();
     for (int i = 0; i < exposures; ++i)
       log->Execute("INSERT INTO TXray (tXraySName, tXraySComment) VALUES ('P" + std::to_string(i) + "', '" +

@@ -14,8 +14,8 @@ using platform::DateTime;
 
 class Settings : public testing::Test {
  protected:
-  void SetUp() override { test::WriteFile(log_, "x"); }
-  void Holds(const std::string& lines) { test::WriteFile(globals_.IniFileGl, lines); }
+  void SetUp() override { test::WriteFile(platform::ToPath(log_), "x"); }
+  void Holds(const std::string& lines) { test::WriteFile(platform::ToPath(globals_.IniFileGl), lines); }
   void Load() { LoadSettings(globals_, ini_); }
 
   test::SuiteFolder folder_;
@@ -73,7 +73,7 @@ TEST_F(Settings, ForgetALogThatIsGone) {
   Holds("[User]\nDataFile=" + log_ + "\n[" + log_ + "]\nSortSelectionGl=1\nDateBeg=20240102\n");
   Load();
   EXPECT_EQ(globals_.SortSelectionGl, SelectionKind::kPeriod);
-  std::filesystem::remove(log_);
+  std::filesystem::remove(platform::ToPath(log_));
   core::Globals later = folder_.NewGlobals();
   LoadSettings(later, ini_);
   EXPECT_EQ(later.strDataFileGl, folder_.Data("Varnlog.mdb"));
@@ -84,7 +84,8 @@ TEST_F(Settings, ForgetALogThatIsGone) {
 TEST_F(Settings, FindALogNamedFromTheProgramFolder) {
   Holds("[User]\nDataFile=..\\Daten\\Log [alt].mdb\n");
   Load();
-  EXPECT_TRUE(std::filesystem::equivalent(globals_.strDataFileGl, log_)) << globals_.strDataFileGl;
+  EXPECT_TRUE(std::filesystem::equivalent(platform::ToPath(globals_.strDataFileGl), platform::ToPath(log_)))
+      << globals_.strDataFileGl;
 }
 
 TEST_F(Settings, ReadDatesOfEveryForm) {

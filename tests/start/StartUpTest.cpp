@@ -30,7 +30,7 @@ class StartUp : public testing::Test {
   /// A log file to which statements of the storage's own language were applied.
   std::string LogWith(const std::string& name, std::initializer_list<const char*> statements) {
     std::string file = folder_.Data(name);
-    fs::copy_file(folder_.Program() / "varnlog.md0", file);
+    fs::copy_file(folder_.Program() / "varnlog.md0", platform::ToPath(file));
     dao::DBEngine engine;
     engine.SetSystemDB((folder_.Program() / "system.mdw").string());
     const auto database = engine.CreateWorkspace("x", "Admin", "")->OpenDatabase(file, true, false);
@@ -56,9 +56,9 @@ class StartUp : public testing::Test {
 
 TEST_F(StartUp, InstallsAnEmptyLogOnce) {
   const std::string journal = globals_.strDataFileGl + "-journal";
-  std::ofstream(journal) << "of a log that was moved away";
+  std::ofstream(platform::ToPath(journal)) << "of a log that was moved away";
   EXPECT_TRUE(InstallDataFile(globals_, services_));
-  EXPECT_TRUE(fs::exists(journal + ".aside") && !fs::exists(journal));
+  EXPECT_TRUE(fs::exists(platform::ToPath(journal + ".aside")) && !fs::exists(platform::ToPath(journal)));
   ASSERT_TRUE(Open(globals_.strDataFileGl)) << user_.TakeKeys();
   EXPECT_EQ(globals_.DBVersionGl, "1.1");
   EXPECT_FALSE(globals_.ReadOnlyGl);
@@ -79,7 +79,7 @@ TEST_F(StartUp, SaysThatALogCannotBeInstalled) {
   globals_.strDataFileGl = folder_.Data("Varnlog.mdb");
   fs::remove(folder_.Program() / "varnlog.md0");
   EXPECT_FALSE(InstallDataFile(globals_, services_));
-  EXPECT_FALSE(fs::exists(globals_.strDataFileGl));
+  EXPECT_FALSE(fs::exists(platform::ToPath(globals_.strDataFileGl)));
 }
 
 TEST_F(StartUp, KnowsAndChangesConfigurationKeysThatExist) {
@@ -96,7 +96,7 @@ TEST_F(StartUp, KnowsAndChangesConfigurationKeysThatExist) {
 }
 
 TEST_F(StartUp, RefusesWhatIsNoLog) {
-  test::WriteFile(folder_.Data("text.mdb"),
+  test::WriteFile(platform::ToPath(folder_.Data("text.mdb")),
                   "This is only a text, long enough to have a header. " + std::string(2000, '.'));
   const Table<std::string, std::string> rows = {
       {folder_.Data("fehlt.mdb"), "MN_ERR_DBOPEN!"},
@@ -161,10 +161,10 @@ TEST_F(StartUp, FinishesAnUpgradeThatWasInterrupted) {
 
 TEST_F(StartUp, LeavesAnOldLogAloneThatMayOnlyBeRead) {
   const std::string file = OldLog();
-  const std::string before = test::ReadFile(file);
+  const std::string before = test::ReadFile(platform::ToPath(file));
   EXPECT_FALSE(Open(file, true));
   EXPECT_EQ(user_.TakeKeys(), "MN_ERR_VERSION!");
-  EXPECT_EQ(test::ReadFile(file), before);
+  EXPECT_EQ(test::ReadFile(platform::ToPath(file)), before);
 }
 
 TEST_F(StartUp, HasNoWorkspaceWithoutAWorkgroupFile) {
@@ -208,9 +208,9 @@ class HostData : public testing::Test {
 };
 
 TEST_F(HostData, IsWhereTheLibrarySaysWithASeparatorBehind) {
-  EXPECT_EQ(Path(), (fs::canonical(folder_.Suite()) / "Data/").string());
+  EXPECT_EQ(platform::ToPath(Path()), fs::canonical(folder_.Suite()) / "Data/");
   Answers("Data=/Röntgen/Daten\n");
-  EXPECT_EQ(Path(), "/Röntgen/Daten/");
+  EXPECT_EQ(platform::ToPath(Path()), platform::ToPath("/Röntgen/Daten/"));
   Answers("Data=C:\\Daten\\\n");
   EXPECT_EQ(Path(), "C:\\Daten\\");
   Answers("Data=/R\xF6ntgen/\n");

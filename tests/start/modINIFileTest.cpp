@@ -19,8 +19,8 @@ class ModIniFile : public testing::Test {
   bool Write(const std::string& section, const std::string& key, const std::string& value) {
     return ini_.WriteString(section, key, value, path_);
   }
-  void Holds(const std::string& bytes) const { test::WriteFile(path_, bytes); }
-  std::string Bytes() const { return test::ReadFile(path_); }
+  void Holds(const std::string& bytes) const { test::WriteFile(platform::ToPath(path_), bytes); }
+  std::string Bytes() const { return test::ReadFile(platform::ToPath(path_)); }
 
   test::SuiteFolder folder_;
   std::string path_ = (folder_.Program() / "varnlog.ini").string();
@@ -161,11 +161,11 @@ TEST_F(ModIniFile, CopesWithLinesOfTenMegabytes) {
 
 TEST_F(ModIniFile, NeverReplacesWhatItCannotRead) {
   EXPECT_FALSE(ini_.WriteString("User", "x", "y", (folder_.Program() / "fehlt" / "x.ini").string()));
-  fs::create_directory(path_);
+  fs::create_directory(platform::ToPath(path_));
   EXPECT_EQ(Read("User", "x"), "");
   EXPECT_FALSE(Write("User", "x", "1"));
-  EXPECT_TRUE(fs::is_directory(path_));
-  fs::remove(path_);
+  EXPECT_TRUE(fs::is_directory(platform::ToPath(path_)));
+  fs::remove(platform::ToPath(path_));
 }
 
 }  // namespace

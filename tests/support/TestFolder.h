@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/Files.h"
+
 namespace varnlog::test {
 
 /// "" when there is no such file.
@@ -28,9 +30,10 @@ inline void AppendFile(const std::filesystem::path& path, std::string_view bytes
   std::ofstream(path, std::ios::binary | std::ios::app) << bytes;
 }
 
-/// The name that this text is; in narrow texts each system has its own letters.
-[[nodiscard]] inline std::filesystem::path FromText(const std::string& utf8) {
-  return std::u8string(utf8.begin(), utf8.end());
+/// Copies a file, whatever stands there; not every std::filesystem can.
+inline void CopyOver(const std::filesystem::path& source, const std::filesystem::path& target) {
+  std::filesystem::remove(target);
+  std::filesystem::copy_file(source, target);
 }
 
 /// A folder of its own for each test, with a name that careless code stumbles over.
@@ -39,7 +42,7 @@ class TestFolder {
   TestFolder() {
     std::random_device random;
     path_ = std::filesystem::temp_directory_path() /
-            FromText("Röntgen Praxis " + std::to_string(random()) + std::to_string(random()));
+            platform::ToPath("Röntgen Praxis " + std::to_string(random()) + std::to_string(random()));
     std::filesystem::create_directories(path_);
   }
   ~TestFolder() {
@@ -50,7 +53,9 @@ class TestFolder {
   TestFolder& operator=(const TestFolder&) = delete;
 
   [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
-  [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return path_ / FromText(name); }
+  [[nodiscard]] std::filesystem::path operator/(const std::string& name) const {
+    return path_ / platform::ToPath(name);
+  }
 
   /// A file of this content, and its path.
   std::filesystem::path Holding(const std::string& name, std::string_view content) const {
@@ -61,8 +66,7 @@ class TestFolder {
   [[nodiscard]] std::vector<std::string> Names() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-      const std::u8string name = entry.path().filename().u8string();
-      names.emplace_back(name.begin(), name.end());
+      names.push_back(platform::FromPath(entry.path().filename()));
     }
     std::ranges::sort(names);
     return names;

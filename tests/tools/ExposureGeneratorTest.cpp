@@ -3,11 +3,11 @@
 #include <map>
 #include <set>
 #include <tuple>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "intake/CPAXTOTokens.h"
+#include "tests/support/TestFolder.h"
 #include "tools/exchange/ExposureGenerator.h"
 
 namespace varnlog::tools {
@@ -44,13 +44,14 @@ TEST(ExposureGenerator, NewExposuresAreNeverTakenAtTheSameTime) {
 }
 
 TEST(ExchangeRecord, IsReadBackAsItWasWritten) {
-  const auto file =
-      std::filesystem::temp_directory_path() / ("varnlog écriture " + std::to_string(::getpid()) + ".sdx");
+  const varnlog::test::TestFolder folder;
+  const auto file = folder / "écriture.sdx";
   for (const std::string language : {"D", "CYR"}) {
     const GeneratorOptions options{.count = 2'000, .language = language};
-    std::ofstream(file, std::ios::binary) << Records(options, language == "CYR" ? 866 : 850);
+    const int page = language == "CYR" ? 866 : 850;
+    std::ofstream(file, std::ios::binary) << Records(options, page);
 
-    intake::CPAXTOTokens reader(platform::CodePage::Oem(language));
+    intake::CPAXTOTokens reader{platform::CodePage(page)};
     ASSERT_TRUE(reader.OpenMailslot(file.string()));
     ASSERT_EQ(reader.ReadMailslot(options.count + 1),
               static_cast<std::int64_t>(std::filesystem::file_size(file)));
@@ -70,7 +71,6 @@ TEST(ExchangeRecord, IsReadBackAsItWasWritten) {
       EXPECT_EQ(token.Dose(), written.dose) << i;
     }
     reader.CloseMailslot();
-    std::filesystem::remove(file);
   }
 }
 

@@ -50,6 +50,9 @@ class FileDialogTest : public ::testing::Test {
       user(*dialog);
     });
   }
+  [[nodiscard]] std::string Chosen(const QString& name) const {
+    return QDir::toNativeSeparators(folderPath_ + '/' + name).toStdString();
+  }
   static void Enters(QFileDialog& dialog, const QString& name) {
     dialog.findChild<QLineEdit*>("fileNameEdit")->setText(name);
     QMetaObject::invokeMethod(&dialog, "accept");
@@ -67,7 +70,7 @@ TEST_F(FileDialogTest, OpensInTheFolderUnderItsTitle) {
     EXPECT_EQ(dialog.nameFilters(), QStringList{"Logs (*.mdb)"});
     Enters(dialog, "Praxis.mdb");
   });
-  EXPECT_EQ(dialog_.ShowOpen(nullptr), (folderPath_ + "/Praxis.mdb").toStdString());
+  EXPECT_EQ(dialog_.ShowOpen(nullptr), Chosen("Praxis.mdb"));
 }
 
 TEST_F(FileDialogTest, CancelGivesNothing) {
@@ -86,7 +89,7 @@ TEST_F(FileDialogTest, AFolderThatIsGoneIsNoObstacle) {
 
 TEST_F(FileDialogTest, SavingAddsTheExtension) {
   WhenShown([](QFileDialog& dialog) { Enters(dialog, "Bericht"); });
-  EXPECT_EQ(dialog_.ShowSave(nullptr), (folderPath_ + "/Bericht.MDB").toStdString());
+  EXPECT_EQ(dialog_.ShowSave(nullptr), Chosen("Bericht.MDB"));
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ class Commands : public MainWindow {
     return recent;
   }
   [[nodiscard]] fs::path NewLog(const char* name) const {
-    fs::path file = installation_.suite() / name;
+    fs::path file = installation_.suite() / platform::ToPath(name);
     fs::copy_file(installation_.program() / "varnlog.md0", file);
     return file;
   }
@@ -156,7 +156,7 @@ TEST_F(Commands, ExportExactlyWhatIsShown) {
   ClicksHeading(logview::kPatientColumn);
   Grid().SetColumnShown(logview::kDoseColumn, false);
   std::vector<std::string> proposed;
-  const fs::path file = installation_.suite() / "Übergabe.json";
+  const fs::path file = installation_.suite() / platform::ToPath("Übergabe.json");
   ui::CFileDialog::AnswerWith([&](const ui::CFileDialog& dialog) {
     proposed.push_back(dialog.FileName());
     return file.string();

@@ -196,8 +196,8 @@ TEST_F(HelpWindow, AMissingOrForeignHelpFileIsTold) {
   globals.ProgramFolderGl = installation_.program().string();
   const std::string file = HelpFile(globals);
   program_->Triggers(mnuHelpContents);
-  fs::create_directories(fs::path(file).parent_path());
-  cli::Installation::Write(file, "no help file at all");
+  fs::create_directories(platform::ToPath(file).parent_path());
+  cli::Installation::Write(platform::ToPath(file), "no help file at all");
   program_->Triggers(mnuHelpIndex);
   const QStringList messages = program_->TakeMessages();
   ASSERT_EQ(messages.size(), 2);

@@ -107,7 +107,7 @@ TEST_F(HistoryTest, AnOlderCopyIsWarnedOfOnceAndABrokenChainInOneMessage) {
   Starts();
   Enters(1, logview::kCommentColumn, "o. B.");
   program_.reset();
-  fs::copy_file(copy, installation_.log(), fs::copy_options::overwrite_existing);
+  varnlog::test::CopyOver(copy, installation_.log());
   Starts();
   EXPECT_EQ(TakeMessages().filter("zuletzt darin gesehen").size(), 1);
   EXPECT_TRUE(Verifies(*program_, {}).contains("Ein Arbeitsplatz vermisste einen früheren Stand"));

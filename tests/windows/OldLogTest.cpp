@@ -31,7 +31,8 @@ class OldLog : public testing::Test {
 
   /// The file as the practice finds it, cut to its first `length` bytes.
   void Finds(const std::string& sample, std::size_t length = std::string::npos) {
-    original_ = ReadFile(fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / sample).substr(0, length);
+    original_ = ReadFile(fs::path(VARNLOG_SOURCE_DIR) / "tests/data/jet" / platform::ToPath(sample))
+                    .substr(0, length);
     cli::Installation::Write(log_, original_);
   }
   void Opens(core::MessageAnswer answer) {
@@ -55,9 +56,9 @@ class OldLog : public testing::Test {
   }
 
   cli::Installation installation_{testing::UnitTest::GetInstance()->current_test_info()->name()};
-  fs::path folder_ = installation_.suite() / "Alte Bücher";
-  fs::path log_ = folder_ / "Röntgen.mdb";
-  fs::path kept_ = folder_ / "Röntgen.jet.mdb";
+  fs::path folder_ = installation_.suite() / platform::ToPath("Alte Bücher");
+  fs::path log_ = folder_ / platform::ToPath("Röntgen.mdb");
+  fs::path kept_ = folder_ / platform::ToPath("Röntgen.jet.mdb");
   std::string original_;
   std::unique_ptr<RunningProgram> program_;
 };
@@ -92,6 +93,7 @@ TEST_F(OldLog, IsOfferedAtStartUpToo) {
 TEST_F(OldLog, IsShownOnlyWhereItIsWriteProtected) {
   installation_.Reports({cli::NewExposure("Zander", "XI", "03.02.2020", "08:00:00")});
   Finds("log-1.1-jet4-scratch.mdb");
+  fs::permissions(log_, fs::perms::owner_read);
   fs::permissions(folder_, fs::perms::owner_read | fs::perms::owner_exec);
   Opens(core::MessageAnswer::kYes);
   // The reported exposure is not offered to be taken in.
@@ -102,6 +104,7 @@ TEST_F(OldLog, IsShownOnlyWhereItIsWriteProtected) {
   EXPECT_EQ(ReadFile(log_), original_);
   EXPECT_FALSE(fs::exists(kept_));
   fs::permissions(folder_, fs::perms::owner_all);
+  fs::permissions(log_, fs::perms::owner_all);
   Finds("log-1.1-jet4-scratch.mdb", 126976);
   fs::permissions(log_, fs::perms::owner_read);
   Opens(core::MessageAnswer::kYes);

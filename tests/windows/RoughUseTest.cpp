@@ -141,7 +141,8 @@ TEST_F(RoughUse, ALogThatVanishedBetweenTwoStartsGivesWayToTheOneOfTheSuite) {
   ui::CFileDialog::AnswerWith({});
   ASSERT_EQ(Globals().strDataFileGl, other.string());
   program_.reset();
-  fs::rename(other, other.string() + ".weg");
+  const fs::path gone = installation_.suite() / "anderes.mdb.weg";
+  fs::rename(other, gone);
   Starts(core::MessageAnswer::kGoOn);
   ASSERT_EQ(started_.size(), 1);
   EXPECT_TRUE(started_.at(0).contains("anderes.mdb")) << started_.at(0).toStdString();
@@ -149,7 +150,7 @@ TEST_F(RoughUse, ALogThatVanishedBetweenTwoStartsGivesWayToTheOneOfTheSuite) {
   EXPECT_EQ(Globals().strDataFileGl, installation_.log().string());
   EXPECT_EQ(Grid().ApproximateCount(), 4);
   program_.reset();
-  fs::rename(other.string() + ".weg", other);
+  fs::rename(gone, other);
   Starts();
   EXPECT_EQ(Globals().strDataFileGl, other.string()) << "it stayed configured";
   EXPECT_TRUE(started_.isEmpty()) << started_.join('\n').toStdString();

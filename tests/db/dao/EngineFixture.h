@@ -49,7 +49,7 @@ class EngineTest : public testing::Test, protected test::LogFolder {
 
   /// Overwrites `length` bytes from `offset` on.
   static void Damage(const std::string& path, std::uint64_t offset, std::size_t length, char byte = '\0') {
-    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    std::fstream file(platform::ToPath(path), std::ios::binary | std::ios::in | std::ios::out);
     file.seekp(static_cast<std::streamoff>(offset));
     file << std::string(length, byte);
   }

@@ -48,14 +48,14 @@ TEST_F(PaintedReportTest, WidthsAddUpForTextsThatAreNotJoined) {
 
 TEST_F(PaintedReportTest, StoppingLeavesTheOldFile) {
   log.Add({}, 200);
-  test::WriteFile(File(), "old");
+  test::WriteFile(platform::ToPath(File()), "old");
   for (const int stopAt : {1, 2, 3}) {
     const ReportJob job = Begin();
     CountedProgress stopping;
     (stopAt == 1 ? stopping.stopAtCounting : stopping.stopAtPainting) = stopAt;
     EXPECT_FALSE(SavePdf(job, A4(), {.file = File()}, stopping));
   }
-  EXPECT_EQ(test::ReadFile(File()), "old");
+  EXPECT_EQ(test::ReadFile(platform::ToPath(File())), "old");
   EXPECT_THAT(log.Names(), testing::ElementsAre("bericht.pdf", "log.mdb", "system.mdw"));
 }
 

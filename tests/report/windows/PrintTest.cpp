@@ -48,7 +48,8 @@ class FilePrinters final : public Printers {
   [[nodiscard]] std::unique_ptr<QPrinter> Open(const QString& name) const override {
     auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
     printer->setOutputFormat(QPrinter::PdfFormat);
-    printer->setOutputFileName(QString::fromStdString((folder_ / name.toStdString()).string()) + ".pdf");
+    printer->setOutputFileName(
+        QString::fromStdString((folder_ / platform::ToPath(name.toStdString())).string()) + ".pdf");
     return printer;
   }
 
@@ -161,7 +162,7 @@ TEST_F(PrintTest, ARangeIsPrintedOnTheChosenPrinterAndTheChoicesAreKept) {
   EXPECT_THAT(FooterNumbers(Printed("Empfang"), "DRS_PAGE"), ElementsAre(2, 3));
   commands->Print(nullptr);
   EXPECT_TRUE(answers_.empty());
-  EXPECT_FALSE(std::filesystem::exists(Printed("Keller")));
+  EXPECT_FALSE(std::filesystem::exists(platform::ToPath(Printed("Keller"))));
   EXPECT_THAT(user.texts, ElementsAre());
 }
 
