@@ -1,13 +1,22 @@
 #include "app/BackupJob.h"
 
 #include "core/Installation.h"
+#include "platform/Files.h"
+#include "platform/Process.h"
 #include "ui/QtText.h"
 
 namespace varnlog::app {
 
 namespace {
 
-constexpr const char* kProgram = "varnlogctl";
+// Beside this program, where only administrators may exchange it; else in the program folder.
+std::string CommandLineProgram(const core::Globals& globals) {
+  const std::string name = platform::ProgramFile("varnlogctl");
+  const std::filesystem::path beside = platform::ExecutableFolder() / platform::ToPath(name);
+  std::error_code error;
+  return std::filesystem::exists(beside, error) ? platform::FromPath(beside)
+                                                : core::InProgramFolder(globals, name);
+}
 
 }  // namespace
 
@@ -24,7 +33,7 @@ bool BackupJob::Start(const std::string& folder, Ended ended) {
   QObject::connect(&process_, &QProcess::errorOccurred, &process_, [tell](QProcess::ProcessError error) {
     if (error == QProcess::FailedToStart) tell();  // nothing has finished that never began
   });
-  process_.start(ui::ToQString(core::DeliveredFile(globals_, kProgram)),
+  process_.start(ui::ToQString(CommandLineProgram(globals_)),
                  {"--folder", ui::ToQString(globals_.ProgramFolderGl), "--file",
                   ui::ToQString(globals_.strDataFileGl), "backup", "--to", ui::ToQString(folder)});
   return true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace varnlog::platform {
@@ -18,6 +19,9 @@ class SystemLauncher final : public Launcher {
  public:
   bool Start(const std::vector<std::string>& command) override;
 };
+
+/// The file of a program of this name: with the ending that programs have there.
+[[nodiscard]] std::string ProgramFile(std::string_view name);
 
 /// True where the operating system has a registration program for components ("Regsvr32.exe").
 [[nodiscard]] bool HasComponentRegistration();

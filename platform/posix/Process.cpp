@@ -80,6 +80,10 @@ std::vector<std::string> ProgramArguments(int count, char** arguments) {
   return {arguments, arguments + count};
 }
 
+std::string ProgramFile(std::string_view name) {
+  return std::string(name);
+}
+
 bool HasComponentRegistration() {
   return false;
 }

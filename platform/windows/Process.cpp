@@ -62,6 +62,10 @@ std::string EnvironmentVariable(const char* name) {
   return length < room ? Narrow({value.data(), length}) : std::string();
 }
 
+std::string ProgramFile(std::string_view name) {
+  return std::string(name) + ".exe";
+}
+
 bool HasComponentRegistration() {
   return true;
 }

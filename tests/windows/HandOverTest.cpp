@@ -1,5 +1,4 @@
 #include <QDateEdit>
-#include <QMenu>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QTreeWidget>
@@ -25,7 +24,8 @@ class HandOver : public MainWindow {
     MainWindow::SetUp();
     Starts();
     fs::create_directory(folder_);
-    fs::create_symlink(fs::path(VARNLOG_PROGRAM_DIR) / "varnlogctl", installation_.program() / "varnlogctl");
+    const std::string program = platform::ProgramFile("varnlogctl");
+    fs::copy_file(fs::path(VARNLOG_PROGRAM_DIR) / program, installation_.program() / program);
     (void)program_->TakeMessages();
   }
   ~HandOver() override { ui::CFileDialog::AnswerWith({}); }
@@ -74,7 +74,7 @@ TEST_F(HandOver, ADailyCopyIsMadeOnceADayAndAVanishedFolderIsToldOnce) {
   };
   const auto copies = [this] {
     std::size_t whole = 0;
-    for (const auto& copy : backup::ListBackups(folder_, Globals().strDataFileGl))
+    for (const auto& copy : backup::ListBackups(folder_, platform::ToPath(Globals().strDataFileGl)))
       whole += fs::exists(backup::DigestFile(copy.path)) ? 1U : 0U;
     return whole;
   };
@@ -90,28 +90,6 @@ TEST_F(HandOver, ADailyCopyIsMadeOnceADayAndAVanishedFolderIsToldOnce) {
   ASSERT_EQ(told.size(), 1);
   EXPECT_TRUE(told.first().contains(QString::fromStdString(folder_.string()))) << told.first().toStdString();
   EXPECT_FALSE(fs::exists(folder_)) << "a share that is away is not replaced by a folder here";
-}
-
-TEST_F(HandOver, APatientsRecordIsSavedWhateverHisNameHolds) {
-  const fs::path file = folder_ / "Nachweis.pdf";
-  ui::CFileDialog::AnswerWith([&](const ui::CFileDialog& dialog) {
-    EXPECT_TRUE(dialog.FileName().find("O") != std::string::npos) << dialog.FileName();
-    return file.string();
-  });
-  program_->Grid().SetCurrentCell(1, logview::kPatientColumn);
-  ASSERT_TRUE(program_->Grid().CellText(1, logview::kPatientColumn).startsWith("O'Hara"));
-  QTimer::singleShot(200, [&] {
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_NE(menu, nullptr);
-    const QString wanted = program_->Text(core::TextKey("RS_PATIENTPDF"));
-    for (QAction* action : menu->actions())
-      if (action->text() == wanted) action->trigger();
-    menu->close();
-  });
-  emit program_->Grid().customContextMenuRequested(QPoint(5, 5));
-  const std::string text = installation_.Shell("pdftotext '" + file.string() + "' -").out;
-  EXPECT_EQ(text.find("Zander"), std::string::npos);
-  EXPECT_NE(text.find("O'Hara"), std::string::npos) << text;
 }
 
 TEST_F(HandOver, TheInspectionFolderIsMadeWhereItIsWanted) {
