@@ -1,11 +1,13 @@
 #include "app/SingleInstance.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QStandardPaths>
+#include <QSysInfo>
 #include <QThread>
 
 #include "platform/Desktop.h"
@@ -50,11 +52,21 @@ SingleInstance::SingleInstance(const std::string& programFolder)
 
 bool SingleInstance::Claim() {
   // The server alone would not do: it takes its name from another copy that is listening.
-  if (!lock_.tryLock(0) && lock_.error() == QLockFile::LockFailedError) return false;
+  if (!lock_.tryLock(0) && lock_.error() == QLockFile::LockFailedError && !TakesOwnNumberOver()) return false;
   server_.setSocketOptions(QLocalServer::UserAccessOption);
   QLocalServer::removeServer(name_);
   if (server_.listen(name_)) Hear();
   return true;
+}
+
+/// Systems give the numbers of processes again: a lock with our own was left by a copy that did not end in
+/// peace. One that somebody holds is not removed.
+bool SingleInstance::TakesOwnNumberOver() {
+  qint64 process = 0;
+  QString computer;
+  QString program;
+  return lock_.getLockInfo(&process, &computer, &program) && process == QCoreApplication::applicationPid() &&
+         computer == QSysInfo::machineHostName() && lock_.removeStaleLockFile() && lock_.tryLock(0);
 }
 
 void SingleInstance::Hear() {

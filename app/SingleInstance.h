@@ -29,6 +29,7 @@ class SingleInstance {
   void OnActivation(std::function<void(const QString& file)> handler) { handler_ = std::move(handler); }
 
  private:
+  [[nodiscard]] bool TakesOwnNumberOver();
   void Hear();
 
   QString name_;  // the whole path

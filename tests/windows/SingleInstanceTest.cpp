@@ -1,11 +1,13 @@
 #include <filesystem>
 #include <fstream>
 
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <gtest/gtest.h>
 
 #include "app/SingleInstance.h"
+#include "platform/Files.h"
 
 namespace varnlog::app {
 namespace {
@@ -17,7 +19,7 @@ class SingleInstanceTest : public testing::Test {
  protected:
   void SetUp() override {
     before_ = qgetenv("XDG_RUNTIME_DIR");
-    fs::permissions(runtime_.path().toStdString(), fs::perms::owner_all);
+    fs::permissions(platform::ToPath(runtime_.path().toStdString()), fs::perms::owner_all);
     qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8());
   }
   void TearDown() override { qputenv("XDG_RUNTIME_DIR", before_); }
@@ -28,7 +30,8 @@ class SingleInstanceTest : public testing::Test {
 
 TEST_F(SingleInstanceTest, IsNotedWhereNobodyElseCanPutAnything) {
   SingleInstance first("/");
-  EXPECT_TRUE(first.LockFile().startsWith(runtime_.path())) << first.LockFile().toStdString();
+  EXPECT_TRUE(first.LockFile().startsWith(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)))
+      << first.LockFile().toStdString();
   ASSERT_TRUE(first.Claim());
   SingleInstance second("/");
   EXPECT_FALSE(second.Claim());
@@ -40,9 +43,20 @@ TEST_F(SingleInstanceTest, IsNotedWhereNobodyElseCanPutAnything) {
   EXPECT_EQ(asked, QStringList({"", "/Röntgen 2020/Varnlog.mdb"}));
 }
 
+TEST_F(SingleInstanceTest, TakesOverTheLockOfACopyThatHadItsNumberAndIsGone) {
+  SingleInstance program("/");
+  const qint64 self = QCoreApplication::applicationPid();
+  std::ofstream(platform::ToPath(program.LockFile().toStdString()))
+      << self << '\n'
+      << platform::ExecutableName() << '\n'
+      << QSysInfo::machineHostName().toStdString() << '\n';
+  EXPECT_TRUE(program.Claim());
+  EXPECT_FALSE(SingleInstance("/").Claim()) << "that one is held";
+}
+
 TEST_F(SingleInstanceTest, TellsWhenALockIsThereButNobodyAnswers) {
   SingleInstance program("/");
-  std::ofstream(program.LockFile().toStdString()) << "4711\nvarnlog\nanother-workstation\n";
+  std::ofstream(platform::ToPath(program.LockFile().toStdString())) << "4711\nvarnlog\nanother-workstation\n";
   EXPECT_FALSE(program.Claim());
   EXPECT_FALSE(program.ActivateOther({}));
 }
