@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QOperatingSystemVersion>
 #include <QRegularExpression>
 #include <QSplitter>
 #include <QTreeView>
@@ -48,7 +49,9 @@ void ShowWholeColumns(QFileDialog& dialog) {
 }
 
 /// A name gets the ending of the type that is chosen, before the dialog asks whether it may be replaced.
+/// Windows' own dialog does that by itself; what it is told to select it shows with its whole path.
 void FollowType(QFileDialog& dialog) {
+  if (QOperatingSystemVersion::currentType() == QOperatingSystemVersion::Windows) return;
   const auto follow = [&dialog](const QString& filter) {
     static const QRegularExpression kEnding(R"(\(\*\.(\w+)\)$)");
     const QString ending = kEnding.match(filter).captured(1);
