@@ -11,7 +11,7 @@ copy_compiler_libraries() {
 # What Wine calls the system's pages and languages comes from the locale, which a build machine may not have.
 prepare_wine() {
   local locales=$PWD/build/windows/locales
-  export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml='
+  export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml,winedbg.exe='
   mkdir -p "$locales"
   if [ ! -d "$locales/de_DE.UTF-8" ]; then localedef -i de_DE -f UTF-8 "$locales/de_DE.UTF-8"; fi
   export LOCPATH=$locales LC_ALL=de_DE.UTF-8
