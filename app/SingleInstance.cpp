@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QStandardPaths>
-#include <QSysInfo>
 #include <QThread>
 
 #include "platform/Desktop.h"
@@ -66,7 +65,7 @@ bool SingleInstance::TakesOwnNumberOver() {
   QString computer;
   QString program;
   return lock_.getLockInfo(&process, &computer, &program) && process == QCoreApplication::applicationPid() &&
-         computer == QSysInfo::machineHostName() && lock_.removeStaleLockFile() && lock_.tryLock(0);
+         lock_.removeStaleLockFile() && lock_.tryLock(0);
 }
 
 void SingleInstance::Hear() {

@@ -2,7 +2,6 @@
 
 #ifdef _WIN32
 #include <utility>
-
 #include <windows.h>
 
 #include "platform/Files.h"
@@ -47,7 +46,8 @@ std::wstring Words(const std::string& line) {
 // What a child inherits.
 HANDLE Given(const std::filesystem::path& path, DWORD access, DWORD disposition) {
   SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-  return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, disposition, 0, nullptr);
+  return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, disposition, 0,
+                     nullptr);
 }
 
 }  // namespace
@@ -62,7 +62,8 @@ int Run(const std::string& line, const std::filesystem::path& out, const std::fi
   PROCESS_INFORMATION process{};
   std::wstring words = Words(line);
   DWORD status = static_cast<DWORD>(-1);
-  if (CreateProcessW(nullptr, words.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process) != 0) {
+  if (CreateProcessW(nullptr, words.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process) !=
+      0) {
     WaitForSingleObject(process.hProcess, INFINITE);
     GetExitCodeProcess(process.hProcess, &status);
     CloseHandle(process.hThread);

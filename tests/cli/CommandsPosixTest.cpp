@@ -21,7 +21,7 @@ TEST_F(CommandsOnPosixTest, OutputThatCannotBeWrittenIsAnErrorWithAReason) {
   EXPECT_EQ(full.status, 1);
   EXPECT_THAT(full.err, HasSubstr("No space left"));
   const Ended closed = installation_.Shell("{ sleep 0.2; " + installation_.CtlCommand() +
-                                            " list; echo \"status $?\" >&2; } | true");
+                                           " list; echo \"status $?\" >&2; } | true");
   EXPECT_THAT(closed.err, HasSubstr("Broken pipe"));
   EXPECT_THAT(closed.err, HasSubstr("status 1"));
 }

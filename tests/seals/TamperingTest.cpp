@@ -188,7 +188,7 @@ TEST_F(TamperingTest, LegalWorkNeverRaisesTheAlarm) {
   for (int round = 0; round < Rounds(60, 100'000); ++round) {
     if (round % kRoundsALog == 0) {
       log_->Close();
-      CopyOver(folder_ / "start.mdb", folder_ / "Varnlog.mdb");
+      varnlog::test::CopyOver(folder_ / "start.mdb", folder_ / "Varnlog.mdb");
       Opens();
       log_->ForgoSafety();
     }
