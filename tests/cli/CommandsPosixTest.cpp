@@ -17,6 +17,8 @@ class CommandsOnPosixTest : public testing::Test {
 };
 
 TEST_F(CommandsOnPosixTest, OutputThatCannotBeWrittenIsAnErrorWithAReason) {
+  installation_.Reports({NewExposure("Müller", "XI", "01.03.2004", "08:00:01")});
+  ASSERT_EQ(installation_.Ctl("update").status, 0);
   const Ended full = installation_.Shell(installation_.CtlCommand() + " list >/dev/full");
   EXPECT_EQ(full.status, 1);
   EXPECT_THAT(full.err, HasSubstr("No space left"));
