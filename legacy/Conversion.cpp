@@ -5,6 +5,7 @@
 #include "legacy/ChangePlaces.h"
 #include "legacy/ConversionRun.h"
 #include "legacy/OldFile.h"
+#include "legacy/Turn.h"
 #include "platform/SafeFile.h"
 
 namespace varnlog::legacy {
@@ -27,23 +28,6 @@ class GrowingFile {
 
  private:
   fs::path path_;
-};
-
-// One workstation converts at a time. The lock lies beyond the end of the file and goes with the process.
-class Turn {
- public:
-  explicit Turn(const fs::path& log)
-      : file_(platform::File::Open(log, platform::File::Mode::kReadWrite, error_)) {
-    constexpr std::uint64_t kBeyondAnyFile = 1ULL << 40U;
-    // Without the right to write there is nobody who could take turns.
-    isMine_ = error_ || file_.TryLockRange(kBeyondAnyFile, 1, error_) || error_;
-  }
-  [[nodiscard]] bool IsMine() const { return isMine_; }
-
- private:
-  std::error_code error_;
-  platform::File file_;
-  bool isMine_ = false;
 };
 
 fs::path Resolved(const fs::path& path) {

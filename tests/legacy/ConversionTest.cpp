@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "legacy/Turn.h"
 #include "platform/Sha256.h"
 #include "tests/legacy/ConversionFixture.h"
 #include "tests/support/Table.h"
@@ -166,6 +167,19 @@ TEST_F(ConversionFixture, WaitsForTheOldProgramToCloseTheLog) {
   };
   EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kDone);
   EXPECT_EQ(view_.retries, 0);
+}
+
+TEST_F(ConversionFixture, OneWorkstationConvertsAtATime) {
+  HasSample(kJet4Log);
+  folder_.Holding("Varnlog.mdb.turn", "");  // as a crash leaves it
+  {
+    const Turn other(log_());
+    EXPECT_TRUE(other.IsMine());
+    EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kFailed);
+    EXPECT_TRUE(view_.HasShown("CV_ERR_INUSE"));
+  }
+  ExpectOnlyTheOldLog();
+  EXPECT_EQ(ConvertsInPlace().outcome, Outcome::kDone);
 }
 
 TEST_F(ConversionFixture, AFileThatChangesMeanwhileIsNotReplaced) {
