@@ -82,7 +82,10 @@ void frmMDIMain::ShowStatistics() {
 
 void frmMDIMain::ShowSettings() {
   frmSettings dialog(this, context_.services.texts, context_.services.ini, context_.globals.IniFileGl);
-  if (dialog.exec() == QDialog::Accepted && results_) results_->ApplyColors();
+  if (dialog.exec() != QDialog::Accepted) return;
+  if (results_) results_->ApplyColors();
+  if (!dialog.IsKept())
+    context_.services.Messages().Critical("SE_ERR_WRITE"_key, {{"strFile", context_.globals.IniFileGl}});
 }
 
 void frmMDIMain::FindInList() {

@@ -128,20 +128,24 @@ QLayout* frmSettings::FolderRow(QLineEdit* box, const char* name, std::string_vi
   return row;
 }
 
+void frmSettings::Write(std::string_view section, std::string_view key, std::string_view value) {
+  if (!ini_.WriteString(section, key, value, iniFile_)) isKept_ = false;
+}
+
 void frmSettings::KeepColors() {
   if (cmbColors_->currentIndex() == kOwn) return;
   const bool calm = cmbColors_->currentIndex() == kCalmSet;
   for (const auto& [key, color] : kCalm) {
     // A key that nobody wrote is not made only to be empty.
     if (calm || !ini_.ReadString(kColors, key, iniFile_).empty())
-      ini_.WriteString(kColors, key, calm ? color : std::string_view(), iniFile_);
+      Write(kColors, key, calm ? color : std::string_view());
   }
 }
 
 void frmSettings::Keep() {
   const auto keep = [this](std::string_view section, std::string_view key, const QString& value) {
     const std::string text = ui::FromQString(value.trimmed());
-    if (text != ini_.ReadString(section, key, iniFile_)) ini_.WriteString(section, key, text, iniFile_);
+    if (text != ini_.ReadString(section, key, iniFile_)) Write(section, key, text);
   };
   if (cmbLanguage_->currentIndex() >= 0) keep("App", "Language", cmbLanguage_->currentData().toString());
   KeepColors();

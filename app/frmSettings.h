@@ -16,15 +16,20 @@ class frmSettings final : public QDialog {
   frmSettings(QWidget* parent, const core::TextLookup& texts, core::SettingsStore& ini,
               const std::string& iniFile);
 
+  /// False when what was chosen could not be written.
+  [[nodiscard]] bool IsKept() const { return isKept_; }
+
  private:
   void AddColors();
   [[nodiscard]] QLayout* FolderRow(QLineEdit* box, const char* name, std::string_view section);
+  void Write(std::string_view section, std::string_view key, std::string_view value);
   void Keep();
   void KeepColors();
 
   const core::TextLookup& texts_;
   core::SettingsStore& ini_;
   const std::string& iniFile_;
+  bool isKept_ = true;
   QComboBox* cmbLanguage_;
   QComboBox* cmbColors_;
   QComboBox* cmbSeparator_;

@@ -33,6 +33,18 @@ TEST_F(SettingsDialog, KeepsWhatWasChosenAndAppliesTheColours) {
   });
   program_->Triggers(CommandId::mnuViewSettings);
   EXPECT_EQ(program_->Grid().Delegate().Colors(ui::CellState::kLocked, {}).back, before);
+  // As good as a folder that may not be written to.
+  const std::filesystem::path file = installation_.program() / "varnlog.ini";
+  std::filesystem::remove(file);
+  std::filesystem::create_directory(file);
+  program_->InDialog("frmSettings", [](QDialog& dialog) {
+    Child<QLineEdit>(dialog, "txtExport").setText("/nowhere");
+    Child<QPushButton>(dialog, "cmdOK").click();
+  });
+  static_cast<void>(program_->TakeMessages());
+  program_->Triggers(CommandId::mnuViewSettings);
+  EXPECT_TRUE(program_->TakeMessages().join("").contains("varnlog.ini"));
+  std::filesystem::remove(file);
 }
 
 }  // namespace
