@@ -6,9 +6,9 @@
 
 namespace varnlog::legacy {
 
-/// The right to convert a log, which one workstation has at a time: a lock on a file of its own beside the log, since what
-/// is open cannot give its name to another file everywhere. It goes with the process; a crash leaves an empty file, which
-/// holds nobody up.
+/// The right to convert a log, which one workstation has at a time: a lock on a file of its own beside the
+/// log, since what is open cannot give its name to another file everywhere. It goes with the process; a crash
+/// leaves an empty file, which holds nobody up.
 class Turn {
  public:
   explicit Turn(const std::filesystem::path& log);
