@@ -110,7 +110,7 @@ bool IntakeCopy::ParseSections(std::string_view table) {
 }
 
 std::error_code IntakeCopy::Replace(const RunId& id, std::span<const CopySection> sections,
-                                    const RunOptions& options) const {
+                                    const RunOptions& options, const std::function<void()>& letGo) const {
   std::string head(kMagic);
   head += id;
   AppendNumber(head, sections.size());
@@ -126,12 +126,14 @@ std::error_code IntakeCopy::Replace(const RunId& id, std::span<const CopySection
   std::error_code error = writer.Write(head, pieces);
   if (error) return error;
   options.Reached(RunStep::kCopyWritten);
+  letGo();
   error = writer.Publish();
   if (!error) options.Reached(RunStep::kCopySafe);
   return error;
 }
 
-bool IntakeCopy::Delete() const {
+bool IntakeCopy::Delete() {
+  LetGo();
   return !platform::RemoveFile(path_);
 }
 

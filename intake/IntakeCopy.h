@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <string>
 #include <system_error>
@@ -48,14 +49,17 @@ class IntakeCopy {
   void Load();
   [[nodiscard]] State GetState() const { return state_; }
   [[nodiscard]] const RunId& Id() const { return id_; }
-  /// Their bytes are pieces of the copy itself and can be read as long as this object lives, even when the
-  /// file is replaced or deleted meanwhile.
+  /// Their bytes are pieces of the copy itself and can be read until LetGo() or the end of this object.
   [[nodiscard]] const std::vector<CopySection>& Sections() const { return sections_; }
 
-  /// Replaces the copy, whole or not at all.
+  /// Closes the file, which could not be replaced everywhere while it is open. What it was is still known.
+  void LetGo() { stored_.file.Close(); }
+
+  /// Replaces the copy, whole or not at all. `letGo` is called when the sections have been read: whatever
+  /// has the file open closes it.
   [[nodiscard]] std::error_code Replace(const RunId& id, std::span<const CopySection> sections,
-                                        const RunOptions& options) const;
-  [[nodiscard]] bool Delete() const;
+                                        const RunOptions& options, const std::function<void()>& letGo) const;
+  [[nodiscard]] bool Delete();
 
  private:
   [[nodiscard]] State Parse();

@@ -297,7 +297,8 @@ bool IntakeSources::Secure(const RunId& id) {
     Source& source = sources_[i];
     if (secured && source.kind == CopySection::Source::kExchange) secured = NoteWhatWasRead(source, i);
     const FilePiece whole{&source.tokens.OpenFile(), source.origin, source.reached - source.origin};
-    if (!made_ || source.begin > source.origin) source.digest = DigestOf(whole).value_or("");
+    const bool isElsewhere = source.kind != CopySection::Source::kCarried;
+    if (isElsewhere && (!made_ || source.begin > source.origin)) source.digest = DigestOf(whole).value_or("");
     // What this run itself holds open can never be had alone.
     source.tokens.CloseMailslot();
   }
@@ -317,7 +318,12 @@ bool IntakeSources::MakeCopy(const RunId& id) {
     sections.push_back(section);
   }
   digest_ = digest.Hex();
-  if (copy_.Replace(id, sections, options_)) return false;
+  const auto letGo = [this] {
+    for (Source& source : sources_)
+      if (source.kind == CopySection::Source::kCarried) source.tokens.CloseMailslot();
+    copy_.LetGo();
+  };
+  if (copy_.Replace(id, sections, options_, letGo)) return false;
   made_.emplace(logFile_);
   made_->Load();
   if (made_->Id() == id && made_->Sections().size() == sources_.size()) return true;

@@ -235,7 +235,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
 /// Deletes the copy. Another run may have begun since the commit, and the copy there may be its own: that is
 /// looked at under the write lock. Who does not get the lock leaves the copy; the next run knows it is done.
 void Run::TidyUp(db::CJetEngine& engine) const {
-  const IntakeCopy copy(platform::ToPath(CopiedBeside(globals_)));
+  IntakeCopy copy(platform::ToPath(CopiedBeside(globals_)));
   if (!copy.Exists()) return;
   // The commit itself has to be on the disk before its copy goes.
   if (platform::FlushFolder(copy.Path().parent_path())) return;
