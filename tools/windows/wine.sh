@@ -11,10 +11,12 @@ copy_compiler_libraries() {
 # What Wine calls the system's pages and languages comes from the locale, which a build machine may not have.
 prepare_wine() {
   local locales=$PWD/build/windows/locales
+  # A program that crashes ends instead of waiting in a debugger.
   export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml,winedbg.exe='
   mkdir -p "$locales"
   if [ ! -d "$locales/de_DE.UTF-8" ]; then localedef -i de_DE -f UTF-8 "$locales/de_DE.UTF-8"; fi
-  export LOCPATH=$locales LC_ALL=de_DE.UTF-8
+  # The shell itself does not find this locale, and says so.
+  { export LOCPATH=$locales LC_ALL=de_DE.UTF-8; } 2>/dev/null
   if [ ! -d "$WINEPREFIX" ]; then
     wineboot --init >&2 2>&1
     wine winecfg -v win10 >&2
