@@ -135,14 +135,16 @@ ExposureWriter::Done ExposureWriter::Take(CToken& token) {
 void ExposureWriter::Expect(std::span<const CToken> tokens) {
   if (tokens.empty() || ahead_ == nullptr) return;
   std::vector<platform::DateTime> dates;
+  std::vector<platform::DateTime> changed;
   for (const CToken& token : tokens) {
     if (!IsExposure(token)) continue;
     for (const auto property : {CToken::kTakeDate, CToken::kTakeTime, CToken::kBirthday})
       expected_.Set(property, token.Get(property));
     expectedDates_.Read(expected_);
     dates.push_back(expectedDates_.Taken());
+    if (token.Kind() == "I") changed.push_back(dates.back());
   }
-  ahead_->Expect(dates);
+  ahead_->Expect(dates, changed);
 }
 
 void ExposureWriter::Fit(CToken& token, CToken::Property property, const dao::Field& field,

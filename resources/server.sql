@@ -29,6 +29,7 @@ DO $do$ BEGIN
   END IF;
 END $do$;
 
+-- A text with the character 0 in it is stored with U+E0001 in its place, which no order of texts looks at.
 -- The one rule for text: letter case does not count, accents do, ß is ss. Texts are stored in the order of their
 -- bytes and compared as jet_text(...) COLLATE jet; Like matches jet_fold(...).
 CREATE COLLATION IF NOT EXISTS jet (provider = icu, locale = 'und-u-ks-level2', deterministic = false);
@@ -36,7 +37,7 @@ CREATE OR REPLACE FUNCTION jet_text(text) RETURNS text LANGUAGE sql IMMUTABLE ST
   AS $$ SELECT replace(replace($1, 'ß', 'ss'), 'ẞ', 'ss') $$;
 CREATE OR REPLACE FUNCTION jet_fold(text) RETURNS text LANGUAGE sql IMMUTABLE STRICT PARALLEL SAFE
   AS $$ SELECT replace(lower(normalize(translate($1,
-    E'\x01\x02\x03\x04\x05\x06\x07\x08\x0E\x0F\x10\x11\x12\x13\x14\x15\x16\x17\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F\x7F\u00AD',
+    E'\x01\x02\x03\x04\x05\x06\x07\x08\x0E\x0F\x10\x11\x12\x13\x14\x15\x16\x17\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F\x7F\u00AD\U000E0001',
     ''), NFKC) COLLATE "und-x-icu") COLLATE "C", 'ß', 'ss') $$;
 
 -- What keeps several programs apart: the layout, how many changes there have been, the counters, and the last

@@ -10,9 +10,10 @@ namespace varnlog::dao {
 class SeeksAhead {
  public:
   virtual ~SeeksAhead() = default;
-  /// Seek will be asked for rows with these dates next, in this order. The index has one date by which its
-  /// rows are stored. Throws EngineError.
-  virtual void Expect(std::span<const platform::DateTime> dates) = 0;
+  /// Seek will be asked for rows with these dates next, in this order, and those with the dates `changed`
+  /// will be changed then. The index has one date by which its rows are stored. Throws EngineError.
+  virtual void Expect(std::span<const platform::DateTime> dates,
+                      std::span<const platform::DateTime> changed) = 0;
 
  protected:
   SeeksAhead() = default;

@@ -23,29 +23,38 @@ std::string CopyStatement(const TableSchema& table) {
 
 }  // namespace
 
-// In the order in which they come: a change is sent behind its row of the history.
-// `table` is nullptr for a script.
-void ServerStorage::Append(const TableSchema* table, std::string_view text) {
-  if (added_.empty() || added_.back().table != table) added_.push_back({table, {}});
-  added_.back().lines.append(text);
-  if (added_.back().lines.size() >= kMostAddedBytes && !inPart_)
+void ServerStorage::SendIfMuch() {
+  std::size_t size = script_.size();
+  for (const Copied& copied : copies_) size += copied.lines.size();
+  if (size >= kMostAddedBytes && !inPart_)
     SendAdded();
   else if (session_ != nullptr)
     session_->GoOnSending();
 }
 
+// A change is sent behind its row of the history.
+void ServerStorage::AppendScript(std::string_view text) {
+  script_ += text;
+  SendIfMuch();
+}
+
+// An update's changes are those of exposures, before which all exposures may be added; what else comes after
+// a change is to be written after it.
 void ServerStorage::AddLater(const TableSchema& table, std::string_view line) {
+  if (!script_.empty() && !isBulk_) SendAdded();
   NoteWritten(table);
   addedRows_[table.name];
   ++unsentRows_[table.name];
   ++rowsAdded_;
-  Append(&table, line);
+  if (copies_.empty() || copies_.back().table != &table) copies_.push_back({&table, {}});
+  copies_.back().lines += line;
+  SendIfMuch();
 }
 
 void ServerStorage::WriteLater(const TableSchema& table, std::int64_t row, std::string_view statement) {
   NoteWritten(table);
   addedRows_[table.name].insert(row);
-  Append(nullptr, std::string(statement) + "; ");
+  AppendScript(std::string(statement) + "; ");
 }
 
 void ServerStorage::AddLaterByScript(const TableSchema& table, std::int64_t row, std::string_view statement) {
@@ -69,31 +78,35 @@ bool ServerStorage::IsToBeWritten(const TableSchema& table, std::int64_t row) co
   return before == counters_.end() || row > before->second || rows->second.contains(row);
 }
 
+bool ServerStorage::IsChangedLater(const TableSchema& table, std::int64_t row) const {
+  const auto rows = addedRows_.find(table.name);
+  return rows != addedRows_.end() && rows->second.contains(row);
+}
+
 std::int64_t ServerStorage::UnsentRows(const TableSchema& table) const {
   const auto rows = unsentRows_.find(table.name);
   return rows == unsentRows_.end() ? 0 : rows->second;
 }
 
 void ServerStorage::ForgetAdded() noexcept {
-  added_.clear();
+  copies_.clear();
+  script_.clear();
   unsentRows_.clear();
   addedRows_.clear();
 }
 
 void ServerStorage::SendAdded() {
-  if (added_.empty()) return;
-  const std::vector<Added> all = std::exchange(added_, {});
+  if (copies_.empty() && script_.empty()) return;
+  const std::vector<Copied> copies = std::exchange(copies_, {});
+  const std::string script = std::exchange(script_, {});
   ForgetAdded();
   ++sent_;
   try {
-    for (const Added& each : all) {
-      if (each.table == nullptr) {
-        static_cast<void>(Line().RunScript(each.lines));
-      } else {
-        MakeYears(*each.table, each.lines);
-        Line().StartCopy(CopyStatement(*each.table), each.lines);
-      }
+    for (const Copied& copied : copies) {
+      MakeYears(*copied.table, copied.lines);
+      Line().StartCopy(CopyStatement(*copied.table), copied.lines);
     }
+    if (!script.empty()) static_cast<void>(Line().RunScript(script));
   } catch (const EngineError& error) {
     if (error.number() == ErrorNumber::kConnectionLost) transaction_ = Transaction::kLost;
     throw;

@@ -4,6 +4,7 @@
 
 #include "db/dao/EngineError.h"
 #include "db/dao/postgres/ServerStorage.h"
+#include "db/dao/postgres/ServerText.h"
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sql/LikePattern.h"
 
@@ -31,10 +32,8 @@ Expression ServerDialect::Field(const std::string& name) const {
   return field;
 }
 
-// The server has no text with a zero byte in it, so nothing is equal to one.
 std::string ServerDialect::Text(const std::string& text) const {
-  if (text.find('\0') != std::string::npos) return "NULL::text";
-  return QuoteText(text) + "::text";
+  return QuoteText(ToServer(text)) + "::text";
 }
 
 Expression ServerDialect::AsCondition(Expression value) const {
@@ -85,7 +84,7 @@ std::string ServerDialect::Like(const Expression& value, const Expression& patte
     throw EngineError(ErrorNumber::kNotSupported, "On a server Like takes a pattern that is written out.");
   const Expression plain = AsValue(value);
   const std::string text = plain.isText ? plain.storage : "(" + plain.storage + ")::text";
-  return "(jet_fold(" + text + ") ~ " + QuoteText(LikeExpression(*pattern.literal)) + ")";
+  return "(jet_fold(" + text + ") ~ " + QuoteText(ToServer(LikeExpression(*pattern.literal))) + ")";
 }
 
 std::string ServerDialect::Concatenation(std::span<const Expression> parts) const {

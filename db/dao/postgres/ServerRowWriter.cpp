@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "db/dao/postgres/ServerSchema.h"
+#include "db/dao/postgres/ServerText.h"
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/text/Collation.h"
 
@@ -26,9 +27,7 @@ std::string Literal(const CellView& value) {
     AppendCopyValue(number, value);
     return number;
   }
-  if (value.text.find('\0') != std::string_view::npos)
-    throw EngineError(ErrorNumber::kRuleViolated, "A server holds no text with the character 0 in it.");
-  return QuoteText(value.text);
+  return QuoteText(ToServer(value.text));
 }
 
 std::string TableFieldList(const TableSchema& table) {
@@ -41,22 +40,18 @@ std::string TableFieldList(const TableSchema& table) {
 
 ServerRowWriter::ServerRowWriter(std::shared_ptr<ServerStorage> storage,
                                  std::shared_ptr<const TableSchema> table, std::vector<std::size_t> ordinals)
-    : RowWriter(storage, std::move(table), ordinals),
-      storage_(std::move(storage)),
-      hasCounter_(std::ranges::any_of(Table().fields, &FieldDef::isCounter)) {
+    : RowWriter(storage, table, ordinals),
+      storage_(storage),
+      hasCounter_(std::ranges::any_of(Table().fields, &FieldDef::isCounter)),
+      known_(std::move(storage), std::move(table), ordinals) {
   for (std::size_t field = 0; field < Table().fields.size(); ++field) {
     const auto at = std::ranges::find(ordinals, field);
     if (at != ordinals.end()) places_.push_back(static_cast<std::size_t>(at - ordinals.begin()));
   }
 }
 
-bool ServerRowWriter::KnowsRow(std::int64_t rowId) const {
-  return row_ != nullptr && rowId_ == rowId && storage_->WriteRight() != 0 &&
-         rowRight_ == storage_->WriteRight() && rowChanges_ == storage_->OwnChanges();
-}
-
 std::shared_ptr<const RowSet> ServerRowWriter::Read(std::int64_t rowId) {
-  if (KnowsRow(rowId)) return row_;
+  if (auto row = known_.Find(rowId)) return row;
   const NumberText id(rowId);
   const std::string sql = "SELECT " + FieldList() + " FROM " + QuoteIdentifier(Table().name) + " WHERE " +
                           QuoteIdentifier(ServerStorage::KeyField(Table())) + " = $1::integer";
@@ -67,11 +62,18 @@ std::shared_ptr<const RowSet> ServerRowWriter::Read(std::int64_t rowId) {
     row->AppendDeleted();
   else
     row->Append([&](std::size_t column) { return found.Cell(0, static_cast<int>(column)); });
-  row_ = row;
-  rowId_ = rowId;
-  rowRight_ = storage_->WriteRight();
-  rowChanges_ = storage_->OwnChanges();
-  return row_;
+  known_.NoteRead(rowId, row);
+  return row;
+}
+
+void ServerRowWriter::NoteRead(const ServerResult& read) {
+  for (int each = 0; each < read.RowCount(); ++each) {
+    const std::int64_t id = read.Number(each, 0);
+    if (storage_->IsChangedLater(Table(), id)) continue;
+    auto row = std::make_shared<RowSet>(FieldCount());
+    row->Append([&](std::size_t column) { return read.Cell(each, static_cast<int>(column) + 1); });
+    known_.NoteRead(id, std::move(row));
+  }
 }
 
 std::int64_t ServerRowWriter::Insert(const CopyBuffer& buffer) {
@@ -101,8 +103,15 @@ std::int64_t ServerRowWriter::Insert(const CopyBuffer& buffer) {
   else if (isInScript)
     storage_->AddLaterByScript(table, id, statement());
   else
-    storage_->AddLater(table, line_ + '\n');
+    AddByCopy(id);
   return id;
+}
+
+void ServerRowWriter::AddByCopy(std::int64_t id) {
+  line_ += '\n';
+  storage_->AddLater(Table(), line_);
+  // Only an update comes back to what it has added.
+  if (!storage_->AreRulesObeyed()) known_.NoteAdded(id, line_);
 }
 
 std::int64_t ServerRowWriter::InsertAtOnce(const CopyBuffer& buffer) {
@@ -132,16 +141,14 @@ std::int64_t ServerRowWriter::InsertAtOnce(const CopyBuffer& buffer) {
 }
 
 // Whether rows are still found where they were found before: by an index's fields.
-void ServerRowWriter::NoteChange(const CopyBuffer& buffer, std::int64_t rowId) {
-  const bool isKnown = KnowsRow(rowId) && !row_->IsDeleted(0);
-  bool moves = !isKnown;
+void ServerRowWriter::NoteChange(const CopyBuffer& buffer, std::int64_t rowId, const RowSet* before) {
+  bool moves = before == nullptr;
   for (std::size_t i = 0; i < buffer.size() && !moves; ++i) {
     if (!buffer[i].isChanged) continue;
-    const CellView before = row_->At(0, i);
+    const CellView old = before->At(0, i);
     const CellView after = buffer[i].View();
-    const bool isSame =
-        before.kind == after.kind &&
-        (after.kind != CellKind::kText || Collation::Instance().Compare(before.text, after.text) == 0);
+    const bool isSame = old.kind == after.kind && (after.kind != CellKind::kText ||
+                                                   Collation::Instance().Compare(old.text, after.text) == 0);
     moves = !isSame && std::ranges::any_of(Table().indexes, [&](const Index& index) {
       return std::ranges::any_of(index.fields,
                                  [&](const std::string& name) { return SameName(name, FieldAt(i).name); });
@@ -149,6 +156,7 @@ void ServerRowWriter::NoteChange(const CopyBuffer& buffer, std::int64_t rowId) {
   }
   if (moves) storage_->NoteMove();
   storage_->NoteChange(Table());
+  known_.NoteChanged(rowId, before, buffer);
 }
 
 void ServerRowWriter::OverwriteLater(const CopyBuffer& buffer, std::int64_t rowId) {
@@ -164,8 +172,10 @@ void ServerRowWriter::OverwriteLater(const CopyBuffer& buffer, std::int64_t rowI
 
 bool ServerRowWriter::Overwrite(const CopyBuffer& buffer, std::int64_t rowId) {
   // Within the transaction the row is still there when it was there before.
-  const bool isLater = storage_->InPart() && KnowsRow(rowId);
-  NoteChange(buffer, rowId);
+  const auto known = known_.Find(rowId);
+  const RowSet* const before = known == nullptr || known->IsDeleted(0) ? nullptr : known.get();
+  const bool isLater = storage_->InPart() && before != nullptr;
+  NoteChange(buffer, rowId, before);
   if (isLater) {
     OverwriteLater(buffer, rowId);
     return true;

@@ -5,6 +5,7 @@
 
 #include "db/dao/EngineError.h"
 #include "db/dao/postgres/ServerStorage.h"
+#include "db/dao/postgres/ServerText.h"
 #include "db/dao/sql/JetSql.h"
 
 namespace varnlog::dao {
@@ -27,7 +28,7 @@ constexpr std::array kTypeNames = {TypeName{"jet_counter", FieldType::kLong, tru
                                    TypeName{"text", FieldType::kMemo}};
 
 /// What is not written as it is in a line of COPY.
-constexpr std::string_view kCopySigns("\\\t\n\r\0", 5);
+constexpr std::string_view kCopySigns("\\\t\n\r\0\xF3", 6);
 
 /// The server counts the length of a text with four bytes of its own.
 constexpr int kLengthHeader = 4;
@@ -126,13 +127,42 @@ void AppendCopyValue(std::string& line, const CellView& value) {
   } else if (value.text.find_first_of(kCopySigns) == std::string_view::npos) {
     line += value.text;
   } else {
-    for (const char c : value.text) {
-      if (c == '\0')
-        throw EngineError(ErrorNumber::kRuleViolated, "A server holds no text with the character 0 in it.");
-      if (kCopySigns.find(c) != std::string_view::npos) line += '\\';
+    for (const char c : ToServer(value.text)) {
+      const bool isSign = c == '\\' || c == '\t' || c == '\n' || c == '\r';
+      if (isSign) line += '\\';
       line += c == '\t' ? 't' : c == '\n' ? 'n' : c == '\r' ? 'r' : c;
     }
   }
+}
+
+CellView CopyField::View() const {
+  CellView view = value;
+  view.text = text;
+  return view;
+}
+
+CopyField TakeCopyField(std::string_view& line, FieldType type) {
+  const std::string_view field = line.substr(0, line.find_first_of("\t\n"));
+  line.remove_prefix(std::min(field.size() + 1, line.size()));
+  CopyField taken;
+  if (field == "\\N") return taken;
+  if (type == FieldType::kLong || type == FieldType::kBoolean) {
+    taken.value.kind = CellKind::kInteger;
+    std::from_chars(field.data(), field.data() + field.size(), taken.value.integer);
+  } else if (type == FieldType::kDouble) {
+    taken.value.kind = CellKind::kReal;
+    std::from_chars(field.data(), field.data() + field.size(), taken.value.real);
+  } else {
+    taken.value.kind = CellKind::kText;
+    for (std::size_t i = 0; i < field.size(); ++i) {
+      char c = field[i];
+      if (c == '\\' && ++i < field.size())
+        c = field[i] == 't' ? '\t' : field[i] == 'n' ? '\n' : field[i] == 'r' ? '\r' : field[i];
+      taken.text += c;
+    }
+    if (HasZeroOnServer(taken.text)) taken.text = FromServer(taken.text);
+  }
+  return taken;
 }
 
 std::vector<std::string> ServerStorage::TableNames() {

@@ -30,4 +30,14 @@ class NumberText {
 /// Appends a value as a field of a line of COPY.
 void AppendCopyValue(std::string& line, const CellView& value);
 
+/// A field of a line of COPY.
+struct CopyField {
+  CellView value;
+  std::string text;  // where it is one
+
+  [[nodiscard]] CellView View() const;
+};
+/// Takes the line's first field, of that type, away from it.
+[[nodiscard]] CopyField TakeCopyField(std::string_view& line, FieldType type);
+
 }  // namespace varnlog::dao

@@ -7,6 +7,7 @@
 #include "db/dao/postgres/LibPq.h"
 #include "db/dao/postgres/ServerConnect.h"
 #include "db/dao/postgres/ServerErrors.h"
+#include "db/dao/postgres/ServerText.h"
 #include "platform/Sockets.h"
 
 namespace varnlog::dao {
@@ -76,8 +77,9 @@ bool ServerResult::IsNull(int row, int column) const {
   return Pq().getisnull(result_.get(), row, column) != 0;
 }
 std::string_view ServerResult::Text(int row, int column) const {
-  return {Pq().getvalue(result_.get(), row, column),
-          static_cast<std::size_t>(Pq().getlength(result_.get(), row, column))};
+  const std::string_view text(Pq().getvalue(result_.get(), row, column),
+                              static_cast<std::size_t>(Pq().getlength(result_.get(), row, column)));
+  return HasZeroOnServer(text) ? texts_.emplace_front(FromServer(text)) : text;
 }
 std::int64_t ServerResult::Number(int row, int column) const {
   return Parsed<std::int64_t>(Text(row, column));
@@ -207,14 +209,12 @@ ServerResult ServerSession::Run(const std::string& sql, const ServerValues& valu
     static_cast<void>(Finish());
     known = prepared_.emplace(sql, std::move(name)).first;
   }
-  // The library takes texts that end with a zero byte, and the server holds no text with one in it.
+  // The library takes texts that end with a zero byte.
   std::vector<std::string> texts;
   std::vector<const char*> pointers;
   texts.reserve(values.size());
   for (const auto& value : values) {
-    if (value && value->find('\0') != std::string_view::npos)
-      throw EngineError(ErrorNumber::kRuleViolated, "A server holds no text with the character 0 in it.");
-    texts.emplace_back(value.value_or(std::string_view()));
+    texts.push_back(ToServer(value.value_or(std::string_view())));
     pointers.push_back(value ? texts.back().c_str() : nullptr);
   }
   Send(Pq().sendQueryPrepared(connection_, known->second.c_str(), static_cast<int>(values.size()),

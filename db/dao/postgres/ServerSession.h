@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <forward_list>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -42,7 +43,8 @@ class ServerResult {
     void operator()(pg_result* result) const;
   };
   std::unique_ptr<pg_result, Clear> result_;
-  mutable std::vector<CellKind> kinds_;  // of the columns, once they were asked for
+  mutable std::vector<CellKind> kinds_;           // of the columns, once they were asked for
+  mutable std::forward_list<std::string> texts_;  // that the server holds in another form
 };
 
 /// A statement's parameters as texts, nothing for NULL. What they point to must live until it was run.

@@ -130,7 +130,7 @@ void ServerStorage::Close() noexcept {
   isOpen_ = false;
   ForgetJournal();
   tables_.clear();
-  added_.clear();
+  ForgetAdded();
   session_.reset();
 }
 
@@ -307,11 +307,7 @@ std::string ServerStorage::CommitScript() const {
 
 // A script that is to be written last goes along.
 void ServerStorage::Commit() {
-  std::string script;
-  if (!added_.empty() && added_.back().table == nullptr) {
-    script = std::move(added_.back().lines);
-    added_.pop_back();
-  }
+  const std::string script = std::exchange(script_, {});
   SettleAdded();
   ++transactions_;
   try {
@@ -435,37 +431,33 @@ void ServerStorage::BeginPart() {
   inPart_ = true;
   isPartSaved_ = !inWork_ || !isBulk_;
   isPartBegun_ = false;
-  MarkPart();
-}
-
-void ServerStorage::MarkPart() {
-  partAdded_ = added_.size();
-  partLength_ = added_.empty() ? 0 : added_.back().lines.size();
+  partLength_ = script_.size();
   partSent_ = sent_;
 }
 
 void ServerStorage::NoteWritten(const TableSchema& table) {
   ++written_[table.name];
   if (!inPart_ || !isPartSaved_ || std::exchange(isPartBegun_, true)) return;
-  MarkPart();
-  Append(nullptr, "SAVEPOINT part; ");
+  partLength_ = script_.size();
+  partSent_ = sent_;
+  script_ += "SAVEPOINT part; ";
 }
 
 void ServerStorage::KeepPart() {
   if (isPartBegun_) {
-    Append(nullptr, "RELEASE SAVEPOINT part; ");
+    script_ += "RELEASE SAVEPOINT part; ";
     SendAdded();
   }
   inPart_ = false;
 }
 
 void ServerStorage::UndoPart() noexcept {
+  ++undoneParts_;
   usedCounters_ = partCounters_;
   inPart_ = false;
   if (isPartSaved_ && !isPartBegun_) return;
   if (sent_ == partSent_) {
-    added_.resize(partAdded_);
-    if (!added_.empty()) added_.back().lines.resize(partLength_);
+    script_.resize(partLength_);
     return;
   }
   ForgetAdded();

@@ -98,6 +98,8 @@ class ServerStorage final : public Storage {
   [[nodiscard]] bool IsAddedByScript(const TableSchema& table, std::int64_t id) const;
   /// Whether something that is to be written later is about that row.
   [[nodiscard]] bool IsToBeWritten(const TableSchema& table, std::int64_t row) const;
+  /// The same of a change.
+  [[nodiscard]] bool IsChangedLater(const TableSchema& table, std::int64_t row) const;
   /// How many rows that AddLater() was given are not sent yet.
   [[nodiscard]] std::int64_t UnsentRows(const TableSchema& table) const;
   [[nodiscard]] bool InPart() const { return inPart_; }
@@ -128,6 +130,7 @@ class ServerStorage final : public Storage {
   [[nodiscard]] std::int64_t WriteRight() const {
     return transaction_ == Transaction::kWriting ? writeRights_ : 0;
   }
+  [[nodiscard]] std::int64_t UndoneParts() const { return undoneParts_; }
   void NoteChange(const TableSchema& table) {
     ++ownChanges_;
     NoteWritten(table);
@@ -154,8 +157,8 @@ class ServerStorage final : public Storage {
   template <typename Operation>
   auto Attempt(const Operation& operation);
   void RenewPlans();
-  void Append(const TableSchema* table, std::string_view text);
-  void MarkPart();
+  void AppendScript(std::string_view text);
+  void SendIfMuch();
   void ForgetAdded() noexcept;
   void SettleAdded();
   void MakeYears(const TableSchema& table, std::string_view lines);
@@ -190,11 +193,12 @@ class ServerStorage final : public Storage {
   std::map<std::string, std::int64_t> counters_;      // as they were when the transaction began
   std::map<std::string, std::int64_t> usedCounters_;  // and what it made of them
   std::map<std::string, std::int64_t> partCounters_;  // the same when the part began
-  struct Added {
-    const TableSchema* table = nullptr;  // into which rows are copied; nullptr for a script
+  struct Copied {
+    const TableSchema* table = nullptr;
     std::string lines;
   };
-  std::vector<Added> added_;
+  std::vector<Copied> copies_;  // what is to be written later: first these, ...
+  std::string script_;          // ... then this
   struct AskedNumber {
     std::string table;
     std::string expression;
@@ -211,8 +215,7 @@ class ServerStorage final : public Storage {
   bool inPart_ = false;                                      // of the program's transaction
   bool isPartSaved_ = false;                                 // it can be undone when it was sent, ...
   bool isPartBegun_ = false;                                 // ... and something of it is to be written
-  std::size_t partAdded_ = 0;                                // how many there were when it began, ...
-  std::size_t partLength_ = 0;                               // ... the length of the last
+  std::size_t partLength_ = 0;                               // of the script when it began
   std::int64_t partSent_ = 0;
 
   std::int64_t changes_ = 0;       // of the log, the greatest number heard of
@@ -220,6 +223,7 @@ class ServerStorage final : public Storage {
   std::int64_t ownChanges_ = 0;
   std::int64_t moves_ = 0;
   std::int64_t epoch_ = 0;
+  std::int64_t undoneParts_ = 0;
   std::chrono::steady_clock::time_point heard_;
   // When the server last chose how to run prepared statements, and how many changes of others there were
   // then.

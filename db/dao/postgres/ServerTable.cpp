@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <set>
 #include <utility>
 
 #include "db/dao/postgres/ServerDialect.h"
@@ -27,6 +28,15 @@ std::string TextOf(const SeekKey& key) {
   return std::get<platform::DateTime>(key).ToIso();
 }
 
+// '{"2024-01-01 00:00:00","..."}', each date once.
+std::string ListOf(std::span<const platform::DateTime> dates) {
+  std::set<std::string> different;
+  for (const platform::DateTime& date : dates) different.insert(date.ToIso());
+  std::string list = "{";
+  for (const std::string& date : different) list += (list.size() == 1 ? "\"" : ",\"") + date + '"';
+  return list + "}";
+}
+
 bool IsNumber(const std::string& text) {
   std::int32_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -47,12 +57,42 @@ std::optional<std::int64_t> ServerTable::FirstId() {
   return storage_->NumberFrom(Table(), "min(" + key_ + ")");
 }
 
+std::size_t ServerTable::PlaceInBlock(std::int64_t id) const {
+  if (block_.ids.empty() || block_.stamp != storage_->RecentStamp()) return block_.ids.size();
+  const auto place = std::ranges::lower_bound(block_.ids, id);
+  const bool isThere = place != block_.ids.end() && *place == id;
+  return isThere ? static_cast<std::size_t>(place - block_.ids.begin()) : block_.ids.size();
+}
+
+// One row for who only looks whether there is a next one, then more and more.
+void ServerTable::ReadBlock(std::int64_t behind) {
+  constexpr std::size_t kLargestBlock = 512;
+  const bool goesOn = !block_.ids.empty() && block_.ids.back() == behind;
+  const std::size_t most = goesOn ? std::min(block_.ids.size() * 4, kLargestBlock) : 1;
+  const NumberText from(behind);
+  const ServerResult found =
+      storage_->Run("SELECT " + RowColumns() + " FROM " + name_ + " WHERE " + key_ +
+                        " > $1::integer ORDER BY " + key_ + " LIMIT " + std::to_string(most),
+                    {from.View()});
+  block_ = {.ids = {}, .rows = {}, .stamp = storage_->RecentStamp()};
+  for (int row = 0; row < found.RowCount(); ++row) {
+    auto values = std::make_shared<RowSet>(Table().fields.size());
+    values->Append([&](std::size_t column) { return found.Cell(row, static_cast<int>(column) + 1); });
+    block_.ids.push_back(found.Number(row, 0));
+    block_.rows.push_back(std::move(values));
+  }
+}
+
 std::optional<std::int64_t> ServerTable::IdBehind(std::int64_t id) {
-  const NumberText from(id);
-  const ServerResult found = storage_->Run(
-      "SELECT min(" + key_ + ") FROM " + name_ + " WHERE " + key_ + " > $1::integer", {from.View()});
-  if (found.IsNull(0, 0)) return std::nullopt;
-  return found.Number(0, 0);
+  if (const std::size_t next = PlaceInBlock(id) + 1; next < block_.ids.size()) return block_.ids[next];
+  ReadBlock(id);
+  if (block_.ids.empty()) return std::nullopt;
+  return block_.ids.front();
+}
+
+std::shared_ptr<const RowSet> ServerTable::ReadRow(std::int64_t id) {
+  const std::size_t place = PlaceInBlock(id);
+  return place < block_.ids.size() ? block_.rows[place] : TableRecordset::ReadRow(id);
 }
 
 std::int64_t ServerTable::RecordCount() const {
@@ -60,8 +100,7 @@ std::int64_t ServerTable::RecordCount() const {
 }
 
 void ServerTable::UseIndex(const Index& index) {
-  if (!unsent_.empty()) storage_->SendAdded();
-  unsent_.clear();
+  ForgetUnsent();
   index_ = &index;
   fields_.clear();
   dateKey_.reset();
@@ -87,8 +126,7 @@ std::optional<std::int64_t> ServerTable::Ask(std::span<const SeekKey> keys) {
   for (std::size_t i = 0; i < keys.size(); ++i) {
     // What a field of that type cannot hold no row has.
     const bool isNumber = Table().fields[fields_[i]].type != FieldType::kDate && !IsText(i);
-    const bool fits = isNumber ? IsNumber(texts[i]) : texts[i].find('\0') == std::string::npos;
-    if (!fits) return std::nullopt;
+    if (isNumber && !IsNumber(texts[i])) return std::nullopt;
     values.emplace_back(texts[i]);
     const std::string field = QuoteIdentifier(index_->fields[i]);
     const std::string parameter = "$" + std::to_string(i + 1);
@@ -110,48 +148,93 @@ ServerTable::SharedEntry ServerTable::EntryAt(const ServerResult& rows, int row)
   return std::make_shared<const Entry>(std::move(entry));
 }
 
+std::string ServerTable::RowColumns() const {
+  std::string columns = key_;
+  for (const FieldDef& field : Table().fields) columns += ", " + QuoteIdentifier(field.name);
+  return columns;
+}
+
+std::string ServerTable::SeekColumns() const {
+  std::string columns = key_;
+  for (const std::string& field : index_->fields) columns += ", " + QuoteIdentifier(field);
+  return columns;
+}
+
+// By the values that are no texts: those are equal or not as they stand.
+void ServerTable::Add(Entries& entries, const SharedEntry& entry) const {
+  ++entries.count;
+  std::string place;
+  for (std::size_t i = 0; i < fields_.size(); ++i) {
+    if (IsText(i)) continue;
+    if (!entry->values[i]) return;
+    place.append(*entry->values[i]) += '|';
+  }
+  entries.rows[std::move(place)].push_back(entry);
+}
+
+std::optional<std::int64_t> ServerTable::Oldest(const Entries& entries, std::span<const SeekKey> keys) const {
+  std::string place;
+  for (std::size_t i = 0; i < fields_.size(); ++i)
+    if (!IsText(i)) place.append(TextOf(keys[i])) += '|';
+  const auto there = entries.rows.find(place);
+  std::optional<std::int64_t> oldest;
+  if (there == entries.rows.end()) return oldest;
+  for (const SharedEntry& entry : there->second)
+    if ((!oldest || entry->id < *oldest) && Fits(*entry, keys)) oldest = entry->id;
+  return oldest;
+}
+
+bool ServerTable::Fits(const Entry& entry, std::span<const SeekKey> keys) const {
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (!IsText(i)) continue;
+    const auto& value = entry.values[i];
+    if (!value || Collation::Instance().Compare(*value, TextOf(keys[i])) != 0) return false;
+  }
+  return true;
+}
+
 // Nobody else can add rows or change them.
 bool ServerTable::SeesAll() const {
   return dateKey_ && storage_->InWork() && !storage_->IsReadOnly();
 }
 
-// In the order of time the window does it.
-void ServerTable::Expect(std::span<const platform::DateTime> dates) {
-  if (!SeesAll() || std::ranges::is_sorted(dates)) return;
-  if (std::ranges::all_of(dates, [this](platform::DateTime date) { return HasWindow(date.ToIso()); })) return;
+void ServerTable::Expect(std::span<const platform::DateTime> dates,
+                         std::span<const platform::DateTime> changed) {
+  if (!SeesAll()) return;
+  // In the order of time the window does it.
+  const bool isInWindow =
+      std::ranges::all_of(dates, [this](platform::DateTime date) { return HasWindow(date.ToIso()); });
+  if (!isInWindow && !std::ranges::is_sorted(dates)) ExpectDates(dates);
+  if (changed.empty()) return;
   SettleUnsent();
-  expected_ = {.rows = {}, .epoch = storage_->Epoch(), .changes = storage_->Moves()};
-  std::string list = "{";
-  for (const platform::DateTime& date : dates)
-    if (const auto [at, isNew] = expected_.rows.try_emplace(date.ToIso()); isNew)
-      list += (list.size() == 1 ? "\"" : ",\"") + at->first + '"';
-  list += '}';
-  const std::string dateField = QuoteIdentifier(index_->fields[*dateKey_]);
-  std::string columns = key_;
-  for (const std::string& field : index_->fields) columns += ", " + QuoteIdentifier(field);
-  const ServerResult found =
-      RunForSeek("SELECT " + columns + " FROM " + name_ + " WHERE " + dateField + " = ANY($1::text[])",
-                 {std::string_view(list)});
-  for (int row = 0; row < found.RowCount(); ++row) {
-    const SharedEntry entry = EntryAt(found, row);
-    expected_.rows[DateOf(entry)].push_back(entry);
-  }
-  for (const auto& [date, entry] : unsent_)
-    if (std::vector<SharedEntry>* const rows = ExpectedAt(date)) rows->push_back(entry);
+  const std::string list = ListOf(changed);
+  static_cast<ServerRowWriter&>(Writer()).NoteRead(
+      RunForSeek("SELECT " + RowColumns() + " FROM " + name_ + " WHERE " + DateField() + " = ANY($1::text[])",
+                 {std::string_view(list)}));
 }
 
-std::vector<ServerTable::SharedEntry>* ServerTable::ExpectedAt(const std::string& date) {
-  if (expected_.epoch != storage_->Epoch() || expected_.changes != storage_->Moves()) return nullptr;
-  const auto at = expected_.rows.find(date);
-  return at == expected_.rows.end() ? nullptr : &at->second;
+void ServerTable::ExpectDates(std::span<const platform::DateTime> dates) {
+  SettleUnsent();
+  expected_ = {.dates = {}, .entries = {}, .epoch = storage_->Epoch(), .changes = storage_->Moves()};
+  for (const platform::DateTime& date : dates) expected_.dates.insert(date.ToIso());
+  const std::string list = ListOf(dates);
+  const ServerResult found = RunForSeek(
+      "SELECT " + SeekColumns() + " FROM " + name_ + " WHERE " + DateField() + " = ANY($1::text[])",
+      {std::string_view(list)});
+  for (int row = 0; row < found.RowCount(); ++row) Add(expected_.entries, EntryAt(found, row));
+  AddUnsent([this](const std::string& date) { return expected_.dates.contains(date); }, expected_.entries);
 }
 
-std::optional<std::int64_t> ServerTable::Oldest(std::span<const SharedEntry> entries,
-                                                std::span<const SeekKey> keys) const {
-  std::optional<std::int64_t> oldest;
-  for (const SharedEntry& entry : entries)
-    if ((!oldest || entry->id < *oldest) && Fits(*entry, keys)) oldest = entry->id;
-  return oldest;
+bool ServerTable::IsExpected(const std::string& date) const {
+  return expected_.epoch == storage_->Epoch() && expected_.changes == storage_->Moves() &&
+         expected_.dates.contains(date);
+}
+
+void ServerTable::AddUnsent(const std::function<bool(const std::string& date)>& isWanted,
+                            Entries& entries) const {
+  for (const auto& [place, rows] : unsent_.rows)
+    for (const SharedEntry& entry : rows)
+      if (isWanted(*DateOf(entry))) Add(entries, entry);
 }
 
 bool ServerTable::HasWindow(const std::string& date) const {
@@ -164,102 +247,90 @@ bool ServerTable::ReadWindow(const std::string& date) {
   // The last one tells whether it is worth while to read more at a time.
   const bool wasUseful = std::exchange(hits_, 0) * 2 >= windowRows_;
   windowRows_ = wasUseful ? std::clamp(windowRows_ * 4, kFirstWindow, kLargestWindow) : kFirstWindow;
-  const std::string dateField = QuoteIdentifier(index_->fields[*dateKey_]);
-  std::string columns = key_;
-  for (const std::string& field : index_->fields) columns += ", " + QuoteIdentifier(field);
-  const ServerResult found =
-      storage_->Run("SELECT " + columns + " FROM " + name_ + " WHERE " + dateField + " >= $1 ORDER BY " +
-                        dateField + " NULLS FIRST, " + key_ + " LIMIT " + std::to_string(windowRows_),
-                    {std::string_view(date)});
+  const ServerResult found = storage_->Run(
+      "SELECT " + SeekColumns() + " FROM " + name_ + " WHERE " + DateField() + " >= $1 ORDER BY " +
+          DateField() + " NULLS FIRST, " + key_ + " LIMIT " + std::to_string(windowRows_),
+      {std::string_view(date)});
+  std::vector<SharedEntry> entries;
+  for (int row = 0; row < found.RowCount(); ++row) entries.push_back(EntryAt(found, row));
   window_ = {.first = date,
              .last = kForEver,
              .entries = {},
              .epoch = storage_->Epoch(),
              .changes = storage_->Moves()};
-  for (int row = 0; row < found.RowCount(); ++row) {
-    window_.entries.push_back(EntryAt(found, row));
+  if (entries.size() == windowRows_) {
+    // Of the last date some rows may be missing.
+    const auto last = DateOf(entries.back());
+    std::erase_if(entries, [&](const SharedEntry& entry) { return DateOf(entry) == last; });
+    if (entries.empty()) {
+      window_.epoch = -1;
+      return false;
+    }
+    window_.last = *DateOf(entries.back());
   }
-  if (window_.entries.size() < windowRows_) {
-    for (const auto& [unsentDate, entry] : unsent_)
-      if (unsentDate >= date) AddToWindow(entry);
-    return true;
-  }
-  // Of the last date some rows may be missing.
-  const std::string last = DateOf(window_.entries.back());
-  std::erase_if(window_.entries, [&](const SharedEntry& entry) { return DateOf(entry) == last; });
-  if (window_.entries.empty()) {
-    window_.epoch = -1;
-    return false;
-  }
-  window_.last = DateOf(window_.entries.back());
-  for (const auto& [unsentDate, entry] : unsent_)
-    if (HasWindow(unsentDate)) AddToWindow(entry);
+  for (const SharedEntry& entry : entries) Add(window_.entries, entry);
+  AddUnsent([this](const std::string& unsent) { return HasWindow(unsent); }, window_.entries);
   return true;
 }
 
-bool ServerTable::Fits(const Entry& entry, std::span<const SeekKey> keys) const {
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    const auto& value = entry.values[i];
-    const std::string wanted = TextOf(keys[i]);
-    const bool isSame =
-        value && (IsText(i) ? Collation::Instance().Compare(*value, wanted) == 0 : *value == wanted);
-    if (!isSame) return false;
-  }
+// All rows of one date; false when there are too many.
+bool ServerTable::ReadDate(const std::string& date) {
+  const ServerResult found = storage_->Run("SELECT " + SeekColumns() + " FROM " + name_ + " WHERE " +
+                                               DateField() + " = $1 LIMIT " + std::to_string(kMostEntries),
+                                           {std::string_view(date)});
+  if (found.RowCount() == static_cast<int>(kMostEntries)) return false;
+  expected_ = {.dates = {date}, .entries = {}, .epoch = storage_->Epoch(), .changes = storage_->Moves()};
+  for (int row = 0; row < found.RowCount(); ++row) Add(expected_.entries, EntryAt(found, row));
+  AddUnsent([&](const std::string& unsent) { return unsent == date; }, expected_.entries);
   return true;
-}
-
-std::optional<std::int64_t> ServerTable::FindInWindow(std::span<const SeekKey> keys,
-                                                      const std::string& date) const {
-  // Fresh rows come in the order of time: behind all that are there.
-  if (window_.entries.empty() || date > DateOf(window_.entries.back())) return std::nullopt;
-  const auto dateOf = [this](const SharedEntry& entry) -> const std::string& { return DateOf(entry); };
-  return Oldest(std::ranges::equal_range(window_.entries, date, {}, dateOf), keys);
-}
-
-std::optional<std::int64_t> ServerTable::FindUnsent(std::span<const SeekKey> keys,
-                                                    const std::string& date) const {
-  const auto [begin, end] = unsent_.equal_range(date);
-  std::optional<std::int64_t> oldest;
-  for (auto row = begin; row != end; ++row)
-    if ((!oldest || row->second->id < *oldest) && Fits(*row->second, keys)) oldest = row->second->id;
-  return oldest;
 }
 
 void ServerTable::SettleUnsent() {
   const bool isOver = std::exchange(unsentEpoch_, storage_->Epoch()) != storage_->Epoch();
-  if (isOver || storage_->UnsentRows(Table()) == 0) unsent_.clear();
+  if (isOver || storage_->UnsentRows(Table()) == 0) unsent_ = {};
+}
+
+void ServerTable::ForgetUnsent() {
+  if (unsent_.count > 0) storage_->SendAdded();
+  unsent_ = {};
 }
 
 // Ahead of rows that are not sent yet only when all of them are known here.
 ServerResult ServerTable::RunForSeek(const std::string& sql, const ServerValues& values) {
-  const bool allAreKnown = storage_->UnsentRows(Table()) == static_cast<std::int64_t>(unsent_.size());
+  const bool allAreKnown = storage_->UnsentRows(Table()) == static_cast<std::int64_t>(unsent_.count);
   if (allAreKnown && storage_->InWork()) return storage_->RunAhead(sql, values);
   ServerResult found = storage_->Run(sql, values);
-  unsent_.clear();
+  unsent_ = {};
   return found;
 }
 
+// Whether what is not sent yet can be left so: with a date, and all other values by which rows are known
+// here.
+bool ServerTable::CanWait(std::span<const SeekKey> keys) const {
+  return SeesAll() && keys.size() == fields_.size() &&
+         std::holds_alternative<platform::DateTime>(keys[*dateKey_]);
+}
+
 std::optional<std::int64_t> ServerTable::Find(std::span<const SeekKey> keys) {
-  const bool hasDate = dateKey_ && keys.size() > *dateKey_;
-  const auto* const wanted = hasDate ? std::get_if<platform::DateTime>(&keys[*dateKey_]) : nullptr;
-  if (wanted == nullptr || !storage_->InWork() || storage_->IsReadOnly()) {
+  if (!CanWait(keys)) {
     storage_->SendAdded();
-    unsent_.clear();
+    unsent_ = {};
     return Ask(keys);
   }
   SettleUnsent();
-  const std::string date = wanted->ToIso();
+  const std::string date = TextOf(keys[*dateKey_]);
   if (HasWindow(date)) {
     ++hits_;
-    return FindInWindow(keys, date);
+    return Oldest(window_.entries, keys);
   }
-  if (const std::vector<SharedEntry>* const rows = ExpectedAt(date)) return Oldest(*rows, keys);
+  if (IsExpected(date)) return Oldest(expected_.entries, keys);
   // Only what comes in the order of time is likely to go on within a window.
   const bool goesOn = date > std::exchange(sought_, date);
-  if (goesOn && ReadWindow(date)) return FindInWindow(keys, date);
+  if (goesOn && ReadWindow(date)) return Oldest(window_.entries, keys);
+  if (goesOn && ReadDate(date)) return Oldest(expected_.entries, keys);
   // What is not sent yet is younger than all that is there.
   const auto there = Ask(keys);
-  return there ? there : FindUnsent(keys, date);
+  return there ? there : Oldest(unsent_, keys);
 }
 
 // The window and the look-ups know the rows that are added through this record set.
@@ -274,18 +345,12 @@ void ServerTable::NoteAdded(const CopyBuffer& buffer) {
   }
   const std::string date = added.values[*dateKey_].value_or("");
   const auto entry = std::make_shared<const Entry>(std::move(added));
-  if (HasWindow(date)) AddToWindow(entry);
-  if (std::vector<SharedEntry>* const rows = ExpectedAt(date)) rows->push_back(entry);
-  if (storage_->UnsentRows(Table()) > 0) unsent_.emplace(date, entry);
-}
-
-void ServerTable::AddToWindow(const SharedEntry& entry) {
-  if (window_.entries.size() >= kMostEntries) {
-    window_.epoch = -1;
-    return;
+  if (HasWindow(date)) {
+    Add(window_.entries, entry);
+    if (window_.entries.count > kMostEntries) window_.epoch = -1;
   }
-  const auto dateOf = [this](const SharedEntry& each) -> const std::string& { return DateOf(each); };
-  window_.entries.insert(std::ranges::upper_bound(window_.entries, DateOf(entry), {}, dateOf), entry);
+  if (IsExpected(date)) Add(expected_.entries, entry);
+  if (storage_->UnsentRows(Table()) > 0) Add(unsent_, entry);
 }
 
 }  // namespace varnlog::dao

@@ -58,7 +58,7 @@ void TableRecordset::MoveNext() {
 }
 
 CellView TableRecordset::CurrentCell(std::size_t ordinal) {
-  if (row_ == nullptr) row_ = writer_->Read(RequireRow());
+  if (row_ == nullptr) row_ = ReadRow(RequireRow());
   if (row_->IsDeleted(0)) throw EngineError(ErrorNumber::kRecordDeleted, "The record has been deleted.");
   return row_->At(0, ordinal);
 }

@@ -50,9 +50,12 @@ class TableRecordset : public Recordset, private RowSource {
   virtual void UseIndex(const Index& index) = 0;
   /// Of several rows with these values of the index's first fields the oldest.
   [[nodiscard]] virtual std::optional<std::int64_t> Find(std::span<const SeekKey> keys) = 0;
+  /// The row as it is shown.
+  [[nodiscard]] virtual std::shared_ptr<const RowSet> ReadRow(std::int64_t id) { return writer_->Read(id); }
   /// A row was added through this record set; `buffer` still holds it.
   virtual void NoteAdded(const CopyBuffer& /*buffer*/) {}
 
+  [[nodiscard]] RowWriter& Writer() { return *writer_; }
   [[nodiscard]] const TableSchema& Table() const { return *table_; }
   [[nodiscard]] static std::vector<std::size_t> AllOrdinals(const TableSchema& table);
 
