@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <regex>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "db/dao/EngineError.h"
 #include "db/dao/postgres/LibPq.h"
 #include "db/dao/postgres/ServerErrors.h"
+#include "platform/HostLookUp.h"
 #include "platform/Sockets.h"
 
 namespace varnlog::dao {
@@ -44,7 +46,52 @@ class Parameters {
   std::vector<const char*> values_;
 };
 
-Connection Start(const LinkFile& link, std::size_t host) {
+/// Asks now and then whether to go on, until what is awaited has come or it takes too long.
+class Patience {
+ public:
+  explicit Patience(const std::function<bool()>& waiting) : waiting_(waiting) {}
+  /// `hasCome` waits for a step itself. False when it has not come in time.
+  [[nodiscard]] bool Await(const std::function<bool()>& hasCome) const {
+    while (!hasCome()) {
+      if (waiting_ && !waiting_()) throw EngineError(ErrorNumber::kCancelled, "The connection was given up.");
+      if (Clock::now() > end_) return false;
+    }
+    return true;
+  }
+
+ private:
+  const std::function<bool()>& waiting_;
+  Clock::time_point end_ = Clock::now() + kPatience;
+};
+
+/// A host as the library is given it. By itself it would wait for a name server, and nobody could interrupt
+/// it.
+struct Addressed {
+  std::string names;      // the host's name, once for each address
+  std::string addresses;  // none for this machine, or where the library knows better
+  std::string failure;    // why it cannot be reached
+};
+
+Addressed LookUp(const std::string& host, const Patience& patience) {
+  Addressed found;
+  if (host.empty() || host.front() == '/' || host.front() == '@') {
+    found.names = host;
+    return found;
+  }
+  const platform::HostLookUp lookUp(host);
+  if (!patience.Await([&lookUp] { return lookUp.Await(kStep); }))
+    found.failure = "no name server answers for '" + host + "'";
+  else if (lookUp.Addresses().empty())
+    found.failure = "'" + host + "': " + lookUp.Error();
+  else
+    for (const std::string& address : lookUp.Addresses()) {
+      found.names += (found.names.empty() ? "" : ",") + host;
+      found.addresses += (found.addresses.empty() ? "" : ",") + address;
+    }
+  return found;
+}
+
+Connection Start(const LinkFile& link, std::size_t host, const Addressed& where) {
   // A cable that was pulled out shows within seconds, not hours.
   static const std::string kUtf8 = "UTF8";
   static const std::string kSeconds = "5";
@@ -52,7 +99,8 @@ Connection Start(const LinkFile& link, std::size_t host) {
   static const std::string kMilliseconds = "15000";
   Parameters parameters;
   parameters.Add("service", link.service);
-  parameters.Add("host", link.hosts[host]);
+  parameters.Add("host", where.names);
+  parameters.Add("hostaddr", where.addresses);
   parameters.Add("port", link.ports[host]);
   parameters.Add("dbname", link.database);
   parameters.Add("user", link.user);
@@ -72,18 +120,15 @@ struct Attempt {
   ConnStatusType reached = CONNECTION_STARTED;
 };
 
-Attempt Await(PGconn* connection, const std::function<bool()>& waiting) {
-  const auto end = Clock::now() + kPatience;
+Attempt Await(PGconn* connection, const Patience& patience) {
   PostgresPollingStatusType polled = PGRES_POLLING_WRITING;
   Attempt attempt;
   while (Pq().status(connection) != CONNECTION_BAD && polled != PGRES_POLLING_OK &&
          polled != PGRES_POLLING_FAILED) {
     attempt.reached = Pq().status(connection);
     const bool writing = polled == PGRES_POLLING_WRITING;
-    while (!platform::WaitForSocket(Pq().socket(connection), writing, kStep)) {
-      if (waiting && !waiting()) throw EngineError(ErrorNumber::kCancelled, "The connection was given up.");
-      if (Clock::now() > end) return attempt;
-    }
+    if (!patience.Await([&] { return platform::WaitForSocket(Pq().socket(connection), writing, kStep); }))
+      return attempt;
     polled = Pq().connectPoll(connection);
   }
   attempt.status = Pq().status(connection);
@@ -140,6 +185,12 @@ std::string_view Saying(ErrorNumber number) {
   }
 }
 
+// The first reason that is more than that nobody answers counts.
+void Note(Failure& all, const Failure& failure) {
+  if (all.number == ErrorNumber::kServerUnreachable) all.number = failure.number;
+  all.reason += (all.reason.empty() ? "" : "; ") + failure.reason;
+}
+
 }  // namespace
 
 PGconn* ConnectToServer(const LinkFile& link, const std::string& path, const std::function<bool()>& waiting,
@@ -147,10 +198,16 @@ PGconn* ConnectToServer(const LinkFile& link, const std::string& path, const std
   Connection standby;
   Failure failed;
   for (std::size_t host = 0; host < link.hosts.size(); ++host) {
-    Connection connection = Start(link, host);
+    const Patience patience(waiting);
+    const Addressed where = LookUp(link.hosts[host], patience);
+    if (!where.failure.empty()) {
+      Note(failed, {.reason = where.failure});
+      continue;
+    }
+    Connection connection = Start(link, host, where);
     if (connection == nullptr) throw std::bad_alloc();
     Pq().setErrorVerbosity(connection.get(), PQERRORS_VERBOSE);
-    const Attempt attempt = Await(connection.get(), waiting);
+    const Attempt attempt = Await(connection.get(), patience);
     if (attempt.status == CONNECTION_OK) {
       Pq().setErrorVerbosity(connection.get(), PQERRORS_DEFAULT);
       if (Pq().serverVersion(connection.get()) < 150000)
@@ -161,9 +218,7 @@ PGconn* ConnectToServer(const LinkFile& link, const std::string& path, const std
       if (standby == nullptr) standby = std::move(connection);
       continue;
     }
-    Failure failure = FailureOf(connection.get(), attempt);
-    if (failed.number == ErrorNumber::kServerUnreachable) failed.number = failure.number;
-    failed.reason += (failed.reason.empty() ? "" : "; ") + failure.reason;
+    Note(failed, FailureOf(connection.get(), attempt));
   }
   isStandby = standby != nullptr;
   if (isStandby) return standby.release();

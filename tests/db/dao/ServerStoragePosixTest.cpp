@@ -125,6 +125,7 @@ TEST_F(ServerStorageTest, RefusesWhatAServerOrASchemaCannotBe) {
   const std::string link = server_.Link("nothing \"there\"");
   EXPECT_EQ(errorOf(link), kUnrecognisedFormat);
   EXPECT_EQ(errorOf("[VarnlogServer]\nHost=/nowhere\n"), kServerUnreachable);
+  EXPECT_EQ(errorOf("[VarnlogServer]\nHost=nobody.invalid\n"), kServerUnreachable);
   EXPECT_EQ(errorOf(link + "Service=unknown\n"), kServerUnreachable);
   EXPECT_EQ(errorOf("[VarnlogServer]\nHost=" + link), kUnrecognisedFormat);
   server_.Sql("DROP ROLE IF EXISTS stranger; CREATE ROLE stranger LOGIN");
