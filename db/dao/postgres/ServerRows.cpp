@@ -1,8 +1,8 @@
 #include "db/dao/postgres/ServerRows.h"
 
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "db/dao/postgres/ServerDialect.h"
 #include "db/dao/postgres/ServerDistinct.h"
@@ -67,11 +67,12 @@ RowStore::State ServerRows::Read(std::span<const std::int64_t> ids, RowSet& rows
                         select_->ColumnList() + " FROM " + QuoteIdentifier(select_->table->name) + " WHERE " +
                         key + " = ANY($1::integer[])",
                     {std::string_view(list)});
-  std::unordered_map<std::int64_t, int> rowOf;
-  for (int row = 0; row < found.RowCount(); ++row) rowOf.emplace(found.Number(row, 1), row);
+  std::vector<std::pair<std::int64_t, int>> rowOf;
+  for (int row = 0; row < found.RowCount(); ++row) rowOf.emplace_back(found.Number(row, 1), row);
+  std::ranges::sort(rowOf);
   for (const std::int64_t id : ids) {
-    const auto at = rowOf.find(id);
-    if (at == rowOf.end())
+    const auto at = std::ranges::lower_bound(rowOf, id, {}, &std::pair<std::int64_t, int>::first);
+    if (at == rowOf.end() || at->first != id)
       rows.AppendDeleted();
     else
       rows.Append([&](std::size_t column) { return found.Cell(at->second, static_cast<int>(column) + 2); });

@@ -77,8 +77,9 @@ bool ServerResult::IsNull(int row, int column) const {
   return Pq().getisnull(result_.get(), row, column) != 0;
 }
 std::string_view ServerResult::Text(int row, int column) const {
-  const std::string_view text(Pq().getvalue(result_.get(), row, column),
-                              static_cast<std::size_t>(Pq().getlength(result_.get(), row, column)));
+  const LibPq& pq = Pq();
+  const std::string_view text(pq.getvalue(result_.get(), row, column),
+                              static_cast<std::size_t>(pq.getlength(result_.get(), row, column)));
   return HasZeroOnServer(text) ? texts_.emplace_front(FromServer(text)) : text;
 }
 std::int64_t ServerResult::Number(int row, int column) const {
@@ -91,9 +92,9 @@ std::int64_t ServerResult::Changed() const {
 CellView ServerResult::Cell(int row, int column) const {
   if (kinds_.empty())
     for (int i = 0; i < ColumnCount(); ++i) kinds_.push_back(KindOf(Pq().ftype(result_.get(), i)));
-  if (IsNull(row, column)) return {};
-  CellView cell{.kind = kinds_[static_cast<std::size_t>(column)], .integer = 0, .real = 0, .text = {}};
   const std::string_view text = Text(row, column);
+  if (text.empty() && IsNull(row, column)) return {};
+  CellView cell{.kind = kinds_[static_cast<std::size_t>(column)], .integer = 0, .real = 0, .text = {}};
   if (cell.kind == CellKind::kInteger)
     cell.integer = text == "t" ? 1 : Parsed<std::int64_t>(text);
   else if (cell.kind == CellKind::kReal)
