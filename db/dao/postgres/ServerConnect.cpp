@@ -165,6 +165,7 @@ Failure FailureOf(const PGconn* connection, const Attempt& attempt) {
   if (failure.number == ErrorNumber::kConnectionLost || failure.number == ErrorNumber::kUnexpected)
     failure.number = ErrorNumber::kServerUnreachable;
   while (!message.empty() && message.back() == '\n') message.pop_back();
+  std::erase(message, '\t');
   std::ranges::replace(message, '\n', ' ');
   failure.reason = std::move(message);
   return failure;
