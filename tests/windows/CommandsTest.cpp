@@ -53,7 +53,8 @@ class Commands : public MainWindow {
   /// The recently used files as the menu shows them, without their numbers.
   [[nodiscard]] std::vector<fs::path> Recent() {
     std::vector<fs::path> files;
-    for (const QAction* action : RecentActions()) files.emplace_back(action->text().mid(4).toStdString());
+    for (const QAction* action : RecentActions())
+      files.push_back(platform::ToPath(action->text().mid(4).toStdString()));
     return files;
   }
   [[nodiscard]] QList<QAction*> RecentActions() {

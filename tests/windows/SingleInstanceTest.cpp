@@ -2,6 +2,7 @@
 #include <fstream>
 #include <future>
 
+#include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -23,7 +24,11 @@ class SingleInstanceTest : public testing::Test {
     fs::permissions(platform::ToPath(runtime_.path().toStdString()), fs::perms::owner_all);
     qputenv("XDG_RUNTIME_DIR", runtime_.path().toUtf8());
   }
-  void TearDown() override { qputenv("XDG_RUNTIME_DIR", before_); }
+  void TearDown() override {
+    // Windows knows no folder for the time of a session: it lies in the user's.
+    QFile::remove(SingleInstance("/").LockFile());
+    qputenv("XDG_RUNTIME_DIR", before_);
+  }
 
   QTemporaryDir runtime_;
   QByteArray before_;
