@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <map>
 #include <system_error>
+#include <utility>
 #include <xlsxwriter.h>
 
 #include "exports/ZipDirectory.h"
@@ -67,7 +68,13 @@ class XlsxWriter::Book {
     date_ = NewFormat();
     format_set_num_format_index(date_, kShortDate);
   }
-  ~Book() { lxw_workbook_free(book_); }
+  ~Book() {
+    if (book_ == nullptr) return;
+    // The library forgets to close the files in which rows wait for the end.
+    for (const Sheet& sheet : sheets_)
+      if (std::FILE* const rows = std::exchange(sheet.sheet->optimize_tmpfile, nullptr)) std::fclose(rows);
+    lxw_workbook_free(book_);
+  }
   Book(const Book&) = delete;
   Book& operator=(const Book&) = delete;
 

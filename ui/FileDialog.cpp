@@ -1,9 +1,12 @@
 #include "ui/FileDialog.h"
 
+#include <utility>
+
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QLabel>
 #include <QOperatingSystemVersion>
 #include <QRegularExpression>
 #include <QSplitter>
@@ -45,6 +48,17 @@ void ShowWholeColumns(QFileDialog& dialog) {
   dialog.resize(dialog.sizeHint().expandedTo(kDialogSize));
   if (auto* places = dialog.findChild<QSplitter*>()) {
     places->setSizes({kPlacesWidth, kDialogSize.width() - kPlacesWidth});
+  }
+}
+
+/// Where Qt draws the dialog itself, its lists have no names that could be read out on every system.
+void NameLists(QFileDialog& dialog) {
+  for (const auto& [list, label] :
+       {std::pair(QStringLiteral("lookInCombo"), QStringLiteral("lookInLabel")),
+        std::pair(QStringLiteral("fileTypeCombo"), QStringLiteral("fileTypeLabel"))}) {
+    auto* const named = dialog.findChild<QWidget*>(list);
+    const auto* const name = dialog.findChild<QLabel*>(label);
+    if (named != nullptr && name != nullptr) named->setAccessibleName(name->text().remove('&').remove(':'));
   }
 }
 
@@ -113,6 +127,7 @@ std::optional<std::string> CFileDialog::Show(QWidget* parent, Mode mode) const {
   if (!folder.isEmpty() && QDir(folder).exists()) dialog.setDirectory(folder);
   if (const QStringList filters = NameFilters(filter_); !filters.isEmpty()) dialog.setNameFilters(filters);
   ShowWholeColumns(dialog);
+  NameLists(dialog);
   dialog.setDefaultSuffix(ToQString(defaultExt_));
   if (mode == Mode::kSave) FollowType(dialog);
   if (!fileName_.empty()) dialog.selectFile(ToQString(fileName_));

@@ -65,7 +65,7 @@ TEST_F(ServerCommandTest, WhereverItIsKilledALogIsTakenOverWhollyOrNotAtAll) {
   constexpr int kKilled = 128 + 9;
   int kills = -1;
   int status = kKilled;
-  for (int milliseconds = 10; status == kKilled; milliseconds += 20, ++kills) {
+  for (int milliseconds = 10; status == kKilled; milliseconds += 10, ++kills) {
     status =
         installation_.Shell("timeout -s KILL " + std::to_string(milliseconds / 1000.0) + " " + adopt).status;
     server_.Sql(

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <chrono>
 #include <set>
 #include <sstream>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -212,6 +214,8 @@ TEST_F(ReportLayoutTest, RowsChangedWhilePrintingStayOnTheirPage) {
   const std::string longer(255, 'x');
   test::Damages(log.Database(), "UPDATE TXray SET tXraySComment = '" + longer + "'");
   test::Damages(log.Database(), "DELETE FROM TXray WHERE tXrayCulIntIDPk = 3");
+  // Announcements of a server are listened to every few milliseconds.
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   const std::vector<Drawing> drawn = DrawPages();
   EXPECT_EQ(layout_->PageCount(), pages);
   std::set<int> numbers;

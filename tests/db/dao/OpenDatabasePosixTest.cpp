@@ -38,9 +38,10 @@ TEST_F(OpenDatabaseTest, TellsWhyAFileCannotBeOpened) {
                                                                     {"short.mdb", kUnrecognisedFormat},
                                                                     {"old.mdb", kUnrecognisedFormat},
                                                                     {"header.mdb", kUnrecognisedFormat}}) {
+    const std::string path = folder_.Path().string() + '/' + name;
     for (const bool readOnly : {false, true}) {
-      EXPECT_EQ(Opening(Path(name), readOnly), number) << name << (readOnly ? ", read only" : "");
-      const std::string text = ErrorTextOf([&] { static_cast<void>(Open(Path(name), readOnly)); });
+      EXPECT_EQ(Opening(path, readOnly), number) << name << (readOnly ? ", read only" : "");
+      const std::string text = ErrorTextOf([&] { static_cast<void>(Open(path, readOnly)); });
       EXPECT_NE(text.find(name), std::string::npos) << text;
     }
   }
