@@ -21,13 +21,19 @@ namespace {
 constexpr int kMillisecondsToAnswer = 1000;
 constexpr int kMillisecondsBetweenTries = 20;
 
+// Ends what a copy has to say; no path holds it.
+constexpr char kEnd = '\0';
+
+// The first copy hangs up as soon as it has everything. What a copy that ends at once has written may be
+// lost.
 bool Reach(const QString& name, const QByteArray& message) {
   QLocalSocket socket;
-  socket.connectToServer(name, QIODevice::WriteOnly);
+  socket.connectToServer(name);
   if (!socket.waitForConnected(kMillisecondsToAnswer)) return false;
-  socket.write(message);
-  if (!message.isEmpty() && !socket.waitForBytesWritten(kMillisecondsToAnswer)) return false;
-  socket.disconnectFromServer();
+  socket.write(message + kEnd);
+  if (!socket.waitForBytesWritten(kMillisecondsToAnswer)) return false;
+  // One that is busy will hear it later.
+  if (socket.state() != QLocalSocket::UnconnectedState) socket.waitForDisconnected(kMillisecondsToAnswer);
   return true;
 }
 
@@ -71,20 +77,22 @@ bool SingleInstance::TakesOwnNumberOver() {
 void SingleInstance::Hear() {
   QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this] {
     while (QLocalSocket* other = server_.nextPendingConnection()) {
-      const auto hear = [this, other] {
-        // No path is longer.
-        constexpr qint64 kMost = 64 * 1024;
-        if (handler_) handler_(QString::fromUtf8(other->read(kMost)));
-        other->deleteLater();
-      };
-      // A copy that was quick is gone already.
-      if (other->state() == QLocalSocket::UnconnectedState) {
-        hear();
-      } else {
-        QObject::connect(other, &QLocalSocket::disconnected, other, hear);
-      }
+      QObject::connect(other, &QLocalSocket::disconnected, other, &QObject::deleteLater);
+      QObject::connect(other, &QLocalSocket::readyRead, other, [this, other] { HearOut(*other); });
+      HearOut(*other);
     }
   });
+}
+
+void SingleInstance::HearOut(QLocalSocket& other) {
+  // No path is longer.
+  constexpr qint64 kMost = 64 * 1024;
+  const QByteArray said = other.peek(kMost);
+  const qsizetype end = said.indexOf(kEnd);
+  if (end < 0 && said.size() < kMost) return;
+  QObject::disconnect(&other, &QLocalSocket::readyRead, nullptr, nullptr);
+  other.disconnectFromServer();
+  if (end >= 0 && handler_) handler_(QString::fromUtf8(said.first(end)));
 }
 
 bool SingleInstance::ActivateOther(const QString& file) const {

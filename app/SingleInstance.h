@@ -6,6 +6,8 @@
 #include <QLocalServer>
 #include <QLockFile>
 
+class QLocalSocket;
+
 namespace varnlog::app {
 
 /// Lets one copy of the program run for each user and program folder. What it keeps for that lies in the
@@ -31,6 +33,7 @@ class SingleInstance {
  private:
   [[nodiscard]] bool TakesOwnNumberOver();
   void Hear();
+  void HearOut(QLocalSocket& other);
 
   QString name_;  // the whole path
   QLockFile lock_;

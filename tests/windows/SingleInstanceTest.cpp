@@ -35,13 +35,13 @@ class SingleInstanceTest : public testing::Test {
 };
 
 TEST_F(SingleInstanceTest, IsNotedWhereNobodyElseCanPutAnything) {
+  QStringList asked;
   SingleInstance first("/");
   EXPECT_TRUE(first.LockFile().startsWith(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)))
       << first.LockFile().toStdString();
   ASSERT_TRUE(first.Claim());
   SingleInstance second("/");
   EXPECT_FALSE(second.Claim());
-  QStringList asked;
   first.OnActivation([&asked](const QString& file) { asked.append(file); });
   // As from another process: the first one goes on meanwhile.
   for (const QString& file : {QString(), QStringLiteral("/Röntgen 2020/Varnlog.mdb")}) {
