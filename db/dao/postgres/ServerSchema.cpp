@@ -201,4 +201,10 @@ void ServerStorage::AppendField(std::string_view /*table*/, const FieldDef& /*fi
   RefuseDefinition();
 }
 
+std::map<std::string, std::int64_t> StateFrom(const ServerResult& rows) {
+  std::map<std::string, std::int64_t> state;
+  for (int row = 0; row < rows.RowCount(); ++row) state[std::string(rows.Text(row, 0))] = rows.Number(row, 1);
+  return state;
+}
+
 }  // namespace varnlog::dao

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +18,10 @@ class ServerStorage;
 /// becomes the place of the date by whose year the table is divided, if it is.
 [[nodiscard]] TableSchema ReadServerTable(ServerStorage& storage, std::string_view name,
                                           std::optional<std::size_t>& yearField);
+
+/// What the log says of itself: the number of its changes, its layout, the counters of its tables, by name.
+inline constexpr const char* kStateSql = "SELECT name, value FROM varnlog_state";
+[[nodiscard]] std::map<std::string, std::int64_t> StateFrom(const ServerResult& rows);
 
 /// "1234" as a parameter.
 class NumberText {

@@ -156,6 +156,7 @@ class ServerStorage final : public Storage {
   [[nodiscard]] ServerSession& Line();
   template <typename Operation>
   auto Attempt(const Operation& operation);
+  ServerResult RunScript(const std::string& sql);
   void RenewPlans();
   void AppendScript(std::string_view text);
   void SendIfMuch();
