@@ -54,7 +54,7 @@ const fs::path& Scratch() {
 Installation::Installation(const std::string& name) : root_(Scratch() / name) {
   fs::create_directories(ProgramFolder());
   fs::create_directories(root_ / "Data");
-  for (const char* file : {"varnlogctl", "verbalo.mdb", "system.mdw", "varnlog.md0"}) {
+  for (const char* file : {"varnlogctl", "varnlogdocs", "verbalo.mdb", "system.mdw", "varnlog.md0"}) {
     fs::copy_file(fs::path(VARNLOG_PROGRAM_DIR) / file, ProgramFolder() / file,
                   fs::copy_options::overwrite_existing);
   }

@@ -18,28 +18,21 @@ struct Command {
   /// Refuses options that make no sense together before anything is opened: throws UsageError; may be
   /// nullptr.
   void (*validate)(const Options& options);
-  /// Results go to `output`. Throws JobError, OutputError or dao::EngineError.
+  /// Results go to `output`. Throws JobError, OutputError or dao::EngineError. nullptr for what the program
+  /// of documents does.
   void (*run)(Session& session, const Options& options, Output& output);
   /// What it works on.
   enum class Works { kOnFiles, kOnTheLog, kOnLogAndSuite } works = Works::kOnTheLog;
 };
 
-/// All of them, in the order of the help text.
+/// All of varnlogctl, in the order of the help text.
 [[nodiscard]] std::span<const Command> AllCommands();
 
 void AddUpdateOptions(CLI::App& command, Options& options);
 void RunUpdateCommand(Session& session, const Options& options, Output& output);
 void AddListOptions(CLI::App& command, Options& options);
-void ValidateSelection(const Options& options);
 void RunListCommand(Session& session, const Options& options, Output& output);
-void AddExportOptions(CLI::App& command, Options& options);
-void ValidateExport(const Options& options);
-void RunExportCommand(Session& session, const Options& options, Output& output);
-void AddInspectionOptions(CLI::App& command, Options& options);
-void RunInspectionCommand(Session& session, const Options& options, Output& output);
-void AddReportOptions(CLI::App& command, Options& options);
 void RunStatisticsCommand(Session& session, const Options& options, Output& output);
-void RunReportCommand(Session& session, const Options& options, Output& output);
 void AddConvertOptions(CLI::App& command, Options& options);
 void RunConvertCommand(Session& session, const Options& options, Output& output);
 void RunCheckCommand(Session& session, const Options& options, Output& output);

@@ -1,6 +1,6 @@
 #include <array>
 
-#include "cli/Command.h"
+#include "cli/DocumentCommands.h"
 
 namespace varnlog::cli {
 
@@ -10,15 +10,12 @@ constexpr std::array kCommands = {
     Command{"update", "take the exposures that the imaging suite reported into the log", AddUpdateOptions,
             nullptr, RunUpdateCommand, Command::Works::kOnLogAndSuite},
     Command{"list", "print rows of the log", AddListOptions, ValidateSelection, RunListCommand},
-    Command{"export", "write the log view as a workbook, CSV or JSON file", AddExportOptions, ValidateExport,
-            RunExportCommand},
+    kExportCommand,
     Command{"statistics", "print how many exposures of what kind there are, repeats and doses",
             AddHistoryOptions, ValidateSelection, RunStatisticsCommand},
 #ifdef VARNLOG_HAS_REPORT  // not in a build without Qt
-    Command{"report", "write the printed log as a PDF file", AddReportOptions, ValidateSelection,
-            RunReportCommand},
-    Command{"inspection", "make a folder with everything about a period, for an inspector",
-            AddInspectionOptions, ValidateSelection, RunInspectionCommand},
+    kReportCommand,
+    kInspectionCommand,
 #endif
     Command{"convert", "take the rows of a log of the earlier program into a new log", AddConvertOptions,
             nullptr, RunConvertCommand, Command::Works::kOnFiles},

@@ -52,11 +52,6 @@ void AddListOptions(CLI::App& command, Options& options) {
                    "the columns of the program's log view instead of the stored fields");
 }
 
-void ValidateSelection(const Options& options) {
-  core::Globals unused;
-  SetSelection(unused, options, platform::ShortDate::FromSystem());
-}
-
 void RunListCommand(Session& session, const Options& options, Output& output) {
   SetSelection(session.globals(), options, session.shortDate());
   session.OpenLog(Session::Access::kRead);

@@ -94,4 +94,9 @@ void SetSelection(core::Selection& selection, const Options& options, const Shor
   if (!options.patient.empty()) SetPatient(selection, options.patient, shortDate);
 }
 
+void ValidateSelection(const Options& options) {
+  core::Selection unused;
+  SetSelection(unused, options, ShortDate::FromSystem());
+}
+
 }  // namespace varnlog::cli

@@ -72,5 +72,7 @@ class UsageError : public std::runtime_error {
 /// Turns the selection options into one of the nine selections. Throws UsageError when they name none of
 /// them, and for a date or a patient that cannot be read.
 void SetSelection(core::Selection& selection, const Options& options, const platform::ShortDate& shortDate);
+/// The same for who only wants to know whether it throws.
+void ValidateSelection(const Options& options);
 
 }  // namespace varnlog::cli

@@ -7,6 +7,9 @@ target_compile_options(varnlog_options INTERFACE -Wall -Wextra -Wpedantic -Wshad
 if(WIN32)
   include(WindowsResources)
   target_compile_definitions(varnlog_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN U_STATIC_IMPLEMENTATION)
+else()
+  # A program loads only what it uses, not all that the folders it is made of could use.
+  target_link_options(varnlog_options INTERFACE LINKER:--as-needed)
 endif()
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
@@ -60,8 +63,8 @@ endfunction()
 # Everything that the program folder is made of, without tests and benchmarks.
 add_custom_target(program_folder)
 
-# varnlog_windows(NAME SOURCES ... DEPENDS ...): the windows of a folder, apart from its logic so that varnlogctl
-# never links them.
+# varnlog_windows(NAME SOURCES ... DEPENDS ...): the windows of a folder, apart from its logic so that the programs
+# without a window never link them.
 function(varnlog_windows name)
   if(NOT TARGET varnlog_ui)  # built without windows
     return()

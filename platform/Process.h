@@ -1,7 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace varnlog::platform {
@@ -19,6 +21,12 @@ class SystemLauncher final : public Launcher {
  public:
   bool Start(const std::vector<std::string>& command) override;
 };
+
+/// Lets `program` go on in this process's place, called with `arguments`, its own name first: with the same
+/// folder, environment and standard streams, and what it ends with is what this process ends with. Nothing is
+/// tidied up here. Comes back only when it could not be started: why.
+[[nodiscard]] std::error_code GoOnAs(const std::filesystem::path& program,
+                                     const std::vector<std::string>& arguments);
 
 /// The file of a program of this name: with the ending that programs have there.
 [[nodiscard]] std::string ProgramFile(std::string_view name);

@@ -160,6 +160,11 @@ again:
   FileOpen $0 "$INSTDIR\varnlogctl.exe" a
   IfErrors busy
   FileClose $0
+  ClearErrors
+  IfFileExists "$INSTDIR\varnlogdocs.exe" 0 ended
+  FileOpen $0 "$INSTDIR\varnlogdocs.exe" a
+  IfErrors busy
+  FileClose $0
   Goto ended
 busy:
   MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$(Running)" /SD IDCANCEL IDRETRY again

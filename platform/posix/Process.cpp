@@ -51,15 +51,20 @@ bool NothingReported(int report) {
   return got == 0;
 }
 
+/// As the system takes them; valid as long as `words` are.
+std::vector<char*> ArgumentsOf(const std::vector<std::string>& words) {
+  std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
+  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  return arguments;
+}
+
 }  // namespace
 
 bool SystemLauncher::Start(const std::vector<std::string>& command) {
   if (command.empty()) return false;
-  std::vector<char*> arguments;
-  arguments.reserve(command.size() + 1);
-  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
-  arguments.push_back(nullptr);
-
+  const std::vector<char*> arguments = ArgumentsOf(command);
   std::array<int, 2> report{};
   if (pipe2(report.data(), O_CLOEXEC) != 0) return false;
   const pid_t child = fork();
@@ -69,6 +74,11 @@ bool SystemLauncher::Start(const std::vector<std::string>& command) {
   const bool started = child > 0 && NothingReported(report[0]);
   close(report[0]);
   return started;
+}
+
+std::error_code GoOnAs(const std::filesystem::path& program, const std::vector<std::string>& arguments) {
+  execv(program.c_str(), ArgumentsOf(arguments).data());
+  return {errno, std::generic_category()};
 }
 
 std::string EnvironmentVariable(const char* name) {

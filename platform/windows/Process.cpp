@@ -26,6 +26,27 @@ void AppendQuoted(const std::wstring& argument, std::wstring& line) {
   line.push_back(L'"');
 }
 
+std::wstring CommandLine(const std::wstring& program, const std::vector<std::string>& command) {
+  std::wstring line;
+  AppendQuoted(program, line);
+  for (std::size_t i = 1; i < command.size(); ++i) AppendQuoted(Wide(command[i]), line);
+  return line;
+}
+
+/// Whoever ends this process ends all that is in the job, too.
+SystemHandle JobOfThisProcess() {
+  SystemHandle job(CreateJobObjectW(nullptr, nullptr));
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+  SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof limits);
+  return job;
+}
+
+/// The console tells both processes; what to do about it is decided by the one that works.
+BOOL WINAPI LeaveToTheOther(DWORD /*event*/) {
+  return TRUE;
+}
+
 /// A program without a folder is the system's own, not one that somebody has put into the current folder.
 std::wstring WithFolder(const std::wstring& program) {
   if (program.find_first_of(L"\\/:") != std::wstring::npos) return program;
@@ -39,9 +60,7 @@ std::wstring WithFolder(const std::wstring& program) {
 
 bool SystemLauncher::Start(const std::vector<std::string>& command) {
   if (command.empty()) return false;
-  std::wstring line;
-  AppendQuoted(WithFolder(Wide(command.front())), line);
-  for (std::size_t i = 1; i < command.size(); ++i) AppendQuoted(Wide(command[i]), line);
+  std::wstring line = CommandLine(WithFolder(Wide(command.front())), command);
   STARTUPINFOW start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION started{};
@@ -52,6 +71,29 @@ bool SystemLauncher::Start(const std::vector<std::string>& command) {
   CloseHandle(started.hThread);
   CloseHandle(started.hProcess);
   return true;
+}
+
+// Nothing here takes another program's place, so this process waits for it.
+std::error_code GoOnAs(const std::filesystem::path& program, const std::vector<std::string>& arguments) {
+  const SystemHandle job = JobOfThisProcess();
+  std::wstring line = CommandLine(program.native(), arguments);
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  start.dwFlags = STARTF_USESTDHANDLES;
+  start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+  start.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+  start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+  PROCESS_INFORMATION started{};
+  if (CreateProcessW(NativeName(program).c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                     nullptr, nullptr, &start, &started) == FALSE)
+    return LastError();
+  SetConsoleCtrlHandler(LeaveToTheOther, TRUE);
+  AssignProcessToJobObject(job.get(), started.hProcess);
+  ResumeThread(started.hThread);
+  WaitForSingleObject(started.hProcess, INFINITE);
+  DWORD status = 1;
+  GetExitCodeProcess(started.hProcess, &status);
+  ExitProcess(status);
 }
 
 std::string EnvironmentVariable(const char* name) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/Paths.h"
 #include "tests/cli/Installation.h"
 
 namespace varnlog::cli {
@@ -41,6 +42,26 @@ TEST_F(CommandsOnPosixTest, RunsNoLibraryThatStrangersCouldHavePutThere) {
     fs::permissions(open, fs::perms::others_write, fs::perm_options::remove);
   }
   EXPECT_EQ(installation_.Ctl("update" + named).status, 0);
+}
+
+// Found beside the program itself, wherever it is called from, and called with the very same words.
+TEST_F(CommandsOnPosixTest, TheProgramOfDocumentsEndsAsItsCallerWouldAndIsMissed) {
+  installation_.MakeLog();
+  const Ended wrong = installation_.Ctl("export --output 'zwei Wörter.txt'");
+  EXPECT_EQ(wrong.status, 2);
+  EXPECT_THAT(wrong.err, HasSubstr("zwei Wörter.txt"));
+  const Ended full = installation_.Shell(
+      installation_.CtlCommand() +
+      " inspection --from 2024-01-01 --to 2024-12-31 --output . >/dev/full; echo \"status $?\"");
+  EXPECT_EQ(full.out, "status 1\n");
+  const fs::path alone = installation_.suite() / "varnlogctl";
+  fs::copy_file(fs::path(VARNLOG_PROGRAM_DIR) / "varnlogctl", alone);
+  const std::string call = "'" + alone.string() + "' --folder '" + installation_.program().string() + "' ";
+  EXPECT_EQ(installation_.Shell(call + "list").status, 0);
+  const Ended missed = installation_.Shell(call + "report --output x.pdf");
+  EXPECT_EQ(missed.status, 1);
+  EXPECT_THAT(missed.err, HasSubstr("ließ sich nicht starten"));
+  EXPECT_THAT(missed.err, HasSubstr((installation_.suite() / "varnlogdocs").string()));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include <filesystem>
 
-#include <CLI/CLI.hpp>
-
-#include "cli/Command.h"
+#include "cli/documents/Documents.h"
 #include "core/Installation.h"
 #include "exports/Separator.h"
 #include "inspection/InspectionFolder.h"
@@ -29,20 +27,6 @@ class BarProgress final : public inspection::InspectionProgress {
 };
 
 }  // namespace
-
-void AddInspectionOptions(CLI::App& command, Options& options) {
-  constexpr int kMostPatients = 1'000;
-  command.add_option("--from", options.from, "first day")->required()->option_text("DATE");
-  command.add_option("--to", options.to, "last day")->required()->option_text("DATE");
-  command.add_option("--output", options.output, "the folder in which the folder and its archive are made")
-      ->required()
-      ->transform(FromCurrentFolder)
-      ->option_text("DIR");
-  command.add_option("--patients", options.patients, "how many patients of each type are listed in full")
-      ->check(CLI::Range(0, kMostPatients));
-  command.add_flag("--with-comments", options.withComments, "for the quality body instead of the authority");
-  command.add_flag("--oldest-first", options.oldestFirst, "oldest exposures first");
-}
 
 void RunInspectionCommand(Session& session, const Options& options, Output& output) {
   core::Selection period;

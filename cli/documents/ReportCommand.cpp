@@ -1,8 +1,6 @@
 #include <filesystem>
 
-#include <CLI/CLI.hpp>
-
-#include "cli/Command.h"
+#include "cli/documents/Documents.h"
 #include "db/modCommon.h"
 #include "logview/LaterEntries.h"
 #include "logview/Selection.h"
@@ -53,17 +51,6 @@ void SaveReport(Session& session, dao::Recordset& rows, const std::string& headl
 }
 
 }  // namespace
-
-void AddReportOptions(CLI::App& command, Options& options) {
-  AddSelectionOptions(command, options);
-  command.add_option("--output", options.output, "the PDF file to write")
-      ->required()
-      ->transform(FromCurrentFolder)
-      ->option_text("FILE.pdf");
-  command.add_flag("--with-entries", options.withEntries,
-                   "below each exposure what was entered or changed later, when, by whom and where");
-  command.add_flag("--oldest-first", options.oldestFirst, "oldest exposures first");
-}
 
 void RunReportCommand(Session& session, const Options& options, Output& /*output*/) {
   SetSelection(session.globals(), options, session.shortDate());

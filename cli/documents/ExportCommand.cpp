@@ -1,6 +1,4 @@
-#include <CLI/CLI.hpp>
-
-#include "cli/Command.h"
+#include "cli/documents/Documents.h"
 #include "db/modCommon.h"
 #include "exports/Export.h"
 #include "exports/Separator.h"
@@ -41,15 +39,6 @@ void WriteFile(Session& session, dao::Recordset& rows, const std::string& headli
 }
 
 }  // namespace
-
-void AddExportOptions(CLI::App& command, Options& options) {
-  AddSelectionOptions(command, options);
-  command.add_option("--output", options.output, "the file to write; its ending says in which form")
-      ->required()
-      ->transform(FromCurrentFolder)
-      ->option_text("FILE.xlsx|.csv|.json");
-  command.add_flag("--overwrite", options.overwrite, "replace the file if it is there already");
-}
 
 void ValidateExport(const Options& options) {
   ValidateSelection(options);
