@@ -1,6 +1,7 @@
 #include "db/dao/postgres/ServerRows.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -15,6 +16,43 @@
 namespace varnlog::dao {
 
 namespace {
+
+// The answer's columns in front of those of the statement: the number of changes and the id.
+constexpr int kAhead = 2;
+constexpr int kGone = -1;
+// Of a range of ids that is read as a whole.
+constexpr std::int64_t kNarrow = 256;
+
+// Rows as the server has sent them; a value is read when it is asked for.
+class SentRows final : public RowBlock {
+ public:
+  SentRows(ServerResult sent, std::vector<int> places) : sent_(std::move(sent)), places_(std::move(places)) {}
+
+  [[nodiscard]] std::size_t RowCount() const override { return places_.size(); }
+  [[nodiscard]] CellView At(std::size_t row, std::size_t column) const override {
+    if (places_[row] == kGone) return {.kind = CellKind::kDeleted, .integer = 0, .real = 0, .text = {}};
+    return sent_.Cell(places_[row], static_cast<int>(column) + kAhead);
+  }
+
+ private:
+  ServerResult sent_;
+  std::vector<int> places_;  // of the rows in what was sent
+};
+
+// Where the rows of these ids stand, which the server sends in any order.
+std::vector<int> PlacesOf(std::span<const std::int64_t> ids, const ServerResult& sent) {
+  std::vector<std::pair<std::int64_t, int>> placeOf;
+  placeOf.reserve(ids.size());
+  for (int row = 0; row < sent.RowCount(); ++row) placeOf.emplace_back(sent.Number(row, 1), row);
+  std::ranges::sort(placeOf);
+  std::vector<int> places;
+  places.reserve(ids.size());
+  for (const std::int64_t id : ids) {
+    const auto at = std::ranges::lower_bound(placeOf, id, {}, &std::pair<std::int64_t, int>::first);
+    places.push_back(at == placeOf.end() || at->first != id ? kGone : at->second);
+  }
+  return places;
+}
 
 std::string SnapshotSql(const ResolvedSelect& select) {
   return "SELECT " + select.ColumnList() + " FROM " + QuoteIdentifier(select.table->name) +
@@ -50,36 +88,48 @@ bool ServerRows::AreFirst(std::span<const std::int64_t> ids) {
          firstRows_->state.stamp == RecentStamp();
 }
 
-RowStore::State ServerRows::Read(std::span<const std::int64_t> ids, RowSet& rows) {
-  if (AreFirst(ids)) {
-    const FirstRows first = std::exchange(*firstRows_, {});
-    for (int row = 0; row < static_cast<int>(ids.size()); ++row)
-      rows.Append([&](std::size_t column) { return first.rows->Cell(row, static_cast<int>(column) + 2); });
-    return first.state;
-  }
+// The number of changes comes with the rows, so that it is the one of their state.
+ServerResult ServerRows::Where(const std::string& condition, const ServerValues& values) {
   const std::string key = QuoteIdentifier(ServerStorage::KeyField(*select_->table));
+  return storage_->Run("SELECT (SELECT value FROM varnlog_state WHERE name = 'changes'), " + key + ", " +
+                           select_->ColumnList() + " FROM " + QuoteIdentifier(select_->table->name) +
+                           " WHERE " + key + condition,
+                       values);
+}
+
+// All rows of a narrow range; the limit tells the server that it is one, so that it plans for every range
+// once.
+ServerResult ServerRows::Between(std::int64_t first, std::int64_t last) {
+  const std::string from = std::to_string(first);
+  const std::string to = std::to_string(last);
+  return Where(" BETWEEN $1::integer AND $2::integer ORDER BY 2 LIMIT " + std::to_string(kNarrow),
+               {std::string_view(from), std::string_view(to)});
+}
+
+ServerResult ServerRows::Among(std::span<const std::int64_t> ids) {
   std::string list = "{";
   for (const std::int64_t id : ids) list += (list.size() == 1 ? "" : ",") + std::to_string(id);
   list += '}';
-  // The number of changes comes with the rows, so that it is the one of their state.
-  const ServerResult found =
-      storage_->Run("SELECT (SELECT value FROM varnlog_state WHERE name = 'changes'), " + key + ", " +
-                        select_->ColumnList() + " FROM " + QuoteIdentifier(select_->table->name) + " WHERE " +
-                        key + " = ANY($1::integer[])",
-                    {std::string_view(list)});
-  std::vector<std::pair<std::int64_t, int>> rowOf;
-  for (int row = 0; row < found.RowCount(); ++row) rowOf.emplace_back(found.Number(row, 1), row);
-  std::ranges::sort(rowOf);
-  for (const std::int64_t id : ids) {
-    const auto at = std::ranges::lower_bound(rowOf, id, {}, &std::pair<std::int64_t, int>::first);
-    if (at == rowOf.end() || at->first != id)
-      rows.AppendDeleted();
-    else
-      rows.Append([&](std::size_t column) { return found.Cell(at->second, static_cast<int>(column) + 2); });
-  }
-  if (found.RowCount() > 0) return storage_->StateAt(found.Number(0, 0));
-  const std::int64_t version = storage_->OthersVersion();
+  return Where(" = ANY($1::integer[])", {std::string_view(list)});
+}
+
+RowStore::State ServerRows::StateWithoutRows() {
+  const std::int64_t version = OthersVersion();
   return {RecentStamp(), version};
+}
+
+RowStore::Block ServerRows::Read(std::span<const std::int64_t> ids) {
+  if (AreFirst(ids)) {
+    FirstRows first = std::exchange(*firstRows_, {});
+    std::vector<int> places(ids.size());
+    std::iota(places.begin(), places.end(), 0);
+    return {std::make_shared<SentRows>(*std::move(first.rows), std::move(places)), first.state};
+  }
+  const auto [first, last] = std::ranges::minmax(ids);
+  ServerResult found = AreDense(ids) && last - first < kNarrow ? Between(first, last) : Among(ids);
+  const State state = found.RowCount() > 0 ? storage_->StateAt(found.Number(0, 0)) : StateWithoutRows();
+  std::vector<int> places = PlacesOf(ids, found);
+  return {std::make_shared<SentRows>(std::move(found), std::move(places)), state};
 }
 
 std::shared_ptr<const RowSet> ReadAll(ServerStorage& storage, const ResolvedSelect& select) {

@@ -6,6 +6,7 @@
 
 #include "db/dao/postgres/ServerIds.h"
 #include "db/dao/postgres/ServerStorage.h"
+#include "db/dao/rows/RowSet.h"
 #include "db/dao/rows/RowStore.h"
 #include "db/dao/sql/ResolvedSelect.h"
 
@@ -24,9 +25,13 @@ class ServerRows final : public RowStore {
   [[nodiscard]] std::unique_ptr<RowWriter> MakeWriter() override;
   [[nodiscard]] RowStamp RecentStamp() override { return storage_->RecentStamp(); }
   [[nodiscard]] std::int64_t OthersVersion() override { return storage_->OthersVersion(); }
-  State Read(std::span<const std::int64_t> ids, RowSet& rows) override;
+  Block Read(std::span<const std::int64_t> ids) override;
 
  private:
+  [[nodiscard]] ServerResult Where(const std::string& condition, const ServerValues& values);
+  [[nodiscard]] ServerResult Between(std::int64_t first, std::int64_t last);
+  [[nodiscard]] ServerResult Among(std::span<const std::int64_t> ids);
+  [[nodiscard]] State StateWithoutRows();
   [[nodiscard]] bool AreFirst(std::span<const std::int64_t> ids);
 
   std::shared_ptr<ServerStorage> storage_;

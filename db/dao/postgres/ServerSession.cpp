@@ -80,7 +80,10 @@ std::string_view ServerResult::Text(int row, int column) const {
   const LibPq& pq = Pq();
   const std::string_view text(pq.getvalue(result_.get(), row, column),
                               static_cast<std::size_t>(pq.getlength(result_.get(), row, column)));
-  return HasZeroOnServer(text) ? texts_.emplace_front(FromServer(text)) : text;
+  if (!HasZeroOnServer(text)) return text;
+  const auto [known, isNew] = texts_.try_emplace({row, column});
+  if (isNew) known->second = FromServer(text);
+  return known->second;
 }
 std::int64_t ServerResult::Number(int row, int column) const {
   return Parsed<std::int64_t>(Text(row, column));
@@ -92,16 +95,18 @@ std::int64_t ServerResult::Changed() const {
 CellView ServerResult::Cell(int row, int column) const {
   if (kinds_.empty())
     for (int i = 0; i < ColumnCount(); ++i) kinds_.push_back(KindOf(Pq().ftype(result_.get(), i)));
-  const std::string_view text = Text(row, column);
-  if (text.empty() && IsNull(row, column)) return {};
-  CellView cell{.kind = kinds_[static_cast<std::size_t>(column)], .integer = 0, .real = 0, .text = {}};
-  if (cell.kind == CellKind::kInteger)
-    cell.integer = text == "t" ? 1 : Parsed<std::int64_t>(text);
-  else if (cell.kind == CellKind::kReal)
-    cell.real = Parsed<double>(text);
-  else
-    cell.text = text;
-  return cell;
+  const CellKind kind = kinds_[static_cast<std::size_t>(column)];
+  if (kind == CellKind::kText) {
+    const std::string_view text = Text(row, column);
+    if (text.empty() && IsNull(row, column)) return {};
+    return {.kind = kind, .integer = 0, .real = 0, .text = text};
+  }
+  // A number has at least one digit.
+  const std::string_view digits = Pq().getvalue(result_.get(), row, column);
+  if (digits.empty()) return {};
+  if (kind == CellKind::kReal)
+    return {.kind = kind, .integer = 0, .real = Parsed<double>(digits), .text = {}};
+  return {.kind = kind, .integer = digits == "t" ? 1 : Parsed<std::int64_t>(digits), .real = 0, .text = {}};
 }
 
 ServerSession::ServerSession(const LinkFile& link, std::string path, const Waiting& waiting)

@@ -2,15 +2,16 @@
 
 #include <chrono>
 #include <cstdint>
-#include <forward_list>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "db/dao/CellView.h"
@@ -43,8 +44,9 @@ class ServerResult {
     void operator()(pg_result* result) const;
   };
   std::unique_ptr<pg_result, Clear> result_;
-  mutable std::vector<CellKind> kinds_;           // of the columns, once they were asked for
-  mutable std::forward_list<std::string> texts_;  // that the server holds in another form
+  mutable std::vector<CellKind> kinds_;  // of the columns, once they were asked for
+  // Of the cells whose text the server holds in another form.
+  mutable std::map<std::pair<int, int>, std::string> texts_;
 };
 
 /// A statement's parameters as texts, nothing for NULL. What they point to must live until it was run.

@@ -64,10 +64,11 @@ void DynasetRecordset::Leave() {
 
 CellView DynasetRecordset::CurrentCell(std::size_t ordinal) {
   const std::int64_t position = RequirePosition();
-  if (row_.rows == nullptr) row_ = keys_->At(position, MovesBackward());
-  if (row_.rows->IsDeleted(row_.index))
+  if (!row_) row_ = keys_->At(position, MovesBackward());
+  const CellView cell = row_.At(ordinal);
+  if (cell.kind == CellKind::kDeleted)
     throw EngineError(ErrorNumber::kRecordDeleted, "The record has been deleted.");
-  return row_.rows->At(row_.index, ordinal);
+  return cell;
 }
 
 RowWriter& DynasetRecordset::Writer() {
@@ -81,8 +82,7 @@ void DynasetRecordset::AddNew() {
 
 void DynasetRecordset::Edit() {
   const std::int64_t position = RequirePosition();
-  const KeySet::Row seen = keys_->SeenBeforeOthersChanged(position);
-  Writer().BeginEdit(Buffer(), keys_->IdAt(position), seen.rows.get(), seen.index);
+  Writer().BeginEdit(Buffer(), keys_->IdAt(position), keys_->SeenBeforeOthersChanged(position));
 }
 
 void DynasetRecordset::Update() {

@@ -38,7 +38,7 @@ class DynasetRecordset final : public ScrollRecordset {
   std::shared_ptr<RowStore> store_;
   std::shared_ptr<KeySet> keys_;
   std::unique_ptr<RowWriter> writer_;
-  KeySet::Row row_;  // empty until a value of the current row is asked for
+  RowView row_;  // empty until a value of the current row is asked for
 };
 
 }  // namespace varnlog::dao

@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::int64_t kBlockRows = 64;
 constexpr std::size_t kKeptBlocks = 3;
-constexpr std::size_t kUsualRowBytes = 128;
 
 }  // namespace
 
@@ -28,13 +27,13 @@ void KeySet::Append(std::int64_t id) {
 }
 
 bool KeySet::Block::Holds(std::int64_t position) const {
-  return position >= first && position < first + static_cast<std::int64_t>(rows->RowCount());
+  return position >= first && position < first + static_cast<std::int64_t>(read.rows->RowCount());
 }
 
-KeySet::Row KeySet::At(std::int64_t position, bool backward) {
+RowView KeySet::At(std::int64_t position, bool backward) {
   const RowStamp now = store_->RecentStamp();
   std::erase_if(blocks_,
-                [&](const Block& block) { return block.Holds(position) && block.state.stamp != now; });
+                [&](const Block& block) { return block.Holds(position) && block.read.state.stamp != now; });
   auto block =
       std::find_if(blocks_.begin(), blocks_.end(), [&](const Block& each) { return each.Holds(position); });
   if (block == blocks_.end()) {
@@ -42,24 +41,21 @@ KeySet::Row KeySet::At(std::int64_t position, bool backward) {
     Load(first, std::min(kBlockRows, Count() - first));
     block = blocks_.begin();
   }
-  return {block->rows, static_cast<std::size_t>(position - block->first)};
+  return {block->read.rows, static_cast<std::size_t>(position - block->first)};
 }
 
 void KeySet::Load(std::int64_t first, std::int64_t count) {
-  RowSet rows(store_->Fields()->size());
-  rows.Reserve(static_cast<std::size_t>(count), kUsualRowBytes);
   const auto wanted =
       std::span(ids_).subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(count));
-  const RowStore::State state = store_->Read(wanted, rows);
-  blocks_.push_front({first, std::make_shared<const RowSet>(std::move(rows)), state});
+  blocks_.push_front({first, store_->Read(wanted)});
   if (blocks_.size() > kKeptBlocks) blocks_.pop_back();
 }
 
-KeySet::Row KeySet::SeenBeforeOthersChanged(std::int64_t position) {
+RowView KeySet::SeenBeforeOthersChanged(std::int64_t position) {
   const auto block =
       std::find_if(blocks_.begin(), blocks_.end(), [&](const Block& each) { return each.Holds(position); });
-  if (block == blocks_.end() || block->state.othersVersion == store_->OthersVersion()) return {};
-  return {block->rows, static_cast<std::size_t>(position - block->first)};
+  if (block == blocks_.end() || block->read.state.othersVersion == store_->OthersVersion()) return {};
+  return {block->read.rows, static_cast<std::size_t>(position - block->first)};
 }
 
 void KeySet::Forget(std::int64_t position) {

@@ -25,23 +25,18 @@ class KeySet {
   /// A row that was added through the record set.
   void Append(std::int64_t id);
 
-  struct Row {
-    std::shared_ptr<const RowSet> rows;
-    std::size_t index = 0;
-  };
   /// The row as it is stored now. Others around it are read with it, those before it when the reader moves
   /// backward.
-  [[nodiscard]] Row At(std::int64_t position, bool backward);
+  [[nodiscard]] RowView At(std::int64_t position, bool backward);
   /// The row as it was last read, if another user has made a change since; else nothing.
-  [[nodiscard]] Row SeenBeforeOthersChanged(std::int64_t position);
+  [[nodiscard]] RowView SeenBeforeOthersChanged(std::int64_t position);
   /// The row was changed by the user who sees it.
   void Forget(std::int64_t position);
 
  private:
   struct Block {
     std::int64_t first = 0;
-    std::shared_ptr<const RowSet> rows;
-    RowStore::State state;
+    RowStore::Block read;
     [[nodiscard]] bool Holds(std::int64_t position) const;
   };
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "db/dao/CellView.h"
 #include "db/dao/Field.h"
-#include "db/dao/rows/RowSet.h"
 
 namespace varnlog::dao {
 

@@ -13,10 +13,6 @@ void RowSet::AppendDeleted() {
   cells_.insert(cells_.end(), columns_, deleted);
 }
 
-bool RowSet::IsDeleted(std::size_t row) const {
-  return cells_[row * columns_].kind == CellKind::kDeleted;
-}
-
 CellView RowSet::At(std::size_t row, std::size_t column) const {
   const Cell& cell = cells_[row * columns_ + column];
   CellView view{.kind = cell.kind, .integer = 0, .real = 0, .text = {}};

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "db/dao/CellView.h"
+#include "db/dao/rows/RowBlock.h"
 
 namespace varnlog::dao {
 
 /// Rows copied out of the storage: all values in two pieces of memory, however many rows there are.
-class RowSet {
+class RowSet final : public RowBlock {
  public:
   explicit RowSet(std::size_t columns) : columns_(columns) {}
 
@@ -25,10 +25,9 @@ class RowSet {
   void AppendDeleted();
   void Reserve(std::size_t rows, std::size_t bytesPerRow);
 
-  [[nodiscard]] std::size_t RowCount() const { return columns_ == 0 ? 0 : cells_.size() / columns_; }
-  [[nodiscard]] bool IsDeleted(std::size_t row) const;
-  /// The text lives as long as the row set is not appended to.
-  [[nodiscard]] CellView At(std::size_t row, std::size_t column) const;
+  [[nodiscard]] std::size_t RowCount() const override { return columns_ == 0 ? 0 : cells_.size() / columns_; }
+  /// A text lives as long as the row set is not appended to.
+  [[nodiscard]] CellView At(std::size_t row, std::size_t column) const override;
 
  private:
   struct Cell {

@@ -8,7 +8,7 @@
 #include "db/dao/Field.h"
 #include "db/dao/RowStamp.h"
 #include "db/dao/rows/IdSource.h"
-#include "db/dao/rows/RowSet.h"
+#include "db/dao/rows/RowBlock.h"
 #include "db/dao/rows/RowWriter.h"
 
 namespace varnlog::dao {
@@ -34,8 +34,16 @@ class RowStore {
     RowStamp stamp;
     std::int64_t othersVersion = 0;
   };
-  /// Appends the rows of these ids, one that is gone as deleted; all of them in one state.
-  virtual State Read(std::span<const std::int64_t> ids, RowSet& rows) = 0;
+  struct Block {
+    std::shared_ptr<const RowBlock> rows;
+    State state;
+  };
+  /// The rows of these ids in their order, one that is gone as deleted; all of them in one state.
+  virtual Block Read(std::span<const std::int64_t> ids) = 0;
 };
+
+/// True when the ids run up or down without large gaps, as they do in the order in which rows were added:
+/// their whole range is read sooner then than each by itself.
+[[nodiscard]] bool AreDense(std::span<const std::int64_t> ids);
 
 }  // namespace varnlog::dao

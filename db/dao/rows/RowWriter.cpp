@@ -93,19 +93,17 @@ void RowWriter::TellChanging(const CopyBuffer& buffer) {
   }
 }
 
-void RowWriter::BeginEdit(CopyBuffer& buffer, std::int64_t rowId, const RowSet* shown, std::size_t shownRow) {
+void RowWriter::BeginEdit(CopyBuffer& buffer, std::int64_t rowId, const RowView& shown) {
   storage_->RequireWritable();
   heldSinceEdit_ = storage_->InWork();
   std::shared_ptr<const RowSet> stored = Read(rowId);
   if (stored->IsDeleted(0)) ThrowDeleted();
   editedRow_ = rowId;
-  seen_ = stored;
-  seenRow_ = 0;
+  seen_ = {stored, 0};
   buffer.Open(CopyBuffer::State::kEditing, ordinals_.size());
   for (std::size_t i = 0; i < ordinals_.size(); ++i) buffer[i].Set(stored->At(0, i));
-  if (shown == nullptr || shown->IsDeleted(shownRow)) return;
-  seen_ = std::make_shared<const RowSet>(*shown);
-  seenRow_ = shownRow;
+  if (!shown || shown.IsDeleted()) return;
+  seen_ = shown;
   heldSinceEdit_ = false;
 }
 
@@ -114,7 +112,7 @@ void RowWriter::RequireUnchanged(const CopyBuffer& buffer) {
   const std::shared_ptr<const RowSet> stored = Read(editedRow_);
   if (stored->IsDeleted(0)) ThrowDeleted();
   for (std::size_t i = 0; i < buffer.size(); ++i)
-    if (buffer[i].isChanged && !(stored->At(0, i) == seen_->At(seenRow_, i)))
+    if (buffer[i].isChanged && !(stored->At(0, i) == seen_.At(i)))
       throw EngineError(ErrorNumber::kDataChanged, "Another user has changed the field '" +
                                                        table_->fields[ordinals_[i]].name +
                                                        "' of this record meanwhile.");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "db/dao/rows/RowFields.h"
+#include "db/dao/rows/RowSet.h"
 #include "db/dao/storage/TableSchema.h"
 
 namespace varnlog::dao {
@@ -34,8 +35,7 @@ class RowWriter {
   /// Opens the buffer with the row as it is stored now. The fields' values as the user saw them are kept:
   /// `shown`, where another user has changed the row since it was read, else the stored ones. Throws
   /// kRecordDeleted.
-  void BeginEdit(CopyBuffer& buffer, std::int64_t rowId, const RowSet* shown = nullptr,
-                 std::size_t shownRow = 0);
+  void BeginEdit(CopyBuffer& buffer, std::int64_t rowId, const RowView& shown = {});
   /// Writes the changed fields. Throws kDataChanged when another user changed one of them meanwhile, and
   /// kRecordDeleted.
   void Change(CopyBuffer& buffer);
@@ -72,8 +72,7 @@ class RowWriter {
   std::vector<CellView> added_;
 
   std::int64_t editedRow_ = 0;
-  std::shared_ptr<const RowSet> seen_;  // the row as the user saw it
-  std::size_t seenRow_ = 0;
+  RowView seen_;                // the row as the user saw it
   bool heldSinceEdit_ = false;  // nobody else can have changed the row since Edit
 };
 

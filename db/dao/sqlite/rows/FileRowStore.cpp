@@ -1,5 +1,8 @@
 #include "db/dao/sqlite/rows/FileRowStore.h"
 
+#include <utility>
+
+#include "db/dao/rows/RowSet.h"
 #include "db/dao/sql/JetSql.h"
 #include "db/dao/sqlite/rows/FileRowWriter.h"
 #include "db/dao/sqlite/rows/OrderedIds.h"
@@ -9,17 +12,7 @@ namespace varnlog::dao {
 
 namespace {
 
-constexpr std::int64_t kLargestGap = 4;
-
-// True when the ids run up or down without large gaps, as they do in the order in which rows were added.
-bool IsDense(std::span<const std::int64_t> ids) {
-  const std::int64_t step = ids.size() > 1 && ids[1] < ids[0] ? -1 : 1;
-  for (std::size_t i = 0; i + 1 < ids.size(); ++i) {
-    const std::int64_t gap = (ids[i + 1] - ids[i]) * step;
-    if (gap < 1 || gap > kLargestGap) return false;
-  }
-  return true;
-}
+constexpr std::size_t kUsualRowBytes = 128;
 
 }  // namespace
 
@@ -73,14 +66,17 @@ void FileRowStore::ReadSingly(Ids ids, RowSet& rows) {
   }
 }
 
-RowStore::State FileRowStore::Read(Ids ids, RowSet& rows) {
+RowStore::Block FileRowStore::Read(Ids ids) {
+  auto rows = std::make_shared<RowSet>(select_->columns.size());
+  rows->Reserve(ids.size(), kUsualRowBytes);
   const ReadScope scope(storage_->File());
-  if (IsDense(ids))
-    ReadRange(ids, rows);
+  if (AreDense(ids))
+    ReadRange(ids, *rows);
   else
-    ReadSingly(ids, rows);
+    ReadSingly(ids, *rows);
   // Inside the read, so that nothing can have changed between the rows and their stamp.
-  return {storage_->File().Watch().Current(), storage_->File().Watch().OthersVersion()};
+  ChangeWatch& watch = storage_->File().Watch();
+  return {std::move(rows), {watch.Current(), watch.OthersVersion()}};
 }
 
 }  // namespace varnlog::dao

@@ -21,7 +21,7 @@ class FileRowStore final : public RowStore {
   [[nodiscard]] std::unique_ptr<RowWriter> MakeWriter() override;
   [[nodiscard]] RowStamp RecentStamp() override { return storage_->File().Watch().Recent(); }
   [[nodiscard]] std::int64_t OthersVersion() override { return storage_->File().Watch().OthersVersion(); }
-  State Read(std::span<const std::int64_t> ids, RowSet& rows) override;
+  Block Read(std::span<const std::int64_t> ids) override;
 
  private:
   using Ids = std::span<const std::int64_t>;
