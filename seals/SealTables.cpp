@@ -1,5 +1,7 @@
 #include "seals/SealTables.h"
 
+#include <algorithm>
+
 #include "db/dao/TableScan.h"
 #include "db/modCommon.h"
 #include "platform/Sha256.h"
@@ -79,6 +81,18 @@ bool HasSealTables(const dao::Database& log) {
 
 bool HasSeals(dao::Database& log) {
   return HasSealTables(log) && ReadHead(log).number > 0;
+}
+
+// Rows are counted only where no seal says that there are some: few can be behind it.
+bool IsUnused(dao::Database& log) {
+  if (log.Greatest(kSeals, "tSealCulNrPk") > 1) return false;
+  const std::vector<std::string> fields = {"tSealSKind", "tSealNRows"};
+  for (const auto seals = log.Scan(kSeals, fields, {}); seals->Next();)
+    if (seals->Values()[0].text != NameOf(SealKind::kTakeover) || NumberOf(seals->Values()[1]) > 0)
+      return false;
+  return std::ranges::all_of(std::array{kExposures, kHistory}, [&log](const char* table) {
+    return log.OpenRecordset(table, dao::RecordsetType::kTable)->RecordCount() == 0;
+  });
 }
 
 void MakeSealTables(dao::Database& log) {

@@ -63,6 +63,8 @@ inline constexpr std::string_view kNoDigest =
 [[nodiscard]] bool HasSealTables(const dao::Database& log);
 /// Whether anything in the log is sealed: an older log has no tables yet, and an empty one no seal.
 [[nodiscard]] bool HasSeals(dao::Database& log);
+/// Whether nothing was ever taken into the log: at most it has the seal with which it was begun.
+[[nodiscard]] bool IsUnused(dao::Database& log);
 /// Makes both tables and the rules, within the caller's transaction.
 void MakeSealTables(dao::Database& log);
 /// The rules as every log has them.

@@ -130,19 +130,10 @@ class Mover {
 
 }  // namespace
 
-bool IsWholeLog(const dao::Database& log) {
-  return core::IsLog(log) && seals::HasSealTables(log);
-}
-
-bool IsEmptyLog(dao::Database& log) {
-  return std::ranges::all_of(kNumbered, [&log](const char* table) {
-    return log.OpenRecordset(table, dao::RecordsetType::kTable)->RecordCount() == 0;
-  });
-}
-
 Transfer TransferLog(dao::Database& source, dao::Database& target, const TransferProgress& progress) {
   Mover mover(source, target, progress);
   target.Execute("DELETE FROM \"TConfig\"");
+  target.Execute("DELETE FROM \"TSeal\"");
   static_cast<void>(mover.Write(std::string(core::kConfigTable)));
   std::array<std::int64_t, kNumbered.size()> counts{};
   for (std::size_t i = 0; i < kNumbered.size(); ++i) counts[i] = mover.Write(kNumbered[i]);

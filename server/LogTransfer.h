@@ -21,14 +21,9 @@ struct Transfer {
   seals::Head head;
 };
 
-/// Whether the log has every table that a transfer takes.
-[[nodiscard]] bool IsWholeLog(const dao::Database& log);
-/// Whether nothing was taken into the log yet.
-[[nodiscard]] bool IsEmptyLog(dao::Database& log);
-
-/// Takes all rows of a log into one that IsEmptyLog(), each with its number, and compares every value with
-/// what stands there then. Within a transaction of both, in which the target's rules do not hold. Throws
-/// dao::EngineError, kDamaged where a value differs.
+/// Takes all rows of a log into one that seals::IsUnused(), each with its number, and compares every value
+/// with what stands there then; a seal with which that was begun gives way. Within a transaction of both, in
+/// which the target's rules do not hold. Throws dao::EngineError, kDamaged where a value differs.
 [[nodiscard]] Transfer TransferLog(dao::Database& source, dao::Database& target,
                                    const TransferProgress& progress);
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "core/LogLayout.h"
 #include "db/dao/ServerLink.h"
 #include "db/dao/ServerState.h"
 #include "platform/SafeFile.h"
@@ -61,13 +62,13 @@ Transfer AdoptLog(dao::DBEngine& engine, const std::string& link, const std::str
   const Work work(engine);
   const auto target = OpenLink(*work, link, false);
   const auto source = (*work).OpenDatabase(logFile, true, false);
-  if (!IsWholeLog(*source))
+  if (!core::IsLog(*source) || !seals::HasSeals(*source))
     Refuse("'" + logFile +
            "' is no log of this version with its seals; the program makes it one by opening it.");
   const auto state = target->Server();
   if (!state->isOwner) Refuse("The account is not that of the log's owner on the server.");
   (*work).BeginTrans();
-  if (!IsEmptyLog(*target)) Refuse("The log on the server is not empty.");
+  if (!seals::IsUnused(*target)) Refuse("The log on the server is not empty.");
   target->Execute(kRulesOff);
   const Transfer transfer = TransferLog(*source, *target, progress);
   target->Execute(kRulesOn);

@@ -84,7 +84,8 @@ bool CheckLastHead(const core::Globals& globals, const Services& services) {
 void RememberHead(const core::Globals& globals, core::SettingsStore& ini) {
   try {
     dao::Database& log = *globals.LogEngineGl->Database();
-    if (!seals::HasSealTables(log)) return;
+    // One that holds nothing may still be taken over from another one.
+    if (!seals::HasSealTables(log) || seals::IsUnused(log)) return;
     const seals::Head head = seals::ReadHead(log);
     BeginSettings(globals, ini);
     ini.WriteString(globals.strDataFileGl, HeadKey(globals), std::to_string(head.number) + "-" + head.digest,

@@ -40,7 +40,8 @@ class ServerCommandTest : public testing::Test {
 TEST_F(ServerCommandTest, ALogGoesToTheServerAndBackWithItsSeals) {
   const std::string before = Content("Data/Varnlog.mdb");
   ASSERT_EQ(Server("init").err, "");
-  ASSERT_EQ(Server("init").status, 0);  // again, which changes nothing
+  ASSERT_EQ(Server("init").status, 0);                         // again, which changes nothing
+  EXPECT_EQ(Content("link").find("Weiß"), std::string::npos);  // opening it begins its chain of seals
   EXPECT_THAT(Server("adopt", "Data/Varnlog.mdb").out, HasSubstr("exposures 2, entries 0, values compared "));
   EXPECT_EQ(Content("link"), before);
   EXPECT_EQ(Server("adopt", "Data/Varnlog.mdb").status, 1);
