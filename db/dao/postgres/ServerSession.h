@@ -70,6 +70,8 @@ class ServerSession {
   [[nodiscard]] bool IsUp() const { return connection_ != nullptr; }
   /// A server that follows another one can only be read.
   [[nodiscard]] bool IsStandby() const { return isStandby_; }
+  /// It has taken the other one's place meanwhile.
+  void NotePromoted() { isStandby_ = false; }
   [[nodiscard]] std::string Host() const;
   [[nodiscard]] std::string Encryption() const;
 

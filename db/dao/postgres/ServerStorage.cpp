@@ -75,8 +75,7 @@ void ServerStorage::Connect() {
                             "SET search_path TO " +
                             QuoteIdentifier(link_.schema)));
     CheckLayout();
-    if (!session_->IsStandby()) static_cast<void>(session_->RunScript("LISTEN " + channel_));
-    changes_ = std::max(changes_, StateFrom(session_->Run(kStateSql))["changes"]);
+    Listen();
   } catch (const EngineError& error) {
     session_.reset();
     const bool isGone =
@@ -258,6 +257,26 @@ std::string ServerStorage::KeyField(const TableSchema& table) {
   return "varnlog_id";
 }
 
+// From now on, and what was announced before.
+void ServerStorage::Listen() {
+  if (!session_->IsStandby()) static_cast<void>(session_->RunScript("LISTEN " + channel_));
+  changes_ = std::max(changes_, StateFrom(session_->Run(kStateSql))["changes"]);
+}
+
+// A server that follows another one announces nothing, so it is asked now and then, until it takes the other
+// one's place.
+void ServerStorage::AskStandby() {
+  constexpr std::chrono::seconds kBetween(2);
+  if (!Line().IsStandby() || Clock::now() - askedStandby_ < kBetween) return;
+  const ServerResult found =
+      Run("SELECT value, pg_is_in_recovery()::int FROM varnlog_state WHERE name = 'changes'");
+  askedStandby_ = Clock::now();
+  changes_ = std::max(changes_, found.Number(0, 0));
+  if (found.Number(0, 1) != 0) return;
+  session_->NotePromoted();
+  Listen();
+}
+
 void ServerStorage::HearAnnounced() {
   heard_ = Clock::now();
   if (session_ == nullptr || !session_->IsUp()) return;
@@ -278,7 +297,7 @@ RowStamp ServerStorage::RecentStamp() {
 // Announcements that a lost connection has missed the new one makes up for.
 RowStamp ServerStorage::Stamp() {
   HearAnnounced();
-  if (transaction_ == Transaction::kNone) static_cast<void>(Line());
+  if (transaction_ == Transaction::kNone) AskStandby();
   return {changes_ - ownCommitted_, ownChanges_, epoch_};
 }
 

@@ -171,6 +171,8 @@ class ServerStorage final : public Storage {
   void EndTransaction() noexcept;
   void RequireIntactWork() const;
   void HearAnnounced();
+  void Listen();
+  void AskStandby();
 
   LinkFile link_;
   std::unique_ptr<ServerSession> session_;
@@ -226,6 +228,7 @@ class ServerStorage final : public Storage {
   std::int64_t epoch_ = 0;
   std::int64_t undoneParts_ = 0;
   std::chrono::steady_clock::time_point heard_;
+  std::chrono::steady_clock::time_point askedStandby_;
   // When the server last chose how to run prepared statements, and how many changes of others there were
   // then.
   std::chrono::steady_clock::time_point plansMade_ = std::chrono::steady_clock::now();
