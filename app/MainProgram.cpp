@@ -159,13 +159,19 @@ void MainProgram::OpenFile(const std::string& file, OpenFor time) {
   ReplaceDataFile(file, time);
 }
 
-void MainProgram::RunUpdate() {
+bool MainProgram::RunUpdate() {
   // The modal update dialog lets activations and timer shots through.
-  if (updating_) return;
+  if (updating_) return true;
   updating_ = true;
   newRows_.BeginUpdate(*globals_.LogEngineGl->Database());
-  view_.ShowUpdateRun();
+  const bool isAnswered = view_.ShowUpdateRun();
   updating_ = false;
+  return isAnswered;
+}
+
+/// What is shown of a log that cannot be asked stays; that has been said already.
+void MainProgram::UpdateAndView() {
+  if (RunUpdate()) view_.ViewResults();
 }
 
 void MainProgram::Update() {
@@ -173,8 +179,7 @@ void MainProgram::Update() {
   if (intake::ExchangeDataPending(globals_)) {
     if (!start::IsOtherLog(globals_) || ConfirmOtherLog()) {
       globals_.UpdateDeclinedGl = false;
-      RunUpdate();
-      view_.ViewResults();
+      UpdateAndView();
     }
   } else {
     services_.Messages().Inform("MN_NOXR"_key);
@@ -217,13 +222,12 @@ void MainProgram::OfferUpdate() {
           : !services_.Messages().Confirm("RC_XRNOTUPDATED"_key, {{"strFile", globals_.strDataFileGl}},
                                           "RU_XRUPDATE"_key);
   if (globals_.UpdateDeclinedGl) return;
-  RunUpdate();
+  static_cast<void>(RunUpdate());
 }
 
 void MainProgram::UpdateAfterActivation() {
   if (updating_ || !view_.LogViewLoaded() || !intake::ExchangeDataPending(globals_)) return;
-  RunUpdate();
-  view_.ViewResults();
+  UpdateAndView();
 }
 
 bool MainProgram::MayTakeInAtOnce() const {

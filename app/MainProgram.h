@@ -40,8 +40,8 @@ class MainView : public SelectionDialogs {
   virtual void CloseResultWindows() = 0;
   /// The open-file dialog beginning in `folder`; nothing when it was cancelled.
   [[nodiscard]] virtual std::optional<std::string> AskDataFile(const std::string& folder) = 0;
-  /// The update run's dialog, modal.
-  virtual void ShowUpdateRun() = 0;
+  /// The update run's dialog, modal. False, after a message, when the log's server could not be asked.
+  virtual bool ShowUpdateRun() = 0;
   /// Takes the reported exposures in without a window; how many rows came or changed.
   virtual std::int64_t RunQuietUpdate() = 0;
   /// What such runs left to be said, in a window of its own.
@@ -128,7 +128,8 @@ class MainProgram {
   [[nodiscard]] bool ConfirmOtherLog();
   /// What kept it from locking all corrections.
   [[nodiscard]] std::optional<dao::EngineError> TryToLock();
-  void RunUpdate();
+  bool RunUpdate();
+  void UpdateAndView();
   void ViewInstead(const core::Selection& before);
   bool Open(const std::string& file);
   bool OfferRepair(const std::string& file);

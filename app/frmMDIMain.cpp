@@ -234,7 +234,7 @@ std::optional<std::string> frmMDIMain::AskDataFile(const std::string& folder) {
   return dialog.ShowOpen(this);
 }
 
-void frmMDIMain::ShowUpdateRun() {
+bool frmMDIMain::ShowUpdateRun() {
   intake::frmRunUpdate dialog(this, {context_.globals, context_.services.texts, context_.services.clock},
                               context_.services.user);
   dialog.exec();
@@ -244,6 +244,7 @@ void frmMDIMain::ShowUpdateRun() {
   // more.
   constexpr std::chrono::seconds kUntilOutOfReach{5};
   QTimer::singleShot(kUntilOutOfReach, this, [this] { intake::SweepExchange(context_.globals); });
+  return !dialog.Result().serverAway;
 }
 
 void frmMDIMain::ShowConversion(const std::function<void(legacy::ConversionView&)>& conversion) {

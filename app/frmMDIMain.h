@@ -139,7 +139,7 @@ class frmMDIMain final : public QMainWindow,
   void ShowBusy(bool busy) override;
   void CloseResultWindows() override;
   [[nodiscard]] std::optional<std::string> AskDataFile(const std::string& folder) override;
-  void ShowUpdateRun() override;
+  bool ShowUpdateRun() override;
   std::int64_t RunQuietUpdate() override;
   void ShowNotices() override;
   void ShowRowsInPlace() override;

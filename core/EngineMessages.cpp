@@ -57,15 +57,20 @@ constexpr auto kMeanings = std::to_array<Meaning>({
 
 }  // namespace
 
-std::string EngineErrorText(const TextLookup& texts, dao::ErrorNumber number, std::string_view detail) {
+std::string EngineErrorText(const TextLookup& texts, dao::ErrorNumber number, std::string_view detail,
+                            const std::string& consequence) {
   const auto* const meaning =
       std::ranges::find_if(kMeanings, [number](const Meaning& each) { return each.number == number; });
   const bool isKnown = meaning != kMeanings.end();
   std::string text =
       std::to_string(static_cast<int>(number)) + ": " +
       FilledText(texts, isKnown ? meaning->key : "GL_ERR_3000"_key, {{"strDetail", std::string(detail)}});
-  if (isKnown && meaning->tellsReason) text.append("\n\n").append(detail);
-  return text;
+  if (!consequence.empty()) text.append("\n\n").append(consequence);
+  return isKnown && meaning->tellsReason ? WithDetail(texts, text, detail) : text;
+}
+
+std::string WithDetail(const TextLookup& texts, const std::string& text, std::string_view detail) {
+  return text + "\n\n" + FilledText(texts, "GL_ERR_DETAIL"_key, {{"strDetail", std::string(detail)}});
 }
 
 std::string EngineErrorText(const TextLookup& texts, const dao::EngineError& error) {
@@ -78,6 +83,21 @@ std::string EngineErrorText(const TextLookup& texts, const db::CJetEngine& engin
 
 dao::EngineError TrappedError(const db::CJetEngine& engine) {
   return {static_cast<dao::ErrorNumber>(engine.LastNumber()), engine.LastError()};
+}
+
+bool IsServerAway(dao::ErrorNumber number) {
+  switch (number) {
+    case kBadAccount:
+    case kCancelled:
+    case kConnectionLost:
+    case kOutcomeUnknown:
+    case kServerDatabaseMissing:
+    case kServerNotTrusted:
+    case kServerUnreachable:
+      return true;
+    default:
+      return false;
+  }
 }
 
 }  // namespace varnlog::core

@@ -97,9 +97,7 @@ class Run {
   void TidyUp(db::CJetEngine& engine) const;
   void Decline();
   void Fail(core::TextKey key, std::string_view reason = {});
-  void FailToWrite(const db::CJetEngine& engine) {
-    Fail("RU_ERR_WRITE"_key, core::EngineErrorText(texts_, engine));
-  }
+  void FailToWrite(const dao::EngineError& error);
   void Conclude();
 
   core::Globals& globals_;
@@ -117,6 +115,12 @@ class Run {
 void Run::Fail(core::TextKey key, std::string_view reason) {
   result_.outcome = Outcome::kFailed;
   result_.error = core::FilledText(texts_, key, {{"strError", std::string(reason)}});
+}
+
+void Run::FailToWrite(const dao::EngineError& error) {
+  const bool isAway = core::IsServerAway(error.number());
+  Fail(isAway ? "RU_ERR_AWAY"_key : "RU_ERR_WRITE"_key, core::EngineErrorText(texts_, error));
+  result_.serverAway = isAway;
 }
 
 void Run::Decline() {
@@ -216,7 +220,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   if (!id.empty()) {
     WriteRunMark(log, id);
     // A full disk must show now, while nothing is removed yet, and not at the commit.
-    if (!engine.RefreshCache()) return FailToWrite(engine);
+    if (!engine.RefreshCache()) return FailToWrite(core::TrappedError(engine));
     options_.Reached(RunStep::kRowsWritten);
   }
   const bool secured = sources_.Secure(id);
@@ -226,7 +230,7 @@ void Run::Finish(db::CJetEngine& engine, Transaction& transaction) {
   if (!stays.empty()) WriteRunMark(log, stays);
   const bool removed = secured && sources_.RemoveRead();
   WriteAppliedBytes(log, sources_.StillApplied());
-  if (!transaction.Commit()) return FailToWrite(engine);
+  if (!transaction.Commit()) return FailToWrite(core::TrappedError(engine));
   result_.leftInFile = !removed;
   options_.Reached(RunStep::kCommitted);
   TidyUp(engine);
@@ -256,7 +260,7 @@ Run::Question Run::Attempt(db::CJetEngine& engine) {
     const seals::Purpose purpose(globals_.LedgerGl.get(), seals::SealKind::kIntake);
     Transaction transaction(engine);
     if (!transaction.IsOpen()) {
-      FailToWrite(engine);
+      FailToWrite(core::TrappedError(engine));
       return Question::kNone;
     }
     dao::Database& log = *engine.Database();
@@ -279,7 +283,7 @@ Run::Question Run::Attempt(db::CJetEngine& engine) {
     if (result_.outcome == Outcome::kDone) Finish(engine, transaction);
     return question;
   } catch (const dao::EngineError& error) {
-    Fail("RU_ERR_WRITE"_key, core::EngineErrorText(texts_, error));
+    FailToWrite(error);
     return Question::kNone;
   }
 }
@@ -308,7 +312,7 @@ void Run::Take(db::CJetEngine& engine) {
     if (!ClockIsBelieved(engine)) return;
     applied = ReadAppliedBytes(*engine.Database());
   } catch (const dao::EngineError& error) {
-    return Fail("RU_ERR_WRITE"_key, core::EngineErrorText(texts_, error));
+    return FailToWrite(error);
   }
   sources_.SetApplied(applied);
   sources_.AwaitWhatIsBeingWritten();
@@ -356,7 +360,7 @@ UpdateResult Run::Execute() {
   if (engine == nullptr) {
     Fail("RU_ERR_WRITE"_key);
   } else if (engine->Database() == nullptr) {
-    FailToWrite(*engine);
+    FailToWrite(core::TrappedError(*engine));
   } else {
     Take(*engine);
   }

@@ -47,6 +47,7 @@ struct UpdateResult {
   std::string error;          // the reason that was shown, for kFailed
   bool leftInFile = false;    // the rows are written, but what was read could not be removed
   bool clockDoubted = false;  // cancelled because the clock is behind the log
+  bool serverAway = false;    // failed because the log's server cannot be asked now
 };
 
 struct UpdateContext {

@@ -6,21 +6,6 @@
 
 namespace varnlog::logview {
 
-bool IsServerAway(dao::ErrorNumber number) {
-  switch (number) {
-    case dao::ErrorNumber::kBadAccount:
-    case dao::ErrorNumber::kCancelled:
-    case dao::ErrorNumber::kConnectionLost:
-    case dao::ErrorNumber::kOutcomeUnknown:
-    case dao::ErrorNumber::kServerDatabaseMissing:
-    case dao::ErrorNumber::kServerNotTrusted:
-    case dao::ErrorNumber::kServerUnreachable:
-      return true;
-    default:
-      return false;
-  }
-}
-
 LogWatch::LogWatch(std::shared_ptr<dao::Database> log) : log_(std::move(log)), seen_(Now()) {}
 
 // The stamp first: what changes while the rest is asked for is news the next time.

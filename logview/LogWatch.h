@@ -7,9 +7,6 @@
 
 namespace varnlog::logview {
 
-/// What a server was asked for it may well give later.
-[[nodiscard]] bool IsServerAway(dao::ErrorNumber number);
-
 /// Tells whether what is shown of a log on a server may have changed, at the price of a look at what the
 /// server has announced; only when there is something new is it asked what.
 class LogWatch {

@@ -244,10 +244,10 @@ bool frmResults::OpenRows(const std::string& sql) {
 }
 
 void frmResults::RowsUnreadable(const std::string& sql, const dao::EngineError& error) {
-  if (data1_ && IsServerAway(error.number())) {
+  if (data1_ && core::IsServerAway(error.number())) {
     ServerIsAway();
-    context_.Messages().ShowText(core::EngineErrorText(context_.texts, error) + "\n\n" +
-                                 context_.texts.GetText("RS_AWAY"_key));
+    context_.Messages().ShowText(core::EngineErrorText(context_.texts, error.number(), error.what(),
+                                                       context_.texts.GetText("RS_AWAY"_key)));
     return;
   }
   LetGoOfRows();
@@ -256,7 +256,7 @@ void frmResults::RowsUnreadable(const std::string& sql, const dao::EngineError& 
   grid_->SetEmptyText(ui::Caption(context_.texts, "RS_UNREADABLE"_key));
   grid_->ReBind(0);
   host_.ShowRowCount(0, true);
-  if (IsServerAway(error.number())) watchTimer_.start(kMillisecondsAfterFailure);
+  if (core::IsServerAway(error.number())) watchTimer_.start(kMillisecondsAfterFailure);
   ShowError(error);
 }
 

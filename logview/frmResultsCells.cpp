@@ -139,7 +139,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
   } catch (const dao::EngineError& error) {
     rowBuf.SetRowCount(0);
     ui::DataFailure failure = FailureOf(context_.texts, error);
-    if (IsServerAway(error.number())) {
+    if (core::IsServerAway(error.number())) {
       failure.isKnown = isAway_;
       ServerIsAway();
     }
@@ -289,7 +289,7 @@ std::optional<ui::DataFailure> frmResults::UnboundWriteData(const ui::RowBuffer&
     if (isAway_) QTimer::singleShot(0, this, &frmResults::LookForNews);
   } catch (const dao::EngineError& error) {
     if (error.number() == dao::ErrorNumber::kDataChanged) NoteWhoWasFirst(writeLocation, entered);
-    entryFailed_ = IsServerAway(error.number());
+    entryFailed_ = core::IsServerAway(error.number());
     if (entryFailed_) ServerIsAway();
     return WriteFailureOf(context_.texts, error);
   }
@@ -363,7 +363,7 @@ void frmResults::Error(int dataError, int& response) {
     return host_.LogReplaced();
   }
   // What was read stays in view while nothing can be read.
-  if (!IsServerAway(static_cast<dao::ErrorNumber>(dataError))) grid_->Refresh();
+  if (!core::IsServerAway(static_cast<dao::ErrorNumber>(dataError))) grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
     const bool isRule = dataError == static_cast<std::int32_t>(DataError::kLocked);
     const QString first = std::exchange(wasFirst_, {});

@@ -33,8 +33,8 @@ void ShowOpenError(const Services& services, const db::CJetEngine& engine, const
     case dao::ErrorNumber::kUnrecognisedFormat:
     case dao::ErrorNumber::kConnectionLost:
     case dao::ErrorNumber::kBadAccount:
-      services.Messages().ShowText(core::EngineErrorText(services.texts, engine) + "\n\n" +
-                                   engine.LastError());
+      services.Messages().ShowText(core::WithDetail(
+          services.texts, core::EngineErrorText(services.texts, engine), engine.LastError()));
       break;
     default:
       services.Messages().Critical("MN_ERR_DBOPEN"_key, {{"strFile", file}});

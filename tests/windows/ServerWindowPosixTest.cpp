@@ -110,6 +110,12 @@ TEST_F(ServerWindow, WhatWasReadStaysInViewWhileTheServerIsAway) {
   EXPECT_EQ(ColumnTexts(logview::kPatientColumn), patients);
   EXPECT_EQ(Window().windowTitle(), title);
   EXPECT_EQ(Globals().SortSelectionGl, core::SelectionKind::kAll);
+  installation_.Reports({cli::NewExposure("Neu", "XI", "07.03.2021", "11:00:00")});
+  Triggers(mnuEditUpdate);
+  const QStringList messages = TakeMessages();
+  EXPECT_EQ(messages.size(), 1) << messages.join('|').toStdString();
+  EXPECT_TRUE(messages.join('|').contains(Text("GL_ERR_3151"_key)));
+  EXPECT_EQ(ColumnTexts(logview::kPatientColumn), patients);
   server_.Start();
   EXPECT_TRUE(Soon([this] { return Says("MN_RECONNECTED"_key); }));
   EXPECT_EQ(ColumnTexts(logview::kPatientColumn), patients);
