@@ -115,11 +115,13 @@ TEST_F(StartUp, RefusesWhatIsNoLog) {
     EXPECT_FALSE(IsOpen()) << file;
     EXPECT_EQ(globals_.strDataFileGl, "vorher");
   }
-  // What an unknown format means, and what the engine says about it as it is.
+  // What an unknown format means, and what the engine says about it.
+  texts_.texts["GL_ERR_DETAIL"] = "Details: $strDetail$";
   EXPECT_FALSE(Open(folder_.Data("text.mdb")));
   ASSERT_EQ(user_.messages.size(), 1U);
   EXPECT_TRUE(user_.messages[0].text.starts_with("3343: GL_ERR_3343")) << user_.messages[0].text;
-  EXPECT_TRUE(user_.messages[0].text.ends_with(globals_.LogEngineGl->LastError())) << user_.messages[0].text;
+  EXPECT_TRUE(user_.messages[0].text.ends_with("Details: " + globals_.LogEngineGl->LastError()))
+      << user_.messages[0].text;
   EXPECT_EQ(user_.messages[0].icon, core::MessageIcon::kCritical);
 }
 
