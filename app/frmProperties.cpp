@@ -9,6 +9,7 @@
 #include "core/EngineMessages.h"
 #include "core/LogConfig.h"
 #include "core/Numbers.h"
+#include "db/dao/ServerLink.h"
 #include "db/dao/ServerState.h"
 #include "db/modCommon.h"
 #include "platform/Files.h"
@@ -88,11 +89,9 @@ QWidget* frmProperties::FileTab() {
 
   compact_ = new QPushButton(Caption(texts, "PP_COMPACT"_key));
   compact_->setObjectName("cmdCompact");
-  compact_->setToolTip(Caption(texts, "PP_COMPACTTIP"_key));
   connect(compact_, &QPushButton::clicked, this, [this] { Work(Job::kCompact); });
   repair_ = new QPushButton(Caption(texts, "PP_REPAIR"_key));
   repair_->setObjectName("cmdRepair");
-  repair_->setToolTip(Caption(texts, "PP_REPAIRTIP"_key));
   connect(repair_, &QPushButton::clicked, this, [this] { Work(Job::kRepair); });
   // Enter closes; work on the file is always asked for.
   for (QPushButton* job : {compact_, repair_}) job->setAutoDefault(false);
@@ -148,13 +147,16 @@ QString frmProperties::SizeText(std::uint64_t bytes) const {
                  {{"strSize", ui::FromQString(number)}});
 }
 
-// What a file needs the server sees to itself; the tips of the buttons say so.
 void frmProperties::ShowServer() {
+  auto* form = qobject_cast<QFormLayout*>(server_->parentWidget()->layout());
+  const auto show = [&](bool isVisible) {
+    for (QLabel* fact : {server_, connected_}) form->setRowVisible(fact, isVisible);
+  };
+  show(false);
   const auto& log = globals_.LogEngineGl->Database();
   const auto state = log ? log->Server() : std::nullopt;
-  auto* form = qobject_cast<QFormLayout*>(server_->parentWidget()->layout());
-  for (QLabel* fact : {server_, connected_}) form->setRowVisible(fact, state.has_value());
   if (!state) return;
+  show(true);
   const std::string host = state->host.empty() ? state->database : state->host + ", " + state->database;
   const std::string encryption =
       state->encryption.empty() ? services_.texts.GetText("PP_PLAIN"_key) : state->encryption;
@@ -163,32 +165,33 @@ void frmProperties::ShowServer() {
   for (const std::string& each : state->connected) connected.append(ui::ToQString(each));
   connected_->setText(connected.join('\n'));
   size_->setText(SizeText(static_cast<std::uint64_t>(state->bytes)));
-  for (QPushButton* job : {compact_, repair_}) {
-    job->setEnabled(false);
-    job->setToolTip(Caption(services_.texts, "GL_ERR_3219"_key));
-  }
 }
 
 void frmProperties::ShowFacts() {
   const auto& log = globals_.LogEngineGl->Database();
   path_->setText(ui::ToQString(globals_.strDataFileGl));
   version_->setText(ui::ToQString(globals_.DBVersionGl));
-  size_->setText(SizeText(platform::FileSize(platform::ToPath(globals_.strDataFileGl)).value_or(0)));
+  const bool isFile = !dao::IsServerLink(globals_.strDataFileGl);
+  size_->setText(isFile ? SizeText(platform::FileSize(platform::ToPath(globals_.strDataFileGl)).value_or(0))
+                        : QString());
   readOnly_->setChecked(globals_.ReadOnlyGl);
   const bool isOpen = log != nullptr;
   const bool isChangeable = isOpen && !log->IsReadOnly();
   readOnly_->setEnabled(isChangeable);
-  compact_->setEnabled(isChangeable);
+  compact_->setEnabled(isFile && isChangeable);
   // A log that does not open is the one that needs it most.
-  repair_->setEnabled(isChangeable || (!isOpen && db::FileExists(globals_.strDataFileGl)));
+  repair_->setEnabled(isFile && (isChangeable || (!isOpen && db::FileExists(globals_.strDataFileGl))));
+  // What a file needs a server sees to itself.
+  compact_->setToolTip(Caption(services_.texts, isFile ? "PP_COMPACTTIP"_key : "GL_ERR_3219"_key));
+  repair_->setToolTip(Caption(services_.texts, isFile ? "PP_REPAIRTIP"_key : "GL_ERR_3219"_key));
   try {
+    ShowServer();
     rows_->setText(isOpen ? ui::ToQString(core::Grouped(services_.texts, std::to_string(RowCount(*log))))
                           : QString());
     retention_->setText(
         isOpen ? ui::ToQString(core::Grouped(services_.texts, std::to_string(statistics::CountPastRetention(
                                                                   *log, services_.clock.Today()))))
                : QString());
-    ShowServer();
   } catch (const dao::EngineError& error) {
     rows_->setText(ui::ToQString(core::EngineErrorText(services_.texts, error)));
   }

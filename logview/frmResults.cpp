@@ -6,7 +6,8 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHeaderView>
-#include <QStatusTipEvent>
+#include <QMainWindow>
+#include <QStatusBar>
 #include <QVBoxLayout>
 
 #include "core/EngineMessages.h"
@@ -37,6 +38,7 @@ constexpr std::int64_t kRowsPerSlice = 20'000;
 constexpr int kMillisecondsBetweenLooks = 500;
 constexpr int kMillisecondsAfterFailure = 5'000;
 constexpr int kMillisecondsUnasked = 700;
+constexpr int kMillisecondsReconnected = 5'000;
 
 // Margins, and the mark of the sorted column.
 constexpr int kHeadingExtra = 30;
@@ -103,6 +105,7 @@ frmResults::frmResults(const ViewContext& context, ResultsHost& host, QWidget* p
 
 frmResults::~frmResults() {
   grid_->SetEvents(nullptr);
+  if (isAway_) Say({});
 }
 
 void frmResults::LoadColors() {
@@ -283,7 +286,8 @@ void frmResults::LookForNews() {
 
 void frmResults::ServerIsAway() {
   if (!watchTimer_.isActive()) return;
-  if (!std::exchange(isAway_, true)) Say("RS_AWAY"_key);
+  isAway_ = true;
+  Say(ui::Caption(context_.texts, "RS_AWAY"_key));
   watchTimer_.start(kMillisecondsAfterFailure);
 }
 
@@ -293,13 +297,13 @@ void frmResults::Reconnected() {
     ReloadInPlace();
   else
     (void)OpenRows(recordSource_);
-  Say("MN_RECONNECTED"_key);
+  Say(ui::Caption(context_.texts, "MN_RECONNECTED"_key), kMillisecondsReconnected);
 }
 
-// The status bar shows it until there is something else to show.
-void frmResults::Say(core::TextKey key) {
-  QStatusTipEvent said(ui::Caption(context_.texts, key));
-  QCoreApplication::sendEvent(window(), &said);
+// In the status bar, until there is something else to show there.
+void frmResults::Say(const QString& text, int milliseconds) {
+  if (auto* const frame = qobject_cast<QMainWindow*>(window()))
+    frame->statusBar()->showMessage(text, milliseconds);
 }
 
 std::unique_ptr<dao::Recordset> frmResults::ShownRows() const {
@@ -375,10 +379,12 @@ void frmResults::CloseData() {
 
 void frmResults::ApplyReadOnly() {
   const bool readOnly = context_.globals.ReadOnlyGl;
+  const bool isNews = grid_->AllowUpdate() == readOnly;
   grid_->SetAllowUpdate(!readOnly);
   grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, readOnly ? "RS_STATE_READONLY"_key
                                                                                    : "RS_STATE_LOCKED"_key));
-  grid_->Refresh();
+  // Reading anew needs a server that answers.
+  if (isNews) grid_->Refresh();
 }
 
 void frmResults::EditRefused() {

@@ -173,7 +173,7 @@ class frmResults final : public QWidget, private ui::TDBGridEvents, private Colu
   /// What another workstation has changed is shown as soon as nobody is disturbed by that.
   void LookForNews();
   void ServerIsAway();
-  void Say(core::TextKey key);
+  void Say(const QString& text, int milliseconds = 0);
   /// What was not seen meanwhile is shown, and that the server answers again is said.
   void Reconnected();
   /// Finds out who has entered what the user wanted to enter.

@@ -110,6 +110,12 @@ TEST_F(ServerWindow, WhatWasReadStaysInViewWhileTheServerIsAway) {
   EXPECT_EQ(ColumnTexts(logview::kPatientColumn), patients);
   EXPECT_EQ(Window().windowTitle(), title);
   EXPECT_EQ(Globals().SortSelectionGl, core::SelectionKind::kAll);
+  InDialog("frmProperties", [](QDialog& dialog) {
+    EXPECT_FALSE(dialog.findChild<QPushButton*>("cmdRepair")->isEnabled());
+    dialog.reject();
+  });
+  Triggers(mnuViewProperties);
+  Settle();
   installation_.Reports({cli::NewExposure("Neu", "XI", "07.03.2021", "11:00:00")});
   Triggers(mnuEditUpdate);
   const QStringList messages = TakeMessages();
