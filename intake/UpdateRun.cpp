@@ -188,7 +188,7 @@ ExposureWriter::Done Run::TakeOne(ExposureWriter& writer, CToken& token) {
 
 Run::Question Run::TakeAll(dao::Database& log) {
   // A million rows need not be looked at twice: the ledger refuses what the log's rules would.
-  const dao::RulesSuspension suspension = log.SuspendRules();
+  dao::RulesSuspension suspension = log.SuspendRules();
   ExposureWriter writer(log, {std::to_string(globals_.kVGl), std::to_string(globals_.mAGl)}, now_);
   view_.SetRecordCount(sources_.TokenCount());
   bool isCancelWanted = false;
@@ -202,6 +202,7 @@ Run::Question Run::TakeAll(dao::Database& log) {
   };
   const auto expect = [&writer](std::span<const CToken> tokens) { writer.Expect(tokens); };
   const bool whole = sources_.ForEachToken(take, Extent::kAll, expect);
+  suspension.End();
   result_.skipped = result_.read - result_.added - result_.changed;
   if (result_.read > 0 && (globals_.UpdateDeclinedGl || isCancelWanted)) {
     result_.outcome = Outcome::kCancelled;

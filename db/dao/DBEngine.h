@@ -46,8 +46,9 @@ class ChangeGroup {
   std::unique_ptr<WriteScope> scope_;
 };
 
-/// While it lives the file's rules do not hold for this open file. Where it begins and ends, prepared
-/// statements are prepared anew, so it is for long runs.
+/// While it lives the file's rules do not hold for this open file, and rows that are added within a
+/// transaction are written some at a time: that one cannot be written may be told late, but always before the
+/// commit. Where it begins and ends, prepared statements are prepared anew, so it is for long runs.
 class RulesSuspension {
  public:
   explicit RulesSuspension(std::shared_ptr<Storage> storage);
@@ -55,9 +56,13 @@ class RulesSuspension {
   RulesSuspension(const RulesSuspension&) = delete;
   RulesSuspension& operator=(const RulesSuspension&) = delete;
 
+  /// Throws what the destructor, which ends it otherwise, leaves to the commit.
+  void End();
+
  private:
   std::shared_ptr<Storage> storage_;
   bool wereObeyed_;
+  bool hasEnded_ = false;
 };
 
 /// What a long maintenance operation reports: the part done, 0 to 1. Returning false stops it with

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,7 @@ class CopyBuffer {
   [[nodiscard]] Cell& operator[](std::size_t ordinal) { return cells_[ordinal]; }
   [[nodiscard]] const Cell& operator[](std::size_t ordinal) const { return cells_[ordinal]; }
   [[nodiscard]] std::size_t size() const { return cells_.size(); }
+  [[nodiscard]] std::span<const Cell> Cells() const { return cells_; }
   [[nodiscard]] bool IsChanged() const;
 
  private:

@@ -24,7 +24,7 @@ RowStamp ChangeWatch::Recent() {
 }
 
 std::int64_t ChangeWatch::OwnChanges() const {
-  return sqlite3_total_changes64(file_.Handle());
+  return sqlite3_total_changes64(file_.Handle()) + file_.HeldCount();
 }
 
 std::int64_t ChangeWatch::OthersVersion() {

@@ -22,7 +22,7 @@ class ChangeWatch {
   [[nodiscard]] RowStamp Recent();
   /// Another one after every transaction of the program.
   [[nodiscard]] std::int64_t Epoch() const { return epoch_; }
-  /// Rows changed through this connection, rolled back or not.
+  /// Rows changed through this connection, held back or written, rolled back or not.
   [[nodiscard]] std::int64_t OwnChanges() const;
   /// Changes exactly when another connection has changed the file.
   [[nodiscard]] std::int64_t OthersVersion();

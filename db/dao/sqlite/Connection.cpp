@@ -178,6 +178,7 @@ void Connection::LeaveSharedMemoryJournal() {
 
 void Connection::Close() noexcept {
   if (handle_ == nullptr) return;
+  DropHeld();
   state_->closedCacheReads += CacheReads();
   sqlite3* const handle = std::exchange(handle_, nullptr);
   for (sqlite3_stmt* const statement : statements_) sqlite3_finalize(statement);
@@ -201,6 +202,7 @@ void Connection::Throw(int result) const {
 }
 
 void Connection::Execute(const std::string& storageSql) {
+  WriteHeld();
   const int result = sqlite3_exec(Handle(), storageSql.c_str(), nullptr, nullptr, nullptr);
   if (result != SQLITE_OK) Throw(result);
 }
@@ -275,11 +277,38 @@ void Connection::BeginWriting() {
 }
 
 void Connection::Commit() {
+  WriteHeld();
+  if (hasLostRows_)
+    throw EngineError(ErrorNumber::kInvalidTransaction, "Some rows of the transaction could not be written.");
   commit_.Run();
 }
 
 void Connection::Rollback() {
+  DropHeld();
   if (InTransaction()) rollback_.Run();
+  hasLostRows_ = false;
+}
+
+void Connection::Hold(std::shared_ptr<HeldRows> rows) {
+  if (held_ != rows) WriteHeld();
+  held_ = std::move(rows);
+}
+
+void Connection::WriteHeld() {
+  if (held_ == nullptr) return;
+  const std::shared_ptr<HeldRows> rows = std::exchange(held_, nullptr);
+  // What the storage has undone is not written after its end.
+  if (!InTransaction()) return rows->Drop();
+  try {
+    rows->Write();
+  } catch (const std::exception&) {
+    hasLostRows_ = true;
+    throw;
+  }
+}
+
+void Connection::DropHeld() noexcept {
+  if (held_ != nullptr) std::exchange(held_, nullptr)->Drop();
 }
 
 // A scope whose end failed (memory ran out) leaves its transaction open. Whoever took that for one around him
@@ -291,6 +320,7 @@ void Connection::EndLeftOver() {
 
 void Connection::WriteAhead() {
   if (isReadOnly_ || !InTransaction()) return;
+  WriteHeld();
   const int result = sqlite3_db_cacheflush(handle_);
   if (result != SQLITE_OK) Throw(result);
 }

@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "db/dao/sqlite/ChangeWatch.h"
+#include "db/dao/sqlite/HeldRows.h"
 #include "db/dao/sqlite/Statement.h"
 #include "db/dao/sqlite/StorageError.h"
 #include "db/dao/storage/EngineState.h"
@@ -68,6 +69,13 @@ class Connection {
   /// Writes what an open transaction has changed so far, ahead of its commit.
   void WriteAhead();
 
+  /// Rows of the open transaction that are written before any other statement runs, so that nobody ever sees
+  /// that they were not, and before the commit. A transaction that has lost some because they could not be
+  /// written is not committed.
+  void Hold(std::shared_ptr<HeldRows> rows);
+  void WriteHeld();
+  [[nodiscard]] std::int64_t HeldCount() const { return held_ == nullptr ? 0 : held_->Count(); }
+
   /// More memory while much is written.
   void SetCache(bool writing);
   /// Whether a commit waits for the disk.
@@ -92,6 +100,7 @@ class Connection {
   void TakeForever();
   void RefuseVirtualTables();
   void LeaveSharedMemoryJournal();
+  void DropHeld() noexcept;
   static int OnBusy(void* connection, int attempt);
 
   std::string path_;
@@ -101,7 +110,9 @@ class Connection {
   bool isReadOnly_ = false;
   bool hasLeftOver_ = false;                      // a transaction that could not be ended
   bool isSafe_ = true;                            // until ForgoSafety()
+  bool hasLostRows_ = false;                      // this transaction
   std::unordered_set<sqlite3_stmt*> statements_;  // of Statement objects; the storage has some of its own
+  std::shared_ptr<HeldRows> held_;
   ChangeWatch watch_;
   Statement begin_;
   Statement beginWrite_;

@@ -70,6 +70,9 @@ class FileStorage final : public Storage {
   void SetRules(std::span<const std::string> rules) override;
   [[nodiscard]] bool AreRulesObeyed() override;
   void SetRulesObeyed(bool obeyed) override;
+  void LetRowsWait(bool may) override;
+  /// Whether an added row may be left to Connection::Hold().
+  [[nodiscard]] bool MayRowsWait() const { return inWork_ && mayRowsWait_; }
 
   [[nodiscard]] std::vector<std::string> Check() override;
   void CopyTo(const std::string& target, const MaintenanceProgress& progress) override;
@@ -100,6 +103,7 @@ class FileStorage final : public Storage {
 
   Connection file_;
   bool inWork_ = false;
+  bool mayRowsWait_ = false;
   std::map<std::string, std::shared_ptr<const TableSchema>> tables_;
   std::unique_ptr<SelectCache> selects_;
   std::unique_ptr<DistinctRows> distinct_;

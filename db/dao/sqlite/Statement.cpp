@@ -127,6 +127,7 @@ void Statement::BindColumn(int parameter, const Statement& from, int column) {
 
 bool Statement::Step() {
   RequireOpen();
+  connection_->WriteHeld();
   const int result = sqlite3_step(handle_);
   if (result == SQLITE_ROW) return true;
   // The message belongs to the connection and is gone after the reset.

@@ -84,6 +84,11 @@ void FileStorage::UndoChange() noexcept {
   }
 }
 
+void FileStorage::LetRowsWait(bool may) {
+  mayRowsWait_ = may;
+  if (!may) file_.WriteHeld();
+}
+
 void FileStorage::BeginPart() {
   file_.Execute("SAVEPOINT part");
 }
@@ -94,6 +99,8 @@ void FileStorage::KeepPart() {
 
 void FileStorage::UndoPart() noexcept {
   if (!IsOpen() || !file_.InTransaction()) return;
+  // The storage does not count what it undoes as a change.
+  file_.Watch().Forget();
   try {
     file_.Execute("ROLLBACK TO part; RELEASE part");
   } catch (const EngineError&) {

@@ -32,10 +32,23 @@ void ChangeGroup::Commit() {
 RulesSuspension::RulesSuspension(std::shared_ptr<Storage> storage)
     : storage_(std::move(storage)), wereObeyed_(storage_->AreRulesObeyed()) {
   if (wereObeyed_) storage_->SetRulesObeyed(false);
+  storage_->LetRowsWait(true);
+}
+
+void RulesSuspension::End() {
+  if (hasEnded_ || !storage_->IsOpen()) return;
+  hasEnded_ = true;
+  storage_->LetRowsWait(false);
+  if (wereObeyed_) storage_->SetRulesObeyed(true);
 }
 
 RulesSuspension::~RulesSuspension() {
-  if (wereObeyed_ && storage_->IsOpen()) storage_->SetRulesObeyed(true);
+  try {
+    End();
+  } catch (const std::exception&) {
+    // The transaction cannot be committed any more, and says so when that is tried.
+    if (wereObeyed_) storage_->SetRulesObeyed(true);
+  }
 }
 
 }  // namespace varnlog::dao

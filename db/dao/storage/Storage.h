@@ -104,6 +104,9 @@ class Storage : public std::enable_shared_from_this<Storage> {
   virtual void SetRules(std::span<const std::string> rules) = 0;
   [[nodiscard]] virtual bool AreRulesObeyed() = 0;
   virtual void SetRulesObeyed(bool obeyed) = 0;
+  /// Whether rows that are added within the program's transaction may be written some at a time: a failure
+  /// may then be told later, at the latest by the call that ends it, and the transaction is not committed.
+  virtual void LetRowsWait(bool /*may*/) {}
 
   // Upkeep.
   [[nodiscard]] virtual std::vector<std::string> Check() = 0;

@@ -97,6 +97,59 @@ TEST_F(TransactionTest, AFullDiskUndoesAllAndWritesNothingMore) {
   EXPECT_TRUE(Findings().empty());
 }
 
+// A long run writes several rows at once; that some wait must never show.
+TEST_F(TransactionTest, RowsThatWaitAreSeenByEveryReaderAndAreCommitted) {
+  const auto log = Open(path_);
+  const auto table = log->OpenRecordset("TXray");
+  workspace_->BeginTrans();
+  {
+    const RulesSuspension suspension = log->SuspendRules();
+    for (int i = 1; i <= 100; ++i) {
+      AddExposure(*table, {"P" + std::to_string(i), "A", Minute(0), Minute(i)});
+      if (i % 37 != 0) continue;
+      const auto rows =
+          log->OpenRecordset("SELECT tXraySName FROM TXray WHERE tXrayCulIntIDPk >= " + std::to_string(i));
+      ASSERT_EQ(rows->Fields(0).Text(), "P" + std::to_string(i));
+      rows->Edit();
+      rows->Fields(0).SetText("changed");
+      rows->Update();
+    }
+  }
+  workspace_->CommitTrans();
+  const auto rows = Open(path_)->OpenRecordset("SELECT TXray.* FROM TXray ORDER BY tXrayCulIntIDPk");
+  for (int i = 1; i <= 100; ++i, rows->MoveNext()) {
+    EXPECT_EQ(rows->Fields("tXrayCulIntIDPk").Number(), i);
+    EXPECT_EQ(rows->Fields("tXraySName").Text(), i % 37 == 0 ? "changed" : "P" + std::to_string(i));
+    EXPECT_EQ(rows->Fields("tXrayTs").Date(), Minute(i));
+  }
+  EXPECT_TRUE(rows->IsEOF());
+}
+
+TEST_F(TransactionTest, ATransactionThatLostWaitingRowsIsNotCommittedWhoeverWasTold) {
+  const auto log = Open(path_);
+  FillLog(*workspace_, *log, 10);
+  log->Execute("CREATE UNIQUE INDEX iRefuses ON TXray (tXrayTs)");
+  const auto table = log->OpenRecordset("TXray");
+  for (const bool isReadBetween : {false, true}) {
+    workspace_->BeginTrans();
+    {
+      const RulesSuspension suspension = log->SuspendRules();
+      for (const int minute : {100, 101, 101, 102})
+        EXPECT_EQ(ErrorOf([&] { AddExposure(*table, {"P", "A", Minute(0), Minute(minute)}); }), kNone);
+      const ErrorNumber read = ErrorOf([&] {
+        if (isReadBetween) static_cast<void>(table->RecordCount());
+      });
+      EXPECT_EQ(read, isReadBetween ? kDuplicateKey : kNone);
+      for (int minute = 103; minute < 130; ++minute)
+        static_cast<void>(ErrorOf([&] { AddExposure(*table, {"P", "A", Minute(0), Minute(minute)}); }));
+    }
+    EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), kInvalidTransaction);
+    EXPECT_EQ(RowCount(), 10);
+  }
+  AddExposure(*table, {"P", "A", Minute(0), Minute(100)});
+  EXPECT_EQ(RowCount(), 11) << "and the next one goes on";
+}
+
 TEST_F(TransactionTest, AReadOnlyDatabaseDoesNotHinderATransaction) {
   const auto log = Open(path_);
   const auto texts = Open(MakeLog("texts.mdb"), true);

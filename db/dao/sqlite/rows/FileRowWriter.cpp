@@ -24,33 +24,14 @@ std::shared_ptr<const RowSet> FileRowWriter::Read(std::int64_t rowId) {
   return row;
 }
 
-Statement& FileRowWriter::InsertStatement() {
-  if (insert_.IsPrepared()) return insert_;
-  std::string values;
-  for (std::size_t i = 0; i < FieldCount(); ++i) values += i == 0 ? "?" : ",?";
-  insert_ = Statement(storage_->File(), "INSERT OR FAIL INTO " + QuoteIdentifier(Table().name) + " (" +
-                                            FieldList() + ") VALUES (" + values + ")");
-  return insert_;
+std::string FileRowWriter::InsertInto() const {
+  return "INSERT OR FAIL INTO " + QuoteIdentifier(Table().name) + " (" + FieldList() + ") VALUES ";
 }
 
-// From row to row most parameters stay as they are: flags repeat, and texts are at the same place.
-void FileRowWriter::BindForInsert(const CopyBuffer& buffer) {
-  Statement& insert = InsertStatement();
-  bound_.resize(buffer.size());
-  for (std::size_t i = 0; i < buffer.size(); ++i) {
-    const CopyBuffer::Cell& cell = buffer[i];
-    Bound wanted;
-    wanted.kind = cell.kind;
-    if (cell.kind == CellKind::kInteger) wanted.integer = cell.integer;
-    if (cell.kind == CellKind::kText) {
-      wanted.text = cell.text.data();
-      wanted.length = cell.text.size();
-    }
-    if (wanted == bound_[i] && cell.kind != CellKind::kReal) continue;
-    bound_[i] = {};
-    insert.Bind(static_cast<int>(i) + 1, cell.View());
-    bound_[i] = wanted;
-  }
+std::string FileRowWriter::Parameters() const {
+  std::string values = "(";
+  for (std::size_t i = 0; i < FieldCount(); ++i) values += i == 0 ? "?" : ",?";
+  return values + ")";
 }
 
 // The storage calls it a full disk.
@@ -74,8 +55,37 @@ Statement& FileRowWriter::UpdateStatement(const CopyBuffer& buffer) {
   return update;
 }
 
+// Counters go up by one from the row that this writer added last, as long as nothing else was written since.
+bool FileRowWriter::IsNextKnown(const CopyBuffer& buffer) const {
+  if (!storage_->MayRowsWait() || lastId_ >= kMostCounter) return false;
+  const ChangeWatch& watch = storage_->File().Watch();
+  if (changes_ != watch.OwnChanges() || epoch_ != watch.Epoch()) return false;
+  for (std::size_t i = 0; i < buffer.size(); ++i)
+    if (FieldAt(i).isCounter) return buffer[i].kind == CellKind::kNull;
+  return false;
+}
+
+void FileRowWriter::NoteLast(std::int64_t id) {
+  const ChangeWatch& watch = storage_->File().Watch();
+  lastId_ = id;
+  changes_ = watch.OwnChanges();
+  epoch_ = watch.Epoch();
+}
+
+std::int64_t FileRowWriter::InsertLater(const CopyBuffer& buffer) {
+  Connection& file = storage_->File();
+  if (held_ == nullptr) held_ = std::make_shared<HeldInserts>(file, InsertInto(), Parameters());
+  file.Hold(held_);
+  held_->Add(buffer.Cells(), lastId_ + 1);
+  NoteLast(lastId_ + 1);
+  if (held_->IsFull()) file.WriteHeld();
+  return lastId_;
+}
+
 std::int64_t FileRowWriter::Insert(const CopyBuffer& buffer) {
-  BindForInsert(buffer);
+  if (IsNextKnown(buffer)) return InsertLater(buffer);
+  if (!insert_.IsPrepared()) insert_ = Statement(storage_->File(), InsertInto() + Parameters());
+  bound_.Bind(insert_, 1, buffer.Cells());
   try {
     insert_.Run();
   } catch (const EngineError& error) {
@@ -83,7 +93,8 @@ std::int64_t FileRowWriter::Insert(const CopyBuffer& buffer) {
     throw EngineError(ErrorNumber::kRuleViolated,
                       "The counter of the table '" + Table().name + "' is used up by a wrong number.");
   }
-  return sqlite3_last_insert_rowid(storage_->File().Handle());
+  NoteLast(sqlite3_last_insert_rowid(storage_->File().Handle()));
+  return lastId_;
 }
 
 bool FileRowWriter::Overwrite(const CopyBuffer& buffer, std::int64_t rowId) {

@@ -6,6 +6,7 @@
 
 #include "db/dao/rows/RowWriter.h"
 #include "db/dao/sqlite/FileStorage.h"
+#include "db/dao/sqlite/rows/HeldInserts.h"
 
 namespace varnlog::dao {
 
@@ -19,24 +20,24 @@ class FileRowWriter final : public RowWriter {
  private:
   std::int64_t Insert(const CopyBuffer& buffer) override;
   bool Overwrite(const CopyBuffer& buffer, std::int64_t rowId) override;
-  Statement& InsertStatement();
+  [[nodiscard]] std::string InsertInto() const;
+  [[nodiscard]] std::string Parameters() const;
+  [[nodiscard]] bool IsNextKnown(const CopyBuffer& buffer) const;
+  void NoteLast(std::int64_t id);
+  std::int64_t InsertLater(const CopyBuffer& buffer);
   Statement& UpdateStatement(const CopyBuffer& buffer);
-  void BindForInsert(const CopyBuffer& buffer);
   [[nodiscard]] bool IsCounterUsedUp();
 
   std::shared_ptr<FileStorage> storage_;
   Statement read_;
-  // What a parameter of the insert holds: a text by its place, whatever stands there.
-  struct Bound {
-    CellKind kind = CellKind::kDeleted;  // never bound
-    std::int64_t integer = 0;
-    const char* text = nullptr;
-    std::size_t length = 0;
-    friend bool operator==(const Bound&, const Bound&) = default;
-  };
   Statement insert_;
-  std::vector<Bound> bound_;
+  RowBinding bound_;
   std::unordered_map<std::vector<bool>, Statement> updates_;  // by the set of fields they write
+  // The row that was added last, and how many changes this connection had made then.
+  std::int64_t lastId_ = 0;
+  std::int64_t changes_ = -1;
+  std::int64_t epoch_ = -1;
+  std::shared_ptr<HeldInserts> held_;
 };
 
 }  // namespace varnlog::dao
