@@ -48,6 +48,8 @@ std::optional<std::int64_t> Write(QWidget* parent, const ExportContext& context,
   const auto source = exports::MakeDisplayedRows(
       *shown.rows, {context.texts, context.scheme, context.shortDate}, shown.columns);
   ShownProgress progress(parent, context.texts);
+  // What is shown was read before; whether it still holds, a server must be there to say.
+  static_cast<void>(context.log.Stamp());
   // The file dialog has asked before it let an existing file be chosen.
   return exports::Export({.rows = *shown.rows,
                           .source = *source,
@@ -58,7 +60,7 @@ std::optional<std::int64_t> Write(QWidget* parent, const ExportContext& context,
                          {.file = file,
                           .format = format,
                           .ifTaken = platform::IfTaken::kReplace,
-                          .log = context.log,
+                          .log = context.log.Name(),
                           .listSeparator = exports::ListSeparatorOf(context.ini, context.iniFile)},
                          progress);
 }

@@ -9,7 +9,7 @@
 
 #include "core/Messages.h"
 #include "core/SettingsStore.h"
-#include "db/dao/Recordset.h"
+#include "db/dao/DBEngine.h"
 #include "intake/CodeMappings.h"
 #include "platform/Clock.h"
 #include "platform/ShortDate.h"
@@ -33,7 +33,7 @@ struct ExportContext {
   core::SettingsStore& ini;
   const std::string& iniFile;
   const std::string& site;  // the practice
-  const std::string& log;   // the log's file
+  dao::Database& log;
 };
 
 /// Asks for a file and writes to it what is shown, in the form that the file's ending names. Errors have been

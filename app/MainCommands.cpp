@@ -65,7 +65,7 @@ void frmMDIMain::ExportShownRows() {
                .ini = context_.services.ini,
                .iniFile = context_.globals.IniFileGl,
                .site = context_.globals.SiteGl,
-               .log = context_.globals.strDataFileGl},
+               .log = *context_.globals.LogEngineGl->Database()},
               shown);
 }
 

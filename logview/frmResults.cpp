@@ -379,12 +379,10 @@ void frmResults::CloseData() {
 
 void frmResults::ApplyReadOnly() {
   const bool readOnly = context_.globals.ReadOnlyGl;
-  const bool isNews = grid_->AllowUpdate() == readOnly;
   grid_->SetAllowUpdate(!readOnly);
   grid_->SetStateText(ui::CellState::kLocked, ui::Caption(context_.texts, readOnly ? "RS_STATE_READONLY"_key
                                                                                    : "RS_STATE_LOCKED"_key));
-  // Reading anew needs a server that answers.
-  if (isNews) grid_->Refresh();
+  grid_->Refresh();
 }
 
 void frmResults::EditRefused() {

@@ -141,6 +141,7 @@ std::optional<ui::DataFailure> frmResults::UnboundReadDataEx(
     ui::DataFailure failure = FailureOf(context_.texts, error);
     if (core::IsServerAway(error.number())) {
       failure.isKnown = isAway_;
+      failure.keepsRows = true;
       ServerIsAway();
     }
     return failure;
@@ -362,7 +363,7 @@ void frmResults::Error(int dataError, int& response) {
     response = 0;
     return host_.LogReplaced();
   }
-  // What was read stays in view while nothing can be read.
+  // A server that is away need not be asked again.
   if (!core::IsServerAway(static_cast<dao::ErrorNumber>(dataError))) grid_->Refresh();
   if (const auto key = DataErrorKey(dataError)) {
     const bool isRule = dataError == static_cast<std::int32_t>(DataError::kLocked);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <exception>
-#include <iterator>
+#include <utility>
 
 namespace varnlog::ui {
 
@@ -14,52 +14,57 @@ void RowBlocks::SetColumnCount(int columns) {
 RowBlocks::Row RowBlocks::At(std::int64_t row) {
   if (events_ == nullptr || row < 0 || columns_ == 0) return {};
   const std::int64_t first = row - row % kRowsPerBlock;
-  Block* block = Find(first);
-  if (block == nullptr) {
-    // A handler that lets events through would be asked again for what it is just reading.
-    if (reading_) return {};
-    blocks_.push_front(Read(first));
-    if (blocks_.size() > kBlocksKept) blocks_.pop_back();
-    block = &blocks_.front();
+  auto block = Find(first);
+  // A handler that lets events through would be asked again for what it is just reading.
+  if (!reading_ && (block == blocks_.end() || block->IsDue())) {
+    Read(first);
+    block = Find(first);
   }
+  if (block == blocks_.end()) return {};
+  blocks_.splice(blocks_.begin(), blocks_, block);
   const int index = static_cast<int>(row - first);
   if (index >= block->rows.RowCount()) return {};
   return {&block->rows, index};
 }
 
-void RowBlocks::Forget(std::int64_t row) {
-  blocks_.remove_if(
-      [row](const Block& block) { return row >= block.first && row < block.first + kRowsPerBlock; });
+void RowBlocks::Renew() {
+  for (Block& block : blocks_) block.isOld = true;
+}
+
+void RowBlocks::Renew(std::int64_t row) {
+  if (const auto block = Find(row - row % kRowsPerBlock); block != blocks_.end()) block->isOld = true;
 }
 
 void RowBlocks::ForgetFrom(std::int64_t row) {
   blocks_.remove_if([row](const Block& block) { return row < block.first + kRowsPerBlock; });
 }
 
-RowBlocks::Block* RowBlocks::Find(std::int64_t first) {
-  const auto found = std::find_if(blocks_.begin(), blocks_.end(),
-                                  [first](const Block& block) { return block.first == first; });
-  if (found == blocks_.end()) return nullptr;
-  if (found->failedAt && !reading_ && std::chrono::steady_clock::now() - *found->failedAt > kRetryAfter) {
-    blocks_.erase(found);
-    return nullptr;
-  }
-  if (found != blocks_.begin()) blocks_.splice(blocks_.begin(), blocks_, found);
-  return &blocks_.front();
+bool RowBlocks::Block::IsDue() const {
+  return failedAt ? std::chrono::steady_clock::now() - *failedAt > kRetryAfter : isOld;
 }
 
-RowBlocks::Block RowBlocks::Read(std::int64_t first) {
-  Block block{first, RowBuffer(kRowsPerBlock, columns_), std::nullopt};
+std::list<RowBlocks::Block>::iterator RowBlocks::Find(std::int64_t first) {
+  return std::ranges::find(blocks_, first, &Block::first);
+}
+
+void RowBlocks::Read(std::int64_t first) {
+  Block block{.first = first, .rows = RowBuffer(kRowsPerBlock, columns_), .failedAt = {}};
   reading_ = true;
   const std::optional<DataFailure> failure = Fill(block);
   reading_ = false;
   ++readCount_;
+  const auto before = Find(first);
+  const bool stays = failure && failure->keepsRows && before != blocks_.end();
   if (failure) {
     block.rows.SetRowCount(0);
-    block.failedAt = std::chrono::steady_clock::now();
-    onFailure_(*failure);
+    (stays ? *before : block).failedAt = std::chrono::steady_clock::now();
   }
-  return block;
+  if (!stays) {
+    if (before != blocks_.end()) blocks_.erase(before);
+    blocks_.push_front(std::move(block));
+    if (blocks_.size() > kBlocksKept) blocks_.pop_back();
+  }
+  if (failure) onFailure_(*failure);
 }
 
 std::optional<DataFailure> RowBlocks::Fill(Block& block) {

@@ -36,8 +36,10 @@ class RowBlocks {
 
   Row At(std::int64_t row);
   void Clear() { blocks_.clear(); }
-  /// Forgets the block of one row.
-  void Forget(std::int64_t row);
+  /// Every row is read anew before it is shown, and shown as it was where DataFailure::keepsRows.
+  void Renew();
+  /// The same for the block of one row.
+  void Renew(std::int64_t row);
   /// Forgets the blocks that hold or follow `row`.
   void ForgetFrom(std::int64_t row);
 
@@ -50,10 +52,13 @@ class RowBlocks {
   struct Block {
     std::int64_t first;
     RowBuffer rows;
+    bool isOld = false;  // to be read anew
     std::optional<std::chrono::steady_clock::time_point> failedAt;
+
+    [[nodiscard]] bool IsDue() const;
   };
-  Block* Find(std::int64_t first);
-  Block Read(std::int64_t first);
+  [[nodiscard]] std::list<Block>::iterator Find(std::int64_t first);
+  void Read(std::int64_t first);
   std::optional<DataFailure> Fill(Block& block);
 
   TDBGridEvents* events_ = nullptr;

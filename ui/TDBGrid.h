@@ -68,7 +68,6 @@ class TDBGrid final : public QTableView {
   [[nodiscard]] const QString& EmptyText() const { return emptyText_; }
   /// False: no cell can be edited and all look so, Tab visits every cell.
   void SetAllowUpdate(bool allow);
-  [[nodiscard]] bool AllowUpdate() const { return model_.AllowUpdate(); }
 
   /// Shows `count` other rows from the first one on.
   void ReBind(std::int64_t count);

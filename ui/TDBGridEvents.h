@@ -20,6 +20,8 @@ struct DataFailure {
   bool keepsEntry = false;
   /// Nothing is told, because it was the user who took it back.
   bool isKnown = false;
+  /// What was read of these rows before goes on being shown.
+  bool keepsRows = false;
 };
 
 /// One cell of an owner-drawn column about to be painted.

@@ -48,7 +48,7 @@ void TDBGridModel::SetRowCount(std::int64_t count) {
 
 // Who shows a failure refreshes the grid, and a failure that lasts must not be told again each time.
 void TDBGridModel::Refresh() {
-  blocks_.Clear();
+  blocks_.Renew();
   if (rowCount_ > 0 && !columns_.empty()) {
     emit dataChanged(index(0, 0), index(rowCount_ - 1, columnCount() - 1));
   }
@@ -56,7 +56,7 @@ void TDBGridModel::Refresh() {
 
 void TDBGridModel::RefetchRow(int row) {
   if (row < 0 || row >= rowCount_ || columns_.empty()) return;
-  blocks_.Forget(row);
+  blocks_.Renew(row);
   emit dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 

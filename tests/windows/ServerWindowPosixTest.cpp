@@ -6,6 +6,7 @@
 #include "tests/support/PrivateServer.h"
 #include "tests/support/SilentHost.h"
 #include "tests/windows/MainWindow.h"
+#include "ui/FileDialog.h"
 
 // The program on a log that lies on a server.
 
@@ -21,6 +22,10 @@ class ServerWindow : public MainWindow {
     MainWindow::SetUp();
     Starts();
     (void)TakeMessages();
+  }
+  void TearDown() override {
+    ui::CFileDialog::AnswerWith({});
+    MainWindow::TearDown();
   }
   /// Another workstation's entry into the last day's exposure.
   void BertaEnters(const char* volt) {
@@ -116,6 +121,11 @@ TEST_F(ServerWindow, WhatWasReadStaysInViewWhileTheServerIsAway) {
   });
   Triggers(mnuViewProperties);
   Settle();
+  const auto exported = installation_.suite() / "exported.json";
+  ui::CFileDialog::AnswerWith([&](const ui::CFileDialog&) { return exported.string(); });
+  Triggers(mnuFileExport);
+  EXPECT_TRUE(TakeMessages().join('|').startsWith("3151"));
+  EXPECT_FALSE(std::filesystem::exists(exported)) << "of which nobody knows whether it still holds";
   installation_.Reports({cli::NewExposure("Neu", "XI", "07.03.2021", "11:00:00")});
   Triggers(mnuEditUpdate);
   const QStringList messages = TakeMessages();
