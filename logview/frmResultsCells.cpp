@@ -48,6 +48,9 @@ ui::DataFailure FailureOf(const core::TextLookup& texts, const dao::EngineError&
 /// A refused entry can be handed in again, but never over a value that its author has not seen.
 ui::DataFailure WriteFailureOf(const core::TextLookup& texts, const dao::EngineError& error) {
   ui::DataFailure failure = FailureOf(texts, error);
+  if (core::IsServerAway(error.number()))
+    failure.text = ui::ToQString(
+        core::EngineErrorText(texts, error.number(), error.what(), texts.GetText("RS_ENTRYSTAYS"_key)));
   failure.keepsEntry = error.number() != dao::ErrorNumber::kDataChanged &&
                        error.number() != dao::ErrorNumber::kFileReplaced &&
                        failure.number != static_cast<std::int32_t>(DataError::kRecordDeleted);

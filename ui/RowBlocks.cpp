@@ -28,15 +28,20 @@ RowBlocks::Row RowBlocks::At(std::int64_t row) {
 }
 
 void RowBlocks::Renew() {
-  for (Block& block : blocks_) block.isOld = true;
+  for (Block& block : blocks_) block.Renew();
 }
 
 void RowBlocks::Renew(std::int64_t row) {
-  if (const auto block = Find(row - row % kRowsPerBlock); block != blocks_.end()) block->isOld = true;
+  if (const auto block = Find(row - row % kRowsPerBlock); block != blocks_.end()) block->Renew();
 }
 
 void RowBlocks::ForgetFrom(std::int64_t row) {
   blocks_.remove_if([row](const Block& block) { return row < block.first + kRowsPerBlock; });
+}
+
+void RowBlocks::Block::Renew() {
+  isOld = true;
+  failedAt.reset();
 }
 
 bool RowBlocks::Block::IsDue() const {

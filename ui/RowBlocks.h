@@ -55,6 +55,7 @@ class RowBlocks {
     bool isOld = false;  // to be read anew
     std::optional<std::chrono::steady_clock::time_point> failedAt;
 
+    void Renew();
     [[nodiscard]] bool IsDue() const;
   };
   [[nodiscard]] std::list<Block>::iterator Find(std::int64_t first);

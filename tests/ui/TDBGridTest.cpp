@@ -106,6 +106,9 @@ TEST_F(TDBGridTest, TellsAReadFailureOnceAndRecovers) {
   rows_.readFailure.reset();
   grid_.Refresh();
   EXPECT_EQ(grid_.CellText(999, 0), "1000");
+  rows_.readFailure = DataFailure{.number = 3151, .text = "away", .keepsRows = true};
+  grid_.Refresh();
+  EXPECT_EQ(grid_.CellText(999, 0), "1000");
 }
 
 TEST_F(TDBGridTest, AHandlerThatThrowsIsToldAsAnError) {
