@@ -1,6 +1,7 @@
 #include "bench/Installation.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <fcntl.h>
 #include <fstream>
@@ -23,7 +24,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr double kKilobytesPerMegabyte = 1024.0;
-constexpr std::chrono::milliseconds kPollInterval(1);
+constexpr std::chrono::milliseconds kPollInterval(5);
 
 /// The most memory that a running process has held so far, in megabytes; 0 when it is gone.
 double HighWaterMark(pid_t process) {
@@ -94,12 +95,16 @@ Installation::Run Installation::Spawn(std::vector<std::string> command) {
   Run run;
   int status = 0;
   // The system's own account of a child's peak counts this process's pages, too, so the child's mark is read
-  // as it runs.
-  while (waitpid(child, &status, WNOHANG) == 0) {
-    run.peakMegabytes = std::max(run.peakMegabytes, HighWaterMark(child));
-    std::this_thread::sleep_for(kPollInterval);
+  // as it runs; seldom, for that takes time from it.
+  std::jthread watch([&run, child](const std::stop_token& stop) {
+    for (; !stop.stop_requested(); std::this_thread::sleep_for(kPollInterval))
+      run.peakMegabytes = std::max(run.peakMegabytes, HighWaterMark(child));
+  });
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
   run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+  watch.request_stop();
+  watch.join();
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return run;
 }

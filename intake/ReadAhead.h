@@ -33,7 +33,7 @@ class ReadAhead {
     std::size_t count = 0;
     bool hasFailed = false;
   };
-  void Fill(Batch& batch);
+  void Fill(Batch& batch, std::int64_t most);
   void StartFilling();
 
   CPAXTOTokens& tokens_;

@@ -88,6 +88,14 @@ void AppendValue(std::string& out, const CellView& value) {
   Append(out, value.text.size() + kMostAround, [&](char* at) { return WriteValue(at, value); });
 }
 
+void DigestValue(std::string& waiting, platform::Sha256& digest, const CellView& value) {
+  constexpr std::size_t kLong = 4096;
+  if (value.kind != CellKind::kText || value.text.size() < kLong) return AppendValue(waiting, value);
+  digest.Add(waiting.append(std::to_string(value.text.size())).append(":"));
+  digest.Add(value.text);
+  waiting.assign(1, ',');
+}
+
 void AppendLine(std::string& out, std::span<const CellView> values) {
   std::size_t most = 1;
   for (const CellView& value : values) most += value.text.size() + kMostAround;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "db/dao/CellView.h"
+#include "platform/Sha256.h"
 
 namespace varnlog::seals {
 
@@ -15,6 +16,9 @@ void AppendText(std::string& out, std::string_view text);
 void AppendNumber(std::string& out, std::int64_t number);
 /// Numbers and flags as their decimal text.
 void AppendValue(std::string& out, const dao::CellView& value);
+/// Appends to `waiting` what comes next in a digest; a long text, as the marks of a million exposures, is not
+/// copied for it: `digest` takes it, and before it what was waiting.
+void DigestValue(std::string& waiting, platform::Sha256& digest, const dao::CellView& value);
 /// The line of an exposure, its values in the order of SealedFields(), or of a row of the history: values one
 /// behind the other and a line feed.
 void AppendLine(std::string& out, std::span<const dao::CellView> values);

@@ -26,14 +26,16 @@ enum At : std::size_t {
   kMarks = 18,
 };
 
-// As SealLine(), of what stands in the table, whatever that is.
-std::string StoredLine(std::string_view previousDigest, const std::vector<dao::CellView>& seal) {
+// Of SealLine(), of what stands in the table, whatever that is.
+std::string StoredDigest(std::string_view previousDigest, const std::vector<dao::CellView>& seal) {
+  platform::Sha256 digest;
   std::string line;
   AppendText(line, previousDigest);
   for (std::size_t i = 0; i < seal.size(); ++i)
-    if (i != kDigest) AppendValue(line, seal[i]);
+    if (i != kDigest) DigestValue(line, digest, seal[i]);
   line += '\n';
-  return line;
+  digest.Add(line);
+  return digest.Hex();
 }
 
 // A number of an entry that can be counted on from, whatever stands in the table.
@@ -91,7 +93,7 @@ void SealWalk::CheckLine(const Values& seal) {
     // A repair knows which one it followed.
     if (seal[kKind].text != NameOf(SealKind::kRepair)) return;
   }
-  if (platform::Sha256Hex(StoredLine(head_.digest, seal)) != seal[kDigest].text)
+  if (StoredDigest(head_.digest, seal) != seal[kDigest].text)
     findings_.Add({Fault::kSealChanged, number, 0, {}});
 }
 
