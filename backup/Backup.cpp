@@ -6,6 +6,7 @@
 
 #include "core/LogCheck.h"
 #include "db/dao/EngineError.h"
+#include "db/dao/ServerLink.h"
 #include "platform/Files.h"
 #include "platform/SafeFile.h"
 #include "platform/Sha256.h"
@@ -207,6 +208,9 @@ fs::path Restore(db::CJetEngine& engine, const fs::path& backup, const fs::path&
                  const dao::MaintenanceProgress& progress) {
   const OpenFile copy(engine, backup);
   const std::string path = platform::FromPath(log);
+  // Who has it open would go on there, and this workstation in a file.
+  if (dao::IsServerLink(path))
+    throw EngineError(ErrorNumber::kServersOwn, "A log on a server is restored by the server's own means.");
   if (!platform::FileSize(log)) {
     copy->CopyTo(path, progress);
     return {};

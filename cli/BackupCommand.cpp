@@ -69,6 +69,7 @@ void AddBackupOptions(CLI::App& command, Options& options) {
 void RunBackupCommand(Session& session, const Options& options, Output& output) {
   session.RequireLogFile();
   session.RefuseOldLog();
+  session.RefuseServersWork();
   const backup::Settings settings = SettingsOf(session, options);
   if (settings.folder.empty()) session.Fail("BK_ERR_NOFOLDER"_key);
   const fs::path folder = platform::ToPath(settings.folder);
@@ -96,6 +97,7 @@ void AddRestoreOptions(CLI::App& command, Options& options) {
 }
 
 void RunRestoreCommand(Session& session, const Options& options, Output& output) {
+  session.RefuseServersWork();
   const fs::path file = platform::ToPath(options.backupFile);
   try {
     RequireSound(session, file, backup::CheckBackup(session.Engine(), file), output);

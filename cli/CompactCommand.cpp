@@ -16,6 +16,7 @@ std::string SizeOf(const std::string& file) {
 
 void RunCompactCommand(Session& session, const Options& /*options*/, Output& output) {
   session.RefuseOldLog();
+  session.RefuseServersWork();
   // Opening it first keeps the operation away from files that are no log.
   session.OpenLog(Session::Access::kRead);
   session.CloseLog();

@@ -32,6 +32,7 @@ void WriteReport(Output& output, const start::LogRepair& repair) {
 void RunRepairCommand(Session& session, const Options& /*options*/, Output& output) {
   session.RequireLogFile();
   session.RefuseOldLog();
+  session.RefuseServersWork();
   const start::LogRepair repair =
       start::RepairLog(session.Engine(), session.LogFile(), session.globals().AuthorGl, session.clock());
   WriteReport(output, repair);

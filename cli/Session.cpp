@@ -5,6 +5,7 @@
 
 #include "core/EngineMessages.h"
 #include "core/Installation.h"
+#include "db/dao/ServerLink.h"
 #include "db/modCommon.h"
 #include "legacy/LoadTables.h"
 #include "legacy/OldFile.h"
@@ -101,6 +102,11 @@ bool Session::LogIsOld() const {
 
 void Session::RefuseOldLog() {
   if (LogIsOld()) Fail("VC_ERR_CONVERT"_key, {{"strFile", LogFile()}});
+}
+
+void Session::RefuseServersWork() {
+  if (dao::IsServerLink(LogFile()))
+    FailWith(core::EngineErrorText(texts_, dao::ErrorNumber::kServersOwn, {}));
 }
 
 void Session::OpenLog(Access access) {

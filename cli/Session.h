@@ -53,6 +53,8 @@ class Session {
   void RequireOwnLog();
   /// Says that the log has to be converted first, if it is one of the earlier program.
   void RefuseOldLog();
+  /// Fails when the log lies on a server, which sees to such work itself.
+  void RefuseServersWork();
   /// Opens and checks the log; an old layout is brought up to date where the file can be written.
   void OpenLog(Access access);
   /// Opens the log without bringing anything in it up to date.
