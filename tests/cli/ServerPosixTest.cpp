@@ -50,6 +50,17 @@ TEST_F(ServerCommandTest, ALogGoesToTheServerAndBackWithItsSeals) {
   EXPECT_EQ(Content("back.mdb"), before);
   EXPECT_EQ(Server("export", "back.mdb").status, 1);
   EXPECT_EQ(Content("back.mdb"), before);
+  const std::string copy = installation_
+                               .Ctl("backup --file '" + Path("back.mdb").string() + "' --to '" +
+                                    installation_.suite().string() + "'")
+                               .out;
+  ASSERT_THAT(copy, HasSubstr("\n"));
+  EXPECT_THAT(installation_
+                  .Ctl("restore --yes --file '" + Path("link").string() + "' '" +
+                       copy.substr(0, copy.find('\n')) + "'")
+                  .err,
+              HasSubstr("3219"));
+  EXPECT_EQ(test::ReadFile(Path("link")), server_.Link("practice")) << "no file in its place";
 }
 
 TEST_F(ServerCommandTest, WhereverItIsKilledALogIsTakenOverWhollyOrNotAtAll) {
@@ -85,14 +96,8 @@ TEST_F(ServerCommandTest, AnAccountOfTheProgramTakesExposuresInAndNothingElse) {
   std::string link = server_.Link("practice");
   Installation::Write(Path("link"), link.replace(link.find("User=postgres"), 13, "User=maria"));
   EXPECT_EQ(Server("adopt", "Data/Varnlog.mdb").status, 1);
-  const auto copies = Path("copies");
-  std::filesystem::create_directory(copies);
-  std::string copy = installation_.Ctl("backup --to '" + copies.string() + "'").out;
-  copy.pop_back();
   std::filesystem::copy_file(Path("link"), installation_.log(),
                              std::filesystem::copy_options::overwrite_existing);
-  EXPECT_THAT(installation_.Ctl("restore --yes '" + copy + "'").err, HasSubstr("3219"));
-  EXPECT_EQ(test::ReadFile(installation_.log()), link);
   installation_.Reports({NewExposure("Müller", "XI", "02.03.2004", "08:00:00")});
   EXPECT_THAT(installation_.Ctl("update").out, HasSubstr("added 1"));
   EXPECT_THAT(installation_.Ctl("verify").out, HasSubstr("sealed: 1 exposures"));
