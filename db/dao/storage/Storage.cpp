@@ -38,7 +38,12 @@ RulesSuspension::RulesSuspension(std::shared_ptr<Storage> storage)
 void RulesSuspension::End() {
   if (hasEnded_ || !storage_->IsOpen()) return;
   hasEnded_ = true;
-  storage_->LetRowsWait(false);
+  try {
+    storage_->LetRowsWait(false);
+  } catch (const std::exception&) {
+    if (wereObeyed_) storage_->SetRulesObeyed(true);
+    throw;
+  }
   if (wereObeyed_) storage_->SetRulesObeyed(true);
 }
 
@@ -47,7 +52,7 @@ RulesSuspension::~RulesSuspension() {
     End();
   } catch (const std::exception&) {
     // The transaction cannot be committed any more, and says so when that is tried.
-    if (wereObeyed_) storage_->SetRulesObeyed(true);
+    return;
   }
 }
 

@@ -129,6 +129,11 @@ TEST_F(TransactionTest, ATransactionThatLostWaitingRowsIsNotCommittedWhoeverWasT
   const auto log = Open(path_);
   FillLog(*workspace_, *log, 10);
   log->Execute("CREATE UNIQUE INDEX iRefuses ON TXray (tXrayTs)");
+  const std::vector<std::string> rules{
+      "CREATE TRIGGER tRefuses BEFORE INSERT ON TXray WHEN NEW.tXraySName = 'No' "
+      "BEGIN SELECT RAISE(ABORT, 'no'); END"};
+  log->SetRules(rules);
+  ASSERT_TRUE(log->ObeyRules(rules));
   const auto table = log->OpenRecordset("TXray");
   for (const bool isReadBetween : {false, true}) {
     workspace_->BeginTrans();
@@ -146,6 +151,14 @@ TEST_F(TransactionTest, ATransactionThatLostWaitingRowsIsNotCommittedWhoeverWasT
     EXPECT_EQ(ErrorOf([&] { workspace_->CommitTrans(); }), kInvalidTransaction);
     EXPECT_EQ(RowCount(), 10);
   }
+  workspace_->BeginTrans();
+  {
+    RulesSuspension suspension = log->SuspendRules();
+    for (const int minute : {100, 101, 101}) AddExposure(*table, {"No", "A", Minute(0), Minute(minute)});
+    EXPECT_EQ(ErrorOf([&] { suspension.End(); }), kDuplicateKey);
+  }
+  workspace_->Rollback();
+  EXPECT_EQ(ErrorOf([&] { AddExposure(*table, {"No", "A", Minute(0), Minute(100)}); }), kRuleViolated);
   AddExposure(*table, {"P", "A", Minute(0), Minute(100)});
   EXPECT_EQ(RowCount(), 11) << "and the next one goes on";
 }
