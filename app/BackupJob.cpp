@@ -1,5 +1,7 @@
 #include "app/BackupJob.h"
 
+#include <utility>
+
 #include "core/Installation.h"
 #include "platform/Files.h"
 #include "platform/Process.h"
@@ -23,7 +25,7 @@ std::string CommandLineProgram(const core::Globals& globals) {
 bool BackupJob::Start(const std::string& folder, Ended ended) {
   if (IsRunning()) return false;
   QObject::disconnect(&process_, nullptr, nullptr, nullptr);
-  const auto tell = [this, ended] {
+  const auto tell = [this, ended = std::move(ended)] {
     const bool made = process_.error() != QProcess::FailedToStart &&
                       process_.exitStatus() == QProcess::NormalExit && process_.exitCode() == 0;
     const QByteArray said = made ? process_.readAllStandardOutput() : process_.readAllStandardError();
