@@ -132,7 +132,7 @@ class Maker {
 
   [[nodiscard]] bool WriteReport() {
     state_ = report::ReadLogState(context_.log);
-    rows_->MoveFirst();
+    if (Exposures() > 0) rows_->MoveFirst();
     report::ReportJob job = report::BeginReport(context_.texts, context_.site, headline_,
                                                 context_.clock.Today(), context_.shortDate, *rows_, state_);
     if (order_.profile == Profile::kAuthority) {

@@ -38,13 +38,19 @@ class EightProcessesTest : public testing::Test {
     workers_.emplace_back([&] {
       int turns = 0;
       done_ = 0;
-      for (; steady_clock::now() < end_; ++turns) {
+      for (; !IsOver(); ++turns) {
         const std::string wrong = turn(role);
         if (!wrong.empty()) AppendFile(Note(role + " wrong"), wrong + "\n");
       }
       WriteFile(Note(role + " turns"), std::to_string(turns) + ", done " + std::to_string(done_));
       return 0;
     });
+  }
+  /// On a busy machine one of them may have had no turn yet without which the rest says nothing.
+  [[nodiscard]] bool IsOver() const {
+    constexpr std::chrono::seconds kLongest(60);
+    const auto now = steady_clock::now();
+    return now >= end_ + kLongest || (now >= end_ && isEnough_());
   }
   [[nodiscard]] Outcome Runs(const std::string& role, const std::string& arguments,
                              std::optional<milliseconds> killedAfter = {}) {
@@ -116,6 +122,7 @@ class EightProcessesTest : public testing::Test {
   static constexpr std::string_view kComment = "corrected ";
   cli::Installation suite_{"acht"};
   steady_clock::time_point end_ = steady_clock::now() + std::chrono::seconds(Duration());
+  std::function<bool()> isEnough_;  // asked in each process
   std::deque<test::Child> workers_;
   int done_ = 0;  // runs of this process that ended with status 0
   std::ofstream held_;
@@ -165,6 +172,7 @@ TEST_F(EightProcessesTest, NobodysEntryIsLostAndTheSecondIsToldWhoWasFirst) {
   for (; patients < kCorrected; ++patients) Reports(patients);
   ASSERT_EQ(Runs("first", "update").status, 0);
   const auto update = [this](const std::string& role) { return WrongEnding(Runs(role, "update")); };
+  isEnough_ = [this] { return ReadFile(Note("Anna said")).find("stored") != std::string::npos; };
   Starts("one", update);
   Starts("two", update);
   std::int64_t next = 1;
@@ -181,7 +189,7 @@ TEST_F(EightProcessesTest, NobodysEntryIsLostAndTheSecondIsToldWhoWasFirst) {
     return WrongEnding(Runs(role, "report --from 2004-03-01 --to 2004-03-01 --output report.pdf"));
   });
   Starts("verify", [this](const std::string& role) { return WrongCheck(Runs(role, role)); });
-  for (; steady_clock::now() < end_; ++patients) {
+  for (; !IsOver(); ++patients) {
     Reports(patients);
     std::this_thread::sleep_for(milliseconds(15));
   }
@@ -207,6 +215,7 @@ TEST_F(EightProcessesTest, LoseAndDoubleNothing) {
   int corrections = 0;
   std::ptrdiff_t listed = 0;
   const auto command = [this](const std::string& role) { return WrongEnding(Runs(role, role)); };
+  isEnough_ = [this] { return std::filesystem::exists(Note("stored Patient 0")); };
   Starts("update", command);
   Starts("killed", [&](const std::string& role) {
     return WrongEnding(Runs(role, "update", milliseconds(random() % 80)));
@@ -228,7 +237,7 @@ TEST_F(EightProcessesTest, LoseAndDoubleNothing) {
   Starts("check", [this](const std::string& role) { return WrongCheck(Runs(role, role)); });
   Starts("compact", command);
   Starts("repair", [this](const std::string& role) { return WrongCheck(Runs(role, role)); });
-  for (; steady_clock::now() < end_; ++patients) {
+  for (; !IsOver(); ++patients) {
     Reports(patients);
     std::this_thread::sleep_for(milliseconds(3));
   }

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <dlfcn.h>
 #include <link.h>
+#include <pwd.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -62,16 +63,21 @@ bool counts = false;
 
 int Main(int argc, char** argv, char** environment) {
   Frail::Find();
+  // The C library takes it for a mistake of its own when it has no memory while it reads where users are
+  // listed. It reads that once.
+  static_cast<void>(getpwuid(geteuid()));
   Recorder::Instance().CountAllocations();
   counts = true;
   return realMain(argc, argv, environment);
 }
 
+#ifndef VARNLOG_SANITIZED
 bool Fails(const void* caller) {
   if (!counts || Frail::Holds(caller) || !Recorder::Instance().FailsAllocation()) return false;
   errno = ENOMEM;
   return true;
 }
+#endif
 
 constexpr std::int64_t kSecond = 1'000'000'000;
 
