@@ -89,6 +89,16 @@ TEST_F(InspectionTest, HoldsEverythingThatAnInspectorAsksFor) {
   EXPECT_THAT(Read("repeats.csv"), HasSubstr("Vertraulich"));
 }
 
+TEST_F(InspectionTest, SaysOfAPeriodWithoutExposuresThatThereAreNone) {
+  const Ended run =
+      installation_.Ctl("inspection --from 2020-01-01 --to 2020-12-31 --output '" + Parent().string() + "'");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const fs::path folder = Parent() / "Begehung 2020-01-01 bis 2020-12-31";
+  EXPECT_TRUE(fs::exists(folder / "report.pdf"));
+  const std::string incomplete = test::ReadFile(folder / "incomplete.csv");
+  EXPECT_EQ(std::ranges::count(incomplete, '\n'), 1) << "the headings alone: " << incomplete;
+}
+
 TEST_F(InspectionTest, NeverOverwritesAndLeavesNothingHalf) {
   for (const char* taken : {"Begehung 2024-01-01 bis 2024-12-31", "Begehung 2024-01-01 bis 2024-12-31.zip"}) {
     Installation::Write(Parent() / taken, "mine");
