@@ -28,9 +28,11 @@ bool ServerIds::CanResume() const {
   return ordinal && select_->table->HasIndexOn(*ordinal);
 }
 
+// Sorting is quickest in pieces that a processor's cache holds.
 bool ServerIds::FetchWhole(std::vector<std::int64_t>& ids) {
-  storage_->CopyOut("COPY (SELECT " + key_ + " FROM " + QuoteIdentifier(select_->table->name) +
-                        select_->WhereClause() + ServerOrder(*select_, key_) + ") TO STDOUT",
+  storage_->CopyOut("SET LOCAL work_mem = '4MB'; COPY (SELECT " + key_ + " FROM " +
+                        QuoteIdentifier(select_->table->name) + select_->WhereClause() +
+                        ServerOrder(*select_, key_) + ") TO STDOUT",
                     [&ids](std::string_view line) {
                       std::int64_t id = 0;
                       std::from_chars(line.data(), line.data() + line.size(), id);

@@ -65,12 +65,11 @@ void ServerStorage::Connect() {
   try {
     if (session_ == nullptr || !session_->IsUp())
       session_ = std::make_unique<ServerSession>(link_, Path(), State()->waiting);
-    // Grouping a whole log needs more memory than a server gives by itself; sorting is quickest in pieces
-    // that a processor's cache holds. Neither gains from machine code. The server takes a log's patients for
-    // many more than they are and would do it with one processor.
+    // Grouping a whole log needs more memory than a server gives by itself, and no machine code; the server
+    // takes a log's patients for many more than they are and would do it with one processor.
     static_cast<void>(
         session_->RunScript("SET client_min_messages = warning; SET standard_conforming_strings = on; "
-                            "SET work_mem = '4MB'; SET hash_mem_multiplier = 16; SET jit = off; "
+                            "SET work_mem = '64MB'; SET jit = off; "
                             "SET parallel_tuple_cost = 0.005; "
                             "SET search_path TO " +
                             QuoteIdentifier(link_.schema)));
