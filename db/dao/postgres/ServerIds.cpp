@@ -7,6 +7,11 @@
 
 namespace varnlog::dao {
 
+std::string RowColumns(const ResolvedSelect& select) {
+  return "(SELECT value FROM varnlog_state WHERE name = 'changes'), " +
+         QuoteIdentifier(ServerStorage::KeyField(*select.table)) + ", " + select.ColumnList();
+}
+
 ServerIds::ServerIds(std::shared_ptr<ServerStorage> storage, std::shared_ptr<const ResolvedSelect> select,
                      std::shared_ptr<FirstRows> firstRows)
     : storage_(std::move(storage)),
@@ -52,8 +57,7 @@ void ServerIds::NoteLast(const ServerResult& slice, int idColumn, int valueColum
 // descending order, last.
 bool ServerIds::FetchFirst(std::size_t rows, std::vector<std::int64_t>& ids) {
   ServerResult slice =
-      storage_->Run("SELECT (SELECT value FROM varnlog_state WHERE name = 'changes'), " + key_ + ", " +
-                    select_->ColumnList() + ", " + (order_.empty() ? key_ : order_) + " FROM " +
+      storage_->Run("SELECT " + RowColumns(*select_) + ", " + (order_.empty() ? key_ : order_) + " FROM " +
                     QuoteIdentifier(select_->table->name) + select_->WhereClause() +
                     ServerOrder(*select_, key_) + " LIMIT " + std::to_string(rows));
   const int count = slice.RowCount();
@@ -63,10 +67,10 @@ bool ServerIds::FetchFirst(std::size_t rows, std::vector<std::int64_t>& ids) {
     whole_ = true;
     return FetchWhole(ids);
   }
-  NoteLast(slice, 1, valueColumn);
-  for (int row = 0; row < count; ++row) ids.push_back(slice.Number(row, 1));
+  NoteLast(slice, kIdColumn, valueColumn);
+  for (int row = 0; row < count; ++row) ids.push_back(slice.Number(row, kIdColumn));
   if (count == 0) return isAll;
-  const RowStore::State state = storage_->StateAt(slice.Number(0, 0));
+  const RowStore::State state = storage_->StateAt(slice.Number(0, kChangesColumn));
   *firstRows_ = {ids, std::move(slice), state};
   return isAll;
 }

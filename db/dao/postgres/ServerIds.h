@@ -15,9 +15,14 @@ namespace varnlog::dao {
 /// The rows of a record set's first slice of ids: they are shown next.
 struct FirstRows {
   std::vector<std::int64_t> ids;
-  std::optional<ServerResult> rows;  // the number of changes, the id, the columns
+  std::optional<ServerResult> rows;  // as RowColumns() names them
   RowStore::State state;
 };
+
+/// What rows are asked for: the number of changes, so that it is the one of their state, the id, then the
+/// statement's columns.
+[[nodiscard]] std::string RowColumns(const ResolvedSelect& select);
+enum RowColumn : int { kChangesColumn, kIdColumn, kFirstFieldColumn };
 
 /// Ids in slices, each of which begins behind the last row of the one before. An order for which a place
 /// cannot be named by one field's value and the row's id is read whole, sorted by the server.

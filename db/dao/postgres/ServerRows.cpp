@@ -1,7 +1,6 @@
 #include "db/dao/postgres/ServerRows.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -17,8 +16,6 @@ namespace varnlog::dao {
 
 namespace {
 
-// The answer's columns in front of those of the statement: the number of changes and the id.
-constexpr int kAhead = 2;
 constexpr int kGone = -1;
 // Of a range of ids that is read as a whole.
 constexpr std::int64_t kNarrow = 256;
@@ -31,7 +28,7 @@ class SentRows final : public RowBlock {
   [[nodiscard]] std::size_t RowCount() const override { return places_.size(); }
   [[nodiscard]] CellView At(std::size_t row, std::size_t column) const override {
     if (places_[row] == kGone) return {.kind = CellKind::kDeleted, .integer = 0, .real = 0, .text = {}};
-    return sent_.Cell(places_[row], static_cast<int>(column) + kAhead);
+    return sent_.Cell(places_[row], static_cast<int>(column) + kFirstFieldColumn);
   }
 
  private:
@@ -43,7 +40,7 @@ class SentRows final : public RowBlock {
 std::vector<int> PlacesOf(std::span<const std::int64_t> ids, const ServerResult& sent) {
   std::vector<std::pair<std::int64_t, int>> placeOf;
   placeOf.reserve(ids.size());
-  for (int row = 0; row < sent.RowCount(); ++row) placeOf.emplace_back(sent.Number(row, 1), row);
+  for (int row = 0; row < sent.RowCount(); ++row) placeOf.emplace_back(sent.Number(row, kIdColumn), row);
   std::ranges::sort(placeOf);
   std::vector<int> places;
   places.reserve(ids.size());
@@ -88,11 +85,9 @@ bool ServerRows::AreFirst(std::span<const std::int64_t> ids) {
          firstRows_->state.stamp == RecentStamp();
 }
 
-// The number of changes comes with the rows, so that it is the one of their state.
 ServerResult ServerRows::Where(const std::string& condition, const ServerValues& values) {
   const std::string key = QuoteIdentifier(ServerStorage::KeyField(*select_->table));
-  return storage_->Run("SELECT (SELECT value FROM varnlog_state WHERE name = 'changes'), " + key + ", " +
-                           select_->ColumnList() + " FROM " + QuoteIdentifier(select_->table->name) +
+  return storage_->Run("SELECT " + RowColumns(*select_) + " FROM " + QuoteIdentifier(select_->table->name) +
                            " WHERE " + key + condition,
                        values);
 }
@@ -121,13 +116,13 @@ RowStore::State ServerRows::StateWithoutRows() {
 RowStore::Block ServerRows::Read(std::span<const std::int64_t> ids) {
   if (AreFirst(ids)) {
     FirstRows first = std::exchange(*firstRows_, {});
-    std::vector<int> places(ids.size());
-    std::iota(places.begin(), places.end(), 0);
+    std::vector<int> places = PlacesOf(ids, *first.rows);
     return {std::make_shared<SentRows>(*std::move(first.rows), std::move(places)), first.state};
   }
   const auto [first, last] = std::ranges::minmax(ids);
   ServerResult found = AreDense(ids) && last - first < kNarrow ? Between(first, last) : Among(ids);
-  const State state = found.RowCount() > 0 ? storage_->StateAt(found.Number(0, 0)) : StateWithoutRows();
+  const State state =
+      found.RowCount() > 0 ? storage_->StateAt(found.Number(0, kChangesColumn)) : StateWithoutRows();
   std::vector<int> places = PlacesOf(ids, found);
   return {std::make_shared<SentRows>(std::move(found), std::move(places)), state};
 }
